@@ -1,0 +1,55 @@
+# Settings shared by every target of this project.
+#
+# Numbers are computed as written: no contraction into fused operations, no
+# value-changing "fast" mathematics, and no instructions beyond the baseline
+# except in the kernels that are chosen at run time.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# All programs and libraries of the build tree lie together, so that a program
+# finds the shared libraries beside it on every platform.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+
+find_program(ORX_CCACHE ccache)
+if(ORX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${ORX_CCACHE}")
+endif()
+
+add_library(orx_settings INTERFACE)
+if(MSVC)
+  target_compile_options(orx_settings INTERFACE /utf-8 /fp:precise /W4)
+  if(ORX_WARNINGS_AS_ERRORS)
+    target_compile_options(orx_settings INTERFACE /WX)
+  endif()
+else()
+  target_compile_options(orx_settings INTERFACE
+    -ffp-contract=off -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(orx_settings INTERFACE -Wthread-safety)
+  endif()
+  if(ORX_WARNINGS_AS_ERRORS)
+    target_compile_options(orx_settings INTERFACE -Werror)
+  endif()
+endif()
+
+if(ORX_SANITIZER STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+elseif(ORX_SANITIZER STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+elseif(NOT ORX_SANITIZER STREQUAL "")
+  message(FATAL_ERROR "ORX_SANITIZER must be empty, address or thread, not '${ORX_SANITIZER}'")
+endif()

@@ -1,0 +1,32 @@
+# How the folders of a library name their files.
+
+# orx_sources(<target> FILE...): private sources, relative to the calling folder.
+function(orx_sources target)
+  foreach(file IN LISTS ARGN)
+    target_sources(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+  endforeach()
+endfunction()
+
+# orx_public_headers(FILE...): headers that hosts include; they are installed
+# under their path in this tree and compiled one by one by scripts/check-headers.
+function(orx_public_headers)
+  foreach(file IN LISTS ARGN)
+    file(RELATIVE_PATH path "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    set_property(GLOBAL APPEND PROPERTY ORX_PUBLIC_HEADERS "${path}")
+  endforeach()
+endfunction()
+
+# orx_avx2_sources(<target> FILE...): kernels compiled for AVX2 and called only
+# after a run-time check. Such a file includes nothing but *_internal.h kernel
+# headers: an inline function compiled here must never be shared with the rest.
+function(orx_avx2_sources target)
+  if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
+    return()
+  endif()
+  orx_sources(${target} ${ARGN})
+  foreach(file IN LISTS ARGN)
+    set_property(SOURCE "${CMAKE_CURRENT_SOURCE_DIR}/${file}"
+      TARGET_DIRECTORY ${target}
+      APPEND PROPERTY COMPILE_OPTIONS $<IF:$<CXX_COMPILER_ID:MSVC>,/arch:AVX2,-mavx2>)
+  endforeach()
+endfunction()

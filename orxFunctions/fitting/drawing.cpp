@@ -1,0 +1,110 @@
+#include "orxFunctions/fitting/drawing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+namespace orx {
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+// To the nearest integer, ties to even. Beyond any image the value is limited, so that steep lines can't
+// overflow.
+int nearest(double v) {
+    constexpr double kLimit = 1 << 30;
+    return std::isnan(v) ? 0 : static_cast<int>(std::lrint(std::clamp(v, -kLimit, kLimit)));
+}
+
+struct Stroke {
+    cv::Scalar color;
+    int thickness;
+    int lineType;
+    int shift;
+
+    void line(cv::Mat& image, cv::Point from, cv::Point to) const {
+        cv::line(image, from, to, color, thickness, lineType, shift);
+    }
+};
+
+// The bottom-left corner of a text of size `text` in a corner of the image.
+cv::Point textOrigin(cv::Size image, cv::Size text, int corner) {
+    const int marginX = nearest(image.width * 0.05);
+    const int marginY = nearest(image.height * 0.05);
+    switch (corner) {
+        case 0:
+            return {image.width - text.width - marginX, text.height + marginY};
+        case 1:
+            return {image.width - text.width - marginX, image.height - text.height - marginY};
+        case 2:
+            return {marginX, text.height + marginY};
+        case 3:
+            return {marginX, image.height - text.height - marginY};
+        default:
+            return {0, 0};
+    }
+}
+
+}  // namespace
+
+void drawContours(cv::Mat& image, std::vector<cv::Point> points, int radius, cv::Scalar color, int thickness,
+                  int lineType, int shift) {
+    for (const cv::Point& p : points) cv::circle(image, p, radius, color, thickness, lineType, shift);
+}
+
+void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double k, int thickness,
+               int lineType, int shift) {
+    const Stroke stroke{color, thickness, lineType, shift};
+    const int x = center.x;
+    const int y = center.y;
+    if (k == 0) {
+        stroke.line(image, {x, y - L}, {x, y + L});
+        stroke.line(image, {x - L, y}, {x + L, y});
+        return;
+    }
+    // The flatter of the two arms spans the columns, the steeper one the rows.
+    if (std::abs(k) >= 1) k = -1 / k;
+    stroke.line(image, {x - L, nearest(y - k * L)}, {x + L, nearest(y + k * L)});
+    stroke.line(image, {nearest(x + k * L), y - L}, {nearest(x - k * L), y + L});
+}
+
+void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thickness, int lineType, int shift) {
+    const Stroke stroke{color, thickness, lineType, shift};
+    if (std::abs(k) < 1) {
+        const int right = image.cols - 1;
+        stroke.line(image, {0, nearest(b)}, {right, nearest(right * k + b)});
+    } else {
+        const int bottom = image.rows - 1;
+        stroke.line(image, {nearest(-b / k), 0}, {nearest((bottom - b) / k), bottom});
+    }
+}
+
+void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, int thickness, int lineType,
+                   int shift) {
+    const Stroke stroke{color, thickness, lineType, shift};
+    const double sine = std::sin(theta);
+    const double cosine = std::cos(theta);
+    // The far end lies at cols or rows, intended.
+    if (theta >= kPi / 4 && theta <= 3 * kPi / 4) {
+        stroke.line(image, {0, nearest(rho / sine)},
+                    {image.cols, nearest((rho - image.cols * cosine) / sine)});
+    } else {
+        stroke.line(image, {nearest(rho / cosine), 0},
+                    {nearest((rho - image.rows * sine) / cosine), image.rows});
+    }
+}
+
+void drawText(cv::Mat& image, std::string text, cv::Scalar /*color: always red, intended*/, int corner,
+              double ratio) {
+    if (image.channels() != 3) return;
+    constexpr int kFace = cv::FONT_HERSHEY_PLAIN;
+    double scale = image.cols / ratio;
+    const int thickness = nearest(scale);
+    scale = thickness < 1 ? 1.0 : std::max(scale, 1.0);
+    int baseline = 0;
+    const cv::Size size = cv::getTextSize(text, kFace, scale, thickness, &baseline);
+    cv::putText(image, text, textOrigin(image.size(), size, corner), kFace, scale, cv::Scalar(0, 0, 255),
+                thickness, cv::LINE_8, false);
+}
+
+}  // namespace orx

@@ -1,0 +1,215 @@
+#include "orxFunctions/fitting/geometry.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+#include "orxFunctions/foundation/wrapping_internal.h"
+
+namespace orx {
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+double degrees(double radians) { return radians * 180 / kPi; }
+
+// A point whose coordinates calculate in 32-bit integers that wrap.
+struct WrapPoint {
+    explicit WrapPoint(cv::Point p) : x(p.x), y(p.y) {}
+
+    Wrap32 x;
+    Wrap32 y;
+};
+
+// The z component of (b - a) x (p - a).
+std::int32_t turn(cv::Point from, cv::Point to, cv::Point toPoint) {
+    const WrapPoint a(from);
+    const WrapPoint b(to);
+    const WrapPoint p(toPoint);
+    return ((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x)).value();
+}
+
+// The offset that centres the points: the middle of their extents, towards zero.
+cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
+    cv::Point low = points.front();
+    cv::Point high = points.front();
+    for (const cv::Point& p : points) {
+        low.x = std::min(low.x, p.x);
+        low.y = std::min(low.y, p.y);
+        high.x = std::max(high.x, p.x);
+        high.y = std::max(high.y, p.y);
+    }
+    return {(Wrap32(low.x) + Wrap32(high.x)).value() / 2, (Wrap32(low.y) + Wrap32(high.y)).value() / 2};
+}
+
+// Sums of the powers of centred coordinates that the algebraic circle needs.
+struct CircleSums {
+    double x = 0, y = 0, xx = 0, yy = 0, xxx = 0, yyy = 0, xy = 0, xyy = 0, xxy = 0;
+};
+
+CircleSums circleSums(const std::vector<cv::Point>& points, cv::Point offset) {
+    CircleSums sum;
+    for (const cv::Point& p : points) {
+        const Wrap32 x = Wrap32(p.x) - Wrap32(offset.x);
+        const Wrap32 y = Wrap32(p.y) - Wrap32(offset.y);
+        const Wrap32 xx = x * x;
+        const Wrap32 yy = y * y;
+        sum.x += x.toDouble();
+        sum.y += y.toDouble();
+        sum.xx += xx.toDouble();
+        sum.yy += yy.toDouble();
+        sum.xxx += (xx * x).toDouble();
+        sum.yyy += (yy * y).toDouble();
+        sum.xy += (x * y).toDouble();
+        sum.xyy += (x * yy).toDouble();
+        sum.xxy += (xx * y).toDouble();
+    }
+    return sum;
+}
+
+}  // namespace
+
+double angleFrom2Points(cv::Point p1, cv::Point p2, TAngleType type) {
+    if (p1.x == p2.x) return 90.0;
+    if (p1.y == p2.y) return 0.0;
+    const double slope = (static_cast<double>(p1.y) - static_cast<double>(p2.y)) /
+                         (static_cast<double>(p1.x) - static_cast<double>(p2.x));
+    if (type == ANGLE_ABS) return degrees(std::atan(std::abs(slope)));
+    const double angle = degrees(std::atan(slope));
+    return type == ANGLE_0_180 && angle < 0 ? angle + 180 : angle;
+}
+
+double angleToX(cv::Point from, cv::Point to) {
+    const double dx = static_cast<double>(to.x) - static_cast<double>(from.x);
+    const double dy = static_cast<double>(to.y) - static_cast<double>(from.y);
+    if (dy == 0) return dx >= 0 ? 0.0 : 180.0;
+    if (dx == 0) return dy < 0 ? 270.0 : 90.0;
+    const double angle = degrees(std::atan(dy / dx));
+    if (dx < 0) return angle + 180;
+    return dy < 0 ? angle + 360 : angle;
+}
+
+double avoidFloatZero(double v) {
+    constexpr double kSmallest = 1e-5;
+    if (std::abs(v) < kSmallest) return v >= 0 ? kSmallest : -kSmallest;
+    return v;
+}
+
+bool isCollinear(cv::Point a, cv::Point b, cv::Point c) {
+    const WrapPoint p(a);
+    const WrapPoint q(b);
+    const WrapPoint r(c);
+    return (q.y - p.y) * (r.x - p.x) == (q.x - p.x) * (r.y - p.y);
+}
+
+double pointDistance2Line(cv::Point p, cv::Point a, cv::Point b) {
+    const double px = p.x;
+    const double py = p.y;
+    const double ax = a.x;
+    const double ay = a.y;
+    if (a.x == b.x) return std::abs(px - ax);
+    if (a.y == b.y) return std::abs(py - ay);
+    const double k = (ay - b.y) / (ax - b.x);
+    const double kp = -1 / k;  // slope of the perpendicular through p
+    const double c = py - px * kp;
+    const double footX = (c - (ay - ax * k)) / (k - kp);
+    const double footY = footX * kp + c;
+    return std::sqrt((px - footX) * (px - footX) + (py - footY) * (py - footY));
+}
+
+bool isPointInRect(cv::Point p, cv::Point a, cv::Point b, cv::Point c, cv::Point d) {
+    const std::int32_t turns[] = {turn(a, b, p), turn(b, c, p), turn(c, d, p), turn(d, a, p)};
+    const auto positive = [](std::int32_t t) { return t > 0; };
+    const auto negative = [](std::int32_t t) { return t < 0; };
+    return std::all_of(std::begin(turns), std::end(turns), positive) ||
+           std::all_of(std::begin(turns), std::end(turns), negative);
+}
+
+bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
+    const Wrap32 x1(p1.x), y1(p1.y), x2(p2.x), y2(p2.y), x3(p3.x), y3(p3.y), two(2);
+    const Wrap32 a = x1 * x1 - x2 * x2 - y2 * y2 + y1 * y1;
+    const Wrap32 b = x1 * x1 - x3 * x3 - y3 * y3 + y1 * y1;
+    const Wrap32 numeratorX = (y1 - y3) * a - (y1 - y2) * b;
+    const Wrap32 denominatorX = two * ((x2 - x1) * y3 + (x3 - x2) * y1 + (x1 - x3) * y2);
+    const Wrap32 numeratorY = (x1 - x3) * a - (x1 - x2) * b;
+    const Wrap32 denominatorY = two * ((y3 - y1) * (x1 - x2) + (x1 - x3) * (y1 - y2));
+    // No guard against collinear points, intended: they give an infinite or not-a-number centre.
+    const double cx = numeratorX.toDouble() / denominatorX.toDouble();
+    const double cy = numeratorY.toDouble() / denominatorY.toDouble();
+    const double dx = cx - p1.x;
+    const double dy = cy - p1.y;
+    out = cv::Point3d(cx, cy, std::sqrt(dy * dy + dx * dx));
+    return true;
+}
+
+bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
+    const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = p3.x, y3 = p3.y;
+    const double a = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
+    const double b = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
+    const double det = (x1 - x3) * (y1 - y2) - (y1 - y3) * (x1 - x2);
+    if (std::abs(det) < 1e-5) return false;
+    const double cx = -(b * (y1 - y3) - a * (y1 - y2)) / det;
+    const double cy = -(a * (x1 - x2) - b * (x1 - x3)) / det;
+    out = cv::Point3d(cx, cy, std::hypot(x1 - cx, y1 - cy));
+    return true;
+}
+
+bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
+    if (points.size() < 3) return false;
+    const cv::Point offset = middleOfExtents(points);
+    const CircleSums s = circleSums(points, offset);
+    const auto n = static_cast<double>(points.size());
+    const double C = n * s.xx - s.x * s.x;
+    const double D = n * s.xy - s.x * s.y;
+    const double E = n * s.xxx + n * s.xyy - (s.xx + s.yy) * s.x;
+    const double G = n * s.yy - s.y * s.y;
+    const double H = n * s.xxy + n * s.yyy - (s.xx + s.yy) * s.y;
+    const double a = (H * D - E * G) / (C * G - D * D);
+    const double b = (H * C - E * D) / (D * D - G * C);
+    const double c = -(a * s.x + b * s.y + s.xx + s.yy) / n;
+    // Collinear points divide by zero here: not-a-number with a true result, intended.
+    out = cv::Point3d(offset.x - a / 2, offset.y - b / 2, std::sqrt(a * a + b * b - 4 * c) / 2);
+    return true;
+}
+
+bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
+    if (pts.empty()) return false;
+    for (std::size_t i = 1; i < pts.size(); ++i) {
+        if (pts[i].y < pts[0].y) std::swap(pts[0], pts[i]);
+    }
+    const cv::Point base = pts[0];
+    struct Vertex {
+        double angle;
+        cv::Point point;
+    };
+    std::vector<Vertex> others;
+    others.reserve(pts.size() - 1);
+    for (std::size_t i = 1; i < pts.size(); ++i) {
+        const double dx = static_cast<double>(pts[i].x) - base.x;
+        const double dy = static_cast<double>(pts[i].y) - base.y;
+        // A repeated base vertex has no direction; sorted last it closes the polygon and changes nothing.
+        const bool repeated = dx == 0 && dy == 0;
+        others.push_back({repeated ? -1.0 : std::acos(dx / std::sqrt(dx * dx + dy * dy)), pts[i]});
+    }
+    // Stable: among equal angles the one met first comes first.
+    std::stable_sort(others.begin(), others.end(),
+                     [](const Vertex& a, const Vertex& b) { return a.angle > b.angle; });
+    std::transform(others.begin(), others.end(), pts.begin() + 1, [](const Vertex& v) { return v.point; });
+    return true;
+}
+
+double calcPolygonArea(std::vector<cv::Point> pts) {
+    if (pts.size() < 3) return 0;
+    sortPolygonVertexs(pts);
+    double twiceArea = 0;
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        const WrapPoint p(pts[i]);
+        const WrapPoint next(pts[(i + 1) % pts.size()]);
+        twiceArea += (p.x * next.y - p.y * next.x).toDouble();
+    }
+    return std::abs(twiceArea * 0.5);
+}
+
+}  // namespace orx

@@ -1,0 +1,61 @@
+#include "orxFunctions/fitting/point_list.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <utility>
+
+namespace orx {
+
+void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv::Point>& out, int tol) {
+    out.clear();
+    out.reserve(pts.size());
+    for (const cv::Point& p : pts) {
+        const double dx = p.x - circle.x;
+        const double dy = p.y - circle.y;
+        if (std::abs(std::sqrt(dx * dx + dy * dy) - circle.r) < tol) out.push_back(p);
+    }
+}
+
+bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx, std::vector<cv::Point>& out) {
+    out.clear();
+    out.reserve(idx.size());
+    for (const int i : idx) out.push_back(pts[static_cast<std::size_t>(i)]);
+    return true;
+}
+
+void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
+    if (idx.empty() || idx.size() > pts.size()) return;
+    std::sort(idx.begin(), idx.end());
+    std::size_t end = pts.size();
+    for (auto index = idx.rbegin(); index != idx.rend(); ++index) {
+        --end;
+        std::swap(pts[static_cast<std::size_t>(*index)], pts[end]);
+    }
+    pts.resize(end);
+}
+
+void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, int margin) {
+    const auto nearBorder = [&](const cv::Point& p) {
+        return p.x < margin || p.x > size.width - margin - 1 || p.y < margin ||
+               p.y > size.height - margin - 1;
+    };
+    std::vector<int> idx;
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        if (nearBorder(pts[i])) idx.push_back(static_cast<int>(i));
+    }
+    deletePointsInList(pts, std::move(idx));
+}
+
+void deletePartPoints(std::vector<cv::Point>& pts, int count) {
+    if (count < 1 || static_cast<std::ptrdiff_t>(pts.size()) - count < 2) return;
+    for (int removed = 0; removed < count; ++removed) {
+        // Never the last point: it takes the place of the removed one. Intended.
+        const int r = std::rand() % static_cast<int>(pts.size() - 1);
+        std::swap(pts[static_cast<std::size_t>(r)], pts.back());
+        pts.pop_back();
+    }
+}
+
+}  // namespace orx

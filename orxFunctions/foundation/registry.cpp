@@ -1,0 +1,100 @@
+#include "orxFunctions/foundation/registry.h"
+
+#include <utility>
+
+#include "orxFunctions/foundation/registry_internal.h"
+
+namespace orx {
+namespace {
+
+// A copy of the map, taken under its mutex. Copying map by map never holds two mutexes, so that no order of
+// locking exists which a registered function could invert.
+template <typename Map>
+Map snapshot(const Map& map, zul::Mutex& mutex) {
+    const zul::LockGuard lock(mutex);
+    return map;
+}
+
+template <typename Map>
+void replace(Map& map, Map copy, zul::Mutex& mutex) {
+    const zul::LockGuard lock(mutex);
+    map.swap(copy);
+}
+
+// The registered function, or null. The caller holds the map's mutex.
+template <typename Map>
+typename Map::mapped_type find(const Map& map, const std::string& name) {
+    const auto found = map.find(name);
+    return found == map.end() ? nullptr : found->second;
+}
+
+}  // namespace
+
+TAppSys::TAppSys(const TAppSys& other)
+    : objects(snapshot(other.objects, registryObjectsMutex)),
+      voidFuncs(snapshot(other.voidFuncs, registryVoidFuncsMutex)),
+      intFuncs(snapshot(other.intFuncs, registryIntFuncsMutex)),
+      stringFuncs(snapshot(other.stringFuncs, registryStringFuncsMutex)) {}
+
+TAppSys& TAppSys::operator=(const TAppSys& other) {
+    if (this == &other) return *this;
+    replace(objects, snapshot(other.objects, registryObjectsMutex), registryObjectsMutex);
+    replace(voidFuncs, snapshot(other.voidFuncs, registryVoidFuncsMutex), registryVoidFuncsMutex);
+    replace(intFuncs, snapshot(other.intFuncs, registryIntFuncsMutex), registryIntFuncsMutex);
+    replace(stringFuncs, snapshot(other.stringFuncs, registryStringFuncsMutex), registryStringFuncsMutex);
+    return *this;
+}
+
+void TAppSys::Register(std::string name, TClassBase* obj) {
+    if (obj == nullptr) {
+        UnRegister(std::move(name));
+        return;
+    }
+    const zul::LockGuard lock(registryObjectsMutex);
+    objects.emplace(std::move(name), obj);
+}
+
+void TAppSys::UnRegister(std::string name) {
+    const zul::LockGuard lock(registryObjectsMutex);
+    objects.erase(name);
+}
+
+TClassBase* TAppSys::suport(std::string name) {
+    const zul::LockGuard lock(registryObjectsMutex);
+    return find(objects, name);
+}
+
+void TAppSys::RegisterFunc(std::string name, TIntFunc f) {
+    const zul::LockGuard lock(registryIntFuncsMutex);
+    intFuncs.emplace(std::move(name), f);
+}
+
+void TAppSys::RegisterFunc(std::string name, TStringFunc f) {
+    const zul::LockGuard lock(registryStringFuncsMutex);
+    stringFuncs.emplace(std::move(name), f);
+}
+
+void TAppSys::RegisterFunc(std::string name, TVoidFunc f) {
+    const zul::LockGuard lock(registryVoidFuncsMutex);
+    voidFuncs.emplace(std::move(name), f);
+}
+
+bool TAppSys::callFunc(std::string name, int a, int b, int& result) {
+    const zul::LockGuard lock(registryIntFuncsMutex);
+    const TIntFunc f = find(intFuncs, name);
+    if (f == nullptr) return false;
+    result = f(a, b);
+    return true;
+}
+
+void TAppSys::callFunc(std::string name, std::string arg) {
+    const zul::LockGuard lock(registryStringFuncsMutex);
+    if (const TStringFunc f = find(stringFuncs, name)) f(std::move(arg));
+}
+
+void TAppSys::callFunc(std::string name) {
+    const zul::LockGuard lock(registryVoidFuncsMutex);
+    if (const TVoidFunc f = find(voidFuncs, name)) f();
+}
+
+}  // namespace orx

@@ -1,0 +1,23 @@
+// Every process-wide object of the library. They are constructed from top to bottom when the library is
+// loaded and destroyed from bottom to top when it is unloaded; nothing else in the library has a constructor
+// that runs at load.
+#include "orxFunctions/orxfunctions.h"
+
+#include "orxFunctions/foundation/image_exchange_internal.h"
+#include "orxFunctions/foundation/registry_internal.h"
+
+namespace orx {
+
+int G_appshowMsg_defaultColor = 0;
+
+TAppSys appSys;
+
+LatestImageSlot latestImage;
+ImageQueue imageQueue;
+
+zul::Mutex registryObjectsMutex;
+zul::Mutex registryVoidFuncsMutex;
+zul::Mutex registryIntFuncsMutex;
+zul::Mutex registryStringFuncsMutex;
+
+}  // namespace orx

@@ -1,0 +1,33 @@
+// orxFunctions: machine-vision functions for industrial inspection and measuring programs.
+//
+// The one header that a host includes. Images are 8-bit cv::Mat (grey, or colour in BGR order) unless a
+// function says otherwise; coordinates are pixels, x to the right and y down, the centre of the top-left
+// pixel at (0, 0); angles are degrees unless a function says radians. Nothing here throws for bad input: it
+// gives false, -1, an empty matrix or an invalid record, as each function states.
+//
+// Where to begin: getThresholdValue (analysis/threshold.h) finds a grey level, TRansacCircle and TRansacLine
+// (fitting/ransac.h) find shapes in noisy points, APPgetMessage (foundation/host_bridge.h) says what went
+// wrong.
+//
+// Thread words used in these headers. Reentrant: may run on several threads at once on different data.
+// Thread-safe: may run on several threads at once on the same object. One thread at a time: the caller
+// serialises.
+#ifndef ORXFUNCTIONS_ORXFUNCTIONS_H
+#define ORXFUNCTIONS_ORXFUNCTIONS_H
+
+#include "ZULLib/zullib.h"
+#include "orxFunctions/api.h"
+#include "orxFunctions/fitting/drawing.h"
+#include "orxFunctions/fitting/geometry.h"
+#include "orxFunctions/fitting/point_list.h"
+#include "orxFunctions/fitting/random_numbers.h"
+#include "orxFunctions/foundation/enumerations.h"
+#include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/image_convert.h"
+#include "orxFunctions/foundation/records.h"
+#include "orxFunctions/foundation/rect.h"
+#include "orxFunctions/foundation/registry.h"
+#include "orxFunctions/foundation/stopwatch.h"
+#include "orxFunctions/foundation/text.h"
+
+#endif
