@@ -24,6 +24,7 @@ function(orx_avx2_sources target)
     return()
   endif()
   orx_sources(${target} ${ARGN})
+  target_compile_definitions(${target} PRIVATE ORX_HAS_AVX2_KERNELS)
   foreach(file IN LISTS ARGN)
     set_property(SOURCE "${CMAKE_CURRENT_SOURCE_DIR}/${file}"
       TARGET_DIRECTORY ${target}

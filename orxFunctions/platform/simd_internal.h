@@ -1,0 +1,134 @@
+// Vectors of doubles and of 32-bit integers for kernels over points.
+//
+// A kernel is written once against this header, inside `namespace orx::ORX_SIMD`, and compiled twice: as part
+// of a source built for the baseline and of one built for AVX2 (orx_avx2_sources in CMake). Everything here
+// lives in a namespace named after the instruction set, so that the two builds share no inline function: the
+// linker would keep only one, and AVX2 code could run on a processor without it. For the same reason an AVX2
+// source includes this header and plain kernel headers only, no standard containers and no OpenCV.
+//
+// Each operation does per lane what the plain expression does, in IEEE double precision; no operation is
+// fused or approximated, so that a vector kernel gives the same bits as a plain loop.
+#ifndef ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
+#define ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#if defined(__AVX2__)
+#include <immintrin.h>
+#define ORX_SIMD simd_avx2
+#elif defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#define ORX_SIMD simd_sse2
+#else
+#define ORX_SIMD simd_plain
+#endif
+
+namespace orx::ORX_SIMD {
+
+#if defined(__AVX2__)
+
+// The outcome of a comparison, lane by lane.
+struct MaskD {
+    __m256d bits;
+    // Bit i is set when lane i is.
+    unsigned lanes() const { return static_cast<unsigned>(_mm256_movemask_pd(bits)); }
+};
+inline MaskD operator&(MaskD a, MaskD b) { return {_mm256_and_pd(a.bits, b.bits)}; }
+inline MaskD operator|(MaskD a, MaskD b) { return {_mm256_or_pd(a.bits, b.bits)}; }
+
+struct VecD {
+    static constexpr std::size_t kLanes = 4;
+    __m256d v;
+
+    static VecD all(double value) { return {_mm256_set1_pd(value)}; }
+    static VecD load(const double* p) { return {_mm256_loadu_pd(p)}; }
+    static VecD load(const std::int32_t* p) {
+        return {_mm256_cvtepi32_pd(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))};
+    }
+    void store(double* p) const { _mm256_storeu_pd(p, v); }
+};
+inline VecD operator+(VecD a, VecD b) { return {_mm256_add_pd(a.v, b.v)}; }
+inline VecD operator-(VecD a, VecD b) { return {_mm256_sub_pd(a.v, b.v)}; }
+inline VecD operator*(VecD a, VecD b) { return {_mm256_mul_pd(a.v, b.v)}; }
+inline VecD operator/(VecD a, VecD b) { return {_mm256_div_pd(a.v, b.v)}; }
+inline VecD sqrt(VecD a) { return {_mm256_sqrt_pd(a.v)}; }
+inline VecD abs(VecD a) { return {_mm256_andnot_pd(_mm256_set1_pd(-0.0), a.v)}; }
+inline VecD min(VecD a, VecD b) { return {_mm256_min_pd(a.v, b.v)}; }
+inline VecD max(VecD a, VecD b) { return {_mm256_max_pd(a.v, b.v)}; }
+// As in C++ a comparison with not-a-number is false.
+inline MaskD operator<(VecD a, VecD b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LT_OQ)}; }
+inline MaskD operator<=(VecD a, VecD b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_LE_OQ)}; }
+// Lane by lane: mask ? a : b.
+inline VecD select(MaskD mask, VecD a, VecD b) { return {_mm256_blendv_pd(b.v, a.v, mask.bits)}; }
+
+#elif defined(__SSE2__) || defined(_M_X64)
+
+struct MaskD {
+    __m128d bits;
+    unsigned lanes() const { return static_cast<unsigned>(_mm_movemask_pd(bits)); }
+};
+inline MaskD operator&(MaskD a, MaskD b) { return {_mm_and_pd(a.bits, b.bits)}; }
+inline MaskD operator|(MaskD a, MaskD b) { return {_mm_or_pd(a.bits, b.bits)}; }
+
+struct VecD {
+    static constexpr std::size_t kLanes = 2;
+    __m128d v;
+
+    static VecD all(double value) { return {_mm_set1_pd(value)}; }
+    static VecD load(const double* p) { return {_mm_loadu_pd(p)}; }
+    static VecD load(const std::int32_t* p) {
+        return {_mm_cvtepi32_pd(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))};
+    }
+    void store(double* p) const { _mm_storeu_pd(p, v); }
+};
+inline VecD operator+(VecD a, VecD b) { return {_mm_add_pd(a.v, b.v)}; }
+inline VecD operator-(VecD a, VecD b) { return {_mm_sub_pd(a.v, b.v)}; }
+inline VecD operator*(VecD a, VecD b) { return {_mm_mul_pd(a.v, b.v)}; }
+inline VecD operator/(VecD a, VecD b) { return {_mm_div_pd(a.v, b.v)}; }
+inline VecD sqrt(VecD a) { return {_mm_sqrt_pd(a.v)}; }
+inline VecD abs(VecD a) { return {_mm_andnot_pd(_mm_set1_pd(-0.0), a.v)}; }
+inline VecD min(VecD a, VecD b) { return {_mm_min_pd(a.v, b.v)}; }
+inline VecD max(VecD a, VecD b) { return {_mm_max_pd(a.v, b.v)}; }
+inline MaskD operator<(VecD a, VecD b) { return {_mm_cmplt_pd(a.v, b.v)}; }
+inline MaskD operator<=(VecD a, VecD b) { return {_mm_cmple_pd(a.v, b.v)}; }
+inline VecD select(MaskD mask, VecD a, VecD b) {
+    return {_mm_or_pd(_mm_and_pd(mask.bits, a.v), _mm_andnot_pd(mask.bits, b.v))};
+}
+
+#else
+
+struct MaskD {
+    bool bits;
+    unsigned lanes() const { return bits ? 1U : 0U; }
+};
+inline MaskD operator&(MaskD a, MaskD b) { return {a.bits && b.bits}; }
+inline MaskD operator|(MaskD a, MaskD b) { return {a.bits || b.bits}; }
+
+struct VecD {
+    static constexpr std::size_t kLanes = 1;
+    double v;
+
+    static VecD all(double value) { return {value}; }
+    static VecD load(const double* p) { return {*p}; }
+    static VecD load(const std::int32_t* p) { return {static_cast<double>(*p)}; }
+    void store(double* p) const { *p = v; }
+};
+inline VecD operator+(VecD a, VecD b) { return {a.v + b.v}; }
+inline VecD operator-(VecD a, VecD b) { return {a.v - b.v}; }
+inline VecD operator*(VecD a, VecD b) { return {a.v * b.v}; }
+inline VecD operator/(VecD a, VecD b) { return {a.v / b.v}; }
+inline VecD sqrt(VecD a) { return {std::sqrt(a.v)}; }
+inline VecD abs(VecD a) { return {std::fabs(a.v)}; }
+inline VecD min(VecD a, VecD b) { return a.v < b.v ? a : b; }
+inline VecD max(VecD a, VecD b) { return b.v < a.v ? a : b; }
+inline MaskD operator<(VecD a, VecD b) { return {a.v < b.v}; }
+inline MaskD operator<=(VecD a, VecD b) { return {a.v <= b.v}; }
+inline VecD select(MaskD mask, VecD a, VecD b) { return mask.bits ? a : b; }
+
+#endif
+
+}  // namespace orx::ORX_SIMD
+
+#endif
