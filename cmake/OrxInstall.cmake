@@ -6,6 +6,7 @@ install(TARGETS orxFunctions ZULLib
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(EXPORT orxFunctionsTargets
   NAMESPACE orxFunctions::
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions)
@@ -28,6 +29,8 @@ install(FILES
   "${PROJECT_BINARY_DIR}/orxFunctionsConfigVersion.cmake"
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions)
 
+file(RELATIVE_PATH ORX_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" ORX_PC_PREFIX "${ORX_PC_PREFIX}")
 configure_file(cmake/orxFunctions.pc.in "${PROJECT_BINARY_DIR}/orxFunctions.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/orxFunctions.pc"
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

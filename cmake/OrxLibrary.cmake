@@ -31,3 +31,12 @@ function(orx_avx2_sources target)
       APPEND PROPERTY COMPILE_OPTIONS $<IF:$<CXX_COMPILER_ID:MSVC>,/arch:AVX2,-mavx2>)
   endforeach()
 endfunction()
+
+# orx_hide_foreign_names(<target>): exports nothing that belongs to another library (see exports.map).
+function(orx_hide_foreign_names target)
+  if(UNIX AND NOT APPLE)
+    set(map "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
+  endif()
+endfunction()
