@@ -1,7 +1,7 @@
 // The package that owns a file, from dpkg's database: info/PACKAGE.list names the files of a package, status
 // its version. Diversions are not followed.
 #include <algorithm>
-#include <functional>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -49,20 +49,21 @@ std::vector<std::string> packages() {
     return found;
 }
 
+// std::string::find would stop at the first byte of each line.
+bool contains(const std::string& text, const std::string& wanted) {
+    return memmem(text.data(), text.size(), wanted.data(), wanted.size()) != nullptr;
+}
+
 // The first package whose list has a line that is the name; a name that stands earlier goes before.
 std::string ownerOf(const std::vector<std::string>& names) {
-    using Searcher = std::boyer_moore_horspool_searcher<std::string::const_iterator>;
     std::vector<std::string> lines;
     for (const std::string& name : names) lines.push_back("\n" + name + "\n");
-    std::vector<Searcher> searchers;
-    for (const std::string& line : lines) searchers.emplace_back(line.begin(), line.end());
-
     std::string owner;
     std::size_t best = lines.size();
     for (const std::string& package : packages()) {
         const std::string list = "\n" + contentOf(kListFolder + package + ".list");
         for (std::size_t i = 0; i < best; ++i) {
-            if (std::search(list.begin(), list.end(), searchers[i]) == list.end()) continue;
+            if (!contains(list, lines[i])) continue;
             owner = package;
             best = i;
         }
