@@ -21,6 +21,8 @@
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
+#include "orxFunctions/fitting/ransac.h"
+#include "orxFunctions/fitting/wanted_line.h"
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/image_convert.h"

@@ -55,17 +55,14 @@ void drawContours(cv::Mat& image, std::vector<cv::Point> points, int radius, cv:
 void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double k, int thickness,
                int lineType, int shift) {
     const Stroke stroke{color, thickness, lineType, shift};
-    const int x = center.x;
-    const int y = center.y;
-    if (k == 0) {
-        stroke.line(image, {x, y - L}, {x, y + L});
-        stroke.line(image, {x - L, y}, {x + L, y});
-        return;
-    }
+    const double x = center.x;
+    const double y = center.y;
+    const double length = L;
     // The flatter of the two arms spans the columns, the steeper one the rows.
     if (std::abs(k) >= 1) k = -1 / k;
-    stroke.line(image, {x - L, nearest(y - k * L)}, {x + L, nearest(y + k * L)});
-    stroke.line(image, {nearest(x + k * L), y - L}, {nearest(x - k * L), y + L});
+    const double lean = k * length;
+    stroke.line(image, {nearest(x + lean), nearest(y - length)}, {nearest(x - lean), nearest(y + length)});
+    stroke.line(image, {nearest(x - length), nearest(y - lean)}, {nearest(x + length), nearest(y + lean)});
 }
 
 void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thickness, int lineType, int shift) {
@@ -96,9 +93,11 @@ void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, i
 
 void drawText(cv::Mat& image, std::string text, cv::Scalar /*color: always red, intended*/, int corner,
               double ratio) {
-    if (image.channels() != 3) return;
+    if (image.channels() != 3 || image.empty()) return;
     constexpr int kFace = cv::FONT_HERSHEY_PLAIN;
     double scale = image.cols / ratio;
+    constexpr double kLargestScale = 32767;  // OpenCV's limit of thickness
+    if (!(std::abs(scale) <= kLargestScale)) return;
     const int thickness = nearest(scale);
     scale = thickness < 1 ? 1.0 : std::max(scale, 1.0);
     int baseline = 0;

@@ -49,8 +49,8 @@ ORX_API bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::P
 
 // The algebraic least-squares circle x^2 + y^2 + a x + b y + c = 0, as (centre x, centre y, radius). False
 // for fewer than 3 points; `out` is then untouched. Collinear points give not-a-number values and true. The
-// sums are exact for extents up to about 1,000 pixels; beyond, 32-bit products wrap. I. Kasa, "A circle
-// fitting procedure and its error analysis", IEEE Trans. Instrum. Meas. 25 (1976).
+// products are exact for extents up to 2,500 pixels; beyond, 32 bits wrap. I. Kasa, "A circle fitting
+// procedure and its error analysis", IEEE Trans. Instrum. Meas. 25 (1976).
 ORX_API bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out);
 
 // Orders the vertices of a convex polygon: the topmost first (the earliest among equals), then by descending

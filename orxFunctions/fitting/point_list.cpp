@@ -3,10 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <utility>
 
 namespace orx {
+namespace {
+
+bool hasIndex(const std::vector<cv::Point>& pts, int index) {
+    return index >= 0 && static_cast<std::size_t>(index) < pts.size();
+}
+
+}  // namespace
 
 void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv::Point>& out, int tol) {
     out.clear();
@@ -21,12 +29,15 @@ void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv
 bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx, std::vector<cv::Point>& out) {
     out.clear();
     out.reserve(idx.size());
-    for (const int i : idx) out.push_back(pts[static_cast<std::size_t>(i)]);
+    for (const int i : idx) {
+        if (hasIndex(pts, i)) out.push_back(pts[static_cast<std::size_t>(i)]);
+    }
     return true;
 }
 
 void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
     if (idx.empty() || idx.size() > pts.size()) return;
+    idx.erase(std::remove_if(idx.begin(), idx.end(), [&](int i) { return !hasIndex(pts, i); }), idx.end());
     std::sort(idx.begin(), idx.end());
     std::size_t end = pts.size();
     for (auto index = idx.rbegin(); index != idx.rend(); ++index) {
@@ -37,9 +48,10 @@ void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
 }
 
 void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, int margin) {
+    const std::int64_t right = std::int64_t{size.width} - margin - 1;
+    const std::int64_t bottom = std::int64_t{size.height} - margin - 1;
     const auto nearBorder = [&](const cv::Point& p) {
-        return p.x < margin || p.x > size.width - margin - 1 || p.y < margin ||
-               p.y > size.height - margin - 1;
+        return p.x < margin || p.x > right || p.y < margin || p.y > bottom;
     };
     std::vector<int> idx;
     for (std::size_t i = 0; i < pts.size(); ++i) {

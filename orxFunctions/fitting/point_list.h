@@ -1,4 +1,4 @@
-// Choosing points from lists and removing them. Indices are not checked: the caller passes valid ones.
+// Choosing points from lists and removing them. Indices that no point of the list has are passed over.
 #ifndef ORXFUNCTIONS_FITTING_POINT_LIST_H
 #define ORXFUNCTIONS_FITTING_POINT_LIST_H
 
@@ -15,7 +15,7 @@ namespace orx {
 ORX_API void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv::Point>& out,
                               int tol);
 
-// out = pts[idx[0]], pts[idx[1]], ... Always true. Reentrant.
+// out = pts[idx[0]], pts[idx[1]], ..., an index may come more than once. Always true. Reentrant.
 ORX_API bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx,
                                      std::vector<cv::Point>& out);
 

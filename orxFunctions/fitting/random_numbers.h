@@ -7,7 +7,7 @@
 
 namespace orx {
 
-// lo + rand() % (hi - lo + 1); hi must not be below lo.
+// lo + rand() % (hi - lo + 1). lo when hi is below it; a number is drawn all the same.
 ORX_API int getRandNum(int lo, int hi);
 
 // The same after srand(seed): equal seeds give equal numbers.

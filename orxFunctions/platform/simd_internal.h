@@ -63,6 +63,20 @@ inline MaskD operator<=(VecD a, VecD b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_L
 // Lane by lane: mask ? a : b.
 inline VecD select(MaskD mask, VecD a, VecD b) { return {_mm256_blendv_pd(b.v, a.v, mask.bits)}; }
 
+// Counts the lanes that are set in the masks added to it.
+class LaneCount {
+  public:
+    void add(MaskD mask) { sums_ = _mm256_sub_epi64(sums_, _mm256_castpd_si256(mask.bits)); }
+    std::size_t total() const {
+        const __m128i pair = _mm_add_epi64(_mm256_castsi256_si128(sums_), _mm256_extracti128_si256(sums_, 1));
+        return static_cast<std::size_t>(_mm_cvtsi128_si64(pair) +
+                                        _mm_cvtsi128_si64(_mm_unpackhi_epi64(pair, pair)));
+    }
+
+  private:
+    __m256i sums_ = _mm256_setzero_si256();
+};
+
 #elif defined(__SSE2__) || defined(_M_X64)
 
 struct MaskD {
@@ -97,6 +111,18 @@ inline VecD select(MaskD mask, VecD a, VecD b) {
     return {_mm_or_pd(_mm_and_pd(mask.bits, a.v), _mm_andnot_pd(mask.bits, b.v))};
 }
 
+class LaneCount {
+  public:
+    void add(MaskD mask) { sums_ = _mm_sub_epi64(sums_, _mm_castpd_si128(mask.bits)); }
+    std::size_t total() const {
+        return static_cast<std::size_t>(_mm_cvtsi128_si64(sums_) +
+                                        _mm_cvtsi128_si64(_mm_unpackhi_epi64(sums_, sums_)));
+    }
+
+  private:
+    __m128i sums_ = _mm_setzero_si128();
+};
+
 #else
 
 struct MaskD {
@@ -126,6 +152,15 @@ inline VecD max(VecD a, VecD b) { return b.v < a.v ? a : b; }
 inline MaskD operator<(VecD a, VecD b) { return {a.v < b.v}; }
 inline MaskD operator<=(VecD a, VecD b) { return {a.v <= b.v}; }
 inline VecD select(MaskD mask, VecD a, VecD b) { return mask.bits ? a : b; }
+
+class LaneCount {
+  public:
+    void add(MaskD mask) { total_ += mask.lanes(); }
+    std::size_t total() const { return total_; }
+
+  private:
+    std::size_t total_ = 0;
+};
 
 #endif
 

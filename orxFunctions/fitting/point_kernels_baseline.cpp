@@ -1,0 +1,15 @@
+#include "orxFunctions/fitting/point_kernels.inl"
+#include "orxFunctions/platform/cpu_internal.h"
+
+namespace orx {
+
+const PointKernels kBaselinePointKernels = ORX_SIMD::kKernels;
+
+const PointKernels& pointKernels() {
+#if defined(ORX_HAS_AVX2_KERNELS)
+    if (platform::useAvx2()) return kAvx2PointKernels;
+#endif
+    return kBaselinePointKernels;
+}
+
+}  // namespace orx
