@@ -16,6 +16,8 @@
 #define ORXFUNCTIONS_ORXFUNCTIONS_H
 
 #include "ZULLib/zullib.h"
+#include "orxFunctions/analysis/contour_center.h"
+#include "orxFunctions/analysis/threshold.h"
 #include "orxFunctions/api.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/geometry.h"

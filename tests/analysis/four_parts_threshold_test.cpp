@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <opencv2/imgproc.hpp>
+#include <random>
+
+#include "orxFunctions/orxfunctions.h"
+
+namespace {
+
+cv::Mat otsu(const cv::Mat& img) {
+    cv::Mat out;
+    cv::threshold(img, out, 100, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
+    return out;
+}
+
+bool equal(const cv::Mat& a, const cv::Mat& b) {
+    return a.size() == b.size() && cv::norm(a, b, cv::NORM_INF) == 0;
+}
+
+// A bright rectangle on a dark ground, under light that differs between the quadrants of the rectangle, with
+// some noise; inclusive corners.
+cv::Mat litRectangle(cv::Point topLeft, cv::Point bottomRight) {
+    cv::Mat img(60, 80, CV_8UC1, cv::Scalar(20));
+    cv::rectangle(img, topLeft, bottomRight, cv::Scalar(180), cv::FILLED);
+    std::mt19937 random(3);
+    for (int y = 0; y < img.rows; ++y) {
+        for (int x = 0; x < img.cols; ++x) img.at<uchar>(y, x) += static_cast<uchar>(random() % 20 + x / 2);
+    }
+    return img;
+}
+
+TEST(OtsuFourParts, EveryQuadrantHasItsOwnLevel) {
+    cv::Mat img = litRectangle({20, 10}, {60, 40});  // centre (40, 25)
+    cv::Mat expected = img.clone();
+    for (const cv::Rect& part : {cv::Rect(0, 0, 40, 25), cv::Rect(40, 0, 40, 25), cv::Rect(0, 25, 40, 35),
+                                 cv::Rect(40, 25, 40, 35)}) {
+        otsu(img(part)).copyTo(expected(part));
+    }
+    cv::Mat dst;
+    orx::OTSUfourPartsThreshold(img, dst, cv::MORPH_OPEN, 3);
+    EXPECT_TRUE(equal(dst, expected));
+    orx::OTSUfourPartsThreshold(img, img, cv::MORPH_OPEN, 3);
+    EXPECT_TRUE(equal(img, expected)) << "in place";
+}
+
+TEST(OtsuFourParts, TheObjectIsTheOneOfLargestAreaAfterMorphology) {
+    cv::Mat img = litRectangle({30, 20}, {50, 40});  // centre (40, 30)
+    cv::Mat speckled = img.clone();
+    cv::line(speckled, {0, 5}, {79, 5}, cv::Scalar(230));  // long, but opened away
+    cv::rectangle(speckled, {2, 50}, {10, 57}, cv::Scalar(230), cv::FILLED);
+    cv::Mat dst;
+    orx::OTSUfourPartsThreshold(speckled, dst, cv::MORPH_OPEN, 3);
+    EXPECT_TRUE(equal(dst(cv::Rect(40, 30, 40, 30)), otsu(speckled(cv::Rect(40, 30, 40, 30)))));
+    EXPECT_TRUE(equal(dst(cv::Rect(0, 0, 40, 30)), otsu(speckled(cv::Rect(0, 0, 40, 30)))));
+}
+
+TEST(OtsuFourParts, CentresAtTheBorderLeaveFewerQuadrants) {
+    cv::Mat corner(30, 40, CV_8UC1, cv::Scalar(10));
+    corner.at<uchar>(0, 0) = 200;
+    cv::Mat uniform(30, 40, CV_8UC1, cv::Scalar(0));  // no contour
+    cv::Mat pixel(1, 1, CV_8UC1, cv::Scalar(99));
+    cv::Mat column = litRectangle({20, 10}, {60, 40}).col(40).clone();
+    for (cv::Mat* img : {&corner, &uniform, &pixel}) {
+        cv::Mat dst;
+        orx::OTSUfourPartsThreshold(*img, dst, cv::MORPH_DILATE, 1);
+        EXPECT_TRUE(equal(dst, otsu(*img)));
+    }
+    cv::Mat dst;
+    orx::OTSUfourPartsThreshold(column, dst, cv::MORPH_CLOSE, 3);
+    EXPECT_TRUE(equal(dst.rowRange(25, 60), otsu(column.rowRange(25, 60))));
+}
+
+TEST(OtsuFourParts, AKernelLargerThanTheImageTakesNoMemory) {
+    cv::Mat img = litRectangle({20, 10}, {60, 40});
+    for (const int operation : {cv::MORPH_ERODE, cv::MORPH_DILATE, cv::MORPH_GRADIENT, cv::MORPH_TOPHAT}) {
+        cv::Mat large;
+        cv::Mat huge;
+        orx::OTSUfourPartsThreshold(img, large, operation, 200);
+        orx::OTSUfourPartsThreshold(img, huge, operation, 2000000000);
+        EXPECT_TRUE(equal(large, huge));
+    }
+}
+
+TEST(OtsuFourParts, RefusalsAreOpenCVsAndLeaveTheOutputAlone) {
+    cv::Mat img = litRectangle({20, 10}, {60, 40});
+    cv::Mat empty;
+    cv::Mat colour(9, 9, CV_8UC3, cv::Scalar::all(7));
+    cv::Mat dst(1, 1, CV_8UC1, cv::Scalar(42));
+    EXPECT_THROW(orx::OTSUfourPartsThreshold(empty, dst, cv::MORPH_OPEN, 3), cv::Exception);
+    EXPECT_THROW(orx::OTSUfourPartsThreshold(colour, dst, cv::MORPH_OPEN, 3), cv::Exception);
+    EXPECT_THROW(orx::OTSUfourPartsThreshold(img, dst, 99, 3), cv::Exception);
+    EXPECT_THROW(orx::OTSUfourPartsThreshold(img, dst, cv::MORPH_OPEN, 0), cv::Exception);
+    EXPECT_EQ(dst.at<uchar>(0, 0), 42);
+}
+
+}  // namespace

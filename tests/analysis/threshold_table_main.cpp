@@ -1,0 +1,6 @@
+// Prints docs/threshold-degenerate.md.
+#include <iostream>
+
+#include "threshold_table.h"
+
+int main() { std::cout << thresholdTable(); }
