@@ -17,8 +17,11 @@
 
 #include "ZULLib/zullib.h"
 #include "orxFunctions/api.h"
+#include "orxFunctions/fitting/circle_fit.h"
 #include "orxFunctions/fitting/drawing.h"
+#include "orxFunctions/fitting/fit_factories.h"
 #include "orxFunctions/fitting/geometry.h"
+#include "orxFunctions/fitting/line_fit.h"
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/foundation/enumerations.h"

@@ -63,6 +63,14 @@ inline MaskD operator<=(VecD a, VecD b) { return {_mm256_cmp_pd(a.v, b.v, _CMP_L
 // Lane by lane: mask ? a : b.
 inline VecD select(MaskD mask, VecD a, VecD b) { return {_mm256_blendv_pd(b.v, a.v, mask.bits)}; }
 
+// Reads kLanes points stored as x, y, x, y, ...
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    const __m128 low = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy)));
+    const __m128 high = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy + 4)));
+    x.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0))));
+    y.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))));
+}
+
 #elif defined(__SSE2__) || defined(_M_X64)
 
 struct MaskD {
@@ -97,6 +105,12 @@ inline VecD select(MaskD mask, VecD a, VecD b) {
     return {_mm_or_pd(_mm_and_pd(mask.bits, a.v), _mm_andnot_pd(mask.bits, b.v))};
 }
 
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    const __m128i pairs = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xy));
+    x.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 1, 2, 0)));
+    y.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(2, 0, 3, 1)));
+}
+
 #else
 
 struct MaskD {
@@ -126,6 +140,11 @@ inline VecD max(VecD a, VecD b) { return b.v < a.v ? a : b; }
 inline MaskD operator<(VecD a, VecD b) { return {a.v < b.v}; }
 inline MaskD operator<=(VecD a, VecD b) { return {a.v <= b.v}; }
 inline VecD select(MaskD mask, VecD a, VecD b) { return mask.bits ? a : b; }
+
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    x.v = static_cast<double>(xy[0]);
+    y.v = static_cast<double>(xy[1]);
+}
 
 #endif
 
