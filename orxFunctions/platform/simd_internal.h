@@ -77,6 +77,14 @@ class LaneCount {
     __m256i sums_ = _mm256_setzero_si256();
 };
 
+// Reads kLanes points stored as x, y, x, y, ...
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    const __m128 low = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy)));
+    const __m128 high = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy + 4)));
+    x.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0))));
+    y.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))));
+}
+
 #elif defined(__SSE2__) || defined(_M_X64)
 
 struct MaskD {
@@ -123,6 +131,12 @@ class LaneCount {
     __m128i sums_ = _mm_setzero_si128();
 };
 
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    const __m128i pairs = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xy));
+    x.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 1, 2, 0)));
+    y.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(2, 0, 3, 1)));
+}
+
 #else
 
 struct MaskD {
@@ -161,6 +175,11 @@ class LaneCount {
   private:
     std::size_t total_ = 0;
 };
+
+inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
+    x.v = static_cast<double>(xy[0]);
+    y.v = static_cast<double>(xy[1]);
+}
 
 #endif
 

@@ -1,0 +1,15 @@
+#include "orxFunctions/fitting/fit_kernels_body_internal.h"
+#include "orxFunctions/platform/cpu_internal.h"
+
+namespace orx::fit_kernels {
+
+const Kernels kBaseline = ORX_SIMD::fits::kKernels;
+
+const Kernels& kernels() {
+#if defined(ORX_HAS_AVX2_KERNELS)
+    if (platform::useAvx2()) return kAvx2;
+#endif
+    return kBaseline;
+}
+
+}  // namespace orx::fit_kernels

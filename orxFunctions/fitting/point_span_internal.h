@@ -1,0 +1,20 @@
+// A list of points as the kernels read it.
+#ifndef ORXFUNCTIONS_FITTING_POINT_SPAN_INTERNAL_H
+#define ORXFUNCTIONS_FITTING_POINT_SPAN_INTERNAL_H
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "orxFunctions/fitting/fit_kernels_internal.h"
+
+namespace orx {
+
+inline fit_kernels::PointSpan spanOf(const std::vector<cv::Point>& points) {
+    static_assert(sizeof(cv::Point) == 2 * sizeof(std::int32_t), "kernels read points as pairs of integers");
+    return {points.empty() ? nullptr : &points.front().x, points.size()};
+}
+
+}  // namespace orx
+
+#endif
