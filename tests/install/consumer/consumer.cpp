@@ -1,15 +1,16 @@
-// A stranger's program: finds a grey level and the circle through three points, and says which version it
-// met.
 #include <cstdio>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
 
-int main() {
-    orx::APPaddOrSetParamInt("level", 50);
-    cv::Point3d circle;
-    if (!orx::threePoints2circle2({140, 80}, {100, 120}, {60, 80}, circle)) return 1;
-    std::printf("orxFunctions %d.%d.%d: level %d, circle %.1f %.1f %.1f\n", ORX_VERSION_MAJOR,
-                ORX_VERSION_MINOR, ORX_VERSION_PATCH, orx::APPgetParamInt("level"), circle.x, circle.y,
-                circle.z);
-    return 0;
+int main(int, char** arguments) {
+    cv::Mat image = cv::imread(arguments[1], cv::IMREAD_GRAYSCALE), binary;
+    cv::threshold(image, binary, orx::getThresholdValue(image, orx::tmOtsu), 255, cv::THRESH_BINARY);
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    for (const std::vector<cv::Point>& contour : contours) {
+        const orx::TCircle circle = orx::TRansacCircle(contour, 500, 500, 1.0).doRansac();
+        if (circle.valid) std::printf("circle at (%.1f, %.1f), radius %.1f\n", circle.x, circle.y, circle.r);
+    }
 }
