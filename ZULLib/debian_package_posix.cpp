@@ -57,6 +57,7 @@ bool contains(const std::string& text, const std::string& wanted) {
 // The first package whose list has a line that is the name; a name that stands earlier goes before.
 std::string ownerOf(const std::vector<std::string>& names) {
     std::vector<std::string> lines;
+    lines.reserve(names.size());
     for (const std::string& name : names) lines.push_back("\n" + name + "\n");
     std::string owner;
     std::size_t best = lines.size();

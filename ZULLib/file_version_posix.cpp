@@ -29,7 +29,7 @@ bool continues(const std::string& longer, const std::string& shorter) {
 std::string getFileVersion(std::string file) {
     const std::string real = posix::realPath(file);
     if (real.empty() || !posix::InputFile(real).isOpen()) return {};
-    const std::string packaged = posix::debianVersionOf(file);
+    std::string packaged = posix::debianVersionOf(file);
     if (!packaged.empty()) return packaged;
 
     const posix::ElfName elf = posix::elfSharedObjectName(real);

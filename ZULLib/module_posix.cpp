@@ -1,38 +1,41 @@
 // Where a loaded module lies, on POSIX.
+#include <dlfcn.h>
 #include <link.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <ios>
 #include <sstream>
 #include <string>
+#include <vector>
 
-#include "ZULLib/files_posix_internal.h"
 #include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {
 
-// A handle of dlopen is the address of the module's entry in the loader's list. dlinfo would follow any
-// address that it is given, so the list is searched for the handle instead.
-struct ModuleSearch {
-    const void* handle = nullptr;
-    bool found = false;
-    std::string name;
+struct LoadedModule {
+    std::string name;  // as it was loaded; empty for the program
     std::uintptr_t address = 0;
 };
 
-// dl_iterate_phdr holds the loader's lock on the list during this call.
-int findModule(dl_phdr_info* /*info*/, std::size_t /*size*/, void* context) {
-    auto& search = *static_cast<ModuleSearch*>(context);
-    for (const link_map* module = _r_debug.r_map; module != nullptr; module = module->l_next) {
-        if (module != search.handle) continue;
-        search.found = true;
-        search.name = module->l_name == nullptr ? "" : module->l_name;
-        search.address = reinterpret_cast<std::uintptr_t>(module->l_ld);
-        break;
-    }
-    return 1;
+int collectModule(dl_phdr_info* info, std::size_t /*size*/, void* context) {
+    const auto* const end = info->dlpi_phdr + info->dlpi_phnum;
+    const auto* const segment =
+        std::find_if(info->dlpi_phdr, end, [](const auto& s) { return s.p_type == PT_LOAD; });
+    if (segment == end) return 0;
+    const char* const name = info->dlpi_name == nullptr ? "" : info->dlpi_name;
+    static_cast<std::vector<LoadedModule>*>(context)->push_back({name, info->dlpi_addr + segment->p_vaddr});
+    return 0;
+}
+
+// The loader's entry of the module at an address, whose own address is the module's handle.
+const void* handleOf(const LoadedModule& module) {
+    Dl_info info = {};
+    void* entry = nullptr;
+    return dladdr1(reinterpret_cast<void*>(module.address), &info, &entry, RTLD_DL_LINKMAP) == 0 ? nullptr
+                                                                                                 : entry;
 }
 
 // The file that is mapped at an address: a module that was loaded by a relative name stays where it was when
@@ -55,13 +58,15 @@ std::string fileMappedAt(std::uintptr_t address) {
 
 std::string getDllPath(TModuleHandle module) {
     if (module == nullptr) return extractFilePath(getExeFileName());
-    ModuleSearch search;
-    search.handle = module;
-    dl_iterate_phdr(findModule, &search);
-    if (!search.found) return {};
-    if (search.name.empty()) return extractFilePath(getExeFileName());
-    if (search.name.front() == '/') return extractFilePath(search.name);
-    return extractFilePath(fileMappedAt(search.address));
+    // dlinfo would follow any address that it is given, so the handle is looked for among the right ones.
+    std::vector<LoadedModule> modules;
+    dl_iterate_phdr(collectModule, &modules);
+    const auto found = std::find_if(modules.begin(), modules.end(), [&](const LoadedModule& candidate) {
+        return handleOf(candidate) == module;
+    });
+    if (found == modules.end()) return {};
+    if (found->name.empty()) return extractFilePath(getExeFileName());
+    return extractFilePath(found->name.front() == '/' ? found->name : fileMappedAt(found->address));
 }
 
 }  // namespace zul

@@ -88,6 +88,7 @@ TEST(TextConversion, TheWholeTableRoundTripsOnSeveralThreads) {
     };
     std::vector<int> characters(3, 0);
     std::vector<std::thread> threads;
+    threads.reserve(characters.size());
     for (int& count : characters) threads.emplace_back(roundTrip, std::ref(count));
     for (std::thread& thread : threads) thread.join();
     // The code page defines 21,791 double-byte characters; tables differ in some private and newer ones.

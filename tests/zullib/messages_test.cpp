@@ -60,6 +60,7 @@ TEST(Messages, NoneIsLostOrDoubledBetweenThreads) {
     std::atomic<int> running{kProducers};
     std::atomic<int> taken{0};
     std::vector<std::thread> threads;
+    threads.reserve(kProducers + 2);
     for (int producer = 0; producer < kProducers; ++producer) {
         threads.emplace_back([&] {
             for (int i = 0; i < kEach; ++i) zul::APPshowMessage("message", i);

@@ -146,6 +146,7 @@ TEST(Trace, ASlowSinkHoldsUpNobodyElseAndIsWaitedForWhenReplaced) {
 TEST(Trace, SinksComeAndGoWhileThreadsTrace) {
     std::atomic<bool> stop{false};
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&stop] {
             while (!stop) zul::outPutDebugString("\xD6\xD0", 1);
