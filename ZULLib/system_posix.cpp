@@ -26,7 +26,7 @@ std::tm platform::localTime(std::time_t moment) {
 
 bool dirExists(std::string path) {
     struct stat info = {};
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    return stat(path.c_str(), &info) == 0;
 }
 
 std::string getExeFileName() { return posix::executableOf("self"); }

@@ -49,8 +49,7 @@ std::tm platform::localTime(std::time_t moment) {
 }
 
 bool dirExists(std::string path) {
-    const DWORD attributes = GetFileAttributesW(wideFromAnsi(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return GetFileAttributesW(wideFromAnsi(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::string getDllPath(TModuleHandle module) {

@@ -128,7 +128,8 @@ ZUL_API std::string extractFileName(std::string path);
 // The extension of the file name with its point (".png"); "" without one. A leading point (".profile") starts
 // a name, not an extension, and the folder name ".." has none.
 ZUL_API std::string extractFileExt(std::string path);
-// True when the path names an existing folder (a link to one included).
+// True when the path names something that exists, a folder or (in spite of the name) a file; links are
+// followed.
 ZUL_API bool dirExists(std::string path);
 
 // Process, modules, time.

