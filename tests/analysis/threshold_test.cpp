@@ -25,13 +25,14 @@ int levelOf(cv::Mat img, int method) {
 // A one-row image with the given number of pixels of each level.
 cv::Mat imageOf(const std::map<int, int>& counts) {
     std::vector<uchar> pixels;
-    for (const auto& [level, count] : counts) pixels.insert(pixels.end(), count, static_cast<uchar>(level));
+    for (const auto& [level, count] : counts)
+        pixels.resize(pixels.size() + static_cast<std::size_t>(count), static_cast<uchar>(level));
     return pixels.empty() ? cv::Mat() : cv::Mat(pixels, true).reshape(1, 1);
 }
 
 // `rows` times the same row, of which only one is stored: images of any size without their memory.
 cv::Mat repeated(const cv::Mat& row, int rows) {
-    cv::Mat img(rows, row.cols, row.type(), row.data, row.cols + 1U);
+    cv::Mat img(rows, row.cols, row.type(), row.data, row.total() + 1);
     img.step.p[0] = 0;
     return img;
 }
@@ -180,7 +181,8 @@ class PlainLoops : public testing::TestWithParam<Shape> {
         double parameters[4];
         for (double& p : parameters) p = uniform(random);
         std::vector<double> weights(256);
-        for (int i = 0; i < 256; ++i) weights[i] = GetParam().weight(uniform(random), i, parameters) + 1e-12;
+        for (int i = 0; i < 256; ++i)
+            weights[static_cast<std::size_t>(i)] = GetParam().weight(uniform(random), i, parameters) + 1e-12;
         std::discrete_distribution<int> level(weights.begin(), weights.end());
         const int rows = 1 + static_cast<int>(random() % 60);
         cv::Mat whole(rows, 80, CV_8UC1);
