@@ -26,11 +26,12 @@ class Fuzziness {
     Fuzziness(const Histogram& histogram, int first, int last) {
         for (std::size_t i = 0; i < pixels_.size(); ++i) pixels_[i] = histogram[i];
         const double range = last - first;
+        double* centre = entropy_.data() + kCentre;
         for (int d = 1; d <= last - first; ++d) {
             const double x = 1 / (d / range + 1);
             const double entropy = -x * std::log(x) - (1 - x) * std::log(1 - x);
-            entropy_[static_cast<std::size_t>(kCentre + d)] = entropy;
-            entropy_[static_cast<std::size_t>(kCentre - d)] = entropy;
+            centre[d] = entropy;
+            centre[-d] = entropy;
         }
     }
 

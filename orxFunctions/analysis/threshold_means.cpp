@@ -2,16 +2,16 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 
 #include "orxFunctions/analysis/threshold_methods_internal.h"
 
 namespace orx {
 namespace {
 
-// The mean level of [from, to], towards zero. The class must not be empty.
+// The mean level of [from, to], towards zero; 0 for an empty class.
 std::int64_t meanLevel(const RunningSums& sums, int from, int to) {
-    return sums.weighted(from, to) / sums.count(from, to);
+    const std::int64_t count = sums.count(from, to);
+    return count == 0 ? 0 : sums.weighted(from, to) / count;
 }
 
 // The share of object pixels in the two-level image that has the first three moments of the given one.

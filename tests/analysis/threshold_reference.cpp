@@ -25,7 +25,7 @@ std::int64_t weightOver(const Counts& h, int from, int to) {
     return s;
 }
 
-using Bins = std::array<double, 256>;
+using Bins = PerLevel<double>;
 
 bool peak(const Bins& H, int k) { return H.at(k) > H.at(k - 1) && H.at(k) > H.at(k + 1); }
 
@@ -72,8 +72,8 @@ int huang(const Counts& h) {
     if (L <= f) L = 255;
     if (f > 255) return -1;
     if (L == f || L == f + 1) return f;
-    std::array<std::uint32_t, 256> S{};
-    std::array<std::uint32_t, 256> W{};
+    Counts S{};
+    Counts W{};
     S[0] = h[0];
     for (int i = std::max(1, f); i <= L; ++i) {
         S.at(i) = S.at(i - 1) + h.at(i);

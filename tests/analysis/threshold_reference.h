@@ -4,12 +4,20 @@
 #define ORXFUNCTIONS_TESTS_ANALYSIS_THRESHOLD_REFERENCE_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <opencv2/core.hpp>
 
 namespace reference {
 
-using Counts = std::array<std::uint32_t, 256>;
+// One value for each grey level; at() takes the level as an int, and checks it.
+template <typename T>
+struct PerLevel : std::array<T, 256> {
+    T& at(int level) { return std::array<T, 256>::at(static_cast<std::size_t>(level)); }
+    const T& at(int level) const { return std::array<T, 256>::at(static_cast<std::size_t>(level)); }
+};
+
+using Counts = PerLevel<std::uint32_t>;
 
 // Every level that occurs in the bytes of the image, row by row or as one long row.
 Counts directCounts(const cv::Mat& img, bool oneLongRow = false);
