@@ -24,7 +24,8 @@ std::vector<cv::Point> points(std::int64_t count, Place place) {
     std::vector<cv::Point> result;
     for (std::int64_t i = 0; i < count; ++i) {
         cv::Point2d p(kSize * unit(generator), kSize * unit(generator));
-        if (unit(generator) >= kOutliers) p = place(unit(generator)) + cv::Point2d(noise(generator), noise(generator));
+        if (unit(generator) >= kOutliers)
+            p = place(unit(generator)) + cv::Point2d(noise(generator), noise(generator));
         result.emplace_back(static_cast<int>(std::lround(p.x)), static_cast<int>(std::lround(p.y)));
     }
     return result;

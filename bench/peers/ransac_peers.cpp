@@ -1,5 +1,5 @@
-// PCL's consensus searches on the scenes of ransac_bench, with the same number of trials: the probability asked
-// for is so high that the search never ends early.
+// PCL's consensus searches on the scenes of ransac_bench, with the same number of trials: the probability
+// asked for is so high that the search never ends early.
 #include <benchmark/benchmark.h>
 #include <pcl/sample_consensus/ransac.h>
 #include <pcl/sample_consensus/sac_model_circle.h>

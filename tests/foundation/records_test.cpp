@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <opencv2/core.hpp>
 #include <type_traits>
 
@@ -38,6 +39,12 @@ TEST(TORXRect, ContainsOnlyWhatLiesStrictlyInside) {
     EXPECT_FALSE(outer.isContainRect({0, 0, 9, 9}));
     EXPECT_FALSE(outer.isContainRect({1, 1, 9, 3}));
     EXPECT_FALSE(outer.isContainRect({5, 5, 20, 2}));
+}
+
+TEST(TORXRect, FarEdgesWrapIn32Bits) {
+    const cv::Mat image = cv::Mat::zeros(10, 10, CV_8UC1);
+    EXPECT_TRUE(orx::TORXRect(std::numeric_limits<int>::max(), 0, 1, 1).checkROI(image)) << "a negative sum";
+    EXPECT_TRUE(orx::TORXRect(10, 10, -10, -10).isContainRect({1, 1, 8, 8})) << "the other corner first";
 }
 
 TEST(TORXTime, CountsMillisecondsFromTheLastStart) {
