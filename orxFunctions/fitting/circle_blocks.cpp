@@ -4,8 +4,7 @@
 
 #include "orxFunctions/fitting/circle_blocks_internal.h"
 #include "orxFunctions/fitting/geometry.h"
-#include "orxFunctions/fitting/monotone_bound_internal.h"
-#include "orxFunctions/fitting/point_span_internal.h"
+#include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
 
 namespace orx::circle_blocks {
@@ -44,6 +43,10 @@ TCircle algebraicCircle(const std::vector<cv::Point>& points, const std::vector<
     return circle;
 }
 
+double residualSum(const std::vector<cv::Point>& points, const TCircle& circle) {
+    return fit_kernels::kernels().circleResiduals(spanOf(points), {circle.x, circle.y, circle.r}, nullptr);
+}
+
 double residualList(const std::vector<cv::Point>& points, const TCircle& circle,
                     std::vector<double>& residuals) {
     residuals.resize(points.size());
@@ -77,17 +80,6 @@ bool sampleThree(const std::vector<cv::Point>& points, int seed, std::array<cv::
         if (!isCollinear(sample[0], sample[1], sample[2])) return true;
     }
     return false;
-}
-
-fit_kernels::Ring ringAround(const TCircle& circle, double distance) {
-    const double r = circle.r;
-    const auto insideOfInner = [r, distance](double q) { return std::sqrt(q) - r > -distance; };
-    const auto outsideOfOuter = [r, distance](double q) { return std::sqrt(q) - r >= distance; };
-    const double inner = r - distance;
-    const double outer = r + distance;
-    return {circle.x, circle.y,
-            inner > 0 ? firstReached(inner * inner, insideOfInner) : firstReached(0, insideOfInner),
-            firstReached(outer * outer, outsideOfOuter)};
 }
 
 }  // namespace orx::circle_blocks

@@ -7,7 +7,6 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/fit_kernels_internal.h"
 #include "orxFunctions/foundation/records.h"
 
 namespace orx::circle_blocks {
@@ -16,7 +15,10 @@ namespace orx::circle_blocks {
 // point. Centre and radius only: the flag is false. Points that determine no circle give not-a-number.
 TCircle algebraicCircle(const std::vector<cv::Point>& points, const std::vector<double>& weights = {});
 
-// residuals = the distance of each point from the circle's outline; returns their sum.
+// The sum of the points' distances from the circle's outline.
+double residualSum(const std::vector<cv::Point>& points, const TCircle& circle);
+
+// residuals = those distances; returns their sum.
 double residualList(const std::vector<cv::Point>& points, const TCircle& circle,
                     std::vector<double>& residuals);
 
@@ -29,9 +31,6 @@ double weightedMeanResidual(const std::vector<double>& residuals, const std::vec
 // Three points that do not lie on one line, drawn from rand() after srand(seed). False when ten draws fail;
 // with fewer than 3 points nothing is drawn.
 bool sampleThree(const std::vector<cv::Point>& points, int seed, std::array<cv::Point, 3>& sample);
-
-// The points with | |p - centre| - r | < distance, as bounds on squared distances that select the very same.
-fit_kernels::Ring ringAround(const TCircle& circle, double distance);
 
 }  // namespace orx::circle_blocks
 

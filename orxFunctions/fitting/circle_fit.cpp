@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <utility>
 
 #include "orxFunctions/fitting/circle_blocks_internal.h"
@@ -13,7 +12,10 @@
 #include "orxFunctions/fitting/fit_parameters_internal.h"
 #include "orxFunctions/fitting/fit_weights_internal.h"
 #include "orxFunctions/fitting/geometry.h"
-#include "orxFunctions/fitting/point_span_internal.h"
+#include "orxFunctions/fitting/inlier_tests_internal.h"
+#include "orxFunctions/fitting/pixel_span_internal.h"
+#include "orxFunctions/fitting/point_columns_internal.h"
+#include "orxFunctions/fitting/point_list.h"
 
 namespace blocks = orx::circle_blocks;
 namespace fit_kernels = orx::fit_kernels;
@@ -26,12 +28,6 @@ bool TCircleFit::setPoints(std::vector<cv::Point> points) {
 
 TCircleFit::~TCircleFit() = default;
 
-// A circle through three of the points, and how many lie near it.
-struct TCircleFit_Ransac::Candidate {
-    TCircle circle;
-    std::size_t count = 0;
-};
-
 bool TCircleFit_Ransac::setParams(std::vector<double> values) {
     if (values.size() != 5) return false;
     maximumRadius_ = orx::truncated(values[0]);
@@ -43,45 +39,43 @@ bool TCircleFit_Ransac::setParams(std::vector<double> values) {
 }
 
 // Sets are counted, not stored: only the winner's points are wanted in the end.
-TCircleFit_Ransac::Candidate TCircleFit_Ransac::search() const {
-    Candidate best;
-    if (points_.size() < 3) return best;  // every sample would fail
+std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
+    if (points_.size() < 3) return {};  // every sample would fail
+    const orx::PointColumns columns(points_);
+    const orx::PointKernels& kernels = orx::pointKernels();
     const double many = 0.8 * static_cast<double>(points_.size());
-    std::array<cv::Point, 3> sample;
+    std::size_t bestCount = 0;
+    orx::CircleTest best{};
     std::int64_t stored = 0;
+    std::array<cv::Point, 3> sample;
     for (int remaining = iterationCount_; remaining >= 1;) {
         --remaining;
         if (!blocks::sampleThree(points_, remaining, sample)) continue;
-        cv::Point3d through;
-        orx::threePoints2circle(sample[0], sample[1], sample[2], through);
-        if (!(minimumRadius_ < through.z && through.z < maximumRadius_)) continue;
-        Candidate candidate;
-        candidate.circle.x = through.x;
-        candidate.circle.y = through.y;
-        candidate.circle.r = through.z;
+        cv::Point3d circle;
+        orx::threePoints2circle(sample[0], sample[1], sample[2], circle);
+        if (!(minimumRadius_ < circle.z && circle.z < maximumRadius_)) continue;
+        const orx::CircleTest test = orx::circleCloserThan(circle.x, circle.y, circle.z, inlierDistance_);
         // A set that can't become the largest can't reach 0.8 of the points either: it need not be counted
         // out.
-        candidate.count = fit_kernels::kernels().countInRing(
-            orx::spanOf(points_), blocks::ringAround(candidate.circle, inlierDistance_), {best.count, 0});
+        const std::size_t count = kernels.countOnCircle(columns.span(), test, bestCount);
         ++stored;
-        if (candidate.count > best.count) best = candidate;
-        if (static_cast<double>(candidate.count) > many || stored > setCap_) break;
+        if (count > bestCount) {
+            bestCount = count;
+            best = test;
+        }
+        if (static_cast<double>(count) > many || stored > setCap_) break;
     }
-    return best;
+    if (bestCount == 0) return {};
+    std::vector<int> indices(columns.span().size);
+    indices.resize(kernels.listOnCircle(columns.span(), best, indices.data()));
+    std::vector<cv::Point> consensus;
+    orx::getPointListFromIdxList(points_, indices, consensus);
+    return consensus;
 }
 
 TCircle TCircleFit_Ransac::fit() {
-    const Candidate best = search();
-    if (best.count < 3) return {};
-    const auto near = [this, &best](const cv::Point& p) {
-        const double dx = best.circle.x - p.x;
-        const double dy = best.circle.y - p.y;
-        return std::abs(std::sqrt(dx * dx + dy * dy) - best.circle.r) < inlierDistance_;
-    };
-    std::vector<cv::Point> consensus;
-    consensus.reserve(best.count);
-    std::copy_if(points_.begin(), points_.end(), std::back_inserter(consensus), near);
-
+    const std::vector<cv::Point> consensus = largestConsensus();
+    if (consensus.size() < 3) return {};
     TCircle circle = blocks::algebraicCircle(consensus);
     blocks::residualList(points_, circle, residuals_);
     std::vector<double> weights(residuals_.size());
@@ -150,9 +144,8 @@ bool TCircleFit_WeightedLeastSquares::setParams(std::vector<double> values) {
     return true;
 }
 
-// The best circle of the passes after the first circle, whose residuals come in; the best one's go out.
-TCircle TCircleFit_WeightedLeastSquares::reweightedCircle(TCircle circle, double mean,
-                                                          std::vector<double>& residuals) const {
+// The best circle of the passes that follow the first circle, whose mean residual is given.
+TCircle TCircleFit_WeightedLeastSquares::reweightedCircle(TCircle circle, double mean) const {
     constexpr int kPasses = 30;
     constexpr double kGood = 1.0;
     constexpr double kUnset = 99999.0;
@@ -160,7 +153,8 @@ TCircle TCircleFit_WeightedLeastSquares::reweightedCircle(TCircle circle, double
     const orx::WeightFunction<double> weigh(weightType_, weightParameter_);
     const auto count = static_cast<double>(points_.size());
     std::vector<double> weights(points_.size());
-    std::vector<double> newest = residuals;
+    std::vector<double> newest;
+    blocks::residualList(points_, circle, newest);
     for (int pass = 0; pass < kPasses; ++pass) {
         // The second test compares with a fixed value and hardly ever ends the passes: intended.
         if (mean < kGood || std::abs(mean - kUnset) < 0.001) break;
@@ -171,7 +165,6 @@ TCircle TCircleFit_WeightedLeastSquares::reweightedCircle(TCircle circle, double
         if (candidateMean < mean) {
             circle = candidate;
             mean = candidateMean;
-            residuals = newest;
         }
     }
     return circle;
@@ -180,16 +173,16 @@ TCircle TCircleFit_WeightedLeastSquares::reweightedCircle(TCircle circle, double
 TCircle TCircleFit_WeightedLeastSquares::fit() {
     constexpr double kGoodAtOnce = 2.0;
     TCircle circle = blocks::algebraicCircle(points_);
-    std::vector<double> residuals;
-    const double mean =
-        blocks::residualList(points_, circle, residuals) / static_cast<double>(points_.size());
+    const double mean = blocks::residualSum(points_, circle) / static_cast<double>(points_.size());
     if (mean < kGoodAtOnce) {
         circle.inlierRatio = 1.0;
         circle.meanResidual = mean;
         circle.valid = true;
         return circle;
     }
-    circle = reweightedCircle(circle, mean, residuals);
+    circle = reweightedCircle(circle, mean);
+    std::vector<double> residuals;
+    blocks::residualList(points_, circle, residuals);
     std::vector<double> weights(residuals.size());
     orx::WeightFunction<double>(weightType_, weightParameter_)(residuals.data(), residuals.size(),
                                                                weights.data());

@@ -59,8 +59,7 @@ class ORX_API TCircleFit_Ransac : public TCircleFit {
     bool setParams(std::vector<double> values) override;
 
   private:
-    struct Candidate;
-    Candidate search() const;
+    std::vector<cv::Point> largestConsensus() const;
 
     std::vector<double> residuals_;  // of the last fit; kept for its memory
     int iterationCount_ = 0;
@@ -110,7 +109,7 @@ class ORX_API TCircleFit_WeightedLeastSquares : public TCircleFit {
     bool setParams(std::vector<double> values) override;
 
   private:
-    orx::TCircle reweightedCircle(orx::TCircle circle, double mean, std::vector<double>& residuals) const;
+    orx::TCircle reweightedCircle(orx::TCircle circle, double mean) const;
 
     int weightType_ = 0;
     float weightParameter_ = 0;

@@ -11,22 +11,15 @@
 namespace orx::ORX_SIMD::fits {
 
 using fit_kernels::Circle;
-using fit_kernels::Contest;
 using fit_kernels::GradientSums;
 using fit_kernels::Loss;
-using fit_kernels::PointSpan;
+using fit_kernels::PixelSpan;
 using fit_kernels::PowerSums;
-using fit_kernels::Ring;
-using fit_kernels::Strip;
 
 constexpr std::size_t kLanes = VecD::kLanes;
-// Points whose terms are kept before they are summed in order, and points between two looks at a contest.
-constexpr std::size_t kTermBlock = 64;
-constexpr std::size_t kContestBlock = 256;
-
 // Calls visit(x, y, first) for vectors of points. The last vector, when not full, is filled up with zeros.
 template <class Visit>
-void forEachVector(PointSpan points, Visit visit) {
+void forEachVector(PixelSpan points, Visit visit) {
     VecD x;
     VecD y;
     std::size_t i = 0;
@@ -41,13 +34,10 @@ void forEachVector(PointSpan points, Visit visit) {
     visit(x, y, i);
 }
 
-// Calls visit(block, first) for blocks of at most `size` points.
-template <class Visit>
-void forEachBlock(PointSpan points, std::size_t size, Visit visit) {
-    for (std::size_t first = 0; first < points.count; first += size) {
-        const std::size_t left = points.count - first;
-        if (!visit(PointSpan{points.xy + 2 * first, left < size ? left : size}, first)) return;
-    }
+// How many lanes of the vector that begins at point `first` are points.
+inline std::size_t lanesFilled(PixelSpan points, std::size_t first) {
+    const std::size_t left = points.count - first;
+    return left < kLanes ? left : kLanes;
 }
 
 inline double sumOfLanes(VecD v) {
@@ -66,7 +56,7 @@ inline double largestLane(VecD v) {
     return largest;
 }
 
-inline bool exactPowerSums(PointSpan points, PowerSums& sums) {
+inline bool exactPowerSums(PixelSpan points, PowerSums& sums) {
     const VecD zero = VecD::all(0);
     VecD x1 = zero, y1 = zero, xx1 = zero, yy1 = zero, xxx1 = zero, yyy1 = zero, xy1 = zero, xyy1 = zero,
          xxy1 = zero, extent = zero;
@@ -103,7 +93,7 @@ inline bool exactPowerSums(PointSpan points, PowerSums& sums) {
     return true;
 }
 
-inline PowerSums weightedPowerSums(PointSpan points, const double* weights) {
+inline PowerSums weightedPowerSums(PixelSpan points, const double* weights) {
     PowerSums sums = {};
     for (std::size_t i = 0; i < points.count; ++i) {
         const double x = points.xy[2 * i];
@@ -137,63 +127,17 @@ struct CircleDistance {
     VecD value;
 };
 
-inline double circleResiduals(PointSpan points, Circle circle, double* residuals) {
+inline double circleResiduals(PixelSpan points, Circle circle, double* residuals) {
     double sum = 0;
-    forEachBlock(points, kTermBlock, [&](PointSpan block, std::size_t first) {
-        double terms[kTermBlock];
-        forEachVector(block, [&](VecD x, VecD y, std::size_t i) {
-            abs(CircleDistance(x, y, circle).value).store(terms + i);
-        });
-        for (std::size_t i = 0; i < block.count; ++i) {
-            residuals[first + i] = terms[i];
-            sum += terms[i];
-        }
-        return true;
+    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
+        double terms[kLanes];
+        abs(CircleDistance(x, y, circle).value).store(terms);
+        const std::size_t count = lanesFilled(points, first);
+        for (std::size_t i = 0; i < count; ++i) sum += terms[i];
+        if (residuals == nullptr) return;
+        for (std::size_t i = 0; i < count; ++i) residuals[first + i] = terms[i];
     });
     return sum;
-}
-
-// Counts the points for which inside(x, y) holds.
-template <class Inside>
-std::size_t countPoints(PointSpan points, Contest contest, Inside inside) {
-    const VecD zero = VecD::all(0);
-    const VecD one = VecD::all(1);
-    std::size_t found = 0;
-    forEachBlock(points, kContestBlock, [&](PointSpan block, std::size_t first) {
-        VecD counts = zero;
-        const std::size_t whole = block.count - block.count % kLanes;
-        forEachVector(PointSpan{block.xy, whole}, [&](VecD x, VecD y, std::size_t) {
-            counts = counts + select(inside(x, y), one, zero);
-        });
-        found += static_cast<std::size_t>(sumOfLanes(counts));
-        forEachVector(PointSpan{block.xy + 2 * whole, block.count - whole}, [&](VecD x, VecD y, std::size_t) {
-            unsigned lanes = inside(x, y).lanes();
-            for (std::size_t i = whole; i < block.count; ++i, lanes >>= 1) found += lanes & 1U;
-        });
-        const std::size_t left = points.count - first - block.count;
-        return found < contest.enough || found + left > contest.best;
-    });
-    return found;
-}
-
-inline std::size_t countInRing(PointSpan points, Ring ring, Contest contest) {
-    const VecD cx = VecD::all(ring.x);
-    const VecD cy = VecD::all(ring.y);
-    const VecD low = VecD::all(ring.low);
-    const VecD high = VecD::all(ring.high);
-    return countPoints(points, contest, [&](VecD x, VecD y) {
-        const VecD dx = cx - x;
-        const VecD dy = cy - y;
-        const VecD q = dx * dx + dy * dy;
-        return (low <= q) & (q < high);
-    });
-}
-
-inline std::size_t countInStrip(PointSpan points, Strip strip, Contest contest) {
-    const VecD k = VecD::all(strip.k);
-    const VecD b = VecD::all(strip.b);
-    const VecD limit = VecD::all(strip.limit);
-    return countPoints(points, contest, [&](VecD x, VecD y) { return abs(k * x - y + b) < limit; });
 }
 
 // Huber's and Tukey's functions, a vector at a time.
@@ -226,33 +170,31 @@ class LossVectors {
     VecD c_;
 };
 
-inline GradientSums circleGradient(PointSpan points, Circle circle, Loss loss) {
+inline GradientSums circleGradient(PixelSpan points, Circle circle, Loss loss) {
     const LossVectors functions(loss);
     const VecD r = VecD::all(circle.r);
     GradientSums sums = {};
-    forEachBlock(points, kTermBlock, [&](PointSpan block, std::size_t) {
-        double moveX[kTermBlock], moveY[kTermBlock], moveR[kTermBlock], cost[kTermBlock];
-        forEachVector(block, [&](VecD x, VecD y, std::size_t i) {
-            const CircleDistance e(x, y, circle);
-            const VecD influence = functions.influence(e.value);
-            (e.dx * influence / r).store(moveX + i);
-            (e.dy * influence / r).store(moveY + i);
-            influence.store(moveR + i);
-            functions.cost(e.value).store(cost + i);
-        });
-        for (std::size_t i = 0; i < block.count; ++i) {
+    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
+        double moveX[kLanes], moveY[kLanes], moveR[kLanes], cost[kLanes];
+        const CircleDistance e(x, y, circle);
+        const VecD influence = functions.influence(e.value);
+        (e.dx * influence / r).store(moveX);
+        (e.dy * influence / r).store(moveY);
+        influence.store(moveR);
+        functions.cost(e.value).store(cost);
+        const std::size_t count = lanesFilled(points, first);
+        for (std::size_t i = 0; i < count; ++i) {
             sums.x += moveX[i];
             sums.y += moveY[i];
             sums.r -= moveR[i];
             sums.loss += cost[i];
         }
-        return true;
     });
     return sums;
 }
 
 inline constexpr fit_kernels::Kernels kKernels = {exactPowerSums, weightedPowerSums, circleResiduals,
-                                                  countInRing,    countInStrip,      circleGradient};
+                                                  circleGradient};
 
 }  // namespace orx::ORX_SIMD::fits
 

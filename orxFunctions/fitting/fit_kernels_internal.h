@@ -1,5 +1,6 @@
-// Loops over points that the circle and line estimators share, in vectors of the widest kind that the
-// processor offers.
+// Loops over points that the circle estimators share, in vectors of the widest kind that the processor
+// offers. Most fits pass over their points a few times only, so these loops read the points as they are
+// stored; searches that pass a thousand times use the columns of point_kernels_internal.h.
 //
 // Points are stored as x, y, x, y, ... in 32-bit integers (std::vector<cv::Point>). Each result has the bits
 // of the plain loop that its comment describes; sums run in the order of the points.
@@ -14,7 +15,7 @@
 namespace orx::fit_kernels {
 
 // `count` points, x and y in turn.
-struct PointSpan {
+struct PixelSpan {
     const std::int32_t* xy;
     std::size_t count;
 };
@@ -26,24 +27,6 @@ struct PowerSums {
 
 struct Circle {
     double x, y, r;
-};
-
-// Squared distances q from the centre with low <= q < high.
-struct Ring {
-    double x, y;
-    double low, high;
-};
-
-// Points with |k x - y + b| < limit.
-struct Strip {
-    double k, b;
-    double limit;
-};
-
-// When counting may end early: with at least `enough` found, and no way left to find more than `best`.
-struct Contest {
-    std::size_t best;
-    std::size_t enough;
 };
 
 // How a residual moves the circle and what it costs.
@@ -59,23 +42,18 @@ struct GradientSums {
 
 // Unweighted sums in any order: where the result is true no sum has been rounded, so the order has no
 // influence.
-using ExactPowerSums = bool (*)(PointSpan points, PowerSums& sums);
+using ExactPowerSums = bool (*)(PixelSpan points, PowerSums& sums);
 // Sums with one weight per point.
-using WeightedPowerSums = PowerSums (*)(PointSpan points, const double* weights);
-// residuals[i] = |distance of point i from the centre - r|; returns their sum.
-using CircleResiduals = double (*)(PointSpan points, Circle circle, double* residuals);
-// The number of points in the ring or strip; when ended early, some number not above contest.best.
-using CountInRing = std::size_t (*)(PointSpan points, Ring ring, Contest contest);
-using CountInStrip = std::size_t (*)(PointSpan points, Strip strip, Contest contest);
+using WeightedPowerSums = PowerSums (*)(PixelSpan points, const double* weights);
+// The sum of |distance of point i from the centre - r|, and each of them in residuals[i] unless that is null.
+using CircleResiduals = double (*)(PixelSpan points, Circle circle, double* residuals);
 // Sums of the gradient and of the loss of the distances from a circle, not yet divided by the count.
-using CircleGradient = GradientSums (*)(PointSpan points, Circle circle, Loss loss);
+using CircleGradient = GradientSums (*)(PixelSpan points, Circle circle, Loss loss);
 
 struct Kernels {
     ExactPowerSums exactPowerSums;
     WeightedPowerSums weightedPowerSums;
     CircleResiduals circleResiduals;
-    CountInRing countInRing;
-    CountInStrip countInStrip;
     CircleGradient circleGradient;
 };
 

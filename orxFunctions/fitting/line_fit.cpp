@@ -1,22 +1,19 @@
 #include "orxFunctions/fitting/line_fit.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <iterator>
 #include <utility>
 
-#include "orxFunctions/fitting/fit_kernels_internal.h"
 #include "orxFunctions/fitting/fit_parameters_internal.h"
 #include "orxFunctions/fitting/geometry.h"
-#include "orxFunctions/fitting/monotone_bound_internal.h"
-#include "orxFunctions/fitting/point_span_internal.h"
+#include "orxFunctions/fitting/inlier_tests_internal.h"
+#include "orxFunctions/fitting/point_columns_internal.h"
+#include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/fitting/reweighted_line_internal.h"
 
-namespace fit_kernels = orx::fit_kernels;
 using orx::TLine;
 
 namespace {
@@ -29,14 +26,6 @@ TLine slopeForm(const orx::DirectedLine& line) {
     result.k = static_cast<double>(line.vy) / orx::avoidFloatZero(static_cast<double>(line.vx));
     result.b = static_cast<double>(line.y) - static_cast<double>(line.x) * result.k;
     return result;
-}
-
-// The points nearer to a line than `distance`, as a bound that needs no division: |k x - y + b| divided by
-// `length` grows with its dividend.
-fit_kernels::Strip stripAlong(const TLine& line, double distance) {
-    const double length = std::sqrt(line.k * line.k + 1);
-    const auto outside = [length, distance](double dividend) { return !(dividend / length < distance); };
-    return {line.k, line.b, orx::firstReached(distance * length, outside)};
 }
 
 }  // namespace
@@ -88,13 +77,14 @@ bool TLineFit_Ransac::hasWantedAngle(const TLine& line) const {
     return difference < angleTolerance_;
 }
 
-// The line with the largest consensus set, its flag true, or an invalid line. Sets are counted, not stored:
-// only the winner's points are wanted in the end.
-TLine TLineFit_Ransac::search() const {
-    constexpr std::size_t kSmallestSet = 4;
+// Sets are counted, not stored: only the winner's points are wanted in the end.
+std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
+    constexpr std::size_t kTooSmall = 3;
+    const orx::PointColumns columns(points_);
+    const orx::PointKernels& kernels = orx::pointKernels();
     const double many = 0.8 * static_cast<double>(points_.size());
-    TLine best;
-    std::size_t bestCount = 0;
+    std::size_t bestCount = kTooSmall;
+    orx::LineTest best{};
     std::int64_t stored = 0;
     cv::Point sample[3];
     for (int remaining = iterationCount_; remaining >= 1;) {
@@ -102,33 +92,30 @@ TLine TLineFit_Ransac::search() const {
         if (!drawSample(remaining, sample)) continue;
         const TLine line = slopeForm(orx::fitLineL1(sample, static_cast<std::size_t>(sampleSize_)));
         if (!hasWantedAngle(line)) continue;
-        // A set that can't become the largest can't reach 0.8 of the points either: beyond the smallest size
-        // it need not be counted out.
-        const std::size_t count = fit_kernels::kernels().countInStrip(
-            orx::spanOf(points_), stripAlong(line, inlierDistance_), {bestCount, kSmallestSet});
-        if (count >= kSmallestSet) {
-            ++stored;
-            if (count > bestCount) {
-                bestCount = count;
-                best = line;
-                best.valid = true;
-            }
+        const orx::LineTest test = orx::lineCloserThan(line.k, line.b, inlierDistance_);
+        // A set that can't become the largest can't reach 0.8 of the points either: it need not be counted
+        // out, unless it is not clear yet that it is large enough to be stored.
+        std::size_t count = kernels.countOnLine(columns.span(), test, bestCount);
+        if (count <= kTooSmall) count = kernels.countOnLine(columns.span(), test, kTooSmall);
+        if (count > kTooSmall) ++stored;
+        if (count > bestCount) {
+            bestCount = count;
+            best = test;
         }
         if (static_cast<double>(count) > many || stored > setCap_) break;
     }
-    return best;
+    if (bestCount == kTooSmall) return {};
+    std::vector<int> indices(columns.span().size);
+    indices.resize(kernels.listOnLine(columns.span(), best, indices.data()));
+    std::vector<cv::Point> consensus;
+    orx::getPointListFromIdxList(points_, indices, consensus);
+    return consensus;
 }
 
 TLine TLineFit_Ransac::fit() {
     if (points_.size() <= 3 || (sampleSize_ != 2 && sampleSize_ != 3)) return {};
-    const TLine best = search();
-    if (!best.valid) return {};
-    const double length = std::sqrt(best.k * best.k + 1);
-    std::vector<cv::Point> consensus;
-    std::copy_if(points_.begin(), points_.end(), std::back_inserter(consensus),
-                 [this, &best, length](const cv::Point& p) {
-                     return std::abs(best.k * p.x - p.y + best.b) / length < inlierDistance_;
-                 });
+    const std::vector<cv::Point> consensus = largestConsensus();
+    if (consensus.empty()) return {};
     TLine line = slopeForm(orx::fitLineHuber(consensus.data(), consensus.size()));
     line.valid = hasWantedAngle(line);
     return line;

@@ -60,7 +60,7 @@ class ORX_API TLineFit_Ransac : public TLineFit {
   private:
     bool drawSample(int seed, cv::Point* sample) const;
     bool hasWantedAngle(const orx::TLine& line) const;
-    orx::TLine search() const;
+    std::vector<cv::Point> largestConsensus() const;
 
     double targetAngle_ = 0;
     double angleTolerance_ = 0;

@@ -149,18 +149,7 @@ std::size_t listOnCircle(const PointSpan& points, const CircleTest& test, std::i
     return list(points, CircleInliers(test), indices);
 }
 
-void circleResiduals(const PointSpan& points, double x, double y, double r, double* residuals) {
-    const VecD centerX = VecD::all(x);
-    const VecD centerY = VecD::all(y);
-    const VecD radius = VecD::all(r);
-    for (std::size_t i = 0; i < points.size; i += VecD::kLanes) {
-        const VecD dx = centerX - VecD::load(points.x + i);
-        const VecD dy = centerY - VecD::load(points.y + i);
-        abs(sqrt(dx * dx + dy * dy) - radius).store(residuals + i);
-    }
-}
-
-constexpr PointKernels kKernels{countOnLine, countOnCircle, listOnLine, listOnCircle, circleResiduals};
+constexpr PointKernels kKernels{countOnLine, countOnCircle, listOnLine, listOnCircle};
 
 }  // namespace
 }  // namespace orx::ORX_SIMD

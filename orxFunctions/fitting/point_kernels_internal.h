@@ -53,10 +53,6 @@ struct PointKernels {
     // number.
     std::size_t (*listOnLine)(const PointSpan& points, const LineTest& test, std::int32_t* indices);
     std::size_t (*listOnCircle)(const PointSpan& points, const CircleTest& test, std::int32_t* indices);
-
-    // residuals[i] = |sqrt((x - points.x[i])^2 + (y - points.y[i])^2) - r|; room for points.size, of which
-    // the padding becomes not-a-number.
-    void (*circleResiduals)(const PointSpan& points, double x, double y, double r, double* residuals);
 };
 
 extern const PointKernels kBaselinePointKernels;

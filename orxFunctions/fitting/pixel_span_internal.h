@@ -1,6 +1,6 @@
 // A list of points as the kernels read it.
-#ifndef ORXFUNCTIONS_FITTING_POINT_SPAN_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_POINT_SPAN_INTERNAL_H
+#ifndef ORXFUNCTIONS_FITTING_PIXEL_SPAN_INTERNAL_H
+#define ORXFUNCTIONS_FITTING_PIXEL_SPAN_INTERNAL_H
 
 #include <cstdint>
 #include <opencv2/core.hpp>
@@ -10,7 +10,7 @@
 
 namespace orx {
 
-inline fit_kernels::PointSpan spanOf(const std::vector<cv::Point>& points) {
+inline fit_kernels::PixelSpan spanOf(const std::vector<cv::Point>& points) {
     static_assert(sizeof(cv::Point) == 2 * sizeof(std::int32_t), "kernels read points as pairs of integers");
     return {points.empty() ? nullptr : &points.front().x, points.size()};
 }
