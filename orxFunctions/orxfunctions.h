@@ -20,6 +20,7 @@
 #include "orxFunctions/analysis/threshold.h"
 #include "orxFunctions/api.h"
 #include "orxFunctions/fitting/drawing.h"
+#include "orxFunctions/fitting/ellipse_fit.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
