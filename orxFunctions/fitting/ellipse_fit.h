@@ -42,6 +42,10 @@ ORX_API orx::TEllipse fitEllipseNorm(std::vector<cv::Point2f> points, double err
 // one with the smallest mean error (the earliest among equals). Ends early when a trial reaches a ratio above
 // 0.9 with a mean error below 0.2 pixels.
 //
+// The mean error counts the outliers too: with wide bands an ellipse far larger than the true one can come
+// nearer to them and win, above all when the points cover only a part of the ellipse. Give the bands that the
+// part allows.
+//
 // `iterations` trials are drawn, each after seeding rand() with the number of trials left, so the same points
 // give the same record; at most 2^31 - 1, and none when it is not a number. There are only N / 6 + 1
 // different samples: one drawn again is not fitted again, and when all have been seen the search ends. Draws
