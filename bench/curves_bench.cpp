@@ -1,0 +1,62 @@
+// Polynomial and spline curves; their peers are in peers/curves_peers.cpp. The argument is the number of
+// samples.
+#include <benchmark/benchmark.h>
+
+#include <vector>
+
+#include "curve_profile.h"
+#include "orxFunctions/orxfunctions.h"
+
+namespace {
+
+void cubicFit(benchmark::State& state) {
+    auto samples = curveProfile(state.range(0));
+    orx::TPolynomial model;
+    for (auto _ : state) benchmark::DoNotOptimize(model.fit(samples, 3));
+}
+
+void polynomialExtreme(benchmark::State& state) {
+    auto samples = curveProfile(100);
+    const orx::TPolynomial model(samples, 3);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(model.getExtremeValue(0, static_cast<int>(state.range(0)), 1));
+    }
+}
+
+void splineBuild(benchmark::State& state) {
+    const auto samples = curveProfile(state.range(0));
+    orx::TSplineCurve curve;
+    for (auto _ : state) {
+        curve.fit(samples, 3);
+        benchmark::DoNotOptimize(curve.segments.data());
+    }
+}
+
+// 10,000 values over the chain, whose x range is 100.
+void splineList(benchmark::State& state) {
+    orx::TSplineCurve curve;
+    curve.fit(curveProfile(state.range(0)), 3);
+    std::vector<cv::Point2d> list;
+    for (auto _ : state) {
+        curve.getSplineList(list, 2);
+        benchmark::DoNotOptimize(list.data());
+    }
+}
+
+void splineValue(benchmark::State& state) {
+    orx::TSplineCurve curve;
+    curve.fit(curveProfile(state.range(0)), 3);
+    double x = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(curve.getY(x));
+        x = x > 99 ? 0 : x + 0.377;
+    }
+}
+
+BENCHMARK(cubicFit)->Arg(100)->Arg(1000)->Arg(10000);
+BENCHMARK(polynomialExtreme)->Arg(100)->Arg(10000);
+BENCHMARK(splineBuild)->Arg(100)->Arg(1000)->Arg(10000);
+BENCHMARK(splineList)->Arg(100)->Arg(1000)->Arg(10000);
+BENCHMARK(splineValue)->Arg(100)->Arg(1000)->Arg(10000);
+
+}  // namespace

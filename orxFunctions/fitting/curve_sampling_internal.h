@@ -1,0 +1,72 @@
+// What the polynomial and the spline curve share: evaluation, sampling of a range, the search for an extreme.
+#ifndef ORXFUNCTIONS_FITTING_CURVE_SAMPLING_INTERNAL_H
+#define ORXFUNCTIONS_FITTING_CURVE_SAMPLING_INTERNAL_H
+
+#include <cmath>
+#include <cstddef>
+#include <opencv2/core.hpp>
+
+namespace orx {
+
+// Where sampling stops being useful and a list would fill the memory.
+constexpr double kMostCurveSamples = 1e7;
+
+// coefficients[0] + coefficients[1] x + coefficients[2] x^2 + ..., summed in this order.
+inline double evaluatePolynomial(const double* coefficients, std::size_t count, double x) {
+    double sum = 0;
+    double power = 1;
+    for (std::size_t i = 0; i < count; ++i) {
+        sum += coefficients[i] * power;
+        power *= x;
+    }
+    return sum;
+}
+
+// How many samples low, low + step, ... lie in [low, high], about; 0 when there are none or too many.
+inline std::size_t sampleCount(double low, double high, double step) {
+    if (!(low <= high) || !(step > 0)) return 0;
+    const double steps = (high - low) / step;
+    return steps < kMostCurveSamples ? static_cast<std::size_t>(steps) + 1 : 0;
+}
+
+// Calls visit(x) for x = low, low + step, ... (a running sum) while x <= high; not at all when that would be
+// more than kMostCurveSamples. Ends early where the step has become too small to change x.
+template <class Visit>
+void forEachSample(double low, double high, double step, Visit visit) {
+    if (sampleCount(low, high, step) == 0) return;
+    for (double x = low; x <= high;) {
+        visit(x);
+        const double next = x + step;
+        if (!(next > x)) break;
+        x = next;
+    }
+}
+
+// Keeps the sample that would come first when all were ordered by y, descending for the maximum and ascending
+// for the minimum, the earlier first among equals and those whose y is not a number last.
+class ExtremeSearch {
+  public:
+    explicit ExtremeSearch(bool maximum) : maximum_(maximum) {}
+
+    void offer(double x, double y) {
+        if (!any_ || isBetter(y)) best_ = {x, y};
+        any_ = true;
+    }
+
+    // (0, 0) when nothing was offered.
+    cv::Point2d best() const { return best_; }
+
+  private:
+    bool isBetter(double y) const {
+        if (std::isnan(best_.y)) return !std::isnan(y);
+        return maximum_ ? y > best_.y : y < best_.y;
+    }
+
+    bool maximum_;
+    bool any_ = false;
+    cv::Point2d best_{0, 0};
+};
+
+}  // namespace orx
+
+#endif

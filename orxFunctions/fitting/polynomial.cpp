@@ -1,0 +1,191 @@
+#include "orxFunctions/fitting/polynomial.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+#include <utility>
+
+#include "orxFunctions/fitting/curve_sampling_internal.h"
+#include "orxFunctions/fitting/curve_trace_internal.h"
+#include "orxFunctions/fitting/polynomial_solve_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+
+namespace orx {
+namespace {
+
+// The elements of a coefficient matrix, without a copy where it has no gaps.
+class CoefficientList {
+  public:
+    explicit CoefficientList(const cv::Mat& matrix) {
+        if (matrix.empty() || matrix.type() != CV_64FC1) return;
+        if (!matrix.isContinuous()) packed_ = matrix.clone();
+        const cv::Mat& source = packed_.empty() ? matrix : packed_;
+        data_ = source.ptr<double>();
+        size_ = source.total();
+    }
+
+    std::size_t size() const { return size_; }
+    const double* begin() const { return data_; }
+    const double* end() const { return data_ + size_; }
+    double operator[](std::size_t i) const { return data_[i]; }
+
+    double valueAt(double x) const { return evaluatePolynomial(data_, size_, x); }
+
+    double slopeAt(double x) const {
+        double sum = 0;
+        double power = 1;
+        for (std::size_t i = 1; i < size_; ++i) {
+            sum += static_cast<double>(i) * data_[i] * power;
+            power *= x;
+        }
+        return sum;
+    }
+
+  private:
+    cv::Mat packed_;
+    const double* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+// (x, valueAt(x)) over the range of the samples' x, values that are not numbers left out.
+template <class ValueAt>
+void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::vector<cv::Point2d>& list,
+                     ValueAt valueAt) {
+    if (samples.size() < 2) {
+        outPutDebugString(zul::toAnsi("Points.size() < 2，强制返回"));
+        return;
+    }
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (const cv::Point2d& p : samples) {
+        low = std::min(low, p.x);
+        high = std::max(high, p.x);
+    }
+    const double step = tracedListStep(digits);
+    list.clear();
+    list.reserve(sampleCount(low, high, step));
+    forEachSample(low, high, step, [&](double x) { list.emplace_back(x, valueAt(x)); });
+}
+
+// A row of an image; far outside every image the value is limited.
+int toRow(double y) {
+    constexpr double kLimit = 1 << 30;
+    return std::isnan(y) ? 0 : static_cast<int>(std::lround(std::clamp(y, -kLimit, kLimit)));
+}
+
+}  // namespace
+
+TPolynomial::TPolynomial(std::vector<cv::Point2d>& samples, int degree) { fit(samples, degree); }
+
+TPolynomial::TPolynomial(std::vector<double> x, std::vector<double> y, int degree) {
+    fit(std::move(x), std::move(y), degree);
+}
+
+bool TPolynomial::fit(std::vector<cv::Point2d>& samples, int degree) {
+    points = samples;
+    order = degree;
+    return fit();
+}
+
+bool TPolynomial::fit(std::vector<double> x, std::vector<double> y, int degree) {
+    if (x.size() != y.size()) return false;
+    points.resize(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i) points[i] = {x[i], y[i]};
+    order = degree;
+    return fit();
+}
+
+bool TPolynomial::fit() { return solvePolynomial(points.data(), points.size(), order, coefficients); }
+
+double TPolynomial::getY(double x) const { return CoefficientList(coefficients).valueAt(x); }
+
+double TPolynomial::getY(double x, std::vector<double> paraList) {
+    coefficients = cv::Mat(paraList, true);
+    order = static_cast<int>(paraList.size()) - 1;
+    return getY(x);
+}
+
+double TPolynomial::getY(double x, cv::Mat paras) {
+    cv::Mat copy;
+    paras.convertTo(copy, CV_64F);
+    coefficients = copy;
+    return getY(x);
+}
+
+double TPolynomial::getSlope(double x) const { return CoefficientList(coefficients).slopeAt(x); }
+
+void TPolynomial::getError(double& sse, double& rmse, double& r2) const {
+    const CoefficientList list(coefficients);
+    const auto n = static_cast<double>(points.size());
+    double sum = 0;
+    for (const cv::Point2d& p : points) sum += p.y;
+    const double mean = sum / n;
+    double squares = 0;
+    double sst = 0;
+    for (const cv::Point2d& p : points) {
+        const double error = list.valueAt(p.x) - p.y;
+        squares += error * error;
+        sst += (p.y - mean) * (p.y - mean);
+    }
+    sse = squares;
+    rmse = std::sqrt(squares / n);
+    r2 = (sst - squares) / sst;
+}
+
+cv::Point2d TPolynomial::getExtremeValue(int minX, int maxX, int mode) const {
+    if (!orderedBounds(minX, maxX)) return {0, 0};
+    constexpr int kRefinements = 3;
+    const CoefficientList list(coefficients);
+    const double first = minX;
+    const double last = maxX;
+    double low = first;
+    double high = last;
+    cv::Point2d best(0, 0);
+    for (int level = 0; level <= kRefinements; ++level) {
+        if (sampleCount(low, high, 1) == 0) return {0, 0};
+        const double step = 1 / std::pow(10.0, level);
+        ExtremeSearch search(mode == 1);
+        forEachSample(low, high, step, [&](double x) { search.offer(x, list.valueAt(x)); });
+        best = search.best();
+        low = std::max(first, best.x - 10 * step);
+        high = std::min(last, best.x + 10 * step);
+    }
+    return best;
+}
+
+bool TPolynomial::getFitParas(std::vector<double>& paraList) const {
+    const CoefficientList list(coefficients);
+    if (list.size() == 0) return false;
+    paraList.assign(list.begin(), list.end());
+    return true;
+}
+
+bool TPolynomial::getFitParas(cv::Mat& paras) const {
+    if (CoefficientList(coefficients).size() == 0) return false;
+    paras = coefficients.clone();
+    return true;
+}
+
+void TPolynomial::getPloyList(std::vector<cv::Point2d>& list, int digits) const {
+    const CoefficientList model(coefficients);
+    listOverSamples(points, digits, list, [&](double x) { return model.valueAt(x); });
+}
+
+void TPolynomial::getPloySlopeList(std::vector<cv::Point2d>& list, int digits) const {
+    const CoefficientList model(coefficients);
+    listOverSamples(points, digits, list, [&](double x) { return model.slopeAt(x); });
+}
+
+void TPolynomial::draw(cv::Mat& image, const cv::Scalar& colour, int thickness, int lineType,
+                       int shift) const {
+    if (image.empty()) return;
+    const CoefficientList list(coefficients);
+    std::vector<cv::Point> curve;
+    curve.reserve(static_cast<std::size_t>(image.cols));
+    for (int x = 0; x < image.cols; ++x) curve.emplace_back(x, toRow(list.valueAt(x)));
+    cv::polylines(image, curve, false, colour, thickness, lineType, shift);
+}
+
+}  // namespace orx

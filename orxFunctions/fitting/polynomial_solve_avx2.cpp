@@ -1,0 +1,14 @@
+// Compiled for AVX2: includes kernel headers only.
+#include "orxFunctions/fitting/power_sums_kernel_internal.h"
+
+namespace orx {
+
+bool addPowerBlockAvx2(const PowerBlock& block, const double* x, const double* y, std::size_t count,
+                       bool powersKnown, double* terms, double* sums);
+
+bool addPowerBlockAvx2(const PowerBlock& block, const double* x, const double* y, std::size_t count,
+                       bool powersKnown, double* terms, double* sums) {
+    return ORX_SIMD::addPowerBlock(block, x, y, count, powersKnown, terms, sums);
+}
+
+}  // namespace orx
