@@ -17,6 +17,7 @@
 
 #include "ZULLib/zullib.h"
 #include "orxFunctions/api.h"
+#include "orxFunctions/analysis/subpixel_edges.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/point_list.h"
