@@ -18,6 +18,7 @@
 #include "ZULLib/zullib.h"
 #include "orxFunctions/api.h"
 #include "orxFunctions/analysis/subpixel_edges.h"
+#include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/point_list.h"

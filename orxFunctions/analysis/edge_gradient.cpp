@@ -146,7 +146,7 @@ GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std:
 
 std::vector<GaussTap> gaussianTaps(double sigma) {
     constexpr int kOne = 1 << 14;
-    const int radius = std::max(1, static_cast<int>(std::ceil(4 * sigma)));
+    const int radius = static_cast<int>(std::ceil(3 * sigma)) | 1;  // odd: an even number of taps
     const auto weight = [sigma](int i) { return std::exp(-0.5 * i * i / (sigma * sigma)); };
     double smoothSum = weight(0);
     double deriveSum = 0;

@@ -51,7 +51,7 @@ std::vector<std::int16_t> derivativeKernel(double sigma);
 GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std::int16_t>& halfKernel);
 
 // Gaussian gradient of an 8-bit image: smoothed with the same sigma in both directions, from 14-bit kernels
-// four sigma long, without rounding the smoothed image to grey levels. The same border.
+// three sigma long or a little more, without rounding the smoothed image to grey levels. The same border.
 GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>& taps);
 std::vector<GaussTap> gaussianTaps(double sigma);
 

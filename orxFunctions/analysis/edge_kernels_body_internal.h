@@ -66,11 +66,15 @@ inline void gaussColumns(const GaussTap* taps, std::size_t count, const std::uin
     for (; i + VecS::kLanes <= width; i += VecS::kLanes) {
         VecSums smoothed = VecSums::all(kColumnHalf);
         VecSums derived = VecSums::all(kColumnHalf);
-        for (std::size_t k = 0; k < count; ++k) {
+        // Two taps at a time; sums and differences of bytes fit 16 bits.
+        for (std::size_t k = 0; k < count; k += 2) {
             const VecS after = VecS::loadBytes(centre[k] + i);
             const VecS before = VecS::loadBytes(*(centre - k) + i);
-            smoothed.add(after, before, allPairs(taps[k].smooth, taps[k].smooth));
-            derived.add(after, before, allPairs(taps[k].derive, static_cast<std::int16_t>(-taps[k].derive)));
+            const VecS nextAfter = VecS::loadBytes(centre[k + 1] + i);
+            const VecS nextBefore = VecS::loadBytes(*(centre - k - 1) + i);
+            smoothed.add(after + before, nextAfter + nextBefore,
+                         allPairs(taps[k].smooth, taps[k + 1].smooth));
+            derived.add(after - before, nextAfter - nextBefore, allPairs(taps[k].derive, taps[k + 1].derive));
         }
         smoothed.narrow<kColumnShift>().store(smooth + i);
         derived.narrow<kColumnShift>().store(derive + i);
@@ -95,11 +99,16 @@ inline void gaussRows(const GaussTap* taps, std::size_t count, const std::int16_
     for (; i + VecS::kLanes <= width; i += VecS::kLanes) {
         VecSums dx = VecSums::all(kRowHalf);
         VecSums dy = VecSums::all(kRowHalf);
-        for (std::size_t k = 0; k < count; ++k) {
-            dx.add(VecS::load(smooth + i + k), VecS::load(smooth + i - k),
-                   allPairs(taps[k].derive, static_cast<std::int16_t>(-taps[k].derive)));
+        for (std::size_t k = 0; k < count; k += 2) {
+            // Smoothed values are not negative, so that their differences fit 16 bits; sums of derived ones
+            // may not.
+            const VecS difference = VecS::load(smooth + i + k) - VecS::load(smooth + i - k);
+            const VecS next = VecS::load(smooth + i + k + 1) - VecS::load(smooth + i - k - 1);
+            dx.add(difference, next, allPairs(taps[k].derive, taps[k + 1].derive));
             dy.add(VecS::load(derive + i + k), VecS::load(derive + i - k),
                    allPairs(taps[k].smooth, taps[k].smooth));
+            dy.add(VecS::load(derive + i + k + 1), VecS::load(derive + i - k - 1),
+                   allPairs(taps[k + 1].smooth, taps[k + 1].smooth));
         }
         storeInterleaved(dx.narrow<kRowShift>(), dy.narrow<kRowShift>(), out + 2 * i);
     }
@@ -298,6 +307,17 @@ inline VecD logarithm(VecD a) {
     return exponent * VecD::all(0.6931471805599453) + z * sum;
 }
 
+// atan2(y, x) in [0, 2 pi) to 1e-15; x and y must not both be 0.
+inline VecD fullAngle(VecD y, VecD x) {
+    const VecD zero = VecD::all(0);
+    const VecD pi = VecD::all(3.141592653589793);
+    const MaskD steep = abs(x) < abs(y);
+    const VecD small = arcTangent(select(steep, abs(x), abs(y)) / select(steep, abs(y), abs(x)));
+    const VecD firstQuadrant = select(steep, VecD::all(1.5707963267948966) - small, small);
+    const VecD upperHalf = select(x < zero, pi - firstQuadrant, firstQuadrant);
+    return select(y < zero, pi + pi - upperHalf, upperHalf);
+}
+
 // Across an ideal edge the gradient magnitude is a Gaussian of the distance, so its logarithm is a quadratic
 // in x and y whatever the edge's angle, and the least-squares facet of 3 x 3 logarithms finds the edge
 // exactly. Sums of logarithms are taken as logarithms of products.
@@ -338,6 +358,7 @@ inline void refineMetric(MetricBlock& block) {
         const VecD rise = VecD::all(0.5) * slope * offset;  // of the logarithm, from the pixel to the edge
         nx.store(block.normalX + i);
         ny.store(block.normalY + i);
+        fullAngle(ny, nx).store(block.direction + i);
         offset.store(block.offset + i);
         bend.store(block.curvature + i);
         // exp(rise), rise being small

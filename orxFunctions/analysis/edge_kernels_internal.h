@@ -31,7 +31,7 @@ struct ByteTaps {
 };
 
 // One pair of taps of a Gaussian and of its derivative, in 1/16384: at distance 0 `after` and `before` are
-// the same and the smoothing coefficient is half the centre's.
+// the same and the smoothing coefficient is half the centre's. Their number is even: taps are taken in twos.
 struct GaussTap {
     std::int16_t smooth;
     std::int16_t derive;
@@ -71,6 +71,7 @@ struct MetricBlock {
     double offset[kBlock];     // from the pixel's centre to the edge, along the normal
     double curvature[kBlock];  // -second derivative of the log magnitude along the normal: 1 / total sigma^2
     double magnitude[kBlock];  // of the gradient on the edge, in gradient units
+    double direction[kBlock];  // of the normal, radians in [0, 2 pi)
 };
 
 struct EdgeKernels {

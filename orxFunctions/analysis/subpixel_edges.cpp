@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <opencv2/imgproc.hpp>
+#include <utility>
 
 #include "orxFunctions/analysis/edge_gradient_internal.h"
 #include "orxFunctions/analysis/edge_refinement_internal.h"
