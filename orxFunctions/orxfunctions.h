@@ -20,6 +20,8 @@
 #include "orxFunctions/analysis/threshold.h"
 #include "orxFunctions/api.h"
 #include "orxFunctions/fitting/circle_fit.h"
+#include "orxFunctions/analysis/subpixel_edges.h"
+#include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/fit_factories.h"
 #include "orxFunctions/fitting/ellipse_fit.h"
