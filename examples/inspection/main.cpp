@@ -1,0 +1,16 @@
+// orx_inspection: measures round and elongated objects in pictures. See --help.
+#include <exception>
+#include <iostream>
+
+#include "inspection/run.h"
+
+int main(int argc, char** argv) {
+    try {
+        int exitCode = 0;
+        const auto options = inspection::parseOptions(argc, argv, exitCode);
+        return options ? inspection::run(*options, std::cout, std::cerr) : exitCode;
+    } catch (const std::exception& error) {
+        std::cerr << "orx_inspection: " << error.what() << "\n";
+        return 1;
+    }
+}

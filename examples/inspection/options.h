@@ -1,0 +1,27 @@
+// The command line.
+#ifndef EXAMPLES_INSPECTION_OPTIONS_H
+#define EXAMPLES_INSPECTION_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "inspection/settings.h"
+
+namespace inspection {
+
+struct Options {
+    std::vector<std::string> inputs;             // files and folders
+    std::optional<std::uint64_t> syntheticSeed;  // measure a rendered scene too
+    std::string output = "inspection";           // folder of the pictures and reports
+    Settings settings;
+};
+
+// Reads the command line. On help, version or bad arguments nothing is returned, the text is printed (help
+// and version to standard output, errors to standard error) and `exitCode` is 0, 0 or 2.
+std::optional<Options> parseOptions(int argc, const char* const* argv, int& exitCode);
+
+}  // namespace inspection
+
+#endif

@@ -1,0 +1,36 @@
+// Everything that is known about one picture after measuring it.
+#ifndef EXAMPLES_INSPECTION_RESULT_H
+#define EXAMPLES_INSPECTION_RESULT_H
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "inspection/measurement.h"
+#include "inspection/truth_check.h"
+
+namespace inspection {
+
+struct ImageResult {
+    std::string name;     // UTF-8, fit for showing
+    std::string problem;  // why it could not be measured; "" when it was
+
+    cv::Size size;
+    int level = 0;
+    bool brightObjects = true;
+    std::array<int, 256> histogram{};
+    std::vector<Feature> features;
+
+    bool hasTruth = false;
+    std::vector<TruthError> truth;
+
+    std::string annotatedFile;          // UTF-8; "" when there is none
+    std::vector<std::string> messages;  // of the library, UTF-8
+
+    bool measured() const { return problem.empty(); }
+};
+
+}  // namespace inspection
+
+#endif

@@ -1,0 +1,312 @@
+// The inspection program itself, run as a user runs it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <json/reader.h>
+#include <json/value.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <opencv2/imgcodecs.hpp>
+#include <string>
+#include <vector>
+
+#include "inspection/image_source.h"
+#include "support/synthetic_scene.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+struct Outcome {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+};
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string quoted(const std::string& argument) {
+    std::string text = "'";
+    for (const char c : argument) text += c == '\'' ? "'\\''" : std::string(1, c);
+    return text + "'";
+}
+
+class Program : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "orx-inspection-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    Outcome run(const std::vector<std::string>& arguments) const {
+        std::string command = "cd " + quoted(folder.string()) + " && " + quoted(ORX_INSPECTION_PROGRAM);
+        for (const std::string& argument : arguments) command += " " + quoted(argument);
+        command += " >" + quoted(path("stdout")) + " 2>" + quoted(path("stderr")) + " </dev/null";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(path("stdout")),
+                contentOf(path("stderr"))};
+    }
+
+    std::string path(const std::string& name) const { return (folder / name).string(); }
+
+    // A picture of one bright disk of radius 30 around (70, 60).
+    std::string writeDisk(const std::string& name) const {
+        cv::Mat ideal(120, 140, CV_32F, cv::Scalar(40.0));
+        scenes::paint(ideal, scenes::Disk{{70.0, 60.0}, 30.0}, 180.0);
+        std::vector<uchar> bytes;
+        cv::imencode(".png", scenes::expose(ideal, {0.0, 0.8, 1.0, 3}), bytes);
+        std::ofstream(path(name), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return path(name);
+    }
+
+    Json::Value report() const {
+        Json::Value value;
+        std::string problem;
+        std::istringstream text(contentOf(path("out/report.json")));
+        EXPECT_TRUE(Json::parseFromStream(Json::CharReaderBuilder(), text, &value, &problem)) << problem;
+        return value;
+    }
+
+    fs::path folder;
+};
+
+TEST_F(Program, BadArgumentsEndWithTwoAndAHint) {
+    const std::string picture = writeDisk("disk.png");
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"--no-such-option"},
+        {picture, "--method", "magic"},
+        {picture, "--method", "tmOtsu"},
+        {picture, "--tolerance", "-1"},
+        {picture, "--tolerance", "two"},
+        {picture, "--trials", "0"},
+        {picture, "--min-inliers", "1.5"},
+        {picture, "--background", "-5"},
+        {picture, "--smooth", "nan"},
+        {picture, "--min-area", "nan"},
+        {picture, "--objects", "grey"},
+        {picture, "--shape", "square"},
+        {"--synthetic", "x"},
+        {"--synthetic", "-1"},
+        {picture, "--seed", "-1"},
+        {picture, "--seed", "99999999999"},
+        {picture, "--output"},
+    };
+    for (const auto& arguments : cases) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(arguments);
+        EXPECT_THAT(outcome.errors, HasSubstr("--help")) << testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.output, "");
+    }
+    EXPECT_FALSE(fs::exists(path("inspection")));
+}
+
+TEST_F(Program, HelpNamesEveryOptionWithItsDefaultAndVersionIsOneLine) {
+    const Outcome help = run({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* text :
+         {"--method",    "=otsu",      "--objects",   "=auto",         "--smooth",    "--background",
+          "--close",     "--min-area", "=100",        "--shape",       "--tolerance", "=2",
+          "--trials",    "=200",       "--seed",      "--min-inliers", "=0.5",        "--no-subpixel",
+          "--synthetic", "--output",   "=inspection", "--version",     "shanbhag",    "Exit code"})
+        EXPECT_THAT(help.output, HasSubstr(text));
+    const Outcome version = run({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.output.find("orx_inspection "), 0U);
+    EXPECT_EQ(std::count(version.output.begin(), version.output.end(), '\n'), 1);
+}
+
+TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
+    const Outcome outcome = run({writeDisk("disk.png"), "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_THAT(outcome.output, HasSubstr("1 circle (1 with a mean residual below 2 px), 0 lines"));
+    EXPECT_THAT(outcome.output, HasSubstr(path("out/disk-measured.png")));
+
+    const Json::Value image = report()["images"][0];
+    EXPECT_EQ(image["name"].asString(), path("disk.png"));
+    EXPECT_TRUE(image["measured"].asBool());
+    ASSERT_EQ(image["features"].size(), 1U);
+    const Json::Value feature = image["features"][0];
+    EXPECT_EQ(feature["shape"].asString(), "circle");
+    EXPECT_NEAR(feature["x"].asDouble(), 70.0, 0.05);
+    EXPECT_NEAR(feature["y"].asDouble(), 60.0, 0.05);
+    EXPECT_NEAR(feature["radius"].asDouble(), 30.0, 0.05);
+    EXPECT_GT(feature["inlierRatio"].asDouble(), 0.99);
+
+    // The disk's outline is drawn green where it is.
+    const cv::Mat annotated = cv::imread(image["annotated"].asString());
+    ASSERT_FALSE(annotated.empty());
+    const int scale = annotated.cols / 140;
+    EXPECT_EQ(annotated.size(), cv::Size(140 * scale, 120 * scale));
+    const cv::Vec3b edge = annotated.at<cv::Vec3b>(60 * scale, 100 * scale);
+    EXPECT_GT(edge[1], edge[0] + 60);
+    EXPECT_GT(edge[1], edge[2] + 60);
+
+    const std::string html = contentOf(path("out/report.html"));
+    EXPECT_THAT(html, HasSubstr("data:image/png;base64,"));
+    EXPECT_THAT(html, HasSubstr("level " + std::to_string(image["level"].asInt())));
+    EXPECT_THAT(html, Not(HasSubstr("http")));  // needs no network
+    EXPECT_THAT(html, HasSubstr("</html>"));
+}
+
+TEST_F(Program, UnreadableFilesAreNamedWithTheirReasonAndTheOthersGoOn) {
+    const std::string good = writeDisk("good.png");
+    std::ofstream(path("empty.png")).close();
+    std::ofstream(path("text.png")) << "this is not a picture";
+    std::ofstream(path("cut.png"), std::ios::binary) << contentOf(good).substr(0, 60);
+    fs::create_directory(path("no-pictures"));
+    std::ofstream(path("no-pictures/notes.txt")) << "x";
+    ASSERT_EQ(mkfifo(path("pipe.png").c_str(), 0600), 0);
+
+    const std::vector<std::pair<std::string, std::string>> reasons = {
+        {"missing.png", "no such file"}, {"empty.png", "the file is empty"},
+        {"text.png", "not an image"},    {"cut.png", "not an image"},
+        {"no-pictures", "no picture"},   {"pipe.png", "not a regular file"}};
+    std::vector<std::string> arguments = {"-o", path("out")};
+    for (const auto& [name, reason] : reasons) arguments.push_back(path(name));
+    arguments.push_back(good);
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.exitCode, 1);
+
+    const Json::Value images = report()["images"];
+    ASSERT_EQ(images.size(), reasons.size() + 1);
+    const std::string html = contentOf(path("out/report.html"));
+    for (Json::ArrayIndex i = 0; i < reasons.size(); ++i) {
+        const auto& [name, reason] = reasons[i];
+        EXPECT_THAT(outcome.errors, HasSubstr(path(name) + ": " + reason));
+        EXPECT_EQ(images[i]["name"].asString(), path(name));
+        EXPECT_FALSE(images[i]["measured"].asBool());
+        EXPECT_THAT(images[i]["problem"].asString(), HasSubstr(reason));
+        EXPECT_THAT(html, HasSubstr(path(name)));
+    }
+    EXPECT_TRUE(images[images.size() - 1]["measured"].asBool());
+    EXPECT_EQ(images[images.size() - 1]["features"].size(), 1U);
+    EXPECT_THAT(outcome.output, HasSubstr("1 measured, 6 failed"));
+}
+
+TEST_F(Program, AFileWithoutPermissionIsNamedAsSuch) {
+    const std::string locked = writeDisk("locked.png");
+    fs::permissions(locked, fs::perms::none);
+    fs::permissions(folder, fs::perms::owner_all | fs::perms::others_exec);
+    // Root may read everything: become nobody for the while.
+    const bool wasRoot = geteuid() == 0;
+    if (wasRoot) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    std::string problem;
+    const cv::Mat picture = inspection::readGrey(locked, problem);
+    if (wasRoot) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    EXPECT_TRUE(picture.empty());
+    EXPECT_EQ(problem, "no permission to read it");
+}
+
+TEST_F(Program, AnUnusableOutputFolderFailsInOneLine) {
+    const std::string picture = writeDisk("disk.png");
+    const Outcome outcome = run({picture, "-o", picture});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(picture));
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1);
+}
+
+TEST_F(Program, OddNamesAreSafeInEveryReport) {
+    const std::vector<std::string> names = {"a<b>&'\"c.png",
+                                            "semi;colon $(id) `id`.png",
+                                            "\xE9\x9B\xB6\xE4\xBB\xB6.png",
+                                            "<script>alert(1)<script>.png",
+                                            "bad\xFFutf8.png",
+                                            "esc\x1b[31m.png",
+                                            "-dash.png"};
+    fs::create_directory(path("in"));
+    for (const std::string& name : names) writeDisk("in/" + name);
+    const Outcome outcome = run({path("in"), "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.output, Not(HasSubstr("\x1b")));
+    EXPECT_EQ(outcome.errors, "");  // more than three pictures, but no terminal: no progress bar
+
+    const Json::Value images = report()["images"];
+    ASSERT_EQ(images.size(), names.size());
+    std::vector<std::string> reported;
+    for (const Json::Value& image : images) {
+        reported.push_back(fs::path(image["name"].asString()).filename().string());
+        EXPECT_EQ(image["features"].size(), 1U);
+    }
+    EXPECT_THAT(reported, testing::UnorderedElementsAre(names[0], names[1], names[2], names[3],
+                                                        "bad\xEF\xBF\xBDutf8.png", "esc?[31m.png", names[6]));
+    const std::string html = contentOf(path("out/report.html"));
+    EXPECT_THAT(html, HasSubstr("a&lt;b&gt;&amp;&#39;&quot;c.png"));
+    EXPECT_THAT(html, Not(HasSubstr("<script")));
+    EXPECT_THAT(html, Not(HasSubstr("\xFF")));
+}
+
+TEST_F(Program, FoldersAreSortedFilteredAndNotDescendedInto) {
+    fs::create_directories(path("in/deeper"));
+    for (const char* name : {"in/b.PNG", "in/a.png", "in/c.png", "in/deeper/d.png"}) writeDisk(name);
+    std::ofstream(path("in/readme.txt")) << "x";
+    writeDisk("a.png");
+    const Outcome outcome = run({path("in"), path("a.png"), "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    std::vector<std::string> reported;
+    std::vector<std::string> annotated;
+    const Json::Value images = report()["images"];
+    for (const Json::Value& image : images) {
+        reported.push_back(image["name"].asString());
+        annotated.push_back(fs::path(image["annotated"].asString()).filename().string());
+    }
+    EXPECT_EQ(reported, (std::vector<std::string>{path("in/a.png"), path("in/b.PNG"), path("in/c.png"),
+                                                  path("a.png")}));
+    EXPECT_EQ(annotated, (std::vector<std::string>{"a-measured.png", "b-measured.png", "c-measured.png",
+                                                   "a-measured-2.png"}));
+}
+
+TEST_F(Program, AMethodWithoutALevelIsAFailureOfThatPicture) {
+    // One grey level only: it has no two modes to put a threshold between.
+    cv::imwrite(path("flat.png"), cv::Mat(50, 60, CV_8U, cv::Scalar(255)));
+    const Outcome outcome =
+        run({path("flat.png"), writeDisk("disk.png"), "--method", "minimum", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(path("flat.png") + ": the method minimum finds no threshold"));
+    EXPECT_EQ(report()["images"][1]["features"].size(), 1U);
+}
+
+TEST_F(Program, ASceneIsComparedWithItsTruthAndRepeatsExactly) {
+    const Outcome first = run({"--synthetic", "11", "-o", path("out")});
+    EXPECT_EQ(first.exitCode, 0) << first.errors;
+    EXPECT_THAT(first.output, HasSubstr("Errors against the truth"));
+    const Json::Value image = report()["images"][0];
+    scenes::SceneSettings settings;
+    settings.seed = 11;
+    const scenes::Scene scene = scenes::renderScene(settings);
+    ASSERT_EQ(image["truth"].size(), scene.disks.size() + scene.bars.size());
+    EXPECT_NEAR(image["truth"][0]["x"].asDouble(), scene.disks[0].center.x, 1e-6);
+    for (const Json::Value& error : image["truth"]) EXPECT_TRUE(error["found"].asBool());
+    EXPECT_EQ(cv::norm(cv::imread(path("out/scene-11.png"), cv::IMREAD_GRAYSCALE), scene.image, cv::NORM_INF),
+              0.0);
+
+    const std::string json = contentOf(path("out/report.json"));
+    EXPECT_EQ(run({"--synthetic", "11", "-o", path("out")}).output, first.output);
+    EXPECT_EQ(contentOf(path("out/report.json")), json);
+
+    // Shapes that can't be found are a failure, and said so.
+    const Outcome blind = run({"--synthetic", "11", "--min-area", "1000000", "-o", path("out")});
+    EXPECT_EQ(blind.exitCode, 1);
+    EXPECT_THAT(blind.errors, HasSubstr("true shapes were not found"));
+}
+
+}  // namespace
