@@ -1,0 +1,134 @@
+// Splitting contours into straight pieces and circular arcs.
+#ifndef ORXFUNCTIONS_SEGMENTATION_SEGMENT_CONTOUR_H
+#define ORXFUNCTIONS_SEGMENTATION_SEGMENT_CONTOUR_H
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <utility>
+#include <vector>
+
+#include "orxFunctions/api.h"
+#include "orxFunctions/segmentation/segment_circle.h"
+#include "orxFunctions/segmentation/segment_line.h"
+
+namespace orx {
+
+// How contours are split. Lengths are pixels.
+struct TSegemetParams {             // the spelling is part of the interface
+    std::int32_t smoothSize = 5;    // without effect
+    double firstEpsilon = 8.0;      // accuracy of the first polygon, and how near its chords collect points
+    double secondEpsilon = 2.0;     // the same for the second pass
+    double maxRadius = 300.0;       // largest radius of an arc, exclusive
+    double minRadius = 60.0;        // smallest radius of an arc, exclusive
+    double mergeCenterDist = 50.0;  // arcs whose centres lie farther apart are not merged
+    double errThreshold = 3.5;      // largest deviation of a point from its arc
+    bool useSecondPass = true;      // split again, more finely, what no arc covers
+    bool useCircles = true;         // build arcs at all
+};
+
+// Describes contours (ordered lists of pixels, as contour extraction gives them) as straight pieces and arcs.
+//
+// A polygon approximation (D. H. Douglas and T. K. Peucker, 1973) gives key points; the chords between them
+// collect their contour points; neighbouring chords that bend consistently grow into arcs, which are merged
+// with each other; what remains is split again with the finer accuracy, and arcs swallow the free chords that
+// touch them.
+//
+// A contour whose ends touch (at most sqrt(2) apart) is closed. Fewer than two key points, or two of a closed
+// contour, give nothing. Contours must lie within the range that cv::approxPolyDP accepts. One thread at a
+// time; distinct objects are independent.
+class ORX_API TSegmentContour {
+  public:
+    TSegmentContour() = default;
+
+    // Splits every contour; the results are appended to what getLines and getCircles return.
+    void segmentContour(std::vector<std::vector<cv::Point>> contours, TSegemetParams params);
+    // Splits one contour and returns its lines (those that no arc stands for) and its arcs; both are also
+    // appended to what getLines and getCircles return. An empty contour gives an empty pair and appends
+    // nothing.
+    std::pair<std::vector<TSegemetLine>, std::vector<TSegemetCircle>> segmentContour(
+        std::vector<cv::Point> contour, TSegemetParams params);
+
+    // One entry for each contour processed so far.
+    std::vector<std::vector<TSegemetLine>> getLines();
+    std::vector<std::vector<TSegemetCircle>> getCircles();
+
+    // Drawing. A single-channel image is converted to three channels in place; an empty one stays as it is.
+    // The static operations give each element a colour of its own, the same sequence at every call. The
+    // others draw the results of the contour processed last; their flags stand in the order: draw points,
+    // draw lines, draw arcs, draw indices (at the middle of each line) and angles (of each arc), show a
+    // window; where there are fewer flags the first ones are left out. A window is shown only where there is
+    // a display; without one everything is drawn all the same.
+
+    // Arcs and their points.
+    static void disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles);
+    // Free lines: chords, or fitted lines from their first to their last inlier.
+    static void disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines);
+    static void disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines);
+    // The points of contours, or of arcs (first flag) and lines; the last flag shows the window.
+    static void disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours);
+    static void disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
+                                       std::vector<TSegemetLine> lines, bool drawPoints, bool showWindow);
+    // Key points (a matrix of two-channel integers, as cv::approxPolyDP fills it), with their indices when
+    // asked for.
+    static void disPlayKeyPointsForTest(cv::Mat& image, cv::Mat keyPoints, bool drawIndices);
+
+    // The key points of the contour processed last, with their indices when asked for.
+    void disPlayKeyPoints(cv::Mat& image, bool drawIndices);
+    void disPlayCirclesLines(cv::Mat& image, bool drawPoints, bool drawLines, bool drawArcs, bool drawIndices,
+                             bool showWindow);
+    // The points of the results; the line and arc flags choose whose.
+    void disPlayContours(cv::Mat& image, bool drawPoints, bool drawLines, bool drawArcs, bool drawIndices,
+                         bool showWindow);
+    // Shows the image, converted to three channels, when the first flag is set; the others are without
+    // effect.
+    void disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool, bool, bool);
+
+  private:
+    friend struct TSegmentContourProbe;  // tests look at single steps through it
+
+    using TLineList = std::vector<TSegemetLine>;
+    using TCircleList = std::vector<TSegemetCircle>;
+
+    // Development harness: splits every contour with all steps drawn.
+    TSegmentContour(std::vector<std::vector<cv::Point>> contours, int smooth, double epsilon,
+                    double secondFlag, cv::Mat image, double radiusLimit);
+
+    void copyParams(const TSegemetParams& params);
+    void splitContour(std::vector<cv::Point> contour, bool showSteps);
+    std::pair<TLineList, TCircleList> segment(std::vector<cv::Point> contour, int smooth, double epsilon,
+                                              bool showSteps);
+    void generateLines(cv::Mat keyPoints, std::vector<cv::Point>& contour, double epsilon, bool closed,
+                       TLineList& lines);
+    std::vector<std::vector<cv::Point>> getSecondContours(TLineList& lines);
+    void smoothContour(std::vector<cv::Point>& points, int size);
+    double caldist(cv::Point p1, cv::Point p2);
+    void showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles);
+
+    void generateCircles(TLineList& lines, TCircleList& circles, bool closed);
+    void closeSeam(TLineList& lines, TCircleList& circles, bool inRun, bool firstWasCircle);
+    bool mergeCircle(TCircleList& circles, std::size_t i, std::size_t j);
+    void mergeCircles2(TCircleList& circles, bool closed);
+    void mergeCirclesAndLines(TCircleList& circles, TLineList& lines);
+    bool isNeigbor(TSegemetCircle& c1, TSegemetCircle& c2);
+
+    std::vector<TLineList> contourLines;
+    std::vector<TCircleList> contourCircles;
+    std::int32_t smoothSize = 5;
+    cv::Mat keyPointImage;
+    double firstEpsilon = 8.0;
+    double secondEpsilon = 2.0;
+    double mergeCenterDist = 50.0;
+    double maxRadius = 300.0;
+    double minRadius = 60.0;
+    double errThreshold = 3.5;
+    bool useSecondPass = true;
+    bool useCircles = true;
+    cv::Mat srcImage;
+    TLineList resultLines;
+    TCircleList resultCircles;
+    cv::Mat lastKeyPoints_;  // of the last contour's first pass
+};
+
+}  // namespace orx
+
+#endif

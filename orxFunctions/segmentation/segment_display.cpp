@@ -1,0 +1,217 @@
+// Drawing of segmented contours.
+#include <opencv2/highgui.hpp>
+#include <opencv2/imgproc.hpp>
+#include <string>
+
+#include "ZULLib/zullib.h"
+#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/segmentation/segment_contour.h"
+
+namespace orx {
+namespace {
+
+constexpr const char* kResultCaption = u8"圆、直线分割效果：";
+constexpr const char* kPointsCaption = u8"圆、直线分割效果2：";
+
+// The same colours at every call: three draws for an element, the lowest byte of each.
+class ColourSequence {
+  public:
+    cv::Scalar next() {
+        const unsigned red = rng_.next() & 0xFFU;
+        const unsigned green = rng_.next() & 0xFFU;
+        const unsigned blue = rng_.next() & 0xFFU;
+        return {static_cast<double>(blue), static_cast<double>(green), static_cast<double>(red)};
+    }
+
+  private:
+    cv::RNG rng_{10086};
+};
+
+const cv::Scalar kLineColour(0, 255, 0);
+const cv::Scalar kArcColour(0, 0, 255);
+const cv::Scalar kPointColour(255, 128, 0);
+const cv::Scalar kTextColour(0, 255, 255);
+
+void toThreeChannels(cv::Mat& image) {
+    if (!image.empty() && image.channels() == 1) cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
+}
+
+void show(const char* utf8Caption, const cv::Mat& image) {
+    if (image.empty() || !platform::displayIsAvailable()) return;
+    cv::imshow(zul::toAnsi(utf8Caption), image);
+}
+
+void drawPoints(cv::Mat& image, const std::vector<cv::Point>& points, const cv::Scalar& colour) {
+    for (const cv::Point& p : points) cv::circle(image, p, 1, colour, 1, cv::LINE_8);
+}
+
+void drawText(cv::Mat& image, const std::string& text, cv::Point at) {
+    cv::putText(image, text, at, cv::FONT_HERSHEY_PLAIN, 1.0, kTextColour, 1, cv::LINE_8);
+}
+
+// Nothing for a degenerate or absurdly large circle: its outline can't be drawn.
+void drawArc(cv::Mat& image, const TSegemetCircle& circle, const cv::Scalar& colour, int thickness) {
+    constexpr double kFarthest = 1e6;
+    const auto drawable = [](double v) { return v > -kFarthest && v < kFarthest; };
+    if (!(circle.radius >= 0) || !drawable(circle.radius) || !drawable(circle.center.x) ||
+        !drawable(circle.center.y) || !drawable(circle.startAngle) || !drawable(circle.endAngle)) {
+        return;
+    }
+    cv::ellipse(image, cv::Point(cvRound(circle.center.x), cvRound(circle.center.y)),
+                cv::Size(cvRound(circle.radius), cvRound(circle.radius)), 0, circle.startAngle,
+                circle.endAngle, colour, thickness, cv::LINE_8);
+}
+
+cv::Point toPoint(cv::Vec2i v) { return {v[0], v[1]}; }
+
+cv::Point middleOf(const TSegemetLine& line) {
+    const auto middle = [](int a, int b) { return static_cast<int>((static_cast<long long>(a) + b) / 2); };
+    return {middle(line.startPoint[0], line.endPoint[0]), middle(line.startPoint[1], line.endPoint[1])};
+}
+
+void drawIndicesAndAngles(cv::Mat& image, const std::vector<TSegemetLine>& lines,
+                          const std::vector<TSegemetCircle>& circles) {
+    for (std::size_t i = 0; i < lines.size(); ++i) drawText(image, std::to_string(i), middleOf(lines[i]));
+    for (const TSegemetCircle& circle : circles) {
+        if (circle.points.empty()) continue;
+        drawText(image, zul::doubleToStr(circle.startAngle, 0), circle.points.front());
+        drawText(image, zul::doubleToStr(circle.endAngle, 0), circle.points.back());
+    }
+}
+
+}  // namespace
+
+void TSegmentContour::disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    ColourSequence colours;
+    for (const TSegemetCircle& circle : circles) {
+        const cv::Scalar colour = colours.next();
+        drawArc(image, circle, colour, 1);
+        drawPoints(image, circle.points, colour);
+    }
+}
+
+void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    ColourSequence colours;
+    for (const TSegemetLine& line : lines) {
+        if (line.usedByCircle) continue;
+        cv::line(image, toPoint(line.startPoint), toPoint(line.endPoint), colours.next(), 1, cv::LINE_8);
+    }
+}
+
+void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    ColourSequence colours;
+    for (const TSegemetLine& line : lines) {
+        if (line.usedByCircle) continue;
+        cv::line(image, line.fitStartPoint, line.fitEndPoint, colours.next(), 2, cv::LINE_8);
+    }
+}
+
+void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    ColourSequence colours;
+    for (const std::vector<cv::Point>& contour : contours) drawPoints(image, contour, colours.next());
+}
+
+void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
+                                             std::vector<TSegemetLine> lines, bool drawThePoints,
+                                             bool showWindow) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    if (drawThePoints) {
+        ColourSequence colours;
+        for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
+        for (const TSegemetLine& line : lines) drawPoints(image, line.points, colours.next());
+    }
+    if (showWindow) show(kPointsCaption, image);
+}
+
+void TSegmentContour::disPlayKeyPointsForTest(cv::Mat& image, cv::Mat keyPoints, bool drawIndices) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    if (keyPoints.type() != CV_32SC2) return;
+    int index = 0;
+    for (auto p = keyPoints.begin<cv::Point>(); p != keyPoints.end<cv::Point>(); ++p, ++index) {
+        cv::circle(image, *p, 2, kArcColour, 1, cv::LINE_8);
+        if (drawIndices) drawText(image, std::to_string(index), *p);
+    }
+}
+
+void TSegmentContour::disPlayKeyPoints(cv::Mat& image, bool drawIndices) {
+    disPlayKeyPointsForTest(image, lastKeyPoints_, drawIndices);
+}
+
+void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bool drawTheLines,
+                                          bool drawTheArcs, bool drawIndices, bool showWindow) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    if (!contourLines.empty()) {
+        const TLineList& lines = contourLines.back();
+        const TCircleList& circles = contourCircles.back();
+        if (drawTheLines) {
+            for (const TSegemetLine& line : lines) {
+                cv::line(image, toPoint(line.startPoint), toPoint(line.endPoint), kLineColour, 2, cv::LINE_8);
+            }
+        }
+        if (drawTheArcs) {
+            for (const TSegemetCircle& circle : circles) drawArc(image, circle, kArcColour, 2);
+        }
+        if (drawThePoints) {
+            // Where the pieces begin and end.
+            for (const TSegemetLine& line : lines) {
+                cv::circle(image, toPoint(line.startPoint), 3, kPointColour, 2, cv::LINE_8);
+                cv::circle(image, toPoint(line.endPoint), 3, kPointColour, 2, cv::LINE_8);
+            }
+            for (const TSegemetCircle& circle : circles) {
+                if (circle.points.empty()) continue;
+                cv::circle(image, circle.points.front(), 3, kPointColour, 2, cv::LINE_8);
+                cv::circle(image, circle.points.back(), 3, kPointColour, 2, cv::LINE_8);
+            }
+        }
+        if (drawIndices) drawIndicesAndAngles(image, lines, circles);
+    }
+    if (showWindow) show(kResultCaption, image);
+}
+
+void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool drawTheLines, bool drawTheArcs,
+                                      bool drawIndices, bool showWindow) {
+    if (image.empty()) return;
+    toThreeChannels(image);
+    if (!contourLines.empty()) {
+        const TLineList& lines = contourLines.back();
+        const TCircleList& circles = contourCircles.back();
+        ColourSequence colours;
+        if (drawThePoints && drawTheArcs) {
+            for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
+        }
+        if (drawThePoints && drawTheLines) {
+            for (const TSegemetLine& line : lines) drawPoints(image, line.points, colours.next());
+        }
+        if (drawIndices) drawIndicesAndAngles(image, lines, circles);
+    }
+    if (showWindow) show(kPointsCaption, image);
+}
+
+void TSegmentContour::disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool /*unused*/,
+                                                bool /*unused*/, bool /*unused*/) {
+    toThreeChannels(image);
+    if (showWindow) show(kResultCaption, image);
+}
+
+void TSegmentContour::showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles) {
+    cv::Mat withKeyPoints = srcImage.clone();
+    disPlayKeyPointsForTest(withKeyPoints, keyPoints, true);
+    keyPointImage = withKeyPoints;
+    cv::Mat withLines = srcImage.clone();
+    disPlayLinesForTest(withLines, lines);
+    cv::Mat withCircles = srcImage.clone();
+    disPlayCircleForTest(withCircles, circles);
+}
+
+}  // namespace orx
