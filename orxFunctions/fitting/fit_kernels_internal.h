@@ -58,9 +58,7 @@ struct Kernels {
 };
 
 extern const Kernels kBaseline;
-#if defined(ORX_HAS_AVX2_KERNELS)
 extern const Kernels kAvx2;
-#endif
 
 // The set for this processor.
 const Kernels& kernels();

@@ -129,7 +129,7 @@ TEST(LineFitRansac, RefusesWhatItCannotSearch) {
     }
     TLineFit_Ransac unlimited;
     unlimited.setPoints(four);
-    for (const std::size_t count : {0, 3, 5})
+    for (const std::size_t count : {0U, 3U, 5U})
         EXPECT_FALSE(unlimited.setParams(std::vector<double>(count, 2)));
     EXPECT_FALSE(unlimited.fit().valid);
 }
