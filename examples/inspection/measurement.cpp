@@ -213,6 +213,7 @@ double extentOf(const Feature& feature) {
 void sortForReading(std::vector<Feature>& features) {
     if (features.empty()) return;
     std::vector<double> extents;
+    extents.reserve(features.size());
     for (const Feature& feature : features) extents.push_back(extentOf(feature));
     const auto median = extents.begin() + static_cast<std::ptrdiff_t>(extents.size() / 2);
     std::nth_element(extents.begin(), median, extents.end());

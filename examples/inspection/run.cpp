@@ -112,7 +112,7 @@ class Session {
         const std::vector<std::string> messages = takeMessages();
         result.messages.insert(result.messages.end(), messages.begin(), messages.end());
 
-        const cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
+        cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
         const fs::path file = folder_.pictureFor(source);
         if (writePng(file, annotated))
             result.annotatedFile = displayName(file);

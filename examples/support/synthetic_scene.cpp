@@ -9,7 +9,6 @@
 namespace scenes {
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
 constexpr double kTray = 52.0;
 
 template <typename Shape>
