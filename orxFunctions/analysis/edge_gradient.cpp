@@ -124,6 +124,7 @@ std::vector<std::int16_t> derivativeKernel(double sigma) {
     }
     // A radius of 0 leaves the centre alone, which is 0: such a sigma finds no edges.
     std::vector<std::int16_t> kernel;
+    kernel.reserve(values.size());
     const float scale = static_cast<float>(kGradientScale) / sum;
     for (const float value : values) kernel.push_back(roundedTo16(value * scale));
     while (!kernel.empty() && kernel.back() == 0) kernel.pop_back();
@@ -177,7 +178,7 @@ GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>&
     const int radius = static_cast<int>(taps.size()) - 1;
     const std::size_t padded = static_cast<std::size_t>(gray.cols) + 2 * static_cast<std::size_t>(radius);
     forStripes(gray.rows, [&](int from, int to) {
-        std::vector<const std::uint8_t*> rows(static_cast<std::size_t>(2 * radius + 1));
+        std::vector<const std::uint8_t*> rows(2 * taps.size() - 1);
         std::vector<std::int16_t> smooth(padded);
         std::vector<std::int16_t> derive(padded);
         // Columns first, into the middle of the rows; then their margins; then rows.

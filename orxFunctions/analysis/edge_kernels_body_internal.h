@@ -14,6 +14,11 @@ using edges::GaussTap;
 using edges::MetricBlock;
 using edges::SuppressedRow;
 
+// To 16 bits, saturated.
+inline std::int16_t narrowed(std::int32_t sum) {
+    return static_cast<std::int16_t>(sum < -32768 ? -32768 : sum > 32767 ? 32767 : sum);
+}
+
 inline VecS filterBytes(const ByteTap* taps, std::size_t from, std::size_t to, std::size_t i) {
     VecS sum = VecS::all(0);
     for (std::size_t k = from; k < to; ++k) {
@@ -28,7 +33,7 @@ inline std::int16_t filterByte(const ByteTap* taps, std::size_t count, std::size
     for (std::size_t k = 0; k < count; ++k) {
         sum += (taps[k].after[i] - taps[k].before[i]) * taps[k].coefficient;
     }
-    return static_cast<std::int16_t>(sum < -32768 ? -32768 : sum > 32767 ? 32767 : sum);
+    return narrowed(sum);
 }
 
 inline void gradientRow(const ByteTaps& taps, std::size_t width, std::int16_t* out) {
@@ -54,10 +59,6 @@ constexpr std::int32_t kColumnHalf = 1 << (kColumnShift - 1);
 // From 1/16384 of 128 times the grey values to 128 times the grey values.
 constexpr std::int32_t kRowShift = 14;
 constexpr std::int32_t kRowHalf = 1 << (kRowShift - 1);
-
-inline std::int16_t narrowed(std::int32_t sum) {
-    return static_cast<std::int16_t>(sum < -32768 ? -32768 : sum > 32767 ? 32767 : sum);
-}
 
 inline void gaussColumns(const GaussTap* taps, std::size_t count, const std::uint8_t* const* rows,
                          std::size_t width, std::int16_t* smooth, std::int16_t* derive) {

@@ -20,7 +20,7 @@ struct TMetricOptions {
     // [false] Take both thresholds from the image instead, as EdgesSubPix does for a negative `high`.
     bool automaticThresholds = false;
     // [list] Which borders of the edge pixels are followed: a retrieval mode of cv::findContours for 8-bit
-    // images. RETR_EXTERNAL leaves out what lies inside closed edges; the others give the same.
+    // images. RETR_EXTERNAL leaves out what lies inside closed edges; the others find the same edges.
     int mode = 1;
     // [0] Standard deviation of the image noise in grey levels; 0 measures it in the image (fine texture
     // counts as noise).
