@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orxFunctions/analysis/edge_gradient_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 
@@ -54,10 +55,10 @@ void forBlocks(const GradientImage& gradient, const std::vector<PixelChain>& cha
     constexpr int kBlocksOfAStripe = 256;
     const int count = static_cast<int>(blocks.size());
     const int stripes = (count + kBlocksOfAStripe - 1) / kBlocksOfAStripe;
-    cv::parallel_for_(cv::Range(0, stripes), [&](const cv::Range& range) {
+    platform::parallelFor(stripes, [&](int stripe) {
         Block block{};
-        const int end = std::min(count, range.end * kBlocksOfAStripe);
-        for (int i = range.start * kBlocksOfAStripe; i < end; ++i) {
+        const int end = std::min(count, (stripe + 1) * kBlocksOfAStripe);
+        for (int i = stripe * kBlocksOfAStripe; i < end; ++i) {
             const ChainBlock& piece = blocks[static_cast<std::size_t>(i)];
             aimAt(block, gradient, chains[piece.chain].data() + piece.from, piece.to - piece.from);
             body(block, piece);

@@ -7,6 +7,7 @@
 #include <opencv2/core/utility.hpp>
 
 #include "orxFunctions/platform/cpu_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 namespace {
@@ -44,10 +45,8 @@ std::size_t firstGroup(const std::vector<std::int16_t>& coefficients) {
 // Runs body(from, to) for stripes of rows.
 template <typename Body>
 void forStripes(int rows, const Body& body) {
-    cv::parallel_for_(cv::Range(0, stripeCount(rows)), [&](const cv::Range& stripes) {
-        for (int s = stripes.start; s < stripes.end; ++s) {
-            body(s * kStripeRows, std::min(rows, (s + 1) * kStripeRows));
-        }
+    platform::parallelFor(stripeCount(rows), [&](int stripe) {
+        body(stripe * kStripeRows, std::min(rows, (stripe + 1) * kStripeRows));
     });
 }
 

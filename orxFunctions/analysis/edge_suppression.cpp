@@ -6,6 +6,8 @@
 #include <opencv2/core/utility.hpp>
 #include <vector>
 
+#include "orxFunctions/platform/parallel_internal.h"
+
 namespace orx::edges {
 namespace {
 
@@ -104,12 +106,10 @@ void spreadEdges(std::vector<std::uint8_t*>& stack, std::ptrdiff_t step) {
 EdgePixels findEdgePixels(const GradientImage& gradient, SquaredThresholds thresholds) {
     cv::Mat map(gradient.rows() + 2, gradient.cols() + 2, CV_8U, cv::Scalar(kNoEdge));
     std::vector<Maxima> stripes(static_cast<std::size_t>(stripeCount(gradient.rows())));
-    cv::parallel_for_(cv::Range(0, static_cast<int>(stripes.size())), [&](const cv::Range& range) {
-        for (int s = range.start; s < range.end; ++s) {
-            const int from = s * kStripeRows;
-            stripes[static_cast<std::size_t>(s)] =
-                suppressRows(gradient, thresholds, from, std::min(gradient.rows(), from + kStripeRows), map);
-        }
+    platform::parallelFor(static_cast<int>(stripes.size()), [&](int stripe) {
+        const int from = stripe * kStripeRows;
+        stripes[static_cast<std::size_t>(stripe)] =
+            suppressRows(gradient, thresholds, from, std::min(gradient.rows(), from + kStripeRows), map);
     });
     EdgePixels edges;
     for (Maxima& stripe : stripes) {

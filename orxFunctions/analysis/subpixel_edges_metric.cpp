@@ -11,6 +11,7 @@
 #include "orxFunctions/analysis/edge_pieces_internal.h"
 #include "orxFunctions/analysis/edge_suppression_internal.h"
 #include "orxFunctions/analysis/image_noise_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace ORXEdge {
 namespace {
@@ -259,10 +260,9 @@ bool edgesSubPixMetric(const cv::Mat& gray, std::vector<TMetricContour>& contour
     std::vector<TMetricContour> written(chains.size());
     constexpr int kChainsOfAStripe = 64;
     const int stripes = static_cast<int>((chains.size() + kChainsOfAStripe - 1) / kChainsOfAStripe);
-    cv::parallel_for_(cv::Range(0, stripes), [&](const cv::Range& range) {
-        const std::size_t from = static_cast<std::size_t>(range.start) * kChainsOfAStripe;
-        const std::size_t to =
-            std::min(chains.size(), static_cast<std::size_t>(range.end) * kChainsOfAStripe);
+    orx::platform::parallelFor(stripes, [&](int stripe) {
+        const std::size_t from = static_cast<std::size_t>(stripe) * kChainsOfAStripe;
+        const std::size_t to = std::min(chains.size(), from + kChainsOfAStripe);
         for (std::size_t i = from; i < to; ++i) {
             const bool closed = chains[i].size() >= 8 && areNeighbours(chains[i].front(), chains[i].back());
             keepDistinct(crossings[i], options.sigma, closed);
