@@ -101,6 +101,9 @@ CreateResult createFile(const fs::path& path, const void* bytes, std::size_t siz
 
 bool hideFile(const fs::path& path) { return giveName(visiblePath(path), hiddenPath(path)); }
 bool unhideFile(const fs::path& path) { return giveName(hiddenPath(path), visiblePath(path)); }
-bool isHidden(const fs::path& path) { return !isPresent(visiblePath(path)) && isPresent(hiddenPath(path)); }
+bool isHidden(const fs::path& path) {
+    const fs::path hidden = hiddenPath(path);
+    return hasHiddenName(hidden) && isPresent(hidden) && !isPresent(visiblePath(path));
+}
 
 }  // namespace orx::platform
