@@ -27,6 +27,7 @@
 #include "orxFunctions/calibration/point_transform.h"
 #include "orxFunctions/calibration/pose.h"
 #include "orxFunctions/files/file_operator.h"
+#include "orxFunctions/files/image_data_augmentation.h"
 #include "orxFunctions/files/stream_file.h"
 #include "orxFunctions/files/text_log.h"
 #include "orxFunctions/fitting/drawing.h"
