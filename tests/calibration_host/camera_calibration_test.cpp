@@ -22,7 +22,8 @@ const cv::Vec<double, 5> kDistortion(-0.2, 0.08, 0.0005, -0.0008, 0);
 // What a camera with that distortion sees of our own target, whose middle lies `distance` pixels of the
 // target in front of it. Each pixel's ray is cut with the target's plane.
 cv::Mat view(const cv::Vec3d& turn, const cv::Vec3d& shift, double distance) {
-    const cv::Mat target = orx::createCalibrateImage(kTarget, kSquare, kMargin);
+    cv::Mat target = orx::createCalibrateImage(kTarget, kSquare, kMargin);
+    cv::GaussianBlur(target, target, cv::Size(), 1.5);  // no steps where the view samples it
     std::vector<cv::Point2d> pixels;
     for (int y = 0; y < kView.height; ++y) {
         for (int x = 0; x < kView.width; ++x) pixels.emplace_back(x, y);
@@ -46,7 +47,6 @@ cv::Mat view(const cv::Vec3d& turn, const cv::Vec3d& shift, double distance) {
     }
     cv::Mat image;
     cv::remap(target, image, map, cv::noArray(), cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
-    cv::GaussianBlur(image, image, cv::Size(), 0.8);
     return image;
 }
 
