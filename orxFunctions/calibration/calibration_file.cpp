@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -41,6 +42,15 @@ bool readText(const std::string& fileName, std::string& text) {
     return count == 0;
 }
 
+// True when a matrix holds as many numbers as its size says, so that reading it takes no memory for others.
+bool isMatrix(const cv::FileNode& node) {
+    if (node.empty()) return true;
+    if (!node.isMap()) return false;
+    const auto rows = static_cast<std::int64_t>(static_cast<int>(node["rows"]));
+    const auto cols = static_cast<std::int64_t>(static_cast<int>(node["cols"]));
+    return rows >= 0 && cols >= 0 && rows * cols <= static_cast<std::int64_t>(node["data"].size());
+}
+
 struct Calibration {
     cv::Mat intrinsic;
     cv::Mat distortion;
@@ -51,6 +61,7 @@ struct Calibration {
 bool parse(const std::string& text, Calibration& calibration) {
     const cv::FileStorage storage(text, cv::FileStorage::READ | cv::FileStorage::MEMORY);
     if (!storage.isOpened() || static_cast<int>(storage[kIsConfigured]) == 0) return false;
+    if (!isMatrix(storage[kIntrinsic]) || !isMatrix(storage[kDistortion])) return false;
     storage[kIntrinsic] >> calibration.intrinsic;
     storage[kDistortion] >> calibration.distortion;
     std::vector<int> size;
