@@ -11,7 +11,6 @@ namespace {
 
 constexpr int kMostVariants = 1000;
 constexpr double kRadiansPerDegree = 0.017453292519943295;
-const cv::Matx23d kUnmoved(1, 0, 0, 0, 1, 0);
 
 double limited(double amount, double low, double high) {
     return std::isnan(amount) ? std::clamp(0.0, low, high) : std::clamp(amount, low, high);
@@ -99,7 +98,7 @@ AugmentedImage shifted(const cv::Mat& image, const TAugmentationConfig& config, 
 template <typename Operation>
 AugmentedImage revalued(const cv::Mat& image, Operation operation) {
     AugmentedImage result;
-    result.motion = kUnmoved;
+    result.motion = cv::Matx23d(1, 0, 0, 0, 1, 0);
     operation(result.image);
     if (image.channels() == 4) {
         const int alphaToAlpha[] = {3, 3};
