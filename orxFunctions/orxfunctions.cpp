@@ -3,12 +3,15 @@
 // that runs at load.
 #include "orxFunctions/orxfunctions.h"
 
+#include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/image_exchange_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
 
 namespace orx {
 
 int G_appshowMsg_defaultColor = 0;
+
+ImageSaver imageSaver;
 
 TAppSys appSys;
 

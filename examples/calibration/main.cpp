@@ -1,0 +1,153 @@
+// Prints a chessboard, finds it in photographs, calibrates the camera and undoes its distortion.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/imgcodecs.hpp>
+
+#include "examples/calibration/camera_calibration.h"
+#include "orxFunctions/orxfunctions.h"
+
+namespace {
+
+struct Options {
+    std::string target;
+    int targetWidth = 2970;  // A4 across, 10 pixels a millimetre
+    int targetHeight = 2100;
+    int targetSquare = 250;
+    int targetMargin = 150;
+    std::string photographs;
+    bool sample = false;
+    std::string out = "calibration-output";
+    calibration::Board board;
+    std::string description = "camera";
+};
+
+int fail(const char* text, const std::string& name) {
+    std::fprintf(stderr, "calibration: %s: %s\n", text, name.c_str());
+    return 1;
+}
+
+std::string quotedForShell(const std::string& text) {
+    std::string quoted = "'";
+    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+int printTarget(const Options& options) {
+    const cv::Size size(options.targetWidth, options.targetHeight);
+    const cv::Mat target = orx::createCalibrateImage(size, options.targetSquare, options.targetMargin);
+    if (target.empty() || !cv::imwrite(options.target, target))
+        return fail("can't write the target", options.target);
+    const cv::Size corners = calibration::targetCorners(size, options.targetSquare, options.targetMargin);
+    std::printf("%s: a board of %d x %d inner corners\n", options.target.c_str(), corners.width,
+                corners.height);
+    return 0;
+}
+
+void printReport(const std::vector<calibration::Photograph>& photographs,
+                 const calibration::Calibration& result) {
+    for (const calibration::Photograph& photograph : photographs) {
+        const std::string name = zul::extractFileName(photograph.file);
+        if (photograph.corners.empty()) {
+            std::printf("  %-20s board not found\n", name.c_str());
+        } else {
+            std::printf("  %-20s %6.3f px\n", name.c_str(), photograph.error);
+        }
+    }
+    std::printf("reprojection error %.3f px\n", result.error);
+    std::printf("focal length %.2f x %.2f px, principal point (%.2f, %.2f)\n",
+                result.intrinsic.at<double>(0, 0), result.intrinsic.at<double>(1, 1),
+                result.intrinsic.at<double>(0, 2), result.intrinsic.at<double>(1, 2));
+}
+
+// Writes the calibration file and reads it back: what a host does at its next start.
+bool storeAndReload(const std::string& file, const std::string& description,
+                    calibration::Calibration& result) {
+    orx::calibrateData2File(result.intrinsic, result.distortion, result.imageSize, description, file);
+    calibration::Calibration reloaded;
+    std::string text;
+    if (!orx::calibrateDataFromFile(file, reloaded.intrinsic, reloaded.distortion, reloaded.imageSize, text))
+        return false;
+    result.intrinsic = reloaded.intrinsic;
+    result.distortion = reloaded.distortion;
+    return text == description && reloaded.imageSize == result.imageSize;
+}
+
+bool writeUndistorted(const std::string& file, const std::string& folder,
+                      const calibration::Calibration& camera) {
+    const cv::Mat image = cv::imread(file, cv::IMREAD_COLOR);
+    cv::Mat straight;
+    if (image.empty()) return false;
+    cv::undistort(image, straight, camera.intrinsic, camera.distortion);
+    const std::filesystem::path name = std::filesystem::path(file).stem().string() + "-undistorted.png";
+    return cv::imwrite((std::filesystem::path(folder) / name).string(), straight);
+}
+
+int calibrateFrom(const Options& options) {
+    const std::vector<std::string> files = FileOperator::listFiles(options.photographs, ".jpg");
+    if (files.empty()) return fail("no .jpg photographs in", options.photographs);
+    if (!FileOperator::createFolder(options.out)) return fail("can't create", options.out);
+    cv::Size imageSize;
+    std::vector<calibration::Photograph> photographs =
+        calibration::readPhotographs(files, options.board, imageSize);
+    calibration::Calibration camera = calibration::calibrate(photographs, options.board, imageSize);
+    if (!camera.valid)
+        return fail("the board is visible in fewer than 3 photographs of", options.photographs);
+    printReport(photographs, camera);
+
+    const std::string file = (std::filesystem::path(options.out) / "camera.yml").string();
+    if (!storeAndReload(file, options.description, camera)) return fail("can't read back", file);
+    int written = 0;
+    for (const std::string& photograph : files)
+        written += writeUndistorted(photograph, options.out, camera) ? 1 : 0;
+    std::printf("%s written and read back, %d undistorted pictures in %s\n", file.c_str(), written,
+                options.out.c_str());
+    return 0;
+}
+
+int fetchSample(Options& options) {
+    options.photographs = (std::filesystem::path(options.out) / "sample").string();
+    const std::string command = quotedForShell(ORX_FETCH_SAMPLE) + " " + quotedForShell(options.photographs);
+    return std::system(command.c_str()) == 0
+               ? 0
+               : fail("can't fetch the sample photographs into", options.photographs);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app("Prints a chessboard target, and calibrates a camera from photographs of one.");
+    app.add_option("--target", options.target, "write a chessboard to print to this PNG file");
+    app.add_option("--target-width", options.targetWidth, "pixels")->capture_default_str();
+    app.add_option("--target-height", options.targetHeight, "pixels")->capture_default_str();
+    app.add_option("--target-square", options.targetSquare, "pixels of a square")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--target-margin", options.targetMargin, "white pixels around the board")
+        ->capture_default_str();
+    app.add_option("--photographs", options.photographs, "calibrate from the .jpg files of this folder");
+    app.add_flag("--sample", options.sample,
+                 "calibrate from OpenCV's 13 sample photographs (a download of 95 MB)");
+    app.add_option("--columns", options.board.corners.width, "inner corners across")->capture_default_str();
+    app.add_option("--rows", options.board.corners.height, "inner corners down")->capture_default_str();
+    app.add_option("--square", options.board.square, "length of a square, in any unit")
+        ->capture_default_str();
+    app.add_option("--description", options.description, "text to store with the calibration")
+        ->capture_default_str();
+    app.add_option("--out", options.out, "folder for the results")->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+    try {
+        if (options.target.empty() && options.photographs.empty() && !options.sample) {
+            std::printf("%s", app.help().c_str());
+            return 1;
+        }
+        if (!options.target.empty() && printTarget(options) != 0) return 1;
+        if (options.sample && fetchSample(options) != 0) return 1;
+        return options.photographs.empty() ? 0 : calibrateFrom(options);
+    } catch (const std::exception& error) {
+        return fail("stopped", error.what());
+    }
+}

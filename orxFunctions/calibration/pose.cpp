@@ -1,0 +1,71 @@
+#include "orxFunctions/calibration/pose.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+
+namespace orx {
+namespace {
+
+constexpr double kRadiansPerDegree = 0.017453292519943295;
+
+cv::Matx33d rotationAbout(char axis, const cv::Matx13d& degrees) {
+    const double angle = degrees(axis - 'x') * kRadiansPerDegree;
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    if (axis == 'x') return {1, 0, 0, 0, c, -s, 0, s, c};
+    if (axis == 'y') return {c, 0, s, 0, 1, 0, -s, 0, c};
+    return {c, -s, 0, s, c, 0, 0, 0, 1};
+}
+
+bool isPermutationOfAxes(const std::string& sequence) {
+    std::string sorted = sequence;
+    std::sort(sorted.begin(), sorted.end());
+    return sorted == "xyz";
+}
+
+}  // namespace
+
+cv::Mat TPoint6DToMatrix::Point6D2Matrix44(zul::TPoint6D pose) {
+    const cv::Mat translation = (cv::Mat_<double>(3, 1) << pose.x, pose.y, pose.z);
+    const cv::Mat eulerAngle = (cv::Mat_<double>(1, 3) << pose.rx, pose.ry, pose.rz);
+    return R_T2HomogeneousMatrix(eulerAngleToRotateMatrix(eulerAngle, "zyx"), translation);
+}
+
+cv::Mat TPoint6DToMatrix::eulerAngleToRotateMatrix(const cv::Mat& eulerAngle, const std::string& sequence) {
+    if (eulerAngle.rows != 1 || eulerAngle.cols != 3) {
+        cv::error(cv::Error::StsAssert, "eulerAngle.rows == 1 && eulerAngle.cols == 3",
+                  "orx::TPoint6DToMatrix::eulerAngleToRotateMatrix", __FILE__, __LINE__);
+    }
+    cv::Mat rotation = cv::Mat::zeros(3, 3, CV_64F);
+    if (isPermutationOfAxes(sequence)) {
+        const cv::Matx13d degrees = eulerAngle;
+        // Intended: the letters are read from the last to the first.
+        rotation = cv::Mat(rotationAbout(sequence[2], degrees) * rotationAbout(sequence[1], degrees) *
+                               rotationAbout(sequence[0], degrees),
+                           true);
+    } else {
+        std::cout << "Euler Angle Sequence string is wrong...";
+    }
+    if (!isRotatedMatrix(rotation)) {
+        std::cout << "Euler Angle convert to RotatedMatrix failed..." << std::endl;
+        std::exit(-1);  // NOLINT(concurrency-mt-unsafe): stated behaviour, see the header
+    }
+    return rotation;
+}
+
+bool TPoint6DToMatrix::isRotatedMatrix(cv::Mat& rotation) {
+    const cv::Mat product = rotation.t() * rotation;
+    return cv::norm(cv::Mat::eye(3, 3, rotation.type()), product, cv::NORM_L2) < 1e-6;
+}
+
+cv::Mat TPoint6DToMatrix::R_T2HomogeneousMatrix(const cv::Mat& rotation, const cv::Mat& translation) {
+    cv::Mat transform = cv::Mat::eye(4, 4, CV_64F);
+    rotation.copyTo(transform(cv::Rect(0, 0, 3, 3)));
+    translation.copyTo(transform(cv::Rect(3, 0, 1, 3)));
+    return transform;
+}
+
+}  // namespace orx

@@ -1,0 +1,189 @@
+#include "orxFunctions/files/file_operator.h"
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <system_error>
+
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace FileOperator {
+namespace {
+
+namespace fs = std::filesystem;
+namespace platform = orx::platform;
+
+// Runs an operation on the file system; what it throws (no memory, names that can't be converted) is a
+// failure.
+template <typename Result, typename Operation>
+Result guarded(Result failure, Operation operation) {
+    try {
+        return operation();
+    } catch (const std::exception&) {
+        return failure;
+    }
+}
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+// ".png" for "png", ".png" and "*.png"; "" for "" and "*.*".
+std::string wantedExtension(std::string extension) {
+    if (!extension.empty() && extension.front() == '*') extension.erase(0, 1);
+    if (extension.empty() || extension == ".*") return {};
+    return lowerCase(extension.front() == '.' ? extension : "." + extension);
+}
+
+bool hasExtension(const std::string& name, const std::string& extension) {
+    return name.size() >= extension.size() &&
+           lowerCase(name.substr(name.size() - extension.size())) == extension;
+}
+
+// Calls visit(entry) for all that a folder holds; folders behind links are not entered. False when the folder
+// can't be read.
+template <typename Visit>
+bool walk(const fs::path& folder, bool recursive, Visit visit) {
+    std::error_code error;
+    fs::recursive_directory_iterator at(folder, fs::directory_options::skip_permission_denied, error);
+    if (error || folder.empty()) return false;
+    for (; at != fs::recursive_directory_iterator(); at.increment(error)) {
+        if (error) return false;
+        if (!recursive) at.disable_recursion_pending();
+        visit(*at);
+    }
+    return true;
+}
+
+fs::path withoutTrailingSeparators(const fs::path& path) {
+    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+}
+
+// A folder that may be created or deleted: neither nothing nor a root.
+bool isOrdinaryFolderName(const fs::path& path) {
+    const fs::path name = path.filename();
+    return path.has_relative_path() && !name.empty() && name != "." && name != "..";
+}
+
+fs::path targetOf(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    return fs::is_directory(to, error) ? to / from.filename() : to;
+}
+
+bool mayWrite(const fs::path& from, const fs::path& to, bool overwrite) {
+    std::error_code error;
+    if (!fs::is_regular_file(from, error) || to.empty()) return false;
+    if (!fs::exists(fs::symlink_status(to, error))) return true;
+    return overwrite && !fs::equivalent(from, to, error) && !error;
+}
+
+bool copyOver(const fs::path& from, const fs::path& to, bool overwrite) {
+    std::error_code error;
+    const auto option = overwrite ? fs::copy_options::overwrite_existing : fs::copy_options::none;
+    return fs::copy_file(from, to, option, error) && !error;
+}
+
+}  // namespace
+
+std::vector<std::string> listFiles(std::string folder, std::string extension, bool recursive) {
+    return guarded(std::vector<std::string>(), [&] {
+        std::vector<std::string> files;
+        const std::string wanted = wantedExtension(extension);
+        walk(platform::toPath(folder), recursive, [&](const fs::directory_entry& entry) {
+            std::error_code error;
+            if (!entry.is_regular_file(error)) return;
+            const std::string name = platform::toName(entry.path());
+            if (hasExtension(name, wanted)) files.push_back(name);
+        });
+        std::sort(files.begin(), files.end());
+        return files;
+    });
+}
+
+std::int64_t folderSize(std::string folder) {
+    return guarded(std::int64_t{-1}, [&] {
+        std::int64_t size = 0;
+        const bool complete = walk(platform::toPath(folder), true, [&](const fs::directory_entry& entry) {
+            std::error_code error;
+            if (!fs::is_regular_file(entry.symlink_status(error))) return;
+            const std::uintmax_t bytes = entry.file_size(error);
+            if (!error) size += static_cast<std::int64_t>(bytes);
+        });
+        return complete ? size : std::int64_t{-1};
+    });
+}
+
+bool fileExists(std::string path) {
+    return guarded(false, [&] {
+        std::error_code error;
+        const fs::file_status status = fs::status(platform::toPath(path), error);
+        return fs::exists(status) && !fs::is_directory(status);
+    });
+}
+
+bool folderExists(std::string path) {
+    return guarded(false, [&] {
+        std::error_code error;
+        return fs::is_directory(platform::toPath(path), error);
+    });
+}
+
+bool hideFile(std::string path) {
+    return guarded(false, [&] { return platform::hideFile(platform::toPath(path)); });
+}
+
+bool unhideFile(std::string path) {
+    return guarded(false, [&] { return platform::unhideFile(platform::toPath(path)); });
+}
+
+bool isHidden(std::string path) {
+    return guarded(false, [&] { return platform::isHidden(platform::toPath(path)); });
+}
+
+bool createFolder(std::string path) {
+    return guarded(false, [&] {
+        const fs::path folder = platform::toPath(path);
+        if (!folder.has_relative_path()) return false;
+        std::error_code error;
+        fs::create_directories(folder, error);
+        return fs::is_directory(folder, error);
+    });
+}
+
+bool deleteFolder(std::string path) {
+    return guarded(false, [&] {
+        const fs::path folder = withoutTrailingSeparators(platform::toPath(path));
+        std::error_code error;
+        if (!isOrdinaryFolderName(folder) || !fs::is_directory(fs::symlink_status(folder, error)))
+            return false;
+        fs::remove_all(folder, error);
+        return !error && !fs::exists(fs::symlink_status(folder, error));
+    });
+}
+
+bool copyFile(std::string from, std::string to, bool overwrite) {
+    return guarded(false, [&] {
+        const fs::path source = platform::toPath(from);
+        const fs::path target = targetOf(source, platform::toPath(to));
+        return mayWrite(source, target, overwrite) && copyOver(source, target, overwrite);
+    });
+}
+
+bool moveFile(std::string from, std::string to, bool overwrite) {
+    return guarded(false, [&] {
+        const fs::path source = platform::toPath(from);
+        const fs::path target = targetOf(source, platform::toPath(to));
+        if (!mayWrite(source, target, overwrite)) return false;
+        std::error_code error;
+        fs::rename(source, target, error);
+        if (error == std::errc::cross_device_link) {
+            error.clear();
+            return copyOver(source, target, overwrite) && fs::remove(source, error);
+        }
+        return !error;
+    });
+}
+
+}  // namespace FileOperator

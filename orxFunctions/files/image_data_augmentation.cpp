@@ -1,0 +1,176 @@
+#include "orxFunctions/files/image_data_augmentation.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <filesystem>
+#include <opencv2/imgcodecs.hpp>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "orxFunctions/files/augmentation_variants_internal.h"
+#include "orxFunctions/files/file_operator.h"
+#include "orxFunctions/files/polygon_annotation_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kErrorColor = 1;
+constexpr std::size_t kMostFileBytes = std::size_t{1} << 30U;
+constexpr std::array kImageExtensions = {".bmp", ".jpg", ".jpeg", ".jp2",  ".png",
+                                         ".pgm", ".ppm", ".tif",  ".tiff", ".webp"};
+
+std::vector<std::string> imagesOf(const std::string& folder) {
+    std::vector<std::string> images;
+    for (const char* extension : kImageExtensions) {
+        const std::vector<std::string> files = FileOperator::listFiles(folder, extension);
+        images.insert(images.end(), files.begin(), files.end());
+    }
+    std::sort(images.begin(), images.end());
+    return images;
+}
+
+bool readFile(const fs::path& path, std::string& bytes) {
+    const platform::File file = platform::openToRead(platform::toName(path));
+    if (!file) return false;
+    std::vector<char> block(std::size_t{1} << 16U);
+    std::size_t count = 0;
+    while ((count = std::fread(block.data(), 1, block.size(), file.get())) > 0) {
+        bytes.append(block.data(), count);
+        if (bytes.size() > kMostFileBytes) return false;
+    }
+    return std::ferror(file.get()) == 0;
+}
+
+bool writeFile(const fs::path& path, const void* bytes, std::size_t size) {
+    platform::File file = platform::openToWrite(platform::toName(path));
+    if (!file) return false;
+    const bool written = std::fwrite(bytes, 1, size, file.get()) == size;
+    return std::fclose(file.release()) == 0 && written;
+}
+
+// Empty for what is no image.
+cv::Mat readImage(const fs::path& path) {
+    std::string bytes;
+    if (!readFile(path, bytes) || bytes.empty()) return {};
+    try {
+        const cv::Mat encoded(1, static_cast<int>(bytes.size()), CV_8UC1, bytes.data());
+        return cv::imdecode(encoded, cv::IMREAD_UNCHANGED);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+// A run over one folder.
+class Run {
+  public:
+    Run(const TAugmentationConfig& config, fs::path outputFolder)
+        : config_(config), outputFolder_(std::move(outputFolder)) {}
+
+    TAugmentationReport& report() { return report_; }
+
+    void augment(const fs::path& path) {
+        const cv::Mat image = readImage(path);
+        if (image.empty()) return skip("无法读取图像: ", path);
+        std::optional<PolygonAnnotation> annotation;
+        if (!readAnnotation(path, image.size(), annotation)) return skip("标注文件无效, 跳过图像: ", path);
+        const std::string stem = outputStem(path);
+        ++report_.images;
+        try {
+            forEachVariant(image, platform::toName(path.filename()), config_,
+                           [&](const AugmentedImage& variant) {
+                               write(stem + '_' + variant.name, variant, annotation);
+                           });
+        } catch (const std::exception&) {  // OpenCV's for a picture beyond its limits, or no memory
+            complain("图像增强失败: ", path);
+        }
+    }
+
+    void complain(const std::string& utf8Text, const fs::path& path) {
+        report_.problems.push_back(zul::toAnsi(utf8Text + path.u8string()));
+        APPshowMessage(report_.problems.back(), kErrorColor);
+    }
+
+  private:
+    void skip(const std::string& utf8Text, const fs::path& path) {
+        ++report_.skipped;
+        complain(utf8Text, path);
+    }
+
+    // False for an annotation that is there and broken.
+    static bool readAnnotation(const fs::path& imagePath, cv::Size size,
+                               std::optional<PolygonAnnotation>& annotation) {
+        const fs::path path = fs::path(imagePath).replace_extension(".json");
+        if (!FileOperator::fileExists(platform::toName(path))) return true;
+        std::string json;
+        annotation.emplace();
+        return readFile(path, json) && annotation->parse(json, size);
+    }
+
+    std::string outputStem(const fs::path& imagePath) {
+        std::string stem = platform::toName(imagePath.stem());
+        if (!stems_.insert(stem).second) stem += '_' + platform::toName(imagePath.extension()).substr(1);
+        return stem;
+    }
+
+    void write(const std::string& stem, const AugmentedImage& variant,
+               const std::optional<PolygonAnnotation>& annotation) {
+        const bool isInteger = variant.image.depth() == CV_8U || variant.image.depth() == CV_16U;
+        const std::string extension = isInteger ? ".png" : ".tiff";
+        const fs::path path = outputFolder_ / platform::toPath(stem + extension);
+        std::vector<unsigned char> encoded;
+        if (!cv::imencode(extension, variant.image, encoded) ||
+            !writeFile(path, encoded.data(), encoded.size())) {
+            return complain("无法写入文件: ", path);
+        }
+        ++report_.written;
+        if (!annotation) return;
+        const fs::path jsonPath = outputFolder_ / platform::toPath(stem + ".json");
+        const std::string json =
+            annotation->moved(variant.motion, variant.image.size(), path.filename().u8string());
+        if (!writeFile(jsonPath, json.data(), json.size())) complain("无法写入文件: ", jsonPath);
+    }
+
+    const TAugmentationConfig& config_;
+    fs::path outputFolder_;
+    std::set<std::string> stems_;
+    TAugmentationReport report_;
+};
+
+bool areSameFolder(const fs::path& a, const fs::path& b) {
+    std::error_code error;
+    return fs::equivalent(a, b, error);
+}
+
+}  // namespace
+
+void ImageDataAugmentation::setConfig(const TAugmentationConfig& config) { config_ = config; }
+void ImageDataAugmentation::setProgress(TProgress progress) { progress_ = std::move(progress); }
+
+TAugmentationReport ImageDataAugmentation::augment(const std::string& inputFolder,
+                                                   const std::string& outputFolder) const {
+    const fs::path input = platform::toPath(inputFolder);
+    const fs::path output = platform::toPath(outputFolder);
+    Run run(config_, output);
+    if (!FileOperator::folderExists(inputFolder) || !FileOperator::createFolder(outputFolder) ||
+        areSameFolder(input, output)) {
+        run.complain("数据增强的文件夹无效: ", FileOperator::folderExists(inputFolder) ? output : input);
+        return run.report();
+    }
+    const std::vector<std::string> images = imagesOf(inputFolder);
+    const int total = static_cast<int>(images.size());
+    for (int i = 0; i < total; ++i) {
+        const std::string& image = images[static_cast<std::size_t>(i)];
+        if (progress_ && !progress_(i, total, image)) return run.report();
+        run.augment(platform::toPath(image));
+    }
+    run.report().completed = !progress_ || progress_(total, total, "");
+    return run.report();
+}
+
+}  // namespace orx

@@ -1,0 +1,104 @@
+#include <chrono>
+#include <exception>
+#include <opencv2/imgcodecs.hpp>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "orxFunctions/files/image_saver_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx {
+namespace {
+
+constexpr int kErrorColor = 1;
+
+std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSize(); }
+
+bool write(const ImageSaver::Job& job) {
+    try {
+        std::vector<unsigned char> encoded;
+        if (!cv::imencode(job.extension, job.image, encoded)) return false;
+        std::error_code error;
+        std::filesystem::create_directories(job.path.parent_path(), error);
+        return platform::createFile(job.path, encoded.data(), encoded.size()) ==
+               platform::CreateResult::kCreated;
+    } catch (const std::exception&) {  // OpenCV's for pixels that the format can't hold, or no memory
+        return false;
+    }
+}
+
+}  // namespace
+
+ImageSaver::~ImageSaver() {
+    worker_.join();
+    // On POSIX nothing is left now. On Windows the end of the process ends the thread at any point: if it did
+    // not hold the lock, the images behind it are written here.
+    if (!mutex_.native().try_lock()) return;
+    mutex_.native().unlock();
+    writeAll();
+}
+
+ImageSaver::Answer ImageSaver::add(Job job) {
+    const zul::LockGuard lock(mutex_);
+    const std::size_t bytes = bytesOf(job.image);
+    if (jobs_.size() >= kMostImages || (!jobs_.empty() && bytes_ + bytes > kMostBytes)) {
+        return std::exchange(refused_, true) ? Answer::kFullAgain : Answer::kFull;
+    }
+    if (!working_ && !worker_.start(writeOnThread, this)) return Answer::kNoThread;
+    working_ = true;
+    refused_ = false;
+    bytes_ += bytes;
+    ++added_;
+    jobs_.push_back(std::move(job));
+    return Answer::kTaken;
+}
+
+bool ImageSaver::flush(int milliseconds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const zul::LockGuard lock(mutex_);
+    const std::uint64_t last = added_;
+    while (finished_ < last) {
+        if (milliseconds < 0) {
+            finishedOne_.wait(mutex_);
+        } else if (finishedOne_.wait_until(mutex_, end) == std::cv_status::timeout) {
+            return finished_ >= last;
+        }
+    }
+    return true;
+}
+
+std::uint64_t ImageSaver::nextNumber() {
+    const zul::LockGuard lock(mutex_);
+    return numbers_++;
+}
+
+void ImageSaver::writeOnThread(void* self) { static_cast<ImageSaver*>(self)->writeAll(); }
+
+void ImageSaver::writeAll() {
+    Job job;
+    while (take(job)) {
+        if (!write(job)) APPshowMessage(job.failure, kErrorColor);
+        finish(bytesOf(job.image));
+    }
+}
+
+// The next image. False when there is none, and the thread ends: the next one to come starts another.
+bool ImageSaver::take(Job& job) {
+    const zul::LockGuard lock(mutex_);
+    working_ = !jobs_.empty();
+    if (!working_) return false;
+    job = std::move(jobs_.front());
+    jobs_.pop_front();
+    return true;
+}
+
+void ImageSaver::finish(std::size_t bytes) {
+    const zul::LockGuard lock(mutex_);
+    bytes_ -= bytes;
+    ++finished_;
+    finishedOne_.notify_all();
+}
+
+}  // namespace orx

@@ -1,0 +1,85 @@
+// FileOperator's background saving: names and refusals; the queue and its thread are ImageSaver.
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <opencv2/imgcodecs.hpp>
+#include <utility>
+
+#include "orxFunctions/files/file_operator.h"
+#include "orxFunctions/files/image_saver_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace FileOperator {
+namespace {
+
+namespace fs = std::filesystem;
+namespace platform = orx::platform;
+
+constexpr int kErrorColor = 1;
+
+std::string message(const std::string& utf8Text, const fs::path& path) {
+    return zul::toAnsi(utf8Text + path.u8string());
+}
+
+bool refuse(const std::string& utf8Text, const fs::path& path) {
+    orx::APPshowMessage(message(utf8Text, path), kErrorColor);
+    return false;
+}
+
+std::string withPoint(const std::string& extension) {
+    return extension.empty() || extension.front() == '.' ? extension : "." + extension;
+}
+
+std::string fileName(const std::string& prefix, const std::string& extension) {
+    char number[24];
+    std::snprintf(number, sizeof number, "_%06llu",
+                  static_cast<unsigned long long>(orx::imageSaver.nextNumber() % 1000000));
+    return prefix + zul::getCurrentTime(4) + number + extension;
+}
+
+// Part of a file name on every platform, and not of a path.
+bool isPlainName(const std::string& text) {
+    return text.find_first_of(std::string("/\\:*?\"<>|\0", 10)) == std::string::npos;
+}
+
+bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix, const std::string& extension,
+          std::string* path) {
+    if (img.empty() || folder.empty() || !isPlainName(prefix)) return false;
+    if (!isPlainName(extension) || !cv::haveImageWriter("image" + extension))
+        return refuse("不支持的图像格式: ", extension);
+    orx::ImageSaver::Job job;
+    job.path = fs::absolute(folder) / platform::toPath(fileName(prefix, extension));
+    job.extension = extension;
+    // Made here and not on the thread, where a conversion of text may load a library: see WorkerThread.
+    job.failure = message("图像保存失败: ", job.path);
+    job.image = img.clone();
+    const fs::path target = job.path;
+    switch (orx::imageSaver.add(std::move(job))) {
+        case orx::ImageSaver::Answer::kTaken:
+            if (path != nullptr) *path = platform::toName(target);
+            return true;
+        case orx::ImageSaver::Answer::kFull:
+            return refuse("图像保存队列已满, 图像未保存: ", target);
+        case orx::ImageSaver::Answer::kNoThread:
+            return refuse("图像保存失败: ", target);
+        case orx::ImageSaver::Answer::kFullAgain:
+            break;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool saveImage(cv::Mat img, std::string folder, std::string prefix, std::string extension,
+               std::string* path) {
+    try {
+        return save(img, platform::toPath(folder), prefix, withPoint(extension), path);
+    } catch (const std::exception&) {  // no memory for the copy
+        return false;
+    }
+}
+
+bool flush(int milliseconds) { return orx::imageSaver.flush(milliseconds); }
+
+}  // namespace FileOperator

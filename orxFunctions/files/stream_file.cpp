@@ -1,0 +1,125 @@
+#include "orxFunctions/files/stream_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <vector>
+
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx {
+namespace {
+
+constexpr std::uint64_t kElementBytes = 8;
+constexpr std::size_t kTextBytes = 255;
+constexpr std::uint64_t kMostBytesUnproven = std::uint64_t{1} << 30U;
+
+bool writeBytes(std::FILE* file, const void* bytes, std::size_t size) {
+    return size == 0 || std::fwrite(bytes, 1, size, file) == size;
+}
+
+bool writeZeros(std::FILE* file, std::uint64_t count) {
+    const std::vector<char> zeros(static_cast<std::size_t>(std::min<std::uint64_t>(count, 1U << 20U)));
+    while (count > 0) {
+        const std::size_t part = static_cast<std::size_t>(std::min<std::uint64_t>(count, zeros.size()));
+        if (!writeBytes(file, zeros.data(), part)) return false;
+        count -= part;
+    }
+    return true;
+}
+
+bool writePair(std::FILE* file, std::int32_t first, std::int32_t second) {
+    const std::int32_t pair[] = {first, second};
+    return writeBytes(file, pair, sizeof pair);
+}
+
+// As many bytes as asked for, from the first element on; zeros beyond the end of the buffer that the matrix
+// views.
+bool writeElements(std::FILE* file, const cv::Mat& img, std::uint64_t size) {
+    const auto available = static_cast<std::uint64_t>(img.datalimit - img.data);
+    const std::uint64_t present = std::min(size, available);
+    return writeBytes(file, img.data, static_cast<std::size_t>(present)) && writeZeros(file, size - present);
+}
+
+bool writeText(std::FILE* file, const std::string& text) {
+    std::array<char, kTextBytes> field = {};
+    std::memcpy(field.data(), text.data(), std::min(text.size(), field.size()));
+    return writeBytes(file, field.data(), field.size());
+}
+
+// What a short file lacks stays as it was.
+void readBytes(std::FILE* file, void* bytes, std::size_t size) {
+    if (size > 0 && std::fread(bytes, 1, size, file) < size) std::clearerr(file);
+}
+
+struct Pair {
+    std::int32_t first = 0;
+    std::int32_t second = 0;
+};
+
+Pair readPair(std::FILE* file) {
+    std::int32_t values[2] = {0, 0};
+    readBytes(file, &values[0], sizeof values[0]);
+    readBytes(file, &values[1], sizeof values[1]);
+    return {values[0], values[1]};
+}
+
+std::string readText(std::FILE* file) {
+    std::array<char, kTextBytes> field = {};
+    readBytes(file, field.data(), field.size());
+    return {field.begin(), std::find(field.begin(), field.end(), '\0')};
+}
+
+// Two sizes of 31 bits and the 3 bits of an element fit into 64.
+std::uint64_t bytesOf(std::int64_t rows, std::int64_t cols) {
+    return static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(cols) * kElementBytes;
+}
+
+bool maySpend(std::uint64_t bytes, const std::string& path) {
+    if (bytes <= kMostBytesUnproven) return true;
+    std::error_code error;
+    const std::uintmax_t length = std::filesystem::file_size(platform::toPath(path), error);
+    return !error && length >= bytes;
+}
+
+bool allocate(std::int32_t rows, std::int32_t cols, cv::Mat& matrix) {
+    try {
+        matrix = cv::Mat::zeros(rows, cols, CV_64FC1);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std::string text) {
+    if (img.data == nullptr || img.dims == 0 || img.total() == 0) return false;
+    platform::File file = platform::openToWrite(path);
+    if (!file) return false;
+    const bool written = writePair(file.get(), img.rows, img.cols) &&
+                         writeElements(file.get(), img, bytesOf(img.rows, img.cols)) &&
+                         writePair(file.get(), size.width, size.height) && writeText(file.get(), text);
+    return std::fclose(file.release()) == 0 && written;
+}
+
+bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text) {
+    const platform::File file = platform::openToRead(path);
+    if (!file) return false;
+    const Pair dimensions = readPair(file.get());
+    if (dimensions.first < 0 || dimensions.second < 0) return false;
+    const std::uint64_t bytes = bytesOf(dimensions.first, dimensions.second);
+    cv::Mat matrix;
+    if (!maySpend(bytes, path) || !allocate(dimensions.first, dimensions.second, matrix)) return false;
+    readBytes(file.get(), matrix.data, static_cast<std::size_t>(bytes));
+    const Pair stored = readPair(file.get());
+    img = matrix;
+    size = cv::Size(stored.first, stored.second);
+    text = readText(file.get());
+    return true;
+}
+
+}  // namespace orx

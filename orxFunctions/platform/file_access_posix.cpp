@@ -1,0 +1,109 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kReadableByAll = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    bool valid() const { return number_ >= 0; }
+
+    // One write call as long as the system takes all bytes at once, which it does for files unless the disk
+    // is full.
+    bool writeAll(const char* bytes, std::size_t size) const {
+        while (size > 0) {
+            const ssize_t written = write(number_, bytes, size);
+            if (written < 0 && errno == EINTR) continue;
+            if (written <= 0) return false;
+            bytes += written;
+            size -= static_cast<std::size_t>(written);
+        }
+        return true;
+    }
+
+  private:
+    int number_;
+};
+
+File open(const std::string& name, const char* mode) {
+    File file(std::fopen(name.c_str(), mode));
+    struct stat info = {};
+    // A folder opens for reading here, and fails only when it is read.
+    if (file && fstat(fileno(file.get()), &info) == 0 && S_ISDIR(info.st_mode)) return nullptr;
+    return file;
+}
+
+bool hasHiddenName(const fs::path& path) {
+    const std::string name = path.filename().string();
+    return name.size() > 1 && name.front() == '.' && name != "..";
+}
+
+fs::path hiddenPath(const fs::path& path) {
+    return hasHiddenName(path) ? path : path.parent_path() / ("." + path.filename().string());
+}
+
+fs::path visiblePath(const fs::path& path) {
+    return hasHiddenName(path) ? path.parent_path() / path.filename().string().substr(1) : path;
+}
+
+bool isPresent(const fs::path& path) {
+    std::error_code error;
+    return fs::exists(fs::symlink_status(path, error));
+}
+
+// Gives the file its other name, unless it has it already or another file has.
+bool giveName(const fs::path& from, const fs::path& to) {
+    if (to.filename().empty() || to.filename() == ".." || to.filename() == ".") return false;
+    if (!isPresent(from)) return isPresent(to);
+    if (isPresent(to)) return false;
+    std::error_code error;
+    fs::rename(from, to, error);
+    return !error;
+}
+
+}  // namespace
+
+fs::path toPath(const std::string& name) { return name; }
+std::string toName(const fs::path& path) { return path.string(); }
+std::string toRuntimeName(const std::string& name) { return name; }
+
+File openToRead(const std::string& name) { return open(name, "rb"); }
+File openToWrite(const std::string& name) { return open(name, "wb"); }
+
+bool appendText(const std::string& name, const std::string& text) {
+    const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kReadableByAll));
+    return file.valid() && file.writeAll(text.data(), text.size());
+}
+
+CreateResult createFile(const fs::path& path, const void* bytes, std::size_t size) {
+    const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll));
+    if (!file.valid()) return errno == EEXIST ? CreateResult::kExists : CreateResult::kFailed;
+    if (file.writeAll(static_cast<const char*>(bytes), size)) return CreateResult::kCreated;
+    unlink(path.c_str());  // half an image is worse than none
+    return CreateResult::kFailed;
+}
+
+bool hideFile(const fs::path& path) { return giveName(visiblePath(path), hiddenPath(path)); }
+bool unhideFile(const fs::path& path) { return giveName(hiddenPath(path), visiblePath(path)); }
+bool isHidden(const fs::path& path) {
+    const fs::path hidden = hiddenPath(path);
+    return hasHiddenName(hidden) && isPresent(hidden) && !isPresent(visiblePath(path));
+}
+
+}  // namespace orx::platform

@@ -1,0 +1,136 @@
+#include <windows.h>
+
+#include <string_view>
+
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr UINT kAnsi = 936;
+
+// False when the bytes are not text in that code page.
+bool decode(UINT codePage, const std::string& bytes, std::wstring& wide) {
+    const int size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
+    wide.resize(static_cast<std::size_t>(length));
+    return MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, wide.data(), length) > 0;
+}
+
+// False when the code page lacks a character of the text.
+bool encode(UINT codePage, const std::wstring& wide, std::string& bytes) {
+    const bool utf8 = codePage == CP_UTF8;
+    const DWORD flags = utf8 ? 0 : WC_NO_BEST_FIT_CHARS;
+    const int size = static_cast<int>(wide.size());
+    const int length = WideCharToMultiByte(codePage, flags, wide.data(), size, nullptr, 0, nullptr, nullptr);
+    bytes.resize(static_cast<std::size_t>(length));
+    BOOL lost = FALSE;
+    WideCharToMultiByte(codePage, flags, wide.data(), size, bytes.data(), length, nullptr,
+                        utf8 ? nullptr : &lost);
+    return length > 0 && lost == FALSE;
+}
+
+class Handle {
+  public:
+    explicit Handle(HANDLE handle) : handle_(handle) {}
+    ~Handle() {
+        if (valid()) CloseHandle(handle_);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    bool valid() const { return handle_ != INVALID_HANDLE_VALUE; }
+
+    bool writeAll(const char* bytes, std::size_t size) const {
+        constexpr std::size_t kMostAtOnce = 1U << 30;
+        while (size > 0) {
+            DWORD written = 0;
+            const DWORD part = static_cast<DWORD>(size < kMostAtOnce ? size : kMostAtOnce);
+            if (!WriteFile(handle_, bytes, part, &written, nullptr) || written == 0) return false;
+            bytes += written;
+            size -= written;
+        }
+        return true;
+    }
+
+  private:
+    HANDLE handle_;
+};
+
+DWORD attributes(const fs::path& path) { return GetFileAttributesW(path.c_str()); }
+
+bool setHidden(const fs::path& path, bool hidden) {
+    const DWORD now = attributes(path);
+    if (now == INVALID_FILE_ATTRIBUTES) return false;
+    DWORD wanted = hidden ? now | FILE_ATTRIBUTE_HIDDEN : now & ~static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN);
+    if (wanted == 0) wanted = FILE_ATTRIBUTE_NORMAL;
+    return wanted == now || SetFileAttributesW(path.c_str(), wanted) != 0;
+}
+
+std::string withWindowsLineEnds(const std::string& text) {
+    std::string result;
+    result.reserve(text.size() + 2);
+    for (const char c : text) {
+        if (c == '\n') result += '\r';
+        result += c;
+    }
+    return result;
+}
+
+}  // namespace
+
+fs::path toPath(const std::string& name) {
+    std::wstring wide;
+    if (name.empty() || (!decode(CP_UTF8, name, wide) && !decode(kAnsi, name, wide))) return {};
+    return wide;
+}
+
+std::string toName(const fs::path& path) {
+    std::string name;
+    const std::wstring wide = path.wstring();
+    if (!encode(kAnsi, wide, name)) encode(CP_UTF8, wide, name);
+    return name;
+}
+
+std::string toRuntimeName(const std::string& name) {
+    std::string result;
+    return encode(GetACP(), toPath(name).wstring(), result) ? result : name;
+}
+
+File openToRead(const std::string& name) { return File(_wfopen(toPath(name).c_str(), L"rb")); }
+File openToWrite(const std::string& name) { return File(_wfopen(toPath(name).c_str(), L"wb")); }
+
+bool appendText(const std::string& name, const std::string& text) {
+    // Opened for appending alone, each write goes to the end of the file, wherever that is by then.
+    const Handle file(CreateFileW(toPath(name).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const std::string bytes = withWindowsLineEnds(text);
+    return file.valid() && file.writeAll(bytes.data(), bytes.size());
+}
+
+CreateResult createFile(const fs::path& path, const void* bytes, std::size_t size) {
+    bool complete = false;
+    {
+        const Handle file(
+            CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file.valid()) {
+            return GetLastError() == ERROR_FILE_EXISTS ? CreateResult::kExists : CreateResult::kFailed;
+        }
+        complete = file.writeAll(static_cast<const char*>(bytes), size);
+    }
+    if (complete) return CreateResult::kCreated;
+    DeleteFileW(path.c_str());  // half an image is worse than none
+    return CreateResult::kFailed;
+}
+
+bool hideFile(const fs::path& path) { return setHidden(path, true); }
+bool unhideFile(const fs::path& path) { return setHidden(path, false); }
+
+bool isHidden(const fs::path& path) {
+    const DWORD now = attributes(path);
+    return now != INVALID_FILE_ATTRIBUTES && (now & FILE_ATTRIBUTE_HIDDEN) != 0;
+}
+
+}  // namespace orx::platform
