@@ -25,7 +25,7 @@ struct Options {
 };
 
 int fail(const char* text, const std::string& name) {
-    std::fprintf(stderr, "calibration: %s: %s\n", text, name.c_str());
+    std::fprintf(stderr, "orx_calibration: %s: %s\n", text, name.c_str());
     return 1;
 }
 
