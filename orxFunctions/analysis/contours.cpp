@@ -34,7 +34,8 @@ Contours traced(const cv::Mat& binary, TContourType type, int approximation) {
 void replaceByHulls(Contours& contours) {
     for (Contour& contour : contours) {
         Contour hull;
-        cv::convexHull(contour, hull);
+        // "Clockwise" is meant with y running up there: on the screen the hull turns as its outline does.
+        cv::convexHull(contour, hull, true);
         contour.swap(hull);
     }
 }

@@ -36,11 +36,10 @@ struct TContourOptions {
 //     ctLargest     of the ctExternal ones the one of largest area, the first found among equals
 //     ctConvexHull  the convex hulls of the ctExternal ones
 //
-// Limits are applied to what is returned: to the hull, not to the outline below it. Outer outlines turn
-// counter-clockwise on the screen, outlines of holes clockwise. Empty for limits that are not a number and
-// for unknown types.
-// S. Suzuki, K. Abe, "Topological structural analysis of digitized binary images by border following",
-// CVGIP 30 (1985).
+// Limits are applied to what is returned: to the hull, not to the outline below it. Outer outlines
+// and hulls turn counter-clockwise on the screen, outlines of holes clockwise. Empty for limits that are not
+// a number and for unknown types. S. Suzuki, K. Abe, "Topological structural analysis of digitized binary
+// images by border following", CVGIP 30 (1985).
 ORX_API std::vector<std::vector<cv::Point>> getContours(const cv::Mat& binary, TContourType type,
                                                         const TContourOptions& options = {});
 

@@ -64,6 +64,21 @@ TEST(GetContours, TypesChooseAmongOutlinesAndHoles) {
     EXPECT_THAT(areasOf(orx::TContourType(5)), IsEmpty());
 }
 
+TEST(GetContours, OutlinesTurnCounterClockwiseAndHolesClockwise) {
+    orx::TContourOptions options;
+    options.minArea = 20;
+    for (const auto& [type, sign] : std::vector<std::pair<orx::TContourType, double>>{
+             {orx::ctExternal, -1}, {orx::ctConvexHull, -1}, {orx::ctHoles, 1}}) {
+        for (const auto& contour : orx::getContours(objects(), type, options)) {
+            double twiceArea = 0;  // positive clockwise, y running down
+            for (std::size_t i = 0; i < contour.size(); ++i) {
+                twiceArea += contour[i].cross(contour[(i + 1) % contour.size()]);
+            }
+            EXPECT_GT(sign * twiceArea, 0) << "type " << type;
+        }
+    }
+}
+
 TEST(GetContours, HullsHaveCornersOnly) {
     cv::Mat img = cv::Mat::zeros(30, 30, CV_8UC1);
     img(cv::Rect(2, 2, 20, 5)) = 255;  // an L
