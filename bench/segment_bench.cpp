@@ -117,15 +117,17 @@ void floors(benchmark::State& state, Points (*make)(std::size_t), bool fitLines)
     }
 }
 
-#define SIZES RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond)
+void sizes(benchmark::internal::Benchmark* bench) {
+    bench->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
+}
 
-BENCHMARK_CAPTURE(split, serpentine, serpentine)->SIZES;
-BENCHMARK_CAPTURE(floors, serpentine_polygons_and_lines, serpentine, true)->SIZES;
-BENCHMARK_CAPTURE(floors, serpentine_polygons, serpentine, false)->SIZES;
-BENCHMARK_CAPTURE(split, ring, wavyRing)->SIZES;
-BENCHMARK_CAPTURE(floors, ring_polygons_and_lines, wavyRing, true)->SIZES;
-BENCHMARK_CAPTURE(floors, ring_polygons, wavyRing, false)->SIZES;
-BENCHMARK_CAPTURE(split, comb, thinComb)->SIZES;
-BENCHMARK_CAPTURE(floors, comb_polygons, thinComb, false)->SIZES;
+BENCHMARK_CAPTURE(split, serpentine, serpentine)->Apply(sizes);
+BENCHMARK_CAPTURE(floors, serpentine_polygons_and_lines, serpentine, true)->Apply(sizes);
+BENCHMARK_CAPTURE(floors, serpentine_polygons, serpentine, false)->Apply(sizes);
+BENCHMARK_CAPTURE(split, ring, wavyRing)->Apply(sizes);
+BENCHMARK_CAPTURE(floors, ring_polygons_and_lines, wavyRing, true)->Apply(sizes);
+BENCHMARK_CAPTURE(floors, ring_polygons, wavyRing, false)->Apply(sizes);
+BENCHMARK_CAPTURE(split, comb, thinComb)->Apply(sizes);
+BENCHMARK_CAPTURE(floors, comb_polygons, thinComb, false)->Apply(sizes);
 
 }  // namespace
