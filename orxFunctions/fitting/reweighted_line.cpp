@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cmath>
 #include <opencv2/core.hpp>
+#include <opencv2/core/hal/intrin.hpp>
 
 #include "orxFunctions/fitting/fit_weights_internal.h"
 #include "orxFunctions/fitting/reweighted_line_internal.h"
@@ -11,24 +12,44 @@ namespace orx {
 namespace {
 
 constexpr float kAccuracy = 0.01F;  // of the offset in pixels and of the direction in radians
-constexpr int kRestarts = 20;
-constexpr int kPasses = 30;
+constexpr std::size_t kRestarts = 20;
+constexpr std::size_t kPasses = 30;
 constexpr std::size_t kStartPoints = 10;
+
+// Restarts refined side by side, one in each lane of a vector: their sums run in the order of the points, so
+// that a single one would wait for each addition.
+constexpr std::size_t kLanes = 4;
+
+using Floats = cv::v_float32x4;
+
+struct Doubles {
+    cv::v_float64x2 low = cv::v_setzero_f64();
+    cv::v_float64x2 high = cv::v_setzero_f64();
+
+    void add(const Floats& v) {
+        low = low + cv::v_cvt_f64(v);
+        high = high + cv::v_cvt_f64_high(v);
+    }
+    std::array<double, kLanes> lanes() const {
+        std::array<double, kLanes> values{};
+        cv::v_store(values.data(), low);
+        cv::v_store(values.data() + 2, high);
+        return values;
+    }
+};
 
 // Weighted sums of a line's normal equations: products in single precision, sums in double, in the order of
 // the points.
 struct LineSums {
     double w = 0, x = 0, y = 0, xx = 0, yy = 0, xy = 0;
 
-    void add(float px, float py, float weight) {
-        const float wx = weight * px;
-        const float wy = weight * py;
-        x += static_cast<double>(wx);
-        y += static_cast<double>(wy);
-        xx += static_cast<double>(wx * px);
-        yy += static_cast<double>(wy * py);
-        xy += static_cast<double>(wx * py);
-        w += static_cast<double>(weight);
+    void add(float px, float py) {
+        x += static_cast<double>(px);
+        y += static_cast<double>(py);
+        xx += static_cast<double>(px * px);
+        yy += static_cast<double>(py * py);
+        xy += static_cast<double>(px * py);
+        w += 1.0;
     }
 
     // The line with the least weighted sum of squared distances.
@@ -57,15 +78,27 @@ struct L1Weights {
     }
 };
 
+// The row of the table with its default constant, four at once; the count is a multiple of four.
+struct HuberWeights {
+    void operator()(const float* residuals, std::size_t count, float* weights) const {
+        const Floats constant = cv::v_setall_f32(1.345F);
+        const Floats one = cv::v_setall_f32(1.0F);
+        for (std::size_t i = 0; i < count; i += kLanes) {
+            const Floats d = cv::v_load(residuals + i);
+            cv::v_store(weights + i, cv::v_select(d < constant, one, constant / d));
+        }
+    }
+};
+
 template <class Weights>
 class ReweightedLineFit {
   public:
     ReweightedLineFit(const cv::Point* points, std::size_t count, Weights weigh)
-        : count_(count), weigh_(weigh), memory_(4 * count) {
+        : count_(count), weigh_(weigh), memory_((2 + 2 * kLanes) * count) {
         xs_ = memory_.data();
         ys_ = xs_ + count;
         residuals_ = ys_ + count;
-        weights_ = residuals_ + count;
+        weights_ = residuals_ + kLanes * count;
         for (std::size_t i = 0; i < count; ++i) {
             xs_[i] = static_cast<float>(points[i].x);
             ys_[i] = static_cast<float>(points[i].y);
@@ -76,12 +109,29 @@ class ReweightedLineFit {
     DirectedLine fit() {
         if (count_ == 0) return {};
         // Up to ten points every restart begins with all of them: one tells all.
-        const int restarts = count_ <= kStartPoints ? 1 : kRestarts;
-        for (int restart = 0; restart < restarts; ++restart) refine(randomStart());
-        return best_;
+        const std::size_t restarts = count_ <= kStartPoints ? 1 : kRestarts;
+        refineAll(restarts);
+        return best(restarts);
     }
 
   private:
+    // A restart under way.
+    struct Refinement {
+        std::size_t restart = 0;
+        DirectedLine line;
+        bool done = true;
+    };
+
+    // The lines that a restart met, with the sums of the distances from them.
+    struct Track {
+        struct Step {
+            DirectedLine line;
+            double total;
+        };
+        std::array<Step, kPasses> steps;
+        std::size_t length = 0;
+    };
+
     // The line through ten different random points, or through all when there are no more.
     DirectedLine randomStart() {
         std::array<std::size_t, kStartPoints> chosen{};
@@ -96,52 +146,109 @@ class ReweightedLineFit {
         }
         std::sort(chosen.begin(), chosen.begin() + static_cast<std::ptrdiff_t>(wanted));
         LineSums sums;
-        for (std::size_t i = 0; i < wanted; ++i) sums.add(xs_[chosen[i]], ys_[chosen[i]], 1.0F);
+        for (std::size_t i = 0; i < wanted; ++i) sums.add(xs_[chosen[i]], ys_[chosen[i]]);
         return sums.line();
     }
 
-    // Reweights until the line stands still, and keeps the best line met on the way.
-    void refine(DirectedLine line) {
-        DirectedLine previous;
-        for (int pass = 0; pass < kPasses; ++pass) {
-            if (pass > 0 && nearlyEqual(line, previous)) return;
-            const double total = measure(line);
-            if (total < leastTotal_) {
-                leastTotal_ = total;
-                best_ = line;
-                if (total < exact_) return;
+    // Reweights every restart's line until it stands still, and records the lines met on the way. A lane that
+    // is done takes the next restart.
+    void refineAll(std::size_t restarts) {
+        std::array<Refinement, kLanes> lanes;
+        std::size_t started = 0;
+        for (;;) {
+            bool busy = false;
+            for (Refinement& lane : lanes) {
+                if (lane.done && started < restarts) {
+                    lane = {started++, randomStart(), false};
+                }
+                busy = busy || !lane.done;
             }
-            previous = line;
-            line = reweightedLine();
+            if (!busy) return;
+            const std::array<double, kLanes> totals = measure(lanes);
+            weigh_(residuals_, kLanes * count_, weights_);
+            const std::array<LineSums, kLanes> sums = weightedSums();
+            for (std::size_t l = 0; l < kLanes; ++l) {
+                Refinement& lane = lanes[l];
+                if (lane.done) continue;
+                Track& track = tracks_[lane.restart];
+                track.steps[track.length++] = {lane.line, totals[l]};
+                const DirectedLine previous = lane.line;
+                lane.line = sums[l].line();
+                lane.done = track.length == kPasses || nearlyEqual(lane.line, previous);
+            }
         }
     }
 
-    // Fills the list of distances from the line and returns their sum.
-    double measure(const DirectedLine& line) {
-        const float nx = line.vy;
-        const float ny = -line.vx;
+    // The best line of all restarts, taken one after the other. A restart ends with a line that beats all
+    // before and leaves nothing over.
+    DirectedLine best(std::size_t restarts) const {
+        DirectedLine best;
+        double least = DBL_MAX;
+        for (std::size_t restart = 0; restart < restarts; ++restart) {
+            const Track& track = tracks_[restart];
+            for (std::size_t i = 0; i < track.length; ++i) {
+                if (!(track.steps[i].total < least)) continue;
+                least = track.steps[i].total;
+                best = track.steps[i].line;
+                if (least < exact_) break;
+            }
+        }
+        return best;
+    }
+
+    // Fills the list of distances from each lane's line and returns their sums.
+    std::array<double, kLanes> measure(const std::array<Refinement, kLanes>& lanes) {
+        const auto gather = [&](float DirectedLine::*field) {
+            return Floats(lanes[0].line.*field, lanes[1].line.*field, lanes[2].line.*field,
+                          lanes[3].line.*field);
+        };
+        const Floats nx = gather(&DirectedLine::vy);
+        const Floats ny = cv::v_setall_f32(-0.0F) ^ gather(&DirectedLine::vx);
+        const Floats px = gather(&DirectedLine::x);
+        const Floats py = gather(&DirectedLine::y);
+        Doubles totals;
         for (std::size_t i = 0; i < count_; ++i) {
-            residuals_[i] = std::fabs(nx * (xs_[i] - line.x) + ny * (ys_[i] - line.y));
+            const Floats distance =
+                cv::v_abs(nx * (cv::v_setall_f32(xs_[i]) - px) + ny * (cv::v_setall_f32(ys_[i]) - py));
+            cv::v_store(residuals_ + kLanes * i, distance);
+            totals.add(distance);
         }
-        double total = 0;
-        for (std::size_t i = 0; i < count_; ++i) total += static_cast<double>(residuals_[i]);
-        return total;
+        return totals.lanes();
     }
 
-    DirectedLine reweightedLine() {
-        weigh_(residuals_, count_, weights_);
-        double sum = 0;
-        for (std::size_t i = 0; i < count_; ++i) sum += static_cast<double>(weights_[i]);
-        LineSums sums;
-        if (std::fabs(sum) > static_cast<double>(FLT_EPSILON)) {
-            const double scale = 1.0 / sum;
-            for (std::size_t i = 0; i < count_; ++i) {
-                sums.add(xs_[i], ys_[i], static_cast<float>(static_cast<double>(weights_[i]) * scale));
-            }
-        } else {
-            for (std::size_t i = 0; i < count_; ++i) sums.add(xs_[i], ys_[i], 1.0F);
+    // With the weights scaled to the sum 1; weights that sum up to nothing count 1 each.
+    std::array<LineSums, kLanes> weightedSums() const {
+        Doubles total;
+        for (std::size_t i = 0; i < count_; ++i) total.add(cv::v_load(weights_ + kLanes * i));
+        const cv::v_float64x2 least = cv::v_setall_f64(static_cast<double>(FLT_EPSILON));
+        const cv::v_float64x2 one = cv::v_setall_f64(1.0);
+        const cv::v_float64x2 lowIsScaled = cv::v_abs(total.low) > least;
+        const cv::v_float64x2 highIsScaled = cv::v_abs(total.high) > least;
+        const cv::v_float64x2 lowScale = one / total.low;
+        const cv::v_float64x2 highScale = one / total.high;
+
+        Doubles w, x, y, xx, yy, xy;
+        for (std::size_t i = 0; i < count_; ++i) {
+            const Floats raw = cv::v_load(weights_ + kLanes * i);
+            const Floats weight =
+                cv::v_cvt_f32(cv::v_select(lowIsScaled, cv::v_cvt_f64(raw) * lowScale, one),
+                              cv::v_select(highIsScaled, cv::v_cvt_f64_high(raw) * highScale, one));
+            const Floats px = cv::v_setall_f32(xs_[i]);
+            const Floats py = cv::v_setall_f32(ys_[i]);
+            const Floats wx = weight * px;
+            const Floats wy = weight * py;
+            x.add(wx);
+            y.add(wy);
+            xx.add(wx * px);
+            yy.add(wy * py);
+            xy.add(wx * py);
+            w.add(weight);
         }
-        return sums.line();
+        std::array<LineSums, kLanes> sums{};
+        for (std::size_t l = 0; l < kLanes; ++l) {
+            sums[l] = {w.lanes()[l], x.lanes()[l], y.lanes()[l], xx.lanes()[l], yy.lanes()[l], xy.lanes()[l]};
+        }
+        return sums;
     }
 
     std::size_t count_;
@@ -153,8 +260,7 @@ class ReweightedLineFit {
     float* weights_ = nullptr;
     double exact_ = 0;
     cv::RNG random_{static_cast<std::uint64_t>(-1)};
-    double leastTotal_ = DBL_MAX;
-    DirectedLine best_;
+    std::array<Track, kRestarts> tracks_;
 };
 
 }  // namespace
@@ -168,7 +274,7 @@ DirectedLine fitLineL1(const cv::Point* points, std::size_t count) {
 }
 
 DirectedLine fitLineHuber(const cv::Point* points, std::size_t count) {
-    return fitLineByWeights(points, count, kWeightHuber, 0);
+    return ReweightedLineFit<HuberWeights>(points, count, {}).fit();
 }
 
 }  // namespace orx

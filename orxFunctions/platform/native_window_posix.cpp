@@ -1,16 +1,20 @@
 #include <xcb/xcb.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <string>
 
 #include "orxFunctions/platform/native_window.h"
 
 namespace orx::platform {
 
 bool displayIsAvailable() {
-    // Qt without a screen: draws into memory and never fails.
-    const char* qtPlatform = std::getenv("QT_QPA_PLATFORM");
-    if (qtPlatform != nullptr && std::strncmp(qtPlatform, "offscreen", 9) == 0) return true;
+    // Qt, when it is told which window system to use: without a screen it draws into memory and never fails;
+    // with another than X, nobody can say.
+    if (const char* const qtPlatform = std::getenv("QT_QPA_PLATFORM")) {
+        const std::string name = qtPlatform;
+        if (name.rfind("offscreen", 0) == 0) return true;
+        if (!name.empty() && name.find("xcb") == std::string::npos) return false;
+    }
 
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     const bool available = xcb_connection_has_error(connection) == 0;

@@ -83,10 +83,11 @@ void TSegemetCircle::generateCircle(TSegemetLine& l1, TSegemetLine& l2) {
 void TSegemetCircle::setParts(const std::vector<cv::Point>& first, const std::vector<cv::Point>& second) {
     firstPoints = first;
     secondPoints = second;
+    // Not from the arguments: an arc may be grown from itself.
     points.clear();
-    points.reserve(first.size() + second.size());
-    points.insert(points.end(), first.begin(), first.end());
-    points.insert(points.end(), second.begin(), second.end());
+    points.reserve(firstPoints.size() + secondPoints.size());
+    points.insert(points.end(), firstPoints.begin(), firstPoints.end());
+    points.insert(points.end(), secondPoints.begin(), secondPoints.end());
 }
 
 void TSegemetCircle::fitToPoints() {

@@ -94,7 +94,8 @@ std::pair<TSegmentContour::TLineList, TSegmentContour::TCircleList> TSegmentCont
     if (contour.empty()) return {};
     smoothContour(contour, smooth);
     const bool closed = caldist(contour.front(), contour.back()) <= std::sqrt(2.0);
-    cv::approxPolyDP(contour, lastKeyPoints_, epsilon, closed);
+    // cv::approxPolyDP throws for other accuracies.
+    if (epsilon >= 0 && epsilon < 1e30) cv::approxPolyDP(contour, lastKeyPoints_, epsilon, closed);
     generateLines(lastKeyPoints_, contour, epsilon, closed, lines);
     if (useCircles) generateCircles(lines, circles, closed);
     mergeCircles2(circles, closed);

@@ -34,8 +34,9 @@ struct TSegemetParams {             // the spelling is part of the interface
 // touch them.
 //
 // A contour whose ends touch (at most sqrt(2) apart) is closed. Fewer than two key points, or two of a closed
-// contour, give nothing. Contours must lie within the range that cv::approxPolyDP accepts. One thread at a
-// time; distinct objects are independent.
+// contour, give nothing; neither does an accuracy that is negative, not a number or 1e30 and more. Contours
+// must lie within the range that cv::approxPolyDP accepts. One thread at a time; distinct objects are
+// independent.
 class ORX_API TSegmentContour {
   public:
     TSegmentContour() = default;
@@ -64,7 +65,7 @@ class ORX_API TSegmentContour {
     // Free lines: chords, or fitted lines from their first to their last inlier.
     static void disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines);
     static void disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines);
-    // The points of contours, or of arcs (first flag) and lines; the last flag shows the window.
+    // The points of contours, or of arcs and lines (first flag); the last flag shows the window.
     static void disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours);
     static void disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
                                        std::vector<TSegemetLine> lines, bool drawPoints, bool showWindow);
@@ -108,6 +109,7 @@ class ORX_API TSegmentContour {
     void closeSeam(TLineList& lines, TCircleList& circles, bool inRun, bool firstWasCircle);
     bool mergeCircle(TCircleList& circles, std::size_t i, std::size_t j);
     void mergeCircles2(TCircleList& circles, bool closed);
+    bool swallowLine(TCircleList& circles, std::size_t i, TSegemetLine& line);
     void mergeCirclesAndLines(TCircleList& circles, TLineList& lines);
     bool isNeigbor(TSegemetCircle& c1, TSegemetCircle& c2);
 

@@ -32,12 +32,18 @@ const cv::Scalar kArcColour(0, 0, 255);
 const cv::Scalar kPointColour(255, 128, 0);
 const cv::Scalar kTextColour(0, 255, 255);
 
-void toThreeChannels(cv::Mat& image) {
-    if (!image.empty() && image.channels() == 1) cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
+// Makes three channels of one. False for an image that can't be drawn on: an empty one, more than two
+// dimensions, a kind of pixel that OpenCV can't convert or draw.
+bool prepare(cv::Mat& image) {
+    if (image.empty() || image.dims != 2) return false;
+    if (image.channels() > 1) return image.channels() <= 4;
+    if (image.depth() != CV_8U && image.depth() != CV_16U && image.depth() != CV_32F) return false;
+    cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
+    return true;
 }
 
 void show(const char* utf8Caption, const cv::Mat& image) {
-    if (image.empty() || !platform::displayIsAvailable()) return;
+    if (image.channels() < 3 || !platform::displayIsAvailable()) return;
     cv::imshow(zul::toAnsi(utf8Caption), image);
 }
 
@@ -82,8 +88,7 @@ void drawIndicesAndAngles(cv::Mat& image, const std::vector<TSegemetLine>& lines
 }  // namespace
 
 void TSegmentContour::disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     ColourSequence colours;
     for (const TSegemetCircle& circle : circles) {
         const cv::Scalar colour = colours.next();
@@ -93,8 +98,7 @@ void TSegmentContour::disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetC
 }
 
 void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
@@ -103,8 +107,7 @@ void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLi
 }
 
 void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
@@ -113,8 +116,7 @@ void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegeme
 }
 
 void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     ColourSequence colours;
     for (const std::vector<cv::Point>& contour : contours) drawPoints(image, contour, colours.next());
 }
@@ -122,8 +124,7 @@ void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<std::ve
 void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
                                              std::vector<TSegemetLine> lines, bool drawThePoints,
                                              bool showWindow) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     if (drawThePoints) {
         ColourSequence colours;
         for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
@@ -133,8 +134,7 @@ void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<TSegeme
 }
 
 void TSegmentContour::disPlayKeyPointsForTest(cv::Mat& image, cv::Mat keyPoints, bool drawIndices) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     if (keyPoints.type() != CV_32SC2) return;
     int index = 0;
     for (auto p = keyPoints.begin<cv::Point>(); p != keyPoints.end<cv::Point>(); ++p, ++index) {
@@ -149,8 +149,7 @@ void TSegmentContour::disPlayKeyPoints(cv::Mat& image, bool drawIndices) {
 
 void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bool drawTheLines,
                                           bool drawTheArcs, bool drawIndices, bool showWindow) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     if (!contourLines.empty()) {
         const TLineList& lines = contourLines.back();
         const TCircleList& circles = contourCircles.back();
@@ -181,8 +180,7 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
 
 void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool drawTheLines, bool drawTheArcs,
                                       bool drawIndices, bool showWindow) {
-    if (image.empty()) return;
-    toThreeChannels(image);
+    if (!prepare(image)) return;
     if (!contourLines.empty()) {
         const TLineList& lines = contourLines.back();
         const TCircleList& circles = contourCircles.back();
@@ -200,8 +198,7 @@ void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool d
 
 void TSegmentContour::disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool /*unused*/,
                                                 bool /*unused*/, bool /*unused*/) {
-    toThreeChannels(image);
-    if (showWindow) show(kResultCaption, image);
+    if (prepare(image) && showWindow) show(kResultCaption, image);
 }
 
 void TSegmentContour::showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles) {

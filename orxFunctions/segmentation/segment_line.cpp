@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgproc.hpp>
 #include <utility>
+
+#include "orxFunctions/fitting/reweighted_line_internal.h"
 
 namespace orx {
 
@@ -51,15 +52,11 @@ void TSegemetLine::generateLine(cv::Vec2i p1, cv::Vec2i p2) {
 void TSegemetLine::fitLineWithContoursWithTurkey() {
     constexpr std::size_t kFewestPoints = 3;
     constexpr double kInlierDistance = 3.0;
-    constexpr double kAccuracy = 0.01;
     if (points.size() < kFewestPoints) return;
 
-    cv::Vec4f line;
-    cv::fitLine(points, line, cv::DIST_HUBER, 0, kAccuracy, kAccuracy);
-    float vx = line[0];
-    float vy = line[1];
-    const float x0 = line[2];
-    const float y0 = line[3];
+    const DirectedLine line = fitLineHuber(points.data(), points.size());
+    float vx = line.vx;
+    float vy = line.vy;
     const auto dx = static_cast<float>(static_cast<double>(endPoint[0]) - startPoint[0]);
     const auto dy = static_cast<float>(static_cast<double>(endPoint[1]) - startPoint[1]);
     if (dx * vx + dy * vy < 0) {
@@ -70,11 +67,11 @@ void TSegemetLine::fitLineWithContoursWithTurkey() {
     if (vx == 0) {
         fitA = 1.0;
         fitB = 0.0;
-        fitC = static_cast<double>(-x0);
+        fitC = static_cast<double>(-line.x);
     } else {
         fitA = static_cast<double>(vy);
         fitB = static_cast<double>(-vx);
-        fitC = static_cast<double>(y0 * vx - x0 * vy);
+        fitC = static_cast<double>(line.y * vx - line.x * vy);
     }
     for (const cv::Point& p : points) {
         if (point2LineDist(p, fitA, fitB, fitC) < kInlierDistance) fitPoints.push_back(p);

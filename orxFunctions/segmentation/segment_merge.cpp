@@ -1,15 +1,17 @@
 // Chords grow into arcs, arcs join, arcs swallow chords. Lists only grow here: what is absorbed keeps its
 // place with its flag changed, and the arc that stands for it is appended.
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include "orxFunctions/segmentation/end_index_internal.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 
 namespace orx {
 namespace {
 
-constexpr double kArcGap = 8.0;          // arcs whose ends lie nearer touch
-const double kLineGap = std::sqrt(2.0);  // an arc and a chord touch up to here: tighter, intended
+constexpr double kArcGap = EndIndex::kReach;  // arcs whose ends lie nearer touch
+const double kLineGap = std::sqrt(2.0);       // an arc and a chord touch up to here: tighter, intended
 
 double distance(cv::Point p, cv::Point q) {
     const double dx = static_cast<double>(p.x) - q.x;
@@ -25,10 +27,20 @@ double distance(cv::Point2d p, cv::Point2d q) {
 
 cv::Point toPoint(cv::Vec2i v) { return {v[0], v[1]}; }
 
-// An end without points touches nothing.
+// An arc begins with its first part and ends with its second; a part without points touches nothing.
+bool hasStart(const TSegemetCircle& arc) { return !arc.firstPoints.empty(); }
+bool hasEnd(const TSegemetCircle& arc) { return !arc.secondPoints.empty(); }
+cv::Point startOf(const TSegemetCircle& arc) { return arc.firstPoints.front(); }
+cv::Point endOf(const TSegemetCircle& arc) { return arc.secondPoints.back(); }
+
 bool runsInto(const TSegemetCircle& c1, const TSegemetCircle& c2) {
-    if (c1.secondPoints.empty() || c2.firstPoints.empty()) return false;
-    return distance(c1.secondPoints.back(), c2.firstPoints.front()) < kArcGap;
+    return hasEnd(c1) && hasStart(c2) && distance(endOf(c1), startOf(c2)) < kArcGap;
+}
+
+// Ascending, each id once: partners are tried in the order of their list.
+void sortOut(std::vector<std::size_t>& ids) {
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
 }
 
 }  // namespace
@@ -87,29 +99,61 @@ bool TSegmentContour::mergeCircle(TCircleList& circles, std::size_t i, std::size
 
 void TSegmentContour::mergeCircles2(TCircleList& circles, bool /*closed*/) {
     if (circles.size() < 2) return;
+    // Every merger leaves one live arc less, so that the list at most doubles.
+    EndIndex starts(2 * circles.size());
+    EndIndex ends(2 * circles.size());
+    const auto enter = [&](std::size_t id) {
+        if (hasStart(circles[id])) starts.add(startOf(circles[id]), id);
+        if (hasEnd(circles[id])) ends.add(endOf(circles[id]), id);
+    };
+    for (std::size_t i = 0; i < circles.size(); ++i) enter(i);
+
+    std::vector<std::size_t> near;
     for (std::size_t i = 0; i < circles.size(); ++i) {
         if (!circles[i].isCircle) continue;
-        for (std::size_t j = i + 1; j < circles.size(); ++j) {
-            if (circles[j].isCircle && mergeCircle(circles, i, j)) break;
-        }
+        // Only later arcs are partners, and what has been absorbed never returns.
+        const auto gone = [&](std::size_t id) { return id <= i || !circles[id].isCircle; };
+        near.clear();
+        if (hasEnd(circles[i])) starts.collectNear(endOf(circles[i]), gone, near);
+        if (hasStart(circles[i])) ends.collectNear(startOf(circles[i]), gone, near);
+        sortOut(near);
+        const auto merged =
+            std::find_if(near.begin(), near.end(), [&](std::size_t j) { return mergeCircle(circles, i, j); });
+        if (merged != near.end()) enter(circles.size() - 1);
     }
 }
 
+bool TSegmentContour::swallowLine(TCircleList& circles, std::size_t i, TSegemetLine& line) {
+    TSegemetCircle& arc = circles[i];
+    const bool continues = hasEnd(arc) && distance(endOf(arc), toPoint(line.startPoint)) <= kLineGap;
+    const bool leadsIn =
+        !continues && hasStart(arc) && distance(toPoint(line.endPoint), startOf(arc)) <= kLineGap;
+    if (!continues && !leadsIn) return false;
+    TSegemetCircle candidate(arc, line, maxRadius, minRadius, errThreshold, leadsIn);
+    if (!candidate.isCircle) return false;
+    circles.push_back(std::move(candidate));
+    return true;
+}
+
 void TSegmentContour::mergeCirclesAndLines(TCircleList& circles, TLineList& lines) {
+    if (circles.empty() || lines.empty()) return;
+    EndIndex starts(lines.size());
+    EndIndex ends(lines.size());
+    for (std::size_t l = 0; l < lines.size(); ++l) {
+        starts.add(toPoint(lines[l].startPoint), l);
+        ends.add(toPoint(lines[l].endPoint), l);
+    }
+    const auto gone = [&](std::size_t l) { return lines[l].usedByCircle; };
+
+    std::vector<std::size_t> near;
     for (std::size_t i = 0; i < circles.size(); ++i) {
         if (!circles[i].isCircle) continue;
-        for (TSegemetLine& line : lines) {
-            if (line.usedByCircle) continue;
-            const TSegemetCircle& arc = circles[i];
-            const bool continues = !arc.secondPoints.empty() &&
-                                   distance(arc.secondPoints.back(), toPoint(line.startPoint)) <= kLineGap;
-            const bool leadsIn = !continues && !arc.firstPoints.empty() &&
-                                 distance(toPoint(line.endPoint), arc.firstPoints.front()) <= kLineGap;
-            if (!continues && !leadsIn) continue;
-            TSegemetCircle candidate(circles[i], line, maxRadius, minRadius, errThreshold, leadsIn);
-            if (!candidate.isCircle) continue;
-            circles.push_back(std::move(candidate));
-            break;
+        near.clear();
+        if (hasEnd(circles[i])) starts.collectNear(endOf(circles[i]), gone, near);
+        if (hasStart(circles[i])) ends.collectNear(startOf(circles[i]), gone, near);
+        sortOut(near);
+        for (const std::size_t l : near) {
+            if (swallowLine(circles, i, lines[l])) break;
         }
     }
 }

@@ -300,6 +300,16 @@ TEST(TSegemetCircle, PartsWithoutPointsAreNeverRead) {
     EXPECT_EQ(grown.endAngle, 0.0);
 }
 
+TEST(TSegemetCircle, AnArcMayGrowFromItself) {
+    TSegemetLine l1 = chordOf(arc({300, 300}, 100, 0, 50));
+    TSegemetLine l2 = chordOf(arc({300, 300}, 100, 50, 100));
+    TSegemetLine next = chordOf(arc({300, 300}, 100, 100, 150));
+    TSegemetCircle part(l1, l2, 300, 60, 3.5);
+    TSegemetCircle grown = part;
+    grown.generateCircleWithTurkey(grown, next, false);
+    EXPECT_EQ(grown.points, TSegemetCircle(part, next, 300, 60, 3.5, false).points);
+}
+
 TEST(TSegemetCircle, DeviationsAreMeasuredFromTheOutline) {
     TSegemetCircle circle;
     circle.center = {10, 10};

@@ -242,6 +242,14 @@ TEST(TSegmentContour, DegenerateContoursGiveNothing) {
         EXPECT_TRUE(lines.empty());
         EXPECT_TRUE(circles.empty());
     }
+    // Accuracies that no polygon can have.
+    for (const double accuracy : {-1.0, 1e30, std::numeric_limits<double>::quiet_NaN()}) {
+        TSegemetParams params;
+        params.firstEpsilon = accuracy;
+        TSegmentContour splitter;
+        EXPECT_TRUE(splitter.segmentContour(slot({400, 300}, 100, 300), params).first.empty());
+        EXPECT_EQ(splitter.getLines().size(), 1U);
+    }
     // A closed double line: two key points of a closed contour.
     Points thin = straight({10, 10}, {110, 10});
     append(thin, straight({110, 10}, {10, 10}));

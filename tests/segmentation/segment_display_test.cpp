@@ -39,6 +39,14 @@ TEST(SegmentDisplay, GreyImagesBecomeColourInPlaceAndEmptyOnesStay) {
     splitter.disPlayResultCirclesLines(empty, true, true, true, true);
     TSegmentContour::disPlayCircleForTest(empty, {});
     EXPECT_TRUE(empty.empty());
+
+    // Pixels that can't be converted or drawn.
+    for (const int type : {CV_64FC1, CV_32SC1, CV_8SC1, CV_MAKETYPE(CV_8U, 5)}) {
+        cv::Mat odd(60, 80, type, cv::Scalar::all(0));
+        splitter.disPlayCirclesLines(odd, true, true, true, true, true);
+        splitter.disPlayResultCirclesLines(odd, true, true, true, true);
+        EXPECT_EQ(odd.type(), type);
+    }
 }
 
 TEST(SegmentDisplay, FlagsChooseWhatIsDrawn) {

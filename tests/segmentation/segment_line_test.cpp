@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <opencv2/imgproc.hpp>
+#include <random>
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
@@ -97,6 +100,32 @@ TEST(TSegemetLine, TheFootOfAPerpendicularLiesOnTheLine) {
     EXPECT_NEAR(foot.y, 3.4, 1e-12);
     EXPECT_DOUBLE_EQ(TSegemetLine::point2LineDist({6, -3}, 3, -4, 10), 8.0);
     EXPECT_DOUBLE_EQ(TSegemetLine::point2LineDistAbs({6, 7}, 3, -4, 10), 0.0);
+}
+
+TEST(TSegemetLine, TheFitEqualsOpenCVsHuberLineToTheLastBit) {
+    std::mt19937 random(3);
+    const auto noise = [&](int span) { return static_cast<int>(random() % (2 * span + 1)) - span; };
+    for (int round = 0; round < 300; ++round) {
+        const int count = 3 + static_cast<int>(random() % (round % 2 == 0 ? 12 : 300));
+        const int spread = round % 7;
+        const double slope = noise(30) / 10.0;
+        const int far = round % 5 == 0 ? 100000 : 100;
+        Points points;
+        for (int i = 0; i < count; ++i) points.emplace_back(far + i, cvRound(slope * i) + noise(spread));
+        if (round % 3 == 0) std::reverse(points.begin(), points.end());
+        const TSegemetLine line(points);
+        cv::Vec4f expected;
+        cv::fitLine(points, expected, cv::DIST_HUBER, 0, 0.01, 0.01);
+        const float along = static_cast<float>(line.endPoint[0] - line.startPoint[0]) * expected[0] +
+                            static_cast<float>(line.endPoint[1] - line.startPoint[1]) * expected[1];
+        const float sign = along < 0 ? -1.0F : 1.0F;
+        const float vx = sign * expected[0];
+        const float vy = sign * expected[1];
+        ASSERT_NE(vx, 0.0F);
+        ASSERT_EQ(line.fitA, vy) << round;
+        ASSERT_EQ(line.fitB, -vx) << round;
+        ASSERT_EQ(line.fitC, expected[3] * vx - expected[2] * vy) << round;
+    }
 }
 
 }  // namespace

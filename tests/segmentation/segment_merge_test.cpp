@@ -1,6 +1,9 @@
 // How chords grow into arcs and arcs join, step by step.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
+
 #include "segment_shapes.h"
 
 namespace {
@@ -217,6 +220,94 @@ TEST(MergeCirclesAndLines, EndsWithoutPointsTouchNothing) {
     TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
     TSegmentContourProbe::mergeCircles2(splitter, circles);
     EXPECT_EQ(circles.size(), 2U);
+}
+
+// The scans over all pairs, as they are defined.
+double between(cv::Point p, cv::Point q) { return cv::norm(cv::Point2d(p) - cv::Point2d(q)); }
+
+bool runsInto(const TSegemetCircle& c1, const TSegemetCircle& c2) {
+    return between(c1.secondPoints.back(), c2.firstPoints.front()) < 8.0;
+}
+
+void mergeAllPairs(std::vector<TSegemetCircle>& circles) {
+    for (std::size_t i = 0; i < circles.size(); ++i) {
+        for (std::size_t j = i + 1; circles[i].isCircle && j < circles.size(); ++j) {
+            const bool forward = runsInto(circles[i], circles[j]);
+            if (!circles[j].isCircle || (!forward && !runsInto(circles[j], circles[i]))) continue;
+            if (cv::norm(circles[i].center - circles[j].center) > 50.0) continue;
+            const TSegemetCircle candidate(circles[forward ? i : j], circles[forward ? j : i], 300, 60, 3.5,
+                                           false);
+            if (candidate.isCircle) circles.push_back(candidate);
+        }
+    }
+}
+
+void swallowAllPairs(std::vector<TSegemetCircle>& circles, std::vector<TSegemetLine>& lines) {
+    for (std::size_t i = 0; i < circles.size(); ++i) {
+        for (std::size_t l = 0; circles[i].isCircle && l < lines.size(); ++l) {
+            if (lines[l].usedByCircle) continue;
+            const bool follows =
+                between(circles[i].secondPoints.back(), cv::Point(lines[l].startPoint)) <= std::sqrt(2.0);
+            if (!follows &&
+                between(cv::Point(lines[l].endPoint), circles[i].firstPoints.front()) > std::sqrt(2.0))
+                continue;
+            const TSegemetCircle candidate(circles[i], lines[l], 300, 60, 3.5, !follows);
+            if (candidate.isCircle) circles.push_back(candidate);
+        }
+    }
+}
+
+void expectSame(const std::vector<TSegemetCircle>& circles, const std::vector<TSegemetCircle>& expected) {
+    ASSERT_EQ(circles.size(), expected.size());
+    for (std::size_t i = 0; i < circles.size(); ++i) {
+        EXPECT_EQ(circles[i].isCircle, expected[i].isCircle) << i;
+        EXPECT_EQ(circles[i].firstPoints, expected[i].firstPoints) << i;
+        EXPECT_EQ(circles[i].secondPoints, expected[i].secondPoints) << i;
+        EXPECT_EQ(circles[i].radius, expected[i].radius) << i;
+    }
+}
+
+TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
+    std::mt19937 random(5);
+    const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
+    TSegmentContour splitter;
+    std::size_t mergers = 0;
+    std::size_t swallowed = 0;
+    for (int round = 0; round < 30; ++round) {
+        // Arcs and chords around a few nearby centres, also left and above the image; many overlap, some
+        // touch.
+        std::vector<TSegemetCircle> circles;
+        std::vector<TSegemetLine> lines;
+        for (int piece = 0; piece < 60; ++piece) {
+            const cv::Point2d center(300 * below(3) + below(4), -40 * below(2));
+            const double from = 15 * below(24) + below(5);
+            const double to = from + 30 + 15 * below(3);
+            if (piece % 3 == 0) {
+                lines.push_back(chordOf(arc(center, 100, from, to)));
+                lines.back().usedByCircle = below(8) == 0;
+            } else {
+                circles.push_back(arcOver(center, from, to));
+                if (below(8) == 0) circles.back().isCircle = false;
+            }
+        }
+        const std::size_t before = circles.size();
+        std::vector<TSegemetCircle> expected = circles;
+        std::vector<TSegemetLine> expectedLines = lines;
+        swallowAllPairs(expected, expectedLines);
+        TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
+        expectSame(circles, expected);
+        for (std::size_t l = 0; l < lines.size(); ++l)
+            EXPECT_EQ(lines[l].usedByCircle, expectedLines[l].usedByCircle) << l;
+        swallowed += circles.size() - before;
+
+        const std::size_t between = circles.size();
+        mergeAllPairs(expected);
+        TSegmentContourProbe::mergeCircles2(splitter, circles);
+        expectSame(circles, expected);
+        mergers += circles.size() - between;
+    }
+    EXPECT_GT(mergers, 100U);
+    EXPECT_GT(swallowed, 50U);
 }
 
 }  // namespace
