@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
+#include "orxFunctions/analysis/edge_aliasing_internal.h"
 #include "orxFunctions/analysis/edge_blocks_internal.h"
 #include "orxFunctions/analysis/edge_gradient_internal.h"
 #include "orxFunctions/analysis/edge_pieces_internal.h"
@@ -192,7 +193,7 @@ struct Measurement {
 // Measures one piece of edge after the other, with memory of its own.
 class PieceMeter {
   public:
-    explicit PieceMeter(const Measurement& all) : all_(all) {
+    explicit PieceMeter(const Measurement& all) : all_(all), aliasing_(all.sigma) {
         block_.inverseRamp = all.inverseRamp;
         block_.deviationScale = all.deviationScale;
     }
@@ -205,6 +206,7 @@ class PieceMeter {
             const bool closed = all_.pieces.isClosed(i);
             const Crossings all{crossings_.data() + (starts[i] - starts[from]), starts[i + 1] - starts[i]};
             const Crossings kept = keepDistinct(all, all_.sigma, closed);
+            removeAliasing(kept);
             if (kept.size >= all_.shortest) {
                 write(kept, closed, contours[i]);
             } else {
@@ -233,6 +235,15 @@ class PieceMeter {
                           block_.contrast[i],
                           block_.deviation[i]};
             }
+        }
+    }
+
+    void removeAliasing(Crossings crossings) const {
+        for (std::size_t i = 0; i < crossings.size; ++i) {
+            Crossing& crossing = crossings.data[i];
+            if (!aliasing_.matters(crossing.normal, crossing.bend)) continue;
+            const double offset = aliasing_.corrected(crossing.normal, crossing.offset, crossing.bend);
+            crossing.position += (offset - crossing.offset) * crossing.normal;
         }
     }
 
@@ -265,6 +276,7 @@ class PieceMeter {
     }
 
     const Measurement& all_;
+    AliasingCorrection aliasing_;
     MetricBlock block_{};
     std::vector<Crossing> crossings_;
     TurningRates rates_;
