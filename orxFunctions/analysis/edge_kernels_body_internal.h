@@ -60,8 +60,22 @@ constexpr std::int32_t kColumnHalf = 1 << (kColumnShift - 1);
 constexpr std::int32_t kRowShift = 14;
 constexpr std::int32_t kRowHalf = 1 << (kRowShift - 1);
 
-inline void gaussColumns(const GaussTap* taps, std::size_t count, const std::uint8_t* const* rows,
-                         std::size_t width, std::int16_t* smooth, std::int16_t* derive) {
+// Taps whose number is known to the compiler: their loops unroll and their coefficients stay in registers.
+template <std::size_t Count>
+struct FixedTaps {
+    explicit FixedTaps(const GaussTap* from) {
+        for (std::size_t k = 0; k < Count; ++k) taps[k] = from[k];
+    }
+    const GaussTap& operator[](std::size_t k) const { return taps[k]; }
+
+    GaussTap taps[Count];
+};
+// As many as sigma 1, the usual one, has.
+constexpr std::size_t kUsualTaps = 4;
+
+template <typename Taps>
+void gaussColumnsOf(Taps taps, std::size_t count, const std::uint8_t* const* rows, std::size_t width,
+                    std::int16_t* smooth, std::int16_t* derive) {
     const std::uint8_t* const* centre = rows + (count - 1);
     std::size_t i = 0;
     for (; i + VecS::kLanes <= width; i += VecS::kLanes) {
@@ -94,8 +108,20 @@ inline void gaussColumns(const GaussTap* taps, std::size_t count, const std::uin
     }
 }
 
-inline void gaussRows(const GaussTap* taps, std::size_t count, const std::int16_t* smooth,
-                      const std::int16_t* derive, std::size_t width, std::int16_t* out) {
+inline void gaussColumns(const GaussTap* taps, std::size_t count, const std::uint8_t* const* rows,
+                         std::size_t width, std::int16_t* smooth, std::int16_t* derive) {
+    if (count == kUsualTaps) {
+        const std::uint8_t* usual[2 * kUsualTaps - 1];
+        for (std::size_t k = 0; k < 2 * kUsualTaps - 1; ++k) usual[k] = rows[k];
+        gaussColumnsOf(FixedTaps<kUsualTaps>(taps), kUsualTaps, usual, width, smooth, derive);
+    } else {
+        gaussColumnsOf(taps, count, rows, width, smooth, derive);
+    }
+}
+
+template <typename Taps>
+void gaussRowsOf(Taps taps, std::size_t count, const std::int16_t* smooth, const std::int16_t* derive,
+                 std::size_t width, std::int16_t* out) {
     std::size_t i = 0;
     for (; i + VecS::kLanes <= width; i += VecS::kLanes) {
         VecSums dx = VecSums::all(kRowHalf);
@@ -122,6 +148,15 @@ inline void gaussRows(const GaussTap* taps, std::size_t count, const std::int16_
         }
         out[2 * i] = narrowed(dx >> kRowShift);
         out[2 * i + 1] = narrowed(dy >> kRowShift);
+    }
+}
+
+inline void gaussRows(const GaussTap* taps, std::size_t count, const std::int16_t* smooth,
+                      const std::int16_t* derive, std::size_t width, std::int16_t* out) {
+    if (count == kUsualTaps) {
+        gaussRowsOf(FixedTaps<kUsualTaps>(taps), kUsualTaps, smooth, derive, width, out);
+    } else {
+        gaussRowsOf(taps, count, smooth, derive, width, out);
     }
 }
 
@@ -308,15 +343,40 @@ inline VecD logarithm(VecD a) {
     return exponent * VecD::all(0.6931471805599453) + z * sum;
 }
 
-// atan2(y, x) in [0, 2 pi) to 1e-15; x and y must not both be 0.
+// atan(q) for 0 <= q <= 1, to 1e-10 of itself: arcTangent's expansion, cut off where floats don't tell.
+inline VecD coarseArcTangent(VecD q) {
+    constexpr double kCoefficients[] = {-0.000680496948771, 0.0048272258736,  -0.0160551558141,
+                                        0.0341334160404,    -0.0542153021972, 0.0724228378394,
+                                        -0.0897905091578,   0.110929847562,   -0.142839484168,
+                                        0.199999099567,     -0.333333315182,  0.999999999939};
+    const VecD u = q * q;
+    VecD sum = VecD::all(kCoefficients[0]);
+    for (std::size_t i = 1; i < sizeof kCoefficients / sizeof *kCoefficients; ++i) {
+        sum = sum * u + VecD::all(kCoefficients[i]);
+    }
+    return sum * q;
+}
+
+// atan2(y, x) as a float in [0, 2 pi); x and y must not both be 0.
 inline VecD fullAngle(VecD y, VecD x) {
     const VecD zero = VecD::all(0);
     const VecD pi = VecD::all(3.141592653589793);
+    const VecD last = VecD::all(6.283185005187988);  // the largest float below 2 pi
     const MaskD steep = abs(x) < abs(y);
-    const VecD small = arcTangent(select(steep, abs(x), abs(y)) / select(steep, abs(y), abs(x)));
+    const VecD small = coarseArcTangent(select(steep, abs(x), abs(y)) / select(steep, abs(y), abs(x)));
     const VecD firstQuadrant = select(steep, VecD::all(1.5707963267948966) - small, small);
     const VecD upperHalf = select(x < zero, pi - firstQuadrant, firstQuadrant);
-    return select(y < zero, pi + pi - upperHalf, upperHalf);
+    return select(y < zero, min(pi + pi - upperHalf, last), upperHalf);
+}
+
+// exp(a) for 0 <= a <= 4, to 1e-9 of itself: a power of the series for a / 16.
+inline VecD exponential(VecD a) {
+    const VecD one = VecD::all(1);
+    const VecD x = a * VecD::all(1.0 / 16);
+    VecD sum = one;
+    for (int i = 7; i >= 1; --i) sum = one + x * VecD::all(1.0 / i) * sum;
+    for (int i = 0; i < 4; ++i) sum = sum * sum;
+    return sum;
 }
 
 // Across an ideal edge the gradient magnitude is a Gaussian of the distance, so its logarithm is a quadratic
@@ -338,11 +398,11 @@ inline void refineMetric(MetricBlock& block) {
         const VecD level = left + middle + right - top - bottom;
 
         // Derivatives of the logarithm of the magnitude, which is half that of its square.
-        const VecD fx = (right - left) / VecD::all(12);
-        const VecD fy = (bottom - top) / VecD::all(12);
-        const VecD fxx = (left + right - VecD::all(2) * middle) / VecD::all(6);
-        const VecD fyy = (top + bottom - VecD::all(2) * level) / VecD::all(6);
-        const VecD fxy = corners / VecD::all(8);
+        const VecD fx = (right - left) * VecD::all(1.0 / 12);
+        const VecD fy = (bottom - top) * VecD::all(1.0 / 12);
+        const VecD fxx = (left + right - VecD::all(2) * middle) * VecD::all(1.0 / 6);
+        const VecD fyy = (top + bottom - VecD::all(2) * level) * VecD::all(1.0 / 6);
+        const VecD fxy = corners * VecD::all(1.0 / 8);
 
         double dx[VecD::kLanes];
         double dy[VecD::kLanes];
@@ -351,20 +411,27 @@ inline void refineMetric(MetricBlock& block) {
             dx[lane] = pair[0];
             dy[lane] = pair[1];
         }
-        const VecD nx = VecD::load(dx) / centre;
-        const VecD ny = VecD::load(dy) / centre;
+        const VecD inverse = one / centre;
+        const VecD nx = VecD::load(dx) * inverse;
+        const VecD ny = VecD::load(dy) * inverse;
         const VecD slope = fx * nx + fy * ny;
         const VecD bend = VecD::all(0) - (fxx * nx * nx + VecD::all(2) * fxy * nx * ny + fyy * ny * ny);
         const VecD offset = slope / bend;
         const VecD rise = VecD::all(0.5) * slope * offset;  // of the logarithm, from the pixel to the edge
         nx.store(block.normalX + i);
         ny.store(block.normalY + i);
-        fullAngle(ny, nx).store(block.direction + i);
+        storeFloats(fullAngle(ny, nx), block.direction + i);
         offset.store(block.offset + i);
         bend.store(block.curvature + i);
-        // exp(rise), rise being small
-        (centre * (one + rise * (one + rise / VecD::all(2) * (one + rise / VecD::all(3)))))
-            .store(block.magnitude + i);
+        // centre * exp(rise), rise being small, in grey levels a pixel
+        const VecD steepness =
+            centre * (one + rise * (one + rise * VecD::all(0.5) * (one + rise * VecD::all(1.0 / 3)))) *
+            VecD::all(block.inverseRamp);
+        storeFloats(steepness * sqrt(VecD::all(6.283185307179586) / bend), block.contrast + i);
+        // Noise of the facet's slope, relative to the magnitudes one pixel off the edge, over its second
+        // derivative.
+        const VecD faintness = exponential(max(min(bend * VecD::all(0.5), VecD::all(4)), VecD::all(0)));
+        storeFloats(VecD::all(block.deviationScale) * faintness / (steepness * bend), block.deviation + i);
     }
 }
 

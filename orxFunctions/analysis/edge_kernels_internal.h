@@ -66,12 +66,15 @@ struct MetricBlock {
     const std::int16_t* corner[kBlock];
     std::ptrdiff_t step;
     std::size_t count;
+    double inverseRamp;      // slope in grey levels a pixel of a magnitude of 1
+    double deviationScale;   // noise of the second derivative of the brightness along the normal
     double normalX[kBlock];  // unit gradient
     double normalY[kBlock];
     double offset[kBlock];     // from the pixel's centre to the edge, along the normal
     double curvature[kBlock];  // -second derivative of the log magnitude along the normal: 1 / total sigma^2
-    double magnitude[kBlock];  // of the gradient on the edge, in gradient units
-    double direction[kBlock];  // of the normal, radians in [0, 2 pi)
+    float direction[kBlock];   // of the normal, radians in [0, 2 pi]
+    float contrast[kBlock];    // grey levels
+    float deviation[kBlock];   // of the offset, from noise
 };
 
 struct EdgeKernels {

@@ -24,31 +24,40 @@ bool isSpareCorner(const std::uint8_t* pixel, std::ptrdiff_t step) {
     return connectivity == 1;
 }
 
-// Grows a chain pixel by pixel and hands over what cannot be continued.
+bool areNeighbours(cv::Point a, cv::Point b) { return std::abs(a.x - b.x) <= 1 && std::abs(a.y - b.y) <= 1; }
+
+// Grows the last piece pixel by pixel and begins another where it cannot be continued.
 class PieceBuilder {
   public:
-    explicit PieceBuilder(std::vector<PixelChain>& pieces) : pieces_(pieces) {}
+    PieceBuilder(PixelPieces& pieces, std::size_t shortest) : pieces_(pieces), shortest_(shortest) {}
 
     void add(cv::Point p) {
-        if (!piece_.empty() && !areNeighbours(piece_.back(), p)) {
-            if (!turned_ && areNeighbours(piece_.front(), p)) {
-                std::reverse(piece_.begin(), piece_.end());
+        std::vector<cv::Point>& pixels = pieces_.pixels;
+        const std::size_t start = pieces_.starts.back();
+        if (pixels.size() > start && !areNeighbours(pixels.back(), p)) {
+            if (!turned_ && areNeighbours(pixels[start], p)) {
+                std::reverse(pixels.begin() + static_cast<std::ptrdiff_t>(start), pixels.end());
                 turned_ = true;
             } else {
                 finish();
             }
         }
-        piece_.push_back(p);
+        pixels.push_back(p);
     }
     void finish() {
-        if (!piece_.empty()) pieces_.push_back(std::move(piece_));
-        piece_.clear();
+        const std::size_t start = pieces_.starts.back();
+        const std::size_t length = pieces_.pixels.size() - start;
+        if (length < shortest_) {
+            pieces_.pixels.resize(start);
+        } else if (length > 0) {
+            pieces_.starts.push_back(pieces_.pixels.size());
+        }
         turned_ = false;
     }
 
   private:
-    std::vector<PixelChain>& pieces_;
-    PixelChain piece_;
+    PixelPieces& pieces_;
+    std::size_t shortest_;
     bool turned_ = false;
 };
 
@@ -61,10 +70,19 @@ void removeCornerPixels(EdgePixels& edges) {
     }
 }
 
-std::vector<PixelChain> visitOnce(const std::vector<PixelChain>& borders, cv::Mat& map) {
-    std::vector<PixelChain> pieces;
-    pieces.reserve(borders.size());
-    PieceBuilder builder(pieces);
+bool PixelPieces::isClosed(std::size_t i) const {
+    constexpr std::size_t kShortestRing = 8;
+    return starts[i + 1] - starts[i] >= kShortestRing &&
+           areNeighbours(pixels[starts[i]], pixels[starts[i + 1] - 1]);
+}
+
+PixelPieces visitOnce(const std::vector<PixelChain>& borders, cv::Mat& map, std::size_t shortest) {
+    PixelPieces pieces;
+    std::size_t followed = 0;
+    for (const PixelChain& border : borders) followed += border.size();
+    pieces.pixels.reserve(followed);
+    pieces.starts.reserve(borders.size() + 1);
+    PieceBuilder builder(pieces, shortest);
     for (const PixelChain& border : borders) {
         for (const cv::Point& p : border) {
             std::uint8_t& pixel = map.at<std::uint8_t>(p);
@@ -76,7 +94,5 @@ std::vector<PixelChain> visitOnce(const std::vector<PixelChain>& borders, cv::Ma
     }
     return pieces;
 }
-
-bool areNeighbours(cv::Point a, cv::Point b) { return std::abs(a.x - b.x) <= 1 && std::abs(a.y - b.y) <= 1; }
 
 }  // namespace orx::edges

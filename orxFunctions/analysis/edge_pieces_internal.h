@@ -13,12 +13,19 @@ namespace orx::edges {
 // pixel wide in the eight-neighbour sense.
 void removeCornerPixels(EdgePixels& edges);
 
-// Splits followed borders into chains that visit every pixel once: what a border follower walks back over is
-// left out, and what it resumes on the other side of its starting point is joined there. Marks visited pixels
-// in the map.
-std::vector<PixelChain> visitOnce(const std::vector<PixelChain>& borders, cv::Mat& map);
+// Chains of pixels, one after the other in one array.
+struct PixelPieces {
+    std::vector<cv::Point> pixels;
+    std::vector<std::size_t> starts = {0};  // piece i is [starts[i], starts[i + 1])
 
-bool areNeighbours(cv::Point a, cv::Point b);
+    std::size_t count() const { return starts.size() - 1; }
+    bool isClosed(std::size_t i) const;
+};
+
+// Splits followed borders into pieces that visit every pixel once: what a border follower walks back over is
+// left out, and what it resumes on the other side of its starting point is joined there. Pieces of fewer than
+// `shortest` pixels are left out. Marks visited pixels in the map.
+PixelPieces visitOnce(const std::vector<PixelChain>& borders, cv::Mat& map, std::size_t shortest);
 
 }  // namespace orx::edges
 

@@ -26,7 +26,7 @@ double imageNoise(const cv::Mat& gray) {
     constexpr int kLargestResponse = 8 * 255;
     constexpr double kMaskNorm = 6;                   // root of the sum of the mask's squares
     constexpr double kMedianOfNormal = 0.6744897502;  // of |x| for a standard normal x
-    constexpr std::int64_t kSamples = 1 << 18;
+    constexpr std::int64_t kSamples = 1 << 16;        // the median of so many scatters by half a percent
     const int stride = 1 + static_cast<int>(static_cast<std::int64_t>(gray.rows) * gray.cols / kSamples);
     std::vector<std::int64_t> counts(kLargestResponse + 1);
     std::int64_t total = 0;

@@ -7,6 +7,8 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
+#include "orxFunctions/analysis/edge_aliasing_internal.h"
+#include "orxFunctions/analysis/edge_blocks_internal.h"
 #include "orxFunctions/analysis/edge_gradient_internal.h"
 #include "orxFunctions/analysis/edge_pieces_internal.h"
 #include "orxFunctions/analysis/edge_suppression_internal.h"
@@ -18,7 +20,6 @@ namespace {
 
 using namespace orx::edges;
 
-constexpr double kTwoPi = 6.283185307179586;
 // An edge farther from its pixel than this belongs to something else.
 constexpr double kLargestOffset = 1.0;
 // Nearer points are the same crossing of the pixel grid; neighbouring crossings are at least 0.707 apart.
@@ -81,30 +82,10 @@ struct Crossing {
     cv::Point2d normal;  // unit, from dark to bright
     double offset;       // from the pixel's centre; not a number where there is no edge
     double bend;         // 1 / total blur squared
-    double magnitude;    // in gradient units
-    double direction;    // of the normal, radians
+    float direction;     // of the normal, radians
+    float contrast;
+    float deviation;
 };
-
-std::vector<std::vector<Crossing>> refine(const GradientImage& gradient,
-                                          const std::vector<PixelChain>& chains) {
-    std::vector<std::vector<Crossing>> crossings(chains.size());
-    for (std::size_t i = 0; i < chains.size(); ++i) crossings[i].resize(chains[i].size());
-    const EdgeKernels& kernels = edgeKernels();
-    forBlocks<MetricBlock>(gradient, chains, [&](MetricBlock& block, const ChainBlock& piece) {
-        kernels.refineMetric(block);
-        for (std::size_t i = 0; i < block.count; ++i) {
-            const cv::Point2d normal(block.normalX[i], block.normalY[i]);
-            const cv::Point2d pixel = chains[piece.chain][piece.from + i];
-            crossings[piece.chain][piece.from + i] = {pixel + block.offset[i] * normal,
-                                                      normal,
-                                                      block.offset[i],
-                                                      block.curvature[i],
-                                                      block.magnitude[i],
-                                                      block.direction[i]};
-        }
-    });
-    return crossings;
-}
 
 // A ridge of the gradient near the pixel, not wider than edges of this sigma can be told from shading.
 bool isEdge(const Crossing& crossing, double sigma) {
@@ -118,23 +99,29 @@ bool isSameCrossing(const Crossing& a, const Crossing& b) {
     return d.dot(d) < kSmallestSpacing * kSmallestSpacing;
 }
 
-// Drops what is no edge, and of two points at one place the one whose pixel is farther away.
-void keepDistinct(std::vector<Crossing>& crossings, double sigma, bool closed) {
+// Neighbouring elements of an array that belong to somebody else.
+struct Crossings {
+    Crossing* data;
+    std::size_t size;
+
+    const Crossing& operator[](std::size_t i) const { return data[i]; }
+};
+
+// Drops what is no edge, and of two points at one place the one whose pixel is farther away. What is left
+// moves to the front.
+Crossings keepDistinct(Crossings crossings, double sigma, bool closed) {
+    Crossing* const all = crossings.data;
     std::size_t kept = 0;
-    for (const Crossing& crossing : crossings) {
-        if (!isEdge(crossing, sigma)) continue;
-        if (kept == 0 || !isSameCrossing(crossings[kept - 1], crossing)) {
-            crossings[kept++] = crossing;
-        } else if (std::abs(crossing.offset) < std::abs(crossings[kept - 1].offset)) {
-            crossings[kept - 1] = crossing;
+    for (std::size_t i = 0; i < crossings.size; ++i) {
+        if (!isEdge(all[i], sigma)) continue;
+        if (kept == 0 || !isSameCrossing(all[kept - 1], all[i])) {
+            all[kept++] = all[i];
+        } else if (std::abs(all[i].offset) < std::abs(all[kept - 1].offset)) {
+            all[kept - 1] = all[i];
         }
     }
-    if (closed && kept > 1 && isSameCrossing(crossings[0], crossings[kept - 1])) --kept;
-    crossings.resize(kept);
-}
-
-bool isLongEnough(const std::vector<Crossing>& crossings, const TMetricOptions& options) {
-    return !crossings.empty() && static_cast<std::int64_t>(crossings.size()) >= options.minPoints;
+    if (closed && kept > 1 && isSameCrossing(all[0], all[kept - 1])) --kept;
+    return {all, kept};
 }
 
 // Sums over the first points of a contour, so that any stretch of it is a difference of two.
@@ -157,8 +144,11 @@ struct ContourSums {
 // squares over the points around each.
 class TurningRates {
   public:
-    TurningRates(const std::vector<Crossing>& crossings, bool closed)
-        : count_(crossings.size()), closed_(closed && count_ > 2 * kCurvatureReach), sums_(count_ + 1) {
+    // Remembers the crossings' sums only.
+    void observe(Crossings crossings, bool closed) {
+        count_ = crossings.size;
+        closed_ = closed && count_ > 2 * kCurvatureReach;
+        sums_.resize(count_ + 1);
         for (std::size_t i = 0; i < count_; ++i) {
             const cv::Point2d p = crossings[i].position - crossings[0].position;
             const cv::Point2d n = crossings[i].normal;
@@ -185,61 +175,151 @@ class TurningRates {
     }
 
   private:
-    std::size_t count_;
-    bool closed_;
-    std::vector<ContourSums> sums_;
+    std::size_t count_ = 0;
+    bool closed_ = false;
+    std::vector<ContourSums> sums_ = std::vector<ContourSums>(1);  // the first stays 0
 };
 
-// Turns crossings into the points that callers see.
-class ContourWriter {
-  public:
-    ContourWriter(double sigma, double noise, const FilterGains& gains)
-        : sigma_(sigma), noise_(noise), gains_(gains) {}
+// What all pieces of an image share.
+struct Measurement {
+    const GradientImage& gradient;
+    const PixelPieces& pieces;
+    double sigma;
+    std::size_t shortest;
+    double inverseRamp;
+    double deviationScale;
+};
 
-    TMetricContour write(const std::vector<Crossing>& crossings, bool closed) const {
-        const TurningRates rates(crossings, closed);
-        TMetricContour contour;
-        contour.closed = closed;
-        contour.points.reserve(crossings.size());
-        contour.direction.reserve(crossings.size());
-        contour.contrast.reserve(crossings.size());
-        contour.deviation.reserve(crossings.size());
-        for (std::size_t i = 0; i < crossings.size(); ++i) {
-            const Crossing& crossing = crossings[i];
-            contour.points.emplace_back(crossing.position + compensation(crossing, rates.at(i)));
-            contour.direction.push_back(static_cast<float>(crossing.direction));
-            contour.contrast.push_back(
-                static_cast<float>(slope(crossing) * std::sqrt(kTwoPi / crossing.bend)));
-            contour.deviation.push_back(static_cast<float>(deviation(crossing)));
+// Measures one piece of edge after the other, with memory of its own.
+class PieceMeter {
+  public:
+    explicit PieceMeter(const Measurement& all) : all_(all), aliasing_(all.sigma) {
+        block_.inverseRamp = all.inverseRamp;
+        block_.deviationScale = all.deviationScale;
+    }
+
+    // Pieces [from, to) become contours of the same numbers; those that are too short become empty ones.
+    void measure(std::size_t from, std::size_t to, std::vector<TMetricContour>& contours) {
+        const std::vector<std::size_t>& starts = all_.pieces.starts;
+        refine(starts[from], starts[to]);
+        for (std::size_t i = from; i < to; ++i) {
+            const bool closed = all_.pieces.isClosed(i);
+            const Crossings all{crossings_.data() + (starts[i] - starts[from]), starts[i + 1] - starts[i]};
+            const Crossings kept = keepDistinct(all, all_.sigma, closed);
+            removeAliasing(kept);
+            if (kept.size >= all_.shortest) {
+                write(kept, closed, contours[i]);
+            } else {
+                contours[i].points.clear();
+            }
         }
-        return contour;
     }
 
   private:
-    double slope(const Crossing& crossing) const { return crossing.magnitude / gains_.ramp; }
+    void refine(std::size_t from, std::size_t to) {
+        const EdgeKernels& kernels = edgeKernels();
+        crossings_.resize(to - from);
+        for (std::size_t start = from; start < to; start += kBlock) {
+            const cv::Point* pixels = all_.pieces.pixels.data() + start;
+            aimAt(block_, all_.gradient, pixels, std::min(to - start, kBlock));
+            kernels.refineMetric(block_);
+            Crossing* out = crossings_.data() + (start - from);
+            for (std::size_t i = 0; i < block_.count; ++i) {
+                const cv::Point2d normal(block_.normalX[i], block_.normalY[i]);
+                const cv::Point2d pixel = pixels[i];
+                out[i] = {pixel + block_.offset[i] * normal,
+                          normal,
+                          block_.offset[i],
+                          block_.curvature[i],
+                          block_.direction[i],
+                          block_.contrast[i],
+                          block_.deviation[i]};
+            }
+        }
+    }
+
+    void removeAliasing(Crossings crossings) const {
+        for (std::size_t i = 0; i < crossings.size; ++i) {
+            Crossing& crossing = crossings.data[i];
+            if (!aliasing_.matters(crossing.normal, crossing.bend)) continue;
+            const double offset = aliasing_.corrected(crossing.normal, crossing.offset, crossing.bend);
+            crossing.position += (offset - crossing.offset) * crossing.normal;
+        }
+    }
+
+    void write(Crossings crossings, bool closed, TMetricContour& contour) {
+        rates_.observe(crossings, closed);
+        contour.closed = closed;
+        contour.points.resize(crossings.size);
+        contour.direction.resize(crossings.size);
+        contour.contrast.resize(crossings.size);
+        contour.deviation.resize(crossings.size);
+        for (std::size_t i = 0; i < crossings.size; ++i) {
+            const Crossing& crossing = crossings[i];
+            contour.points[i] = crossing.position + compensation(crossing, rates_.at(i));
+            contour.direction[i] = crossing.direction;
+            contour.contrast[i] = crossing.contrast;
+            contour.deviation[i] = crossing.deviation;
+        }
+    }
 
     cv::Point2d compensation(const Crossing& crossing, double rate) const {
         // The blur as the facet sees it, kept to what is plausible where neighbouring edges disturb it.
-        const double blurSquared = std::clamp(1 / crossing.bend, sigma_ * sigma_, 9 * sigma_ * sigma_ + 4);
+        const double blurSquared =
+            std::clamp(1 / crossing.bend, all_.sigma * all_.sigma, 9 * all_.sigma * all_.sigma + 4);
         // The bent ridge also tilts the 3 x 3 facet: its cubic term, rate * along^2 * across / blur^2, leaks
         // into the slope by the mean of along^2 * across^2 over the nine places.
         const double cs = crossing.normal.x * crossing.normal.y;
         const double leak = (1 - 3 * cs * cs) * 2 / 3;
-        const double bounded = std::clamp(rate, -0.25 / sigma_, 0.25 / sigma_);
+        const double bounded = std::clamp(rate, -0.25 / all_.sigma, 0.25 / all_.sigma);
         return crossing.normal * ((blurSquared + leak) * bounded / 2);
     }
 
-    // Noise of the facet's slope, relative to the magnitudes one pixel off the edge, over its second
-    // derivative.
-    double deviation(const Crossing& crossing) const {
-        return noise_ * gains_.noise * std::exp(std::min(crossing.bend / 2, 4.0)) /
-               (slope(crossing) * crossing.bend);
-    }
-
-    double sigma_;
-    double noise_;
-    FilterGains gains_;
+    const Measurement& all_;
+    AliasingCorrection aliasing_;
+    MetricBlock block_{};
+    std::vector<Crossing> crossings_;
+    TurningRates rates_;
 };
+
+// Cuts the pieces into stripes of about equally many pixels: the numbers of their first pieces, and the end.
+std::vector<std::size_t> stripesOf(const PixelPieces& pieces) {
+    constexpr std::size_t kPixelsOfAStripe = 1024;
+    std::vector<std::size_t> firsts = {0};
+    for (std::size_t i = 1; i <= pieces.count(); ++i) {
+        const bool full = pieces.starts[i] - pieces.starts[firsts.back()] >= kPixelsOfAStripe;
+        if (full || i == pieces.count()) firsts.push_back(i);
+    }
+    return firsts;
+}
+
+void measurePieces(const Measurement& all, std::vector<TMetricContour>& contours) {
+    contours.resize(all.pieces.count());
+    const std::vector<std::size_t> firsts = stripesOf(all.pieces);
+    // A few stripes share a meter.
+    constexpr int kStripesOfAMeter = 8;
+    const int stripes = static_cast<int>(firsts.size()) - 1;
+    const int meters = (stripes + kStripesOfAMeter - 1) / kStripesOfAMeter;
+    orx::platform::parallelFor(meters, [&](int m) {
+        PieceMeter meter(all);
+        const int end = std::min(stripes, (m + 1) * kStripesOfAMeter);
+        for (int i = m * kStripesOfAMeter; i < end; ++i) {
+            const auto stripe = static_cast<std::size_t>(i);
+            meter.measure(firsts[stripe], firsts[stripe + 1], contours);
+        }
+    });
+}
+
+// Swaps, so that the memory of contours is kept for the next image.
+void removeEmpty(std::vector<TMetricContour>& contours) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < contours.size(); ++i) {
+        if (contours[i].points.empty()) continue;
+        if (kept != i) std::swap(contours[kept], contours[i]);
+        ++kept;
+    }
+    contours.resize(kept);
+}
 
 }  // namespace
 
@@ -252,27 +332,13 @@ bool edgesSubPixMetric(const cv::Mat& gray, std::vector<TMetricContour>& contour
     removeCornerPixels(edges);
     std::vector<PixelChain> borders;
     cv::findContours(edges.map, borders, options.mode, cv::CHAIN_APPROX_NONE);
-    const std::vector<PixelChain> chains = visitOnce(borders, edges.map);
-    std::vector<std::vector<Crossing>> crossings = refine(gradient, chains);
+    const auto shortest = static_cast<std::size_t>(std::max(options.minPoints, 1));
+    const PixelPieces pieces = visitOnce(borders, edges.map, shortest);
 
     const double noise = options.noise > 0 ? options.noise : imageNoise(gray);
-    const ContourWriter writer(options.sigma, noise, gainsOf(taps));
-    std::vector<TMetricContour> written(chains.size());
-    constexpr int kChainsOfAStripe = 64;
-    const int stripes = static_cast<int>((chains.size() + kChainsOfAStripe - 1) / kChainsOfAStripe);
-    orx::platform::parallelFor(stripes, [&](int stripe) {
-        const std::size_t from = static_cast<std::size_t>(stripe) * kChainsOfAStripe;
-        const std::size_t to = std::min(chains.size(), from + kChainsOfAStripe);
-        for (std::size_t i = from; i < to; ++i) {
-            const bool closed = chains[i].size() >= 8 && areNeighbours(chains[i].front(), chains[i].back());
-            keepDistinct(crossings[i], options.sigma, closed);
-            if (isLongEnough(crossings[i], options)) written[i] = writer.write(crossings[i], closed);
-        }
-    });
-    written.erase(std::remove_if(written.begin(), written.end(),
-                                 [](const TMetricContour& contour) { return contour.points.empty(); }),
-                  written.end());
-    contours = std::move(written);
+    const FilterGains gains = gainsOf(taps);
+    measurePieces({gradient, pieces, options.sigma, shortest, 1 / gains.ramp, noise * gains.noise}, contours);
+    removeEmpty(contours);
     return true;
 }
 
