@@ -30,15 +30,21 @@ bool isSize(const cv::Mat& img, double length, double width) {
     return isBetween(length, 1, longest) && isBetween(width, -longest, longest);
 }
 
-int raysAcross(double width) { return std::max(1, static_cast<int>(std::lround(width))); }
+// Offsets of the rays from the centre line, a pixel apart.
+std::vector<double> offsetsAcross(double width) {
+    const int rays = std::max(1, static_cast<int>(std::lround(width)));
+    std::vector<double> offsets;
+    for (int i = 0; i < rays; ++i) offsets.push_back(i - (rays - 1) / 2.0);
+    return offsets;
+}
 
-// The offset of ray i of n from the centre line.
-double offsetOf(int i, int n) { return i - (n - 1) / 2.0; }
-
-// Samples at most a pixel and at most a sigma apart, so that the sampled filter stays a Gaussian.
+// Samples at most half a pixel apart. A pixel apart, all of them would lie at the same share between the
+// pixels and take over what the interpolation does to an edge there; so they take its mean. And at most half
+// a sigma apart, so that the sampled filter stays a Gaussian.
 struct Sampling {
     Sampling(double length, double sigma)
-        : steps(static_cast<int>(std::ceil(length / std::min(1.0, sigma) - 1e-9))), spacing(length / steps) {}
+        : steps(static_cast<int>(std::ceil(length / (0.5 * std::min(1.0, sigma)) - 1e-9))),
+          spacing(length / steps) {}
     int steps;
     double spacing;  // pixels
 };
@@ -95,9 +101,10 @@ Caliper straightCaliper(cv::Point2d from, cv::Point2d direction, double length, 
     const Sampling sampling(length, sigma);
     const Ray centre{from, direction * sampling.spacing};
     const cv::Point2d across(-direction.y, direction.x);
-    const int n = raysAcross(width);
     std::vector<Ray> rays;
-    for (int i = 0; i < n; ++i) rays.push_back({from + across * offsetOf(i, n), centre.step});
+    for (const double offset : offsetsAcross(width)) {
+        rays.push_back({from + across * offset, centre.step});
+    }
     return {rays, centre, sampling};
 }
 
@@ -113,9 +120,8 @@ Caliper radialCaliper(cv::Point2d centre, double radius, double angle, const TCi
         return Ray{centre + unit * (outward ? inner : outer),
                    unit * (outward ? sampling.spacing : -sampling.spacing)};
     };
-    const int n = raysAcross(options.width);
     std::vector<Ray> rays;
-    for (int i = 0; i < n; ++i) rays.push_back(rayAt(angle + offsetOf(i, n) / radius));
+    for (const double offset : offsetsAcross(options.width)) rays.push_back(rayAt(angle + offset / radius));
     return {rays, rayAt(angle), sampling};
 }
 

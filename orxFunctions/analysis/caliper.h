@@ -16,9 +16,9 @@
 // farther than 1e6 pixels from the origin, and a caliper shorter than one pixel or longer or wider than twice
 // the sum of the image's sides. All functions are reentrant.
 //
-// Accuracy, from the tests: root mean square below 0.01 pixel on noise-free straight edges of any angle and
-// shift with a blur (standard deviation) of 0.7 to 1.5 pixels, and with noise about what the number of
-// averaged pixels allows.
+// Accuracy, from the tests: root mean square below 0.01 pixel for a width of 1 and below 0.002 pixel for a
+// width of 9 on straight edges without noise, of any angle and shift, with a blur (standard deviation) of 0.7
+// to 1.5 pixels. With noise it is what the number of averaged pixels allows.
 //
 // Method: the first derivative of a Gaussian as the edge filter, after J. Canny, "A computational approach to
 // edge detection", IEEE Trans. PAMI 8 (1986); its extremum is located by the parabola through value, slope
