@@ -14,6 +14,9 @@ constexpr double kSqrt2Pi = 2.5066282746310002;
 constexpr double kReach = 5.0;
 // The filter is moved by less than half a sample from an extremum of the samples, also with some noise.
 constexpr int kRefinements = 4;
+constexpr double kSettled = 1e-5;  // samples
+// In sigmas; beyond, a rise is shading rather than an edge.
+constexpr double kWidest = 4.0;
 
 // The cubic through four levels a pixel apart, at a share of the way from the second to the third.
 // R. Keys, "Cubic convolution interpolation for digital image processing", IEEE Trans. ASSP 29 (1981).
@@ -100,47 +103,63 @@ struct Slope {
     double value = 0.0;
     double first = 0.0;
     double second = 0.0;
+
+    // A level's share: `weight` is the level times the Gaussian at t, in sigmas from the place.
+    void add(double t, double weight) {
+        value -= weight * t;
+        first += weight * (t * t - 1);
+        second -= weight * t * (t * t - 3);
+    }
+
+    void scale(double height, double sigma) {
+        value *= height / sigma;
+        first *= height / (sigma * sigma);
+        second *= height / (sigma * sigma * sigma);
+    }
 };
 
 class GaussianSlope {
   public:
     GaussianSlope(const std::vector<double>& profile, double sigma)
-        : profile_(profile), sigma_(sigma), lead_(leadOf(sigma)), kernel_(2 * size(lead_) + 1) {
-        for (int i = -lead_; i <= lead_; ++i) {
-            const double t = i / sigma;
-            kernel_[size(i + lead_)] = -t / sigma * std::exp(-t * t / 2) / (kSqrt2Pi * sigma);
+        : profile_(profile), sigma_(sigma), lead_(leadOf(sigma)), bell_(size(lead_) + 1) {
+        for (int k = 0; k <= lead_; ++k) {
+            const double t = k / sigma;
+            bell_[size(k)] = std::exp(-t * t / 2);
         }
     }
 
     int count() const { return static_cast<int>(profile_.size()) - 2 * lead_; }
 
-    // At sample i, 0 .. count() - 1.
-    double at(int i) const {
-        double sum = 0;
-        const double* levels = profile_.data() + i;
-        for (int k = 1; k <= lead_; ++k) {
-            sum += kernel_[size(lead_ - k)] * (levels[lead_ + k] - levels[lead_ - k]);
+    // At every sample.
+    std::vector<double> values() const {
+        std::vector<double> kernel(bell_.size());
+        for (int k = 0; k <= lead_; ++k)
+            kernel[size(k)] = k * bell_[size(k)] / (kSqrt2Pi * std::pow(sigma_, 3));
+        std::vector<double> slopes(size(count()));
+        for (std::size_t i = 0; i < slopes.size(); ++i) {
+            const double* middle = profile_.data() + i + lead_;
+            for (int k = 1; k <= lead_; ++k) slopes[i] += kernel[size(k)] * (middle[k] - middle[-k]);
         }
-        return sum;
+        return slopes;
     }
 
     // At a place between samples. Levels are taken relative to the one there: what the cut-off kernel leaves
-    // of a constant is gone.
+    // of a constant is gone. With f the place and k a sample, both counted from the nearest sample,
+    // exp(-(f - k)^2 / 2s^2) is exp(-f^2 / 2s^2) exp(-k^2 / 2s^2) exp(f / s^2)^k.
     Slope around(double place) const {
         const int centre = static_cast<int>(std::lround(place));
-        const double base = profile_[size(centre + lead_)];
+        const double fraction = place - centre;
+        const double* middle = profile_.data() + centre + lead_;
+        const double ratio = std::exp(fraction / (sigma_ * sigma_));
         Slope slope;
-        for (int i = centre - lead_; i <= centre + lead_; ++i) {
-            const double t = (place - i) / sigma_;
-            const double weight = (profile_[size(i + lead_)] - base) * std::exp(-t * t / 2);
-            slope.value -= weight * t;
-            slope.first += weight * (t * t - 1);
-            slope.second -= weight * t * (t * t - 3);
+        double power = 1;
+        for (int k = 1; k <= lead_; ++k) {
+            power *= ratio;
+            slope.add((fraction - k) / sigma_, (middle[k] - middle[0]) * bell_[size(k)] * power);
+            slope.add((fraction + k) / sigma_, (middle[-k] - middle[0]) * bell_[size(k)] / power);
         }
-        const double norm = 1 / (kSqrt2Pi * sigma_);
-        slope.value *= norm / sigma_;
-        slope.first *= norm / (sigma_ * sigma_);
-        slope.second *= norm / (sigma_ * sigma_ * sigma_);
+        const double t = fraction / sigma_;
+        slope.scale(std::exp(-t * t / 2) / (kSqrt2Pi * sigma_), sigma_);
         return slope;
     }
 
@@ -150,7 +169,7 @@ class GaussianSlope {
     const std::vector<double>& profile_;
     double sigma_;
     int lead_;
-    std::vector<double> kernel_;
+    std::vector<double> bell_;
 };
 
 // The vertex of the parabola through an extremum at sample i with its neighbours; the filter is then taken at
@@ -158,17 +177,20 @@ class GaussianSlope {
 ProfileEdge refined(const GaussianSlope& filter, int i, double sigma) {
     const double highest = filter.count() - 1.0;
     double place = i;
+    double moved = 1;
     Slope slope = filter.around(place);
-    for (int pass = 0; pass < kRefinements && slope.value * slope.second < 0; ++pass) {
+    for (int pass = 0; pass < kRefinements && moved > kSettled && slope.value * slope.second < 0; ++pass) {
         const double vertex = place - slope.first / slope.second;
-        place = std::clamp(std::clamp(vertex, i - 1.0, i + 1.0), 0.0, highest);
+        const double next = std::clamp(std::clamp(vertex, i - 1.0, i + 1.0), 0.0, highest);
+        moved = std::fabs(next - place);
+        place = next;
         slope = filter.around(place);
     }
     // Where a Gaussian is steepest it falls off with slope.value / spread^2; the height of a step is the area
     // under its slope.
     const bool peaked = slope.value * slope.second < 0;
     const double spread = peaked ? std::sqrt(-slope.value / slope.second) : sigma;
-    const double total = std::clamp(spread, sigma, 4 * sigma);
+    const double total = std::clamp(spread, sigma, kWidest * sigma);
     return {place, slope.value * kSqrt2Pi * total, std::sqrt(total * total - sigma * sigma)};
 }
 
@@ -204,15 +226,16 @@ int leadOf(double sigma) { return static_cast<int>(std::ceil(kReach * sigma)); }
 std::vector<ProfileEdge> edgesOfProfile(const std::vector<double>& profile, double sigma,
                                         const TCaliperOptions& options) {
     const GaussianSlope filter(profile, sigma);
-    std::vector<double> slopes(static_cast<std::size_t>(filter.count()));
-    for (std::size_t i = 0; i < slopes.size(); ++i) slopes[i] = filter.at(static_cast<int>(i));
-    // Rounding makes extrema of its own on flat profiles; they are below any level.
-    constexpr double kNoSlope = 1e-9;
+    const std::vector<double> slopes = filter.values();
+    // Less than this cannot become the contrast wanted: the slope gains far less than a quarter between two
+    // samples, and the widest edge counts with kWidest sigmas. Rounding makes extrema of its own on flat
+    // profiles; they are below any level.
+    const double flattest = std::max(1e-9, options.minContrast / (1.25 * kSqrt2Pi * kWidest * sigma));
     std::vector<ProfileEdge> edges;
     for (std::size_t i = 1; i + 1 < slopes.size(); ++i) {
         const double sign = slopes[i] < 0 ? -1.0 : 1.0;
         const double height = sign * slopes[i];
-        if (height <= kNoSlope || height <= sign * slopes[i - 1] || height < sign * slopes[i + 1]) continue;
+        if (height < flattest || height <= sign * slopes[i - 1] || height < sign * slopes[i + 1]) continue;
         const ProfileEdge edge = refined(filter, static_cast<int>(i), sigma);
         if (counts(edge, options)) edges.push_back(edge);
     }

@@ -15,11 +15,16 @@ constexpr double kDiagonal = 1.4142135623730951;
 // A value for each label; label 0 is the background.
 using Measures = std::vector<double>;
 
+// Counted run by run: pixel by pixel, each count would wait for the one before.
 Measures areasOf(const cv::Mat& labels, int count) {
     Measures areas(static_cast<std::size_t>(count));
     for (int y = 0; y < labels.rows; ++y) {
         const int* label = labels.ptr<int>(y);
-        for (int x = 0; x < labels.cols; ++x) ++areas[static_cast<std::size_t>(label[x])];
+        for (int x = 0; x < labels.cols;) {
+            const int first = x;
+            while (x < labels.cols && label[x] == label[first]) ++x;
+            areas[static_cast<std::size_t>(label[first])] += x - first;
+        }
     }
     return areas;
 }
@@ -53,13 +58,14 @@ bool keepAtLeast(const cv::Mat& src, cv::Mat& dst, double least,
     cv::Mat labels;
     const int count = cv::connectedComponents(src, labels, 8, CV_32S);
     const Measures measures = measure(labels, count);
+    std::vector<uchar> mask(measures.size());  // all bits of what stays
+    std::transform(measures.begin(), measures.end(), mask.begin(),
+                   [=](double value) { return static_cast<uchar>(value < least ? 0 : 255); });
     cv::Mat kept = src.clone();
     for (int y = 0; y < kept.rows; ++y) {
         const int* label = labels.ptr<int>(y);
         uchar* pixel = kept.ptr(y);
-        for (int x = 0; x < kept.cols; ++x) {
-            if (measures[static_cast<std::size_t>(label[x])] < least) pixel[x] = 0;
-        }
+        for (int x = 0; x < kept.cols; ++x) pixel[x] &= mask[static_cast<std::size_t>(label[x])];
     }
     dst = kept;
     return true;

@@ -70,16 +70,33 @@ std::vector<ushort> levelTable(const cv::Mat& img, Curve curve) {
     return table;
 }
 
-template <class Pixel>
-void mapLevels(cv::Mat& img, const std::vector<ushort>& table) {
-    const int channels = img.channels();
+// With alpha a table for each channel, that of alpha leaving it as it is; one for all channels is faster.
+cv::Mat mappedBytes(const cv::Mat& img, const std::vector<ushort>& table) {
     const int light = lightChannels(img);
-    for (int y = 0; y < img.rows; ++y) {
-        Pixel* pixel = img.ptr<Pixel>(y);
-        for (int x = 0; x < img.cols; ++x, pixel += channels) {
-            for (int c = 0; c < light; ++c) pixel[c] = static_cast<Pixel>(table[pixel[c]]);
+    const int tableChannels = light == img.channels() ? 1 : img.channels();
+    cv::Mat tables(1, static_cast<int>(table.size()), CV_8UC(tableChannels));
+    uchar* entry = tables.ptr();
+    for (std::size_t level = 0; level < table.size(); ++level) {
+        for (int c = 0; c < tableChannels; ++c) {
+            *entry++ = static_cast<uchar>(c < light ? table[level] : level);
         }
     }
+    cv::Mat result;
+    cv::LUT(img, tables, result);
+    return result;
+}
+
+cv::Mat mappedWords(const cv::Mat& img, const std::vector<ushort>& table) {
+    cv::Mat result = img.clone();
+    const int channels = img.channels();
+    const int light = lightChannels(img);
+    for (int y = 0; y < result.rows; ++y) {
+        auto* pixel = result.ptr<ushort>(y);
+        for (int x = 0; x < result.cols; ++x, pixel += channels) {
+            for (int c = 0; c < light; ++c) pixel[c] = table[pixel[c]];
+        }
+    }
+    return result;
 }
 
 // By the highest channel, which is mapped exactly; the others keep their ratio to it.
@@ -100,9 +117,7 @@ void scaleByHighest(cv::Mat& img, const std::vector<ushort>& table) {
 template <class Curve>
 bool applyCurve(const cv::Mat& src, cv::Mat& dst, Curve curve) {
     const std::vector<ushort> table = levelTable(src, curve);
-    cv::Mat result = src.clone();
-    src.depth() == CV_8U ? mapLevels<uchar>(result, table) : mapLevels<ushort>(result, table);
-    dst = result;
+    dst = src.depth() == CV_8U ? mappedBytes(src, table) : mappedWords(src, table);
     return true;
 }
 

@@ -10,17 +10,30 @@
 namespace orx {
 namespace {
 
-// Whether the pixels of a label become 255. Label 0 is everything that is no background.
-std::vector<uchar> holesOf(const cv::Mat& statistics, cv::Size size, double maxArea) {
-    std::vector<uchar> isHole(static_cast<std::size_t>(statistics.rows), 0);
-    for (int label = 1; label < statistics.rows; ++label) {
-        const int* part = statistics.ptr<int>(label);
-        const bool reachesBorder = part[cv::CC_STAT_LEFT] == 0 || part[cv::CC_STAT_TOP] == 0 ||
-                                   part[cv::CC_STAT_LEFT] + part[cv::CC_STAT_WIDTH] == size.width ||
-                                   part[cv::CC_STAT_TOP] + part[cv::CC_STAT_HEIGHT] == size.height;
-        isHole[static_cast<std::size_t>(label)] = !reachesBorder && part[cv::CC_STAT_AREA] <= maxArea ? 1 : 0;
+// 255 where the background does not reach the border: what a flood from a frame around the image leaves.
+cv::Mat enclosedBackground(const cv::Mat& src, int connectivity) {
+    cv::Mat framed;
+    cv::copyMakeBorder(src == 0, framed, 1, 1, 1, 1, cv::BORDER_CONSTANT, cv::Scalar(255));
+    cv::floodFill(framed, {0, 0}, cv::Scalar(0), nullptr, {}, {}, connectivity);
+    return framed(cv::Rect(1, 1, src.cols, src.rows));
+}
+
+void dropLargerThan(double maxArea, cv::Mat& holes, int connectivity) {
+    cv::Mat labels;
+    cv::Mat statistics;
+    cv::Mat centroids;
+    const int count =
+        cv::connectedComponentsWithStats(holes, labels, statistics, centroids, connectivity, CV_32S);
+    std::vector<uchar> stays(static_cast<std::size_t>(count), 255);
+    stays[0] = 0;
+    for (int label = 1; label < count; ++label) {
+        if (statistics.at<int>(label, cv::CC_STAT_AREA) > maxArea) stays[static_cast<std::size_t>(label)] = 0;
     }
-    return isHole;
+    for (int y = 0; y < holes.rows; ++y) {
+        const int* label = labels.ptr<int>(y);
+        uchar* hole = holes.ptr(y);
+        for (int x = 0; x < holes.cols; ++x) hole[x] = stays[static_cast<std::size_t>(label[x])];
+    }
 }
 
 }  // namespace
@@ -28,22 +41,11 @@ std::vector<uchar> holesOf(const cv::Mat& statistics, cv::Size size, double maxA
 bool fillHoles(const cv::Mat& src, cv::Mat& dst, const TFillHolesOptions& options) {
     const bool known = options.objects == cnFour || options.objects == cnEight;
     if (!isByteImage(src) || !known || std::isnan(options.maxArea)) return false;
-    const cv::Mat background = src == 0;
-    cv::Mat labels;
-    cv::Mat statistics;
-    cv::Mat centroids;
-    cv::connectedComponentsWithStats(background, labels, statistics, centroids,
-                                     options.objects == cnEight ? 4 : 8, CV_32S);
-    const std::vector<uchar> isHole = holesOf(statistics, src.size(), options.maxArea);
-    cv::Mat filled = src.clone();
-    for (int y = 0; y < filled.rows; ++y) {
-        const int* label = labels.ptr<int>(y);
-        uchar* pixel = filled.ptr(y);
-        for (int x = 0; x < filled.cols; ++x) {
-            if (isHole[static_cast<std::size_t>(label[x])] != 0) pixel[x] = 255;
-        }
-    }
-    dst = filled;
+    const int connectivity = options.objects == cnEight ? 4 : 8;
+    cv::Mat holes = enclosedBackground(src, connectivity);
+    const bool limited = options.maxArea < static_cast<double>(src.total());
+    if (limited) dropLargerThan(options.maxArea, holes, connectivity);
+    dst = src | holes;
     return true;
 }
 

@@ -109,6 +109,7 @@ class Thinner {
     // A pixel is 0, or kObject with a flag for each queue that it stands in.
     static constexpr uchar kObject = 1;
     static constexpr std::array<uchar, 2> kWaits{2, 4};
+    static constexpr uchar kWaitsForBoth = 7;
 
     static std::size_t size(int value) { return static_cast<std::size_t>(value); }
     uchar* rowOf(int y) { return pixels_.data() + (size(y) + 1) * stride_ + 1; }
@@ -132,7 +133,7 @@ class Thinner {
     void enqueueNeighbours(std::size_t pixel) {
         for (const std::size_t row : {pixel - stride_, pixel, pixel + stride_}) {
             for (const std::size_t next : {row - 1, row, row + 1}) {
-                if (pixels_[next] != 0) enqueue(next);
+                if (pixels_[next] != 0 && pixels_[next] != kWaitsForBoth) enqueue(next);
             }
         }
     }
