@@ -8,13 +8,11 @@
 #include <vector>
 
 #include "orxFunctions/analysis/colour.h"
+#include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/histogram_internal.h"
 
 namespace orx {
 namespace {
-
-// Written so that not-a-number is refused.
-bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
 
 bool isUsable(const TAutoCannyOptions& options) {
     return isBetween(options.method, cmMedian, cmOtsu) && isBetween(options.spread, 0, 1) &&

@@ -12,9 +12,6 @@ namespace {
 
 constexpr double kFarthest = 1e6;
 
-// Written so that not-a-number is refused.
-bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
-
 bool isUsable(const TCaliperOptions& options) {
     return isBetween(options.sigma, 0.5, 50) && options.minContrast >= 0 &&
            isBetween(options.polarity, epAny, epBrightToDark) &&

@@ -11,9 +11,6 @@
 namespace orx {
 namespace {
 
-// Written so that not-a-number is refused.
-bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
-
 bool isUsable(const TEnhanceOptions& options) {
     return isBetween(options.clipLimit, 0, 100) && options.clipLimit > 0 && isBetween(options.tiles, 1, 64) &&
            isBetween(options.gain, 0, 20) && isBetween(options.sigma, 0.3, 50);

@@ -6,6 +6,9 @@
 
 namespace orx {
 
+// For options. Not-a-number is not between anything.
+inline bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
+
 // Two-dimensional, not empty, 8- or 16-bit unsigned, 1 to 4 channels.
 bool isPicture(const cv::Mat& img);
 

@@ -11,9 +11,6 @@
 namespace orx {
 namespace {
 
-// Written so that not-a-number is refused.
-bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
-
 using ChannelCounts = std::array<std::vector<std::uint64_t>, 3>;
 
 template <class Pixel>
