@@ -29,9 +29,11 @@ bool isSize(const cv::Mat& img, double length, double width) {
 
 // Offsets of the rays from the centre line, a pixel apart.
 std::vector<double> offsetsAcross(double width) {
-    const int rays = std::max(1, static_cast<int>(std::lround(width)));
-    std::vector<double> offsets;
-    for (int i = 0; i < rays; ++i) offsets.push_back(i - (rays - 1) / 2.0);
+    const auto rays = static_cast<std::size_t>(std::max(1L, std::lround(width)));
+    std::vector<double> offsets(rays);
+    for (std::size_t i = 0; i < rays; ++i) {
+        offsets[i] = static_cast<double>(i) - static_cast<double>(rays - 1) / 2;
+    }
     return offsets;
 }
 

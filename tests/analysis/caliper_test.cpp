@@ -6,11 +6,12 @@
 #include <limits>
 
 #include "orxFunctions/orxfunctions.h"
-#include "tests/analysis/edge_pictures.h"
+#include "tests/support/edge_scene.h"
+#include "tests/support/fit_scenes.h"
 
 namespace {
 
-using edge_pictures::Step;
+using edge_scene::Look;
 using fit_scenes::kPi;
 using fit_scenes::Random;
 using testing::ElementsAre;
@@ -27,7 +28,7 @@ std::vector<double> distancesOf(const Edges& edges) {
 }
 
 // Root mean square of the distance between the true and the measured edge, over random angles and shifts.
-double rmsOfStraightEdges(const Step& step, double width) {
+double rmsOfStraightEdges(const Look& look, double width) {
     Random random(7);
     constexpr int kScenes = 150;
     double squares = 0;
@@ -35,12 +36,11 @@ double rmsOfStraightEdges(const Step& step, double width) {
         const double angle = random.uniform(0, 2 * kPi);
         const cv::Point2d normal(std::cos(angle), std::sin(angle));
         const cv::Point2d onEdge(40 + random.uniform(-2, 2), 40 + random.uniform(-2, 2));
-        const cv::Mat img =
-            edge_pictures::picture({80, 80}, step, [&](cv::Point2d p) { return (p - onEdge).dot(normal); });
+        const cv::Mat img = edge_scene::halfPlane({80, 80}, onEdge, angle, look);
         const cv::Point2d from = onEdge - normal * random.uniform(10, 14);
         const Edges edges = orx::getContrastEdges(img, from, from + normal * 25, width);
         if (edges.size() != 1) return -1;
-        EXPECT_NEAR(edges[0].contrast, step.high - step.low, 0.05 * (step.high - step.low));
+        EXPECT_NEAR(edges[0].contrast, look.bright - look.dark, 0.05 * (look.bright - look.dark));
         squares += std::pow((edges[0].position - onEdge).dot(normal), 2);
     }
     return std::sqrt(squares / kScenes);
@@ -49,7 +49,7 @@ double rmsOfStraightEdges(const Step& step, double width) {
 TEST(Caliper, StraightEdgesOfAnyAngleAndShiftAreWithinAHundredthOfAPixel) {
     for (const double blur : {0.7, 1.0, 1.5}) {
         for (const double width : {1.0, 9.0}) {
-            const double rms = rmsOfStraightEdges({50, 200, blur, 0, CV_16U}, width);
+            const double rms = rmsOfStraightEdges({50, 200, blur, 0, 1, CV_16U}, width);
             SCOPED_TRACE(testing::Message() << "blur " << blur << ", width " << width << ", rms " << rms);
             EXPECT_GE(rms, 0) << "not one edge in each scene";
             EXPECT_LT(rms, width > 1 ? 0.002 : 0.01);
@@ -59,21 +59,21 @@ TEST(Caliper, StraightEdgesOfAnyAngleAndShiftAreWithinAHundredthOfAPixel) {
 
 TEST(Caliper, NoiseSpreadsTheEdgeAsTheoryPredicts) {
     // Slope and curvature of a Gaussian edge under white noise: see J. Canny (1986).
-    const Step step{60, 160, 1.0, 5.0};
+    Look look{60, 160, 1.0, 5.0};
     const double sigma = 1.0;
     const int width = 9;
-    const double total = std::hypot(sigma, step.blur);
-    const double predicted = step.noise / std::sqrt(width) *
+    const double total = std::sqrt(sigma * sigma + look.blur * look.blur + 1.0 / 12);
+    const double predicted = look.noise / std::sqrt(width) *
                              std::sqrt(3 / (8 * std::sqrt(kPi) * std::pow(sigma, 5))) * std::sqrt(2 * kPi) *
-                             std::pow(total, 3) / (step.high - step.low);
+                             std::pow(total, 3) / (look.bright - look.dark);
     Random random(3);
     constexpr int kScenes = 300;
     double squares = 0;
     double sum = 0;
     for (int i = 0; i < kScenes; ++i) {
         const double truth = random.uniform(19, 21);
-        const cv::Mat img = edge_pictures::picture(
-            {41, width}, step, [&](cv::Point2d p) { return p.x - truth; }, &random);
+        look.seed = i;
+        const cv::Mat img = edge_scene::halfPlane({41, width}, {truth, 0}, 0, look);
         orx::TCaliperOptions options;
         options.selection = orx::esStrongest;
         const Edges edges =
@@ -90,14 +90,13 @@ TEST(Caliper, ContrastAndBlurAreThoseOfTheEdge) {
     for (const double blur : {0.8, 1.2, 2.0}) {
         for (const double sigma : {0.7, 1.0, 2.0}) {
             SCOPED_TRACE(testing::Message() << "blur " << blur << ", sigma " << sigma);
-            const cv::Mat img = edge_pictures::picture({60, 5}, {180, 40, blur, 0, CV_16U},
-                                                       [](cv::Point2d p) { return p.x - 29.3; });
+            const cv::Mat img = edge_scene::halfPlane({60, 5}, {29.3, 0}, 0, {180, 40, blur, 0, 1, CV_16U});
             orx::TCaliperOptions options;
             options.sigma = sigma;
             const Edges edges = orx::getContrastEdges(img, {5, 2}, {50, 2}, 5, options);
             ASSERT_THAT(edges, SizeIs(1));
             EXPECT_NEAR(edges[0].contrast, -140, 3);
-            EXPECT_NEAR(edges[0].blur, blur, 0.1);
+            EXPECT_NEAR(edges[0].blur, std::sqrt(blur * blur + 1.0 / 12), 0.1);  // with that of the pixel
             EXPECT_NEAR(edges[0].distance, 24.3, sigma < 1 ? 0.015 : 0.005);
             EXPECT_EQ(edges[0].caliper, 0);
         }
@@ -154,7 +153,7 @@ TEST(Caliper, RectanglesAreSearchedInTheDirectionNamed) {
 }
 
 TEST(Caliper, DepthAndColourMakeNoDifference) {
-    const cv::Mat grey = edge_pictures::disk({60, 60}, {}, {30.3, 29.8}, 18.2);
+    const cv::Mat grey = edge_scene::sharpDisk({60, 60}, {30.3, 29.8}, 18.2, {});
     const Edges expected = orx::getContrastEdges(grey, {2, 27}, {57, 35}, 6);
     ASSERT_THAT(expected, SizeIs(2));
     cv::Mat deep;
@@ -233,7 +232,7 @@ TEST(CircleCaliper, FittedCirclesAreWithinTwoHundredthsOfAPixel) {
         const cv::Point2d centre(60 + random.uniform(-1, 1), 60 + random.uniform(-1, 1));
         const double radius = random.uniform(12, 45);
         const cv::Mat img =
-            edge_pictures::disk({121, 121}, {40, 220, random.uniform(0.7, 1.3), 0}, centre, radius);
+            edge_scene::sharpDisk({121, 121}, centre, radius, {40, 220, random.uniform(0.7, 1.3)});
         // The nominal circle is off by up to three pixels.
         const cv::Point2d nominal = centre + cv::Point2d(random.uniform(-3, 3), random.uniform(-3, 3));
         orx::TCircleCaliperOptions options;
@@ -250,7 +249,7 @@ TEST(CircleCaliper, FittedCirclesAreWithinTwoHundredthsOfAPixel) {
 
 TEST(CircleCaliper, WideCalipersKeepTheRadius) {
     const cv::Point2d centre(60.4, 59.7);
-    const cv::Mat img = edge_pictures::disk({121, 121}, {50, 200, 1, 0, CV_16U}, centre, 25.3);
+    const cv::Mat img = edge_scene::sharpDisk({121, 121}, centre, 25.3, {50, 200, 1, 0, 1, CV_16U});
     for (const double width : {1.0, 15.0}) {  // along tangents, 15 pixels would shorten the radius by 0.37
         orx::TCircleCaliperOptions options;
         options.width = width;
@@ -262,7 +261,7 @@ TEST(CircleCaliper, WideCalipersKeepTheRadius) {
 
 TEST(CircleCaliper, ArcsDirectionsAndMissesAreToldApart) {
     const cv::Point2d centre(60, 60);
-    cv::Mat img = edge_pictures::disk({121, 121}, {}, centre, 30);
+    cv::Mat img = edge_scene::sharpDisk({121, 121}, centre, 30, {});
     orx::TCircleCaliperOptions options;
     options.count = 5;
     options.startAngle = 90;

@@ -5,7 +5,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
-#include "tests/analysis/edge_pictures.h"
+#include "tests/support/edge_scene.h"
+#include "tests/support/fit_scenes.h"
 
 namespace {
 
@@ -45,11 +46,8 @@ TEST(AutoCanny, ThresholdsFollowTheirRule) {
 }
 
 TEST(AutoCanny, FindsTheEdgesOfADiskOnly) {
-    fit_scenes::Random random(2);
     const cv::Point2d centre(50, 48);
-    const cv::Mat img = edge_pictures::picture(
-        {100, 100}, {60, 170, 1.0, 3.0},
-        [=](cv::Point2d p) { return 30 - std::hypot(p.x - centre.x, p.y - centre.y); }, &random);
+    const cv::Mat img = edge_scene::sharpDisk({100, 100}, centre, 30, {60, 170, 1.0, 3.0});
     for (const orx::TCannyMethod method : {orx::cmMedian, orx::cmOtsu}) {
         orx::TAutoCannyOptions options;
         options.method = method;
@@ -134,10 +132,9 @@ TEST(AutoFocus, DepthColourAndSurroundingsMakeNoDifference) {
 }
 
 TEST(AutoFocus, DropsWithEveryBlur) {
-    fit_scenes::Random random(9);
-    const cv::Mat img = edge_pictures::picture(
-        {80, 80}, {40, 210, 0.8, 2},
-        [](cv::Point2d p) { return 4 * std::sin(p.x / 3) + 4 * std::cos(p.y / 4); }, &random);
+    const cv::Mat img = edge_scene::draw({80, 80}, {40, 210, 0.8, 2}, [](double x, double y) {
+        return 4 * std::sin(x / 3) + 4 * std::cos(y / 4);
+    });
     for (const Measure measure : kMeasures) {
         double sharper = measure(img);
         for (const double sigma : {1.0, 2.0, 3.0}) {
