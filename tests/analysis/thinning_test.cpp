@@ -91,6 +91,10 @@ TEST_P(Thinning, EqualsThePublishedPassesOverTheWholeImage) {
         ASSERT_TRUE(orx::thinning(img, lines, GetParam()));
         SCOPED_TRACE(testing::Message() << "picture " << i);
         EXPECT_EQ(cv::norm(lines, thinnedPlainly(img, GetParam()), cv::NORM_L1), 0);
+        if (GetParam() == orx::tnGuoHall) {
+            cv::Mat labels;
+            EXPECT_EQ(cv::connectedComponents(lines, labels), cv::connectedComponents(img, labels));
+        }
     }
 }
 
