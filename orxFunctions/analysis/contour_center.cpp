@@ -43,13 +43,11 @@ cv::Point2d centreOfCircle(const std::vector<cv::Point>& points) {
 }
 
 // Not-a-number becomes `low`.
-int nearestBetween(double value, double low, double high) {
-    return static_cast<int>(std::lrint(value >= low ? std::min(value, high) : low));
-}
+double between(double value, double low, double high) { return value >= low ? std::min(value, high) : low; }
 
 }  // namespace
 
-cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
+cv::Point2d getContourCenterSubPix(const std::vector<cv::Point>& contour, int mode) {
     if (contour.empty()) return {-1, -1};
     const Extent extent = extentOf(contour);
     cv::Point2d centre;
@@ -60,8 +58,19 @@ cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
     } else {
         centre = centreOfGravity(contour);
     }
-    return {nearestBetween(centre.x, extent.low.x, extent.high.x),
-            nearestBetween(centre.y, extent.low.y, extent.high.y)};
+    return {between(centre.x, extent.low.x, extent.high.x), between(centre.y, extent.low.y, extent.high.y)};
+}
+
+cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
+    const cv::Point2d centre = getContourCenterSubPix(contour, mode);
+    return {static_cast<int>(std::lrint(centre.x)), static_cast<int>(std::lrint(centre.y))};
+}
+
+std::vector<cv::Point> getContourCenterPts(const std::vector<std::vector<cv::Point>>& contours, int mode) {
+    std::vector<cv::Point> centres;
+    for (const std::vector<cv::Point>& contour : contours)
+        centres.push_back(getContourCenterPt(contour, mode));
+    return centres;
 }
 
 }  // namespace orx

@@ -1,4 +1,4 @@
-// The centre point of a contour.
+// The centre points of contours.
 #ifndef ORXFUNCTIONS_ANALYSIS_CONTOUR_CENTER_H
 #define ORXFUNCTIONS_ANALYSIS_CONTOUR_CENTER_H
 
@@ -21,6 +21,14 @@ namespace orx {
 // The answer lies in the bounding rectangle of the points, also where a polygon that crosses itself has its
 // centre of gravity elsewhere. An empty contour gives (-1, -1). Reentrant.
 ORX_API cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode);
+
+// The same centre, and limits, not rounded to a pixel: for measuring. An empty contour gives (-1, -1).
+// Reentrant.
+ORX_API cv::Point2d getContourCenterSubPix(const std::vector<cv::Point>& contour, int mode);
+
+// The rounded centre of every contour, in their order, (-1, -1) for empty ones. Reentrant.
+ORX_API std::vector<cv::Point> getContourCenterPts(const std::vector<std::vector<cv::Point>>& contours,
+                                                   int mode);
 
 }  // namespace orx
 

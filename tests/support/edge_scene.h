@@ -16,6 +16,7 @@ struct Look {
     double blur = 0.7;
     double noise = 0;
     int seed = 1;
+    int depth = CV_8U;  // or CV_16U, with levels 257 times as high: hardly any rounding
 };
 
 // The brightness at a signed distance from the edge, positive inside the bright shape.
@@ -33,7 +34,7 @@ inline cv::Mat quantised(const cv::Mat& brightness, const Look& look) {
         noisy += noise;
     }
     cv::Mat image;
-    noisy.convertTo(image, CV_8U);
+    noisy.convertTo(image, look.depth, look.depth == CV_16U ? 257 : 1);
     return image;
 }
 
@@ -45,6 +46,12 @@ cv::Mat draw(cv::Size size, const Look& look, const SignedDistance& distance) {
         for (int x = 0; x < size.width; ++x) brightness.at<double>(y, x) = profile(look, distance(x, y));
     }
     return quantised(brightness, look);
+}
+
+// A disk whose edge has the profile of a straight one: its contour is the circle, whatever the blur.
+inline cv::Mat sharpDisk(cv::Size size, cv::Point2d centre, double radius, const Look& look) {
+    return draw(size, look,
+                [=](double x, double y) { return radius - std::hypot(x - centre.x, y - centre.y); });
 }
 
 // Bright where (p - through) . (cos, sin) of the angle (radians) is positive.

@@ -1,0 +1,115 @@
+#include "orxFunctions/analysis/auto_canny.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "orxFunctions/analysis/colour.h"
+#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/analysis/histogram_internal.h"
+
+namespace orx {
+namespace {
+
+bool isUsable(const TAutoCannyOptions& options) {
+    return isBetween(options.method, cmMedian, cmOtsu) && isBetween(options.spread, 0, 1) &&
+           isBetween(options.lowRatio, 0, 1) && isBetween(options.blur, 0, 50);
+}
+
+// What both the thresholds and the edges are made of; computed once. Empty for what is refused.
+struct Gradient {
+    Gradient(const cv::Mat& img, const TAutoCannyOptions& options) {
+        if (!isUsable(options)) return;
+        grey = toGray(img, options.bits);
+        if (grey.empty()) return;
+        if (options.blur > 0)
+            cv::GaussianBlur(grey, grey, {}, options.blur, options.blur, cv::BORDER_REPLICATE);
+        cv::Sobel(grey, dx, CV_16S, 1, 0, 3, 1, 0, cv::BORDER_REPLICATE);
+        cv::Sobel(grey, dy, CV_16S, 0, 1, 3, 1, 0, cv::BORDER_REPLICATE);
+    }
+    cv::Mat grey;
+    cv::Mat dx;
+    cv::Mat dy;
+};
+
+// Of an even number of pixels the lower one of the two in the middle.
+int medianLevel(const cv::Mat& grey) {
+    const Histogram histogram = directHistogram(grey);
+    const std::uint64_t half = (static_cast<std::uint64_t>(grey.total()) + 1) / 2;
+    std::uint64_t below = 0;
+    int level = -1;
+    while (below < half && level < kLevels - 1) below += histogram[static_cast<std::size_t>(++level)];
+    return level;
+}
+
+using Counts = std::vector<std::uint64_t>;
+
+// Gradient magnitudes in whole levels, rounded to nearest.
+Counts magnitudeCounts(const Gradient& gradient) {
+    constexpr std::size_t kHighest = 1442;  // 1020 * sqrt(2)
+    Counts counts(kHighest + 1);
+    for (int y = 0; y < gradient.dx.rows; ++y) {
+        const auto* dx = gradient.dx.ptr<std::int16_t>(y);
+        const auto* dy = gradient.dy.ptr<std::int16_t>(y);
+        for (int x = 0; x < gradient.dx.cols; ++x) {
+            const auto squares = static_cast<float>(dx[x] * dx[x] + dy[x] * dy[x]);
+            ++counts[static_cast<std::size_t>(std::sqrt(squares) + 0.5F)];
+        }
+    }
+    return counts;
+}
+
+// The highest level of the lower class, for the largest variance between the classes; 0 with fewer than two
+// levels.
+int otsuLevel(const Counts& counts) {
+    double total = 0;
+    double weighted = 0;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        total += static_cast<double>(counts[i]);
+        weighted += static_cast<double>(i) * static_cast<double>(counts[i]);
+    }
+    double lower = 0;
+    double lowerWeighted = 0;
+    double best = 0;
+    int level = 0;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        lower += static_cast<double>(counts[i]);
+        lowerWeighted += static_cast<double>(i) * static_cast<double>(counts[i]);
+        const double upper = total - lower;
+        if (lower == 0 || upper == 0) continue;
+        const double apart = lowerWeighted / lower - (weighted - lowerWeighted) / upper;
+        const double variance = lower * upper * apart * apart;
+        if (variance > best) {
+            best = variance;
+            level = static_cast<int>(i);
+        }
+    }
+    return level;
+}
+
+TCannyThresholds thresholdsOf(const Gradient& gradient, const TAutoCannyOptions& options) {
+    if (gradient.grey.empty()) return {};
+    const int median = options.method == cmMedian ? medianLevel(gradient.grey) : 0;
+    if (median > 0) return {(1 - options.spread) * median, (1 + options.spread) * median, true};
+    const double high = otsuLevel(magnitudeCounts(gradient));
+    return {options.lowRatio * high, high, true};
+}
+
+}  // namespace
+
+TCannyThresholds getCannyThresholds(const cv::Mat& img, const TAutoCannyOptions& options) {
+    return thresholdsOf(Gradient(img, options), options);
+}
+
+cv::Mat autoCanny(const cv::Mat& img, const TAutoCannyOptions& options) {
+    const Gradient gradient(img, options);
+    const TCannyThresholds thresholds = thresholdsOf(gradient, options);
+    cv::Mat edges;
+    if (thresholds.valid) cv::Canny(gradient.dx, gradient.dy, edges, thresholds.low, thresholds.high, true);
+    return edges;
+}
+
+}  // namespace orx

@@ -1,0 +1,31 @@
+#include <opencv2/imgproc.hpp>
+
+#include "orxFunctions/analysis/grey_input_internal.h"
+
+namespace orx {
+
+bool isPicture(const cv::Mat& img) {
+    const bool knownDepth = img.depth() == CV_8U || img.depth() == CV_16U;
+    return !img.empty() && img.dims == 2 && knownDepth && img.channels() <= 4;
+}
+
+bool isByteImage(const cv::Mat& img) { return !img.empty() && img.dims == 2 && img.type() == CV_8UC1; }
+
+int lightChannels(const cv::Mat& img) { return img.channels() < 3 ? 1 : 3; }
+
+double fullLevel(const cv::Mat& img) { return img.depth() == CV_16U ? 65535.0 : 255.0; }
+
+double levelUnit(const cv::Mat& img) { return fullLevel(img) / 255.0; }
+
+cv::Mat greyOf(const cv::Mat& picture) {
+    if (picture.channels() == 1) return picture;
+    cv::Mat grey;
+    if (picture.channels() == 2) {
+        cv::extractChannel(picture, grey, 0);
+    } else {
+        cv::cvtColor(picture, grey, picture.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
+    }
+    return grey;
+}
+
+}  // namespace orx

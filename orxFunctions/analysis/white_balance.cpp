@@ -1,0 +1,93 @@
+#include "orxFunctions/analysis/white_balance.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "orxFunctions/analysis/grey_input_internal.h"
+
+namespace orx {
+namespace {
+
+using ChannelCounts = std::array<std::vector<std::uint64_t>, 3>;
+
+template <class Pixel>
+ChannelCounts countLevels(const cv::Mat& img) {
+    ChannelCounts counts;
+    counts.fill(std::vector<std::uint64_t>(static_cast<std::size_t>(fullLevel(img)) + 1));
+    const int channels = img.channels();
+    for (int y = 0; y < img.rows; ++y) {
+        const Pixel* pixel = img.ptr<Pixel>(y);
+        for (int x = 0; x < img.cols; ++x, pixel += channels) {
+            for (std::size_t c = 0; c < 3; ++c) ++counts[c][pixel[c]];
+        }
+    }
+    return counts;
+}
+
+cv::Vec3d whiteLevels(const cv::Mat& img, double share) {
+    const ChannelCounts counts = img.depth() == CV_8U ? countLevels<uchar>(img) : countLevels<ushort>(img);
+    cv::Vec3d white;
+    for (int c = 0; c < 3; ++c) {
+        const std::vector<std::uint64_t>& count = counts[static_cast<std::size_t>(c)];
+        const double required = share * static_cast<double>(img.total());
+        std::size_t level = 0;
+        double reached = static_cast<double>(count[0]);
+        while (reached < required && level + 1 < count.size()) reached += static_cast<double>(count[++level]);
+        white[c] = static_cast<double>(level);
+    }
+    return white;
+}
+
+cv::Vec3d meanLevels(const cv::Mat& img) {
+    const cv::Scalar mean = cv::mean(img);
+    return {mean[0], mean[1], mean[2]};
+}
+
+cv::Vec3d gainsTo(double wanted, const cv::Vec3d& levels) {
+    cv::Vec3d gains;
+    for (int c = 0; c < 3; ++c) gains[c] = levels[c] > 0 ? wanted / levels[c] : 1.0;
+    return gains;
+}
+
+}  // namespace
+
+TWhiteBalance getWhiteBalance(const cv::Mat& img, const TWhiteBalanceOptions& options) {
+    const bool known = options.method == wbGreyWorld || options.method == wbWhitePatch;
+    const bool usable = known && isBetween(options.whiteShare, 0, 1) && options.whiteShare > 0;
+    if (!isPicture(img) || !usable) return {};
+    TWhiteBalance balance;
+    balance.valid = true;
+    if (lightChannels(img) == 1) return balance;
+    if (options.method == wbGreyWorld) {
+        const cv::Vec3d mean = meanLevels(img);
+        balance.gains = gainsTo((mean[0] + mean[1] + mean[2]) / 3, mean);
+    } else {
+        const cv::Vec3d white = whiteLevels(img, options.whiteShare);
+        balance.gains = gainsTo(std::max({white[0], white[1], white[2]}), white);
+    }
+    return balance;
+}
+
+bool applyWhiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalance& balance) {
+    const cv::Vec3d& gains = balance.gains;
+    const bool usable = balance.valid && isBetween(gains[0], 0, 1e6) && isBetween(gains[1], 0, 1e6) &&
+                        isBetween(gains[2], 0, 1e6);
+    if (!isPicture(src) || !usable) return false;
+    cv::Mat result;
+    if (lightChannels(src) == 1) {
+        result = src.clone();
+    } else {
+        cv::multiply(src, cv::Scalar(gains[0], gains[1], gains[2], 1.0), result);
+    }
+    dst = result;
+    return true;
+}
+
+bool whiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalanceOptions& options) {
+    return applyWhiteBalance(src, dst, getWhiteBalance(src, options));
+}
+
+}  // namespace orx
