@@ -161,15 +161,16 @@ void addEstimatorOptions(CLI::App& app, Words& words) {
             ->group(group);
     };
     add("--circle", words.circle,
-        "For what --shape makes a circle: search, ransac, robust or wls. The estimator's own circle through "
-        "the contour's pixels, half a pixel larger; search alone refines it between pixels",
+        "For what --shape makes a circle. The estimator's own circle through the\n"
+        "contour's pixels, half a pixel larger; search alone refines it between pixels",
         {"search", "ransac", "robust", "wls"});
     add("--line", words.line,
-        "For what --shape makes a line: search, ransac or robust. Each long side is one fit through its "
-        "pixels, set half a pixel outwards",
+        "For what --shape makes a line. Each long side is one fit through its pixels,\n"
+        "set half a pixel outwards",
         {"search", "ransac", "robust"});
     add("--ellipse", words.ellipse,
-        "Measure ellipses where --shape makes a circle: norm (all edge points) or ransac. Not with --circle",
+        "Measure ellipses where --shape makes a circle, through all edge points (norm)\n"
+        "or by random samples of them; not with --circle",
         {"none", "norm", "ransac"});
 }
 
@@ -185,8 +186,8 @@ void addAnalysisOptions(CLI::App& app, Settings& settings, Words& words) {
         ->type_name("X,Y,W,H")
         ->group(group);
     app.add_option("--circle-caliper", words.circleCalipers,
-                   "Edges around a circle of about this place and size, and the circle through them; may be "
-                   "given again")
+                   "Edges around a circle of about this place and size, and the circle through\n"
+                   "them; may be given again")
         ->check(CLI::Validator([](const std::string& text) { return problemOfCircle(text); }, ""))
         ->allow_extra_args(false)
         ->type_name("CX,CY,R")
