@@ -5,7 +5,9 @@
 #include <opencv2/imgproc.hpp>
 
 #include "inspection/consensus.h"
-#include "inspection/edge_profile.h"
+#include "inspection/contour_edges.h"
+#include "inspection/ellipse_measure.h"
+#include "inspection/fit_estimators.h"
 #include "inspection/least_squares.h"
 #include "orxFunctions/fitting/point_list.h"
 
@@ -18,33 +20,7 @@ constexpr std::size_t kLeastPoints = 8;
 constexpr double kSecondSide = 0.3;
 // How far the rounding of a blurred corner reaches along a side, pixels.
 constexpr double kCorner = 5.0;
-
-// What stays the same for all contours of a picture.
-struct Context {
-    const cv::Mat& grey;
-    bool brightObjects;
-    const Settings& settings;
-};
-
-// Where the edge passes at a contour pixel, looking along `outward`.
-cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const Context& context) {
-    const cv::Point2d point = pixel;
-    if (context.settings.subPixel)
-        if (const auto edge = edgeAcross(context.grey, point, outward, context.brightObjects)) return *edge;
-    return point + 0.5 * outward;
-}
-
-std::vector<cv::Point2d> edgesOfCircle(const std::vector<cv::Point>& pixels, cv::Point2d center,
-                                       const Context& context) {
-    std::vector<cv::Point2d> edges;
-    edges.reserve(pixels.size());
-    for (const cv::Point& pixel : pixels) {
-        const cv::Point2d ray = cv::Point2d(pixel) - center;
-        const double length = std::hypot(ray.x, ray.y);
-        if (length > 0.0) edges.push_back(edgeAt(pixel, ray / length, context));
-    }
-    return edges;
-}
+constexpr double kHalfPixel = 0.5;
 
 // The edge along a straight side. Its ends are left out, because a blurred corner is round; a side too short
 // for that is used whole.
@@ -64,40 +40,11 @@ std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outw
     return edges;
 }
 
-// Adds up the distances of contour points from a shape.
-class Residuals {
-  public:
-    explicit Residuals(double tolerance) : tolerance_(tolerance) {}
-
-    void add(double distance) {
-        ++count_;
-        sum_ += distance;
-        if (distance > tolerance_) return;
-        ++inliers_;
-        inlierSum_ += distance;
-    }
-
-    void writeTo(Feature& feature, double minInliers) const {
-        feature.contourPoints = count_;
-        feature.inlierRatio = count_ > 0 ? static_cast<double>(inliers_) / count_ : 0.0;
-        feature.meanResidual = count_ > 0 ? sum_ / count_ : 0.0;
-        feature.inlierResidual = inliers_ > 0 ? inlierSum_ / inliers_ : 0.0;
-        feature.weak = feature.inlierRatio < minInliers;
-    }
-
-  private:
-    double tolerance_;
-    int count_ = 0;
-    int inliers_ = 0;
-    double sum_ = 0.0;
-    double inlierSum_ = 0.0;
-};
-
 SearchSettings searchSettings(const Settings& settings) {
     return {settings.trials, settings.tolerance, settings.seed};
 }
 
-std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const Context& context) {
     // The search computes in 32-bit integers: near the origin its products stay small.
     const cv::Rect box = cv::boundingRect(points);
     std::vector<cv::Point> local = points;
@@ -107,23 +54,34 @@ std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const
 
     const cv::Point2d corner = box.tl();
     Circle circle{found->circle.center + corner, found->circle.radius};
-    std::vector<cv::Point2d> edges = edgesOfCircle(points, circle.center, context);
     for (int pass = 0; pass < 2; ++pass) {
         std::vector<cv::Point2d> inliers;
-        for (const cv::Point2d& edge : edges)
+        for (const cv::Point2d& edge : edgesOfCircle(points, circle.center, context))
             if (circle.distance(edge) <= context.settings.tolerance) inliers.push_back(edge);
         const auto fitted = fitCircleFrom(circle, inliers);
         if (!fitted) break;
         circle = *fitted;
-        edges = edgesOfCircle(points, circle.center, context);
     }
+    return circle;
+}
 
+std::optional<Circle> estimatedCircle(const std::vector<cv::Point>& points, const Context& context) {
+    auto circle = estimateCircle(points, context.settings);
+    if (circle) circle->radius += kHalfPixel;
+    return circle;
+}
+
+std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const Context& context) {
+    const bool searches = context.settings.circle == CircleEstimator::kSearch;
+    const auto circle = searches ? searchedCircle(points, context) : estimatedCircle(points, context);
+    if (!circle) return std::nullopt;
     Feature feature;
     feature.shape = Shape::kCircle;
-    feature.center = circle.center;
-    feature.radius = circle.radius;
+    feature.center = circle->center;
+    feature.radius = circle->radius;
     Residuals residuals(context.settings.tolerance);
-    for (const cv::Point2d& edge : edges) residuals.add(circle.distance(edge));
+    for (const cv::Point2d& edge : edgesOfCircle(points, circle->center, context))
+        residuals.add(circle->distance(edge));
     residuals.writeTo(feature, context.settings.minInliers);
     return feature;
 }
@@ -139,13 +97,8 @@ cv::Point2d outwardOf(const Line& line, cv::Point2d middle) {
     return line.signedDistance(middle) > 0.0 ? -line.normal() : line.normal();
 }
 
-struct Sides {
-    Line axis;
-    double width = 0.0;
-};
-
 // The axis between the two long sides, or the one side that was found.
-std::optional<Sides> findSides(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const Context& context) {
     const SearchSettings search = searchSettings(context.settings);
     const auto first = searchLine(points, nullptr, search);
     if (!first) return std::nullopt;
@@ -160,15 +113,22 @@ std::optional<Sides> findSides(const std::vector<cv::Point>& points, const Conte
             first->line.signedDistance(second->line.point) * outward.dot(first->line.normal()) <
             -2.0 * context.settings.tolerance;
         const double share = static_cast<double>(secondEdges.size()) / static_cast<double>(firstEdges.size());
-        if (pair && isOpposite && share >= kSecondSide) return Sides{pair->axis, pair->width};
+        if (pair && isOpposite && share >= kSecondSide) return pair;
     }
     const auto single = fitLineThrough(firstEdges);
     if (!single) return std::nullopt;
-    return Sides{*single, 0.0};
+    return ParallelLines{*single, 0.0};
+}
+
+std::optional<ParallelLines> estimatedSides(const std::vector<cv::Point>& points, const Context& context) {
+    auto sides = estimateSides(points, context.settings);
+    if (sides && sides->width > 0.0) sides->width += 2.0 * kHalfPixel;
+    return sides;
 }
 
 std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const Context& context) {
-    const auto sides = findSides(points, context);
+    const bool searches = context.settings.line == LineEstimator::kSearch;
+    const auto sides = searches ? searchedSides(points, context) : estimatedSides(points, context);
     if (!sides) return std::nullopt;
 
     const Line& axis = sides->axis;
@@ -194,13 +154,21 @@ std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const C
     return feature;
 }
 
-Shape shapeOf(const std::vector<cv::Point>& contour, ShapeChoice choice) {
-    if (choice == ShapeChoice::kCircle) return Shape::kCircle;
-    if (choice == ShapeChoice::kLine) return Shape::kLine;
+bool isElongated(const std::vector<cv::Point>& contour, ShapeChoice choice) {
+    if (choice != ShapeChoice::kAuto) return choice == ShapeChoice::kLine;
     const cv::Size2f size = cv::minAreaRect(contour).size;
     const float shorter = std::max(1.0F, std::min(size.width, size.height));
-    return static_cast<double>(std::max(size.width, size.height) / shorter) >= kElongated ? Shape::kLine
-                                                                                          : Shape::kCircle;
+    return static_cast<double>(std::max(size.width, size.height) / shorter) >= kElongated;
+}
+
+std::optional<Feature> measureContour(const std::vector<cv::Point>& points, bool isLine, const cv::Mat& grey,
+                                      const Preparation& prepared, const Settings& settings) {
+    const bool usesPixels =
+        isLine ? settings.line != LineEstimator::kSearch : settings.circle != CircleEstimator::kSearch;
+    const Context context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels};
+    if (isLine) return measureLine(points, context);
+    return settings.ellipse == EllipseEstimator::kNone ? measureCircle(points, context)
+                                                       : measureEllipse(points, context);
 }
 
 double extentOf(const Feature& feature) {
@@ -232,10 +200,13 @@ void sortForReading(std::vector<Feature>& features) {
 
 }  // namespace
 
+const char* nameOf(Shape shape) {
+    return shape == Shape::kCircle ? "circle" : shape == Shape::kLine ? "line" : "ellipse";
+}
+
 std::vector<Feature> measure(const cv::Mat& grey, const Preparation& prepared, const Settings& settings) {
     std::vector<std::vector<cv::Point>> contours;
     cv::findContours(prepared.objects, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
-    const Context context{grey, prepared.brightObjects, settings};
     std::vector<Feature> features;
     for (const std::vector<cv::Point>& contour : contours) {
         const double area = cv::contourArea(contour);
@@ -243,8 +214,7 @@ std::vector<Feature> measure(const cv::Mat& grey, const Preparation& prepared, c
         std::vector<cv::Point> points = contour;
         orx::deleteImageSidePoints(points, grey.size(), 1);
         if (points.size() < kLeastPoints) continue;
-        auto feature = shapeOf(contour, settings.shape) == Shape::kLine ? measureLine(points, context)
-                                                                        : measureCircle(points, context);
+        auto feature = measureContour(points, isElongated(contour, settings.shape), grey, prepared, settings);
         if (!feature) continue;
         feature->area = area;
         feature->contour = contour;

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "inspection/methods.h"
+#include "inspection/places.h"
 
 namespace inspection {
 namespace {
@@ -15,12 +16,27 @@ const std::map<std::string, Polarity> kPolarities = {
     {"auto", Polarity::kAuto}, {"bright", Polarity::kBright}, {"dark", Polarity::kDark}};
 const std::map<std::string, ShapeChoice> kShapes = {
     {"auto", ShapeChoice::kAuto}, {"circle", ShapeChoice::kCircle}, {"line", ShapeChoice::kLine}};
+const std::map<std::string, CircleEstimator> kCircleEstimators = {{"search", CircleEstimator::kSearch},
+                                                                  {"ransac", CircleEstimator::kRansac},
+                                                                  {"robust", CircleEstimator::kRobust},
+                                                                  {"wls", CircleEstimator::kWeighted}};
+const std::map<std::string, LineEstimator> kLineEstimators = {{"search", LineEstimator::kSearch},
+                                                              {"ransac", LineEstimator::kRansac},
+                                                              {"robust", LineEstimator::kRobust}};
+const std::map<std::string, EllipseEstimator> kEllipseEstimators = {{"none", EllipseEstimator::kNone},
+                                                                    {"norm", EllipseEstimator::kNorm},
+                                                                    {"ransac", EllipseEstimator::kRansac}};
 
 // Names as they are typed; they become enumerations once they are known to be valid.
 struct Words {
     std::string polarity = "auto";
     std::string shape = "auto";
+    std::string circle = "search";
+    std::string line = "search";
+    std::string ellipse = "none";
     bool noSubPixel = false;
+    std::vector<std::string> calipers;
+    std::vector<std::string> circleCalipers;
 };
 
 // CLI::Range would let "nan" pass.
@@ -134,6 +150,74 @@ void addShapeOptions(CLI::App& app, Settings& settings, Words& words) {
         ->group(group);
 }
 
+void addEstimatorOptions(CLI::App& app, Words& words) {
+    const char* group = "Estimators of the library, in place of the built-in search";
+    const auto add = [&](const char* name, std::string& word, const char* text,
+                         const std::vector<std::string>& names) {
+        app.add_option(name, word, text)
+            ->check(CLI::IsMember(names))
+            ->type_name("NAME")
+            ->capture_default_str()
+            ->group(group);
+    };
+    add("--circle", words.circle,
+        "For what --shape makes a circle. The estimator's own circle through the\n"
+        "contour's pixels, half a pixel larger; search alone refines it between pixels",
+        {"search", "ransac", "robust", "wls"});
+    add("--line", words.line,
+        "For what --shape makes a line. Each long side is one fit through its pixels,\n"
+        "set half a pixel outwards",
+        {"search", "ransac", "robust"});
+    add("--ellipse", words.ellipse,
+        "Measure ellipses where --shape makes a circle, through all edge points (norm)\n"
+        "or by random samples of them; not with --circle",
+        {"none", "norm", "ransac"});
+}
+
+void addAnalysisOptions(CLI::App& app, Settings& settings, Words& words) {
+    const char* group = "Looking closer; each adds its results to the reports";
+    app.add_flag("--segment", settings.split, "Split the measured contours into lines and arcs")
+        ->group(group);
+    app.add_flag("--edges", settings.edges, "Find sub-pixel edges in the whole picture")->group(group);
+    app.add_option("--caliper", words.calipers,
+                   "Edges across a box, searched along its longer side; may be given again")
+        ->check(CLI::Validator([](const std::string& text) { return problemOfBox(text); }, ""))
+        ->allow_extra_args(false)
+        ->type_name("X,Y,W,H")
+        ->group(group);
+    app.add_option("--circle-caliper", words.circleCalipers,
+                   "Edges around a circle of about this place and size, and the circle through\n"
+                   "them; may be given again")
+        ->check(CLI::Validator([](const std::string& text) { return problemOfCircle(text); }, ""))
+        ->allow_extra_args(false)
+        ->type_name("CX,CY,R")
+        ->group(group);
+    app.add_flag("--focus", settings.focus, "How sharp the picture is, by four measures")->group(group);
+}
+
+// An estimator that no contour could reach would be ignored in silence.
+void requireReachableEstimators(const Settings& settings) {
+    const bool choosesCircle = settings.circle != CircleEstimator::kSearch;
+    const bool choosesEllipse = settings.ellipse != EllipseEstimator::kNone;
+    if (choosesCircle && choosesEllipse)
+        throw CLI::ValidationError("--circle and --ellipse exclude each other");
+    if (settings.shape == ShapeChoice::kLine && (choosesCircle || choosesEllipse))
+        throw CLI::ValidationError("--shape line leaves nothing for --circle or --ellipse");
+    if (settings.shape == ShapeChoice::kCircle && settings.line != LineEstimator::kSearch)
+        throw CLI::ValidationError("--shape circle leaves nothing for --line");
+}
+
+void takeWords(const Words& words, Settings& settings) {
+    settings.polarity = kPolarities.at(words.polarity);
+    settings.shape = kShapes.at(words.shape);
+    settings.circle = kCircleEstimators.at(words.circle);
+    settings.line = kLineEstimators.at(words.line);
+    settings.ellipse = kEllipseEstimators.at(words.ellipse);
+    settings.subPixel = !words.noSubPixel;
+    for (const std::string& text : words.calipers) settings.calipers.push_back(boxFrom(text));
+    for (const std::string& text : words.circleCalipers) settings.circleCalipers.push_back(circleFrom(text));
+}
+
 void requireInput(const Options& options) {
     if (options.inputs.empty() && !options.syntheticSeed)
         throw CLI::ValidationError("nothing to measure: give pictures, folders or --synthetic SEED");
@@ -155,18 +239,19 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
     addInputs(app, options);
     addObjectOptions(app, options.settings, words);
     addShapeOptions(app, options.settings, words);
+    addEstimatorOptions(app, words);
+    addAnalysisOptions(app, options.settings, words);
     try {
         app.parse(argc, argv);
         if (!std::isfinite(options.settings.minArea))
             throw CLI::ValidationError("--min-area must be a number");
         requireInput(options);
+        takeWords(words, options.settings);
+        requireReachableEstimators(options.settings);
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
         return std::nullopt;
     }
-    options.settings.polarity = kPolarities.at(words.polarity);
-    options.settings.shape = kShapes.at(words.shape);
-    options.settings.subPixel = !words.noSubPixel;
     return options;
 }
 

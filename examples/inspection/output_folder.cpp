@@ -30,11 +30,11 @@ bool OutputFolder::create(std::string& problem) const {
     return problem.empty();
 }
 
-fs::path OutputFolder::pictureFor(const fs::path& source) {
+fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suffix) {
     const fs::path stem = source.stem();
     for (int count = 1;; ++count) {
         fs::path name = stem;
-        name += count == 1 ? "-measured.png" : "-measured-" + std::to_string(count) + ".png";
+        name += suffix + (count == 1 ? ".png" : "-" + std::to_string(count) + ".png");
         if (taken_.insert(name).second) return path_ / name;
     }
 }

@@ -16,9 +16,9 @@ class OutputFolder {
     // Creates the folder where it is missing. False, with the reason in `problem`, when it can't be used.
     bool create(std::string& problem) const;
 
-    // A file that this run has not handed out before: name-measured.png for name.jpg, name-measured-2.png for
-    // the next one of that name.
-    std::filesystem::path pictureFor(const std::filesystem::path& source);
+    // A file that this run has not handed out before: with the suffix "-measured" name-measured.png for
+    // name.jpg, name-measured-2.png for the next one of that name.
+    std::filesystem::path pictureFor(const std::filesystem::path& source, const std::string& suffix);
 
     std::filesystem::path file(const std::string& name) const { return path_ / name; }
 

@@ -1,10 +1,10 @@
 #include "inspection/report_html.h"
 
 #include <algorithm>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "inspection/data_uri.h"
 #include "inspection/histogram_plot.h"
 #include "inspection/table.h"
 #include "inspection/utf8.h"
@@ -33,6 +33,14 @@ img { display: block; max-width: 100%; height: auto; border-radius: 4px; margin:
 .histogram .axis { stroke: var(--soft); } .histogram .level { stroke: var(--accent); stroke-width: 1.5; }
 .histogram text { font-size: 11px; fill: var(--soft); } .histogram .tick { text-anchor: middle; }
 .histogram .level-text { fill: var(--accent); font-weight: 600; }
+figure { margin: 0 0 14px; } figcaption { color: var(--soft); font-size: 13px; }
+.closeup { width: 100%; max-width: 968px; display: block; border-radius: 4px; }
+.closeup polyline { fill: none; stroke: #ffd84a; stroke-width: 0.09; }
+.closeup circle { fill: #ff4f6d; stroke: #fff; stroke-width: 0.04; }
+.plot { width: 100%; max-width: 760px; display: block; }
+.plot .curve { fill: none; stroke: var(--object); stroke-width: 1.5; } .plot .frame { fill: none; stroke: var(--line); }
+.plot .points { fill: var(--object); } .plot .mark { stroke: var(--accent); stroke-width: 1.5; }
+.plot text { font-size: 11px; fill: var(--soft); } .plot .mark-text { fill: var(--accent); text-anchor: middle; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; }
 th, td { text-align: right; padding: 3px 12px; border-bottom: 1px solid var(--line); white-space: nowrap; }
@@ -52,11 +60,10 @@ cv::Mat shrunk(const cv::Mat& picture) {
     return smaller;
 }
 
-void writePicture(std::ostream& out, const cv::Mat& picture) {
-    std::vector<unsigned char> bytes;
-    if (picture.empty() || !cv::imencode(".png", shrunk(picture), bytes)) return;
-    out << "<img alt='The picture with the measured features' src='data:image/png;base64," << base64(bytes)
-        << "'>\n";
+void writePicture(std::ostream& out, const cv::Mat& picture, const std::string& alt) {
+    if (picture.empty()) return;
+    const std::string data = pngDataUri(shrunk(picture));
+    if (!data.empty()) out << "<img alt='" << escapeHtml(alt) << "' src='" << data << "'>\n";
 }
 
 void writeRow(std::ostream& out, const std::vector<std::string>& cells, const char* tag,
@@ -76,14 +83,14 @@ void writeFeatures(std::ostream& out, const std::vector<Feature>& features) {
     int number = 0;
     for (const Feature& f : features) {
         const bool isCircle = f.shape == Shape::kCircle;
-        writeRow(out,
-                 {std::to_string(++number), isCircle ? "circle" : "line", fixedText(f.center.x, 2),
-                  fixedText(f.center.y, 2), isCircle ? fixedText(f.radius, 2) : "",
-                  isCircle ? "" : fixedText(f.angle, 2), isCircle ? "" : fixedText(f.length, 1),
-                  isCircle ? "" : fixedText(f.width, 2), std::to_string(f.contourPoints),
-                  fixedText(100.0 * f.inlierRatio, 0) + " %", fixedText(f.meanResidual, 2),
-                  fixedText(f.inlierResidual, 2)},
-                 "td", f.weak ? "weak" : "");
+        writeRow(
+            out,
+            {std::to_string(++number), nameOf(f.shape), fixedText(f.center.x, 2), fixedText(f.center.y, 2),
+             f.isRound() ? fixedText(f.radius, 2) : "", isCircle ? "" : fixedText(f.angle, 2),
+             isCircle ? "" : fixedText(f.length, 1), isCircle ? "" : fixedText(f.width, 2),
+             std::to_string(f.contourPoints), fixedText(100.0 * f.inlierRatio, 0) + " %",
+             fixedText(f.meanResidual, 2), fixedText(f.inlierResidual, 2)},
+            "td", f.weak ? "weak" : "");
     }
     out << "</table></div>\n";
 }
@@ -103,6 +110,20 @@ void writeTruth(std::ostream& out, const std::vector<TruthError>& truth) {
                   number(!isCircle, e.offsetError), number(!isCircle, e.widthError)},
                  "td", e.feature < 0 ? "weak" : "");
     }
+    out << "</table></div>\n";
+}
+
+void writeSection(std::ostream& out, const Section& section) {
+    out << "<h3>" << escapeHtml(section.title) << "</h3>\n";
+    if (!section.note.empty()) out << "<p class='soft'>" << escapeHtml(section.note) << "</p>\n";
+    writePicture(out, section.picture, section.title);
+    for (const Figure& figure : section.figures)
+        out << "<figure>" << figure.svg << "<figcaption>" << escapeHtml(figure.caption)
+            << "</figcaption></figure>\n";
+    if (section.rows.size() < 2) return;
+    out << "<div class='scroll'><table>\n";
+    for (std::size_t i = 0; i < section.rows.size(); ++i)
+        writeRow(out, section.rows[i], i == 0 ? "th" : "td");
     out << "</table></div>\n";
 }
 
@@ -136,11 +157,12 @@ void HtmlReport::add(const ImageResult& result, const cv::Mat& annotated) {
         out_ << "<p class='soft'>" << result.size.width << " x " << result.size.height << " pixels, "
              << (result.brightObjects ? "bright" : "dark") << " objects, " << result.features.size()
              << " features</p>\n";
-        writePicture(out_, annotated);
+        writePicture(out_, annotated, "The picture with the measured features");
         out_ << "<h3>Histogram and level (" << escapeHtml(method_) << ", square-root scale)</h3>\n"
              << histogramSvg(result.histogram, result.level, result.brightObjects) << "\n";
         writeFeatures(out_, result.features);
         if (result.hasTruth) writeTruth(out_, result.truth);
+        for (const Section& section : result.sections) writeSection(out_, section);
     }
     writeMessages(out_, result.messages);
     out_ << "</section>\n";
@@ -148,19 +170,6 @@ void HtmlReport::add(const ImageResult& result, const cv::Mat& annotated) {
 
 void HtmlReport::finish() {
     out_ << "<p class='soft'>" << measured_ << " measured, " << failed_ << " failed.</p>\n</body></html>\n";
-}
-
-std::string base64(const std::vector<unsigned char>& bytes) {
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
-        unsigned group = 0;
-        for (std::size_t k = 0; k < 3; ++k) group = (group << 8) | (k < count ? bytes[i + k] : 0U);
-        for (std::size_t k = 0; k < 4; ++k) text += k <= count ? kDigits[(group >> (18 - 6 * k)) & 63U] : '=';
-    }
-    return text;
 }
 
 }  // namespace inspection

@@ -30,9 +30,6 @@ class HtmlReport {
     int failed_ = 0;
 };
 
-// RFC 4648, with padding.
-std::string base64(const std::vector<unsigned char>& bytes);
-
 }  // namespace inspection
 
 #endif

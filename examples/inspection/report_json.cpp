@@ -2,6 +2,9 @@
 
 #include <json/writer.h>
 
+#include "inspection/analyses_json.h"
+#include "inspection/fit_estimators.h"
+
 namespace inspection {
 namespace {
 
@@ -22,6 +25,9 @@ Json::Value settingsValue(const Settings& settings) {
     value["close"] = settings.close;
     value["minArea"] = settings.minArea;
     value["shape"] = shapeChoiceText(settings.shape);
+    value["circle"] = nameOf(settings.circle);
+    value["line"] = nameOf(settings.line);
+    value["ellipse"] = nameOf(settings.ellipse);
     value["tolerance"] = settings.tolerance;
     value["trials"] = settings.trials;
     value["seed"] = settings.seed;
@@ -35,11 +41,9 @@ Json::Value featureValue(int number, const Feature& feature) {
     value["number"] = number;
     value["x"] = feature.center.x;
     value["y"] = feature.center.y;
-    if (feature.shape == Shape::kCircle) {
-        value["shape"] = "circle";
-        value["radius"] = feature.radius;
-    } else {
-        value["shape"] = "line";
+    value["shape"] = nameOf(feature.shape);
+    if (feature.isRound()) value["radius"] = feature.radius;
+    if (feature.shape != Shape::kCircle) {
         value["angle"] = feature.angle;
         value["length"] = feature.length;
         value["width"] = feature.width;
@@ -78,9 +82,11 @@ void addMeasured(Json::Value& image, const ImageResult& result) {
     image["level"] = result.level;
     image["objects"] = result.brightObjects ? "bright" : "dark";
     image["annotated"] = result.annotatedFile;
+    for (const std::string& file : result.moreFiles) image["pictures"].append(file);
     image["features"] = Json::Value(Json::arrayValue);
     int number = 0;
     for (const Feature& feature : result.features) image["features"].append(featureValue(++number, feature));
+    addAnalyses(image, result.analyses);
     if (!result.hasTruth) return;
     image["truth"] = Json::Value(Json::arrayValue);
     for (const TruthError& error : result.truth) image["truth"].append(truthValue(error));

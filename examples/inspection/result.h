@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "inspection/analyses.h"
 #include "inspection/measurement.h"
+#include "inspection/section.h"
 #include "inspection/truth_check.h"
 
 namespace inspection {
@@ -21,12 +23,15 @@ struct ImageResult {
     bool brightObjects = true;
     std::array<int, 256> histogram{};
     std::vector<Feature> features;
+    Analyses analyses;
+    std::vector<Section> sections;  // the analyses for people
 
     bool hasTruth = false;
     std::vector<TruthError> truth;
 
-    std::string annotatedFile;          // UTF-8; "" when there is none
-    std::vector<std::string> messages;  // of the library, UTF-8
+    std::string annotatedFile;           // UTF-8; "" when there is none
+    std::vector<std::string> moreFiles;  // further pictures, UTF-8
+    std::vector<std::string> messages;   // of the library, UTF-8
 
     bool measured() const { return problem.empty(); }
 };

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "inspection/analyses_sections.h"
 #include "inspection/annotate.h"
 #include "inspection/image_source.h"
 #include "inspection/output_folder.h"
@@ -109,16 +110,28 @@ class Session {
         result.histogram = prepared->histogram;
         result.features = measure(grey, *prepared, options_.settings);
         if (scene != nullptr) checkTruth(*scene, result);
+        result.analyses = analyse(grey, result.features, options_.settings);
+        result.sections = sectionsOf(grey, result.analyses);
         const std::vector<std::string> messages = takeMessages();
         result.messages.insert(result.messages.end(), messages.begin(), messages.end());
 
         cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
-        const fs::path file = folder_.pictureFor(source);
-        if (writePng(file, annotated))
-            result.annotatedFile = displayName(file);
-        else
-            result.problem = "the annotated picture " + displayName(file) + " can't be written";
+        result.annotatedFile = writePicture(source, "-measured", annotated, result.problem);
+        for (const Section& section : result.sections) {
+            if (section.picture.empty()) continue;
+            const std::string file = writePicture(source, section.suffix, section.picture, result.problem);
+            if (!file.empty()) result.moreFiles.push_back(file);
+        }
         return annotated;
+    }
+
+    // The name of the file; "" when it can't be written, and the reason in `problem`.
+    std::string writePicture(const fs::path& source, const std::string& suffix, const cv::Mat& picture,
+                             std::string& problem) {
+        const fs::path file = folder_.pictureFor(source, suffix);
+        if (writePng(file, picture)) return displayName(file);
+        problem = "the picture " + displayName(file) + " can't be written";
+        return "";
     }
 
     static void checkTruth(const scenes::Scene& scene, ImageResult& result) {
@@ -137,6 +150,7 @@ class Session {
         printResult(out_, result, options_.settings.method);
         for (const std::string& message : result.messages) out_ << "message: " << message << "\n";
         if (!result.annotatedFile.empty()) pictures_.push_back(result.annotatedFile);
+        pictures_.insert(pictures_.end(), result.moreFiles.begin(), result.moreFiles.end());
         html.add(result, annotated);
         json_.add(result);
     }

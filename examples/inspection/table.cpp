@@ -18,11 +18,12 @@ std::string percentText(double ratio) { return fixedText(100.0 * ratio, 0) + " %
 Row featureRow(std::size_t number, const Feature& feature) {
     const bool isCircle = feature.shape == Shape::kCircle;
     return {std::to_string(number),
-            isCircle ? "circle" : "line",
+            nameOf(feature.shape),
             fixedText(feature.center.x, 2),
             fixedText(feature.center.y, 2),
-            isCircle ? fixedText(feature.radius, 2) : "",
+            feature.isRound() ? fixedText(feature.radius, 2) : "",
             isCircle ? "" : fixedText(feature.angle, 2),
+            isCircle ? "" : fixedText(feature.length, 2),
             isCircle ? "" : fixedText(feature.width, 2),
             std::to_string(feature.contourPoints),
             percentText(feature.inlierRatio),
@@ -65,9 +66,13 @@ void printSummary(std::ostream& out, const std::vector<Feature>& features) {
     const auto circles = std::count_if(features.begin(), features.end(), isCircle);
     const auto good = std::count_if(features.begin(), features.end(),
                                     [&](const Feature& f) { return isCircle(f) && f.meanResidual < kGood; });
-    const auto lines = static_cast<std::ptrdiff_t>(features.size()) - circles;
+    const auto lines = std::count_if(features.begin(), features.end(),
+                                     [](const Feature& f) { return f.shape == Shape::kLine; });
+    const auto ellipses = static_cast<std::ptrdiff_t>(features.size()) - circles - lines;
     out << circles << (circles == 1 ? " circle" : " circles") << " (" << good
-        << " with a mean residual below 2 px), " << lines << (lines == 1 ? " line" : " lines") << "\n";
+        << " with a mean residual below 2 px), " << lines << (lines == 1 ? " line" : " lines");
+    if (ellipses > 0) out << ", " << ellipses << (ellipses == 1 ? " ellipse" : " ellipses");
+    out << "\n";
 }
 
 }  // namespace
@@ -105,12 +110,16 @@ void printResult(std::ostream& out, const ImageResult& result, const std::string
         << result.name << ": " << result.size.width << " x " << result.size.height << " pixels, " << method
         << " level " << result.level << ", " << (result.brightObjects ? "bright" : "dark") << " objects\n";
     std::vector<Row> rows{
-        {"#", "shape", "x", "y", "radius", "angle", "width", "points", "inliers", "residual", ""}};
+        {"#", "shape", "x", "y", "radius", "angle", "length", "width", "points", "inliers", "residual", ""}};
     for (std::size_t i = 0; i < result.features.size(); ++i)
         rows.push_back(featureRow(i + 1, result.features[i]));
     if (rows.size() > 1) printAligned(out, rows);
     printSummary(out, result.features);
     if (result.hasTruth) printTruth(out, result.truth);
+    for (const Section& section : result.sections) {
+        out << "\n" << section.title << (section.note.empty() ? "" : ": ") << section.note << "\n";
+        printAligned(out, section.rows);
+    }
 }
 
 }  // namespace inspection

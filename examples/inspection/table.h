@@ -17,8 +17,8 @@ std::string fixedText(double value, int decimals);
 // The first row is the heading.
 void printAligned(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
 
-// A line about the picture, then its features, and the errors against the truth when there is one. For a
-// picture that could not be measured: its name and the reason.
+// A line about the picture, then its features, the errors against the truth when there is one, and the
+// sections. For a picture that could not be measured: its name and the reason.
 void printResult(std::ostream& out, const ImageResult& result, const std::string& method);
 
 }  // namespace inspection

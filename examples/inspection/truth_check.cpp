@@ -13,7 +13,7 @@ int nearestFeature(const std::vector<Feature>& features, Shape shape, cv::Point2
     for (std::size_t i = 0; i < features.size(); ++i) {
         const cv::Point2d way = features[i].center - center;
         const double distance = std::hypot(way.x, way.y);
-        if (features[i].shape != shape || distance > least) continue;
+        if (features[i].isRound() != (shape == Shape::kCircle) || distance > least) continue;
         least = distance;
         nearest = static_cast<int>(i);
     }

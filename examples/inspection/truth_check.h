@@ -24,8 +24,8 @@ struct TruthError {
     double widthError = 0.0;   // bar: pixels
 };
 
-// One entry for each true shape, disks first: the feature of the same kind whose centre is nearest and lies
-// within the shape.
+// One entry for each true shape, disks first: the feature of the same kind (an ellipse stands for a
+// circle too) whose centre is nearest and lies within the shape.
 std::vector<TruthError> compareWithTruth(const std::vector<Feature>& features, const scenes::Scene& scene);
 
 }  // namespace inspection

@@ -105,6 +105,23 @@ TEST_F(Program, BadArgumentsEndWithTwoAndAHint) {
         {picture, "--seed", "-1"},
         {picture, "--seed", "99999999999"},
         {picture, "--output"},
+        {picture, "--circle", "huber"},
+        {picture, "--line", "wls"},
+        {picture, "--ellipse", "robust"},
+        {picture, "--circle", "wls", "--ellipse", "norm"},
+        {picture, "--shape", "line", "--circle", "ransac"},
+        {picture, "--shape", "line", "--ellipse", "norm"},
+        {picture, "--shape", "circle", "--line", "robust"},
+        {picture, "--caliper", "1,2,3"},
+        {picture, "--caliper", "1,2,3,4,5"},
+        {picture, "--caliper", "1,2,3.5,4"},
+        {picture, "--caliper", "1,2,0,4"},
+        {picture, "--caliper", "1,2,99999999999,4"},
+        {picture, "--caliper", "1;2;3;4"},
+        {picture, "--circle-caliper", "10,10,0"},
+        {picture, "--circle-caliper", "10,10,nan"},
+        {picture, "--circle-caliper", "10,10"},
+        {picture, "--edges=high"},
     };
     for (const auto& arguments : cases) {
         const Outcome outcome = run(arguments);
@@ -118,11 +135,14 @@ TEST_F(Program, BadArgumentsEndWithTwoAndAHint) {
 TEST_F(Program, HelpNamesEveryOptionWithItsDefaultAndVersionIsOneLine) {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* text :
-         {"--method",    "=otsu",      "--objects",   "=auto",         "--smooth",    "--background",
-          "--close",     "--min-area", "=100",        "--shape",       "--tolerance", "=2",
-          "--trials",    "=200",       "--seed",      "--min-inliers", "=0.5",        "--no-subpixel",
-          "--synthetic", "--output",   "=inspection", "--version",     "shanbhag",    "Exit code"})
+    for (const char* text : {"--method",      "=otsu",     "--objects",        "=auto",       "--smooth",
+                             "--background",  "--close",   "--min-area",       "=100",        "--shape",
+                             "--tolerance",   "=2",        "--trials",         "=200",        "--seed",
+                             "--min-inliers", "=0.5",      "--no-subpixel",    "--synthetic", "--output",
+                             "=inspection",   "--version", "shanbhag",         "Exit code",   "--circle",
+                             "--line",        "--ellipse", "=search",          "--segment",   "--edges",
+                             "--caliper",     "X,Y,W,H",   "--circle-caliper", "CX,CY,R",     "--focus",
+                             "=none"})
         EXPECT_THAT(help.output, HasSubstr(text));
     const Outcome version = run({"--version"});
     EXPECT_EQ(version.exitCode, 0);
@@ -162,6 +182,64 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_THAT(html, HasSubstr("level " + std::to_string(image["level"].asInt())));
     EXPECT_THAT(html, Not(HasSubstr("http")));  // needs no network
     EXPECT_THAT(html, HasSubstr("</html>"));
+}
+
+TEST_F(Program, EveryAnalysisStandsInTableJsonHtmlAndAPicture) {
+    const Outcome outcome =
+        run({writeDisk("disk.png"), "--segment", "--edges", "--focus", "--caliper", "10,58,120,5",
+             "--caliper", "-300,0,20,20", "--circle-caliper", "71.5,59,28", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const std::string html = contentOf(path("out/report.html"));
+    for (const char* title : {"Lines and arcs", "Sub-pixel edges", "Caliper 10,58,120,5",
+                              "Caliper -300,0,20,20", "Circle caliper 71.50,59.00,28.00", "Focus"}) {
+        EXPECT_THAT(outcome.output, HasSubstr(title));
+        EXPECT_THAT(html, HasSubstr(std::string("<h3>") + title));
+    }
+
+    const Json::Value image = report()["images"][0];
+    ASSERT_EQ(image["segments"].size(), 1U);
+    EXPECT_EQ(image["segments"][0]["lines"].size(), 0U);
+    // One outline of 2 pi 30 pixels, about a point a pixel.
+    EXPECT_EQ(image["edges"]["chains"].asInt(), 1);
+    EXPECT_NEAR(image["edges"]["length"].asDouble(), 188.5, 1.0);
+    EXPECT_GT(image["edges"]["points"].asInt(), 140);
+    EXPECT_NEAR(image["edges"]["meanContrast"].asDouble(), 140.0, 15.0);
+    // The middle row of the caliper is the disk's: it meets the outline at 40 and 100.
+    const Json::Value edges = image["calipers"][0]["edges"];
+    ASSERT_EQ(edges.size(), 2U);
+    EXPECT_NEAR(edges[0]["x"].asDouble(), 40.0, 0.1);
+    EXPECT_NEAR(edges[1]["x"].asDouble(), 100.0, 0.1);
+    EXPECT_EQ(edges[0]["y"].asDouble(), 60.0);
+    EXPECT_GT(edges[0]["contrast"].asDouble(), 100.0);
+    EXPECT_LT(edges[1]["contrast"].asDouble(), -100.0);
+    EXPECT_EQ(image["calipers"][0]["profile"].size(), 120U);
+    EXPECT_EQ(image["calipers"][1]["edges"].size(), 0U);
+    const Json::Value fitted = image["circleCalipers"][0]["fitted"];
+    EXPECT_NEAR(fitted["x"].asDouble(), 70.0, 0.02);
+    EXPECT_NEAR(fitted["y"].asDouble(), 60.0, 0.02);
+    EXPECT_NEAR(fitted["radius"].asDouble(), 30.0, 0.02);
+    EXPECT_GT(image["focus"]["greyDifference"].asDouble(), 0.0);
+
+    // The far caliper has nothing to show.
+    ASSERT_EQ(image["pictures"].size(), 4U);
+    for (const Json::Value& file : image["pictures"]) EXPECT_FALSE(cv::imread(file.asString()).empty());
+    EXPECT_THAT(html, HasSubstr("class='closeup'"));
+    EXPECT_THAT(html, HasSubstr("class='plot'"));
+    EXPECT_THAT(outcome.output, HasSubstr("not within reach"));
+}
+
+TEST_F(Program, AnalysesOfAPictureWithoutEdgesAreEmptyButHarmless) {
+    cv::imwrite(path("dot.png"), cv::Mat(1, 1, CV_8U, cv::Scalar(9)));
+    cv::imwrite(path("flat.png"), cv::Mat(40, 50, CV_8U, cv::Scalar(9)));
+    const Outcome outcome = run({path("dot.png"), path("flat.png"), "--segment", "--edges", "--focus",
+                                 "--caliper", "0,0,30,3", "--circle-caliper", "5,5,3", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const Json::Value image = report()["images"][1];
+    EXPECT_EQ(image["edges"]["points"].asInt(), 0);
+    EXPECT_FALSE(image["edges"].isMember("crop"));
+    EXPECT_EQ(image["calipers"][0]["edges"].size(), 0U);
+    EXPECT_FALSE(image["circleCalipers"][0].isMember("fitted"));
+    EXPECT_EQ(image["focus"]["tenengrad"].asDouble(), 0.0);
 }
 
 TEST_F(Program, UnreadableFilesAreNamedWithTheirReasonAndTheOthersGoOn) {

@@ -3,8 +3,8 @@
 #include <limits>
 #include <sstream>
 
+#include "inspection/data_uri.h"
 #include "inspection/progress.h"
-#include "inspection/report_html.h"
 #include "inspection/table.h"
 #include "inspection/utf8.h"
 
