@@ -122,7 +122,7 @@ TEST(TSegmentContour, CirclesBeyondTheBoundsStayLines) {
 
 TEST(TSegmentContour, ASlotIsTwoArcsAndTwoLinesWhereverItBegins) {
     const Points contour = slot({400, 300}, 100, 300);
-    for (std::size_t start = 0; start < contour.size(); start += 11) {
+    for (std::size_t start = 0; start < contour.size(); start += 31) {
         SCOPED_TRACE(start);
         const auto [lines, circles] = TSegmentContour().segmentContour(startedAt(contour, start), {});
         ASSERT_GE(circles.size(), 2U);

@@ -105,7 +105,7 @@ TEST(TSegemetLine, TheFootOfAPerpendicularLiesOnTheLine) {
 TEST(TSegemetLine, TheFitEqualsOpenCVsHuberLineToTheLastBit) {
     std::mt19937 random(3);
     const auto noise = [&](int span) { return static_cast<int>(random() % (2 * span + 1)) - span; };
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 150; ++round) {
         const int count = 3 + static_cast<int>(random() % (round % 2 == 0 ? 12 : 300));
         const int spread = round % 7;
         const double slope = noise(30) / 10.0;

@@ -273,7 +273,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
     TSegmentContour splitter;
     std::size_t mergers = 0;
     std::size_t swallowed = 0;
-    for (int round = 0; round < 30; ++round) {
+    for (int round = 0; round < 8; ++round) {
         // Arcs and chords around a few nearby centres, also left and above the image; many overlap, some
         // touch.
         std::vector<TSegemetCircle> circles;
@@ -306,8 +306,8 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         expectSame(circles, expected);
         mergers += circles.size() - between;
     }
-    EXPECT_GT(mergers, 100U);
-    EXPECT_GT(swallowed, 50U);
+    EXPECT_GT(mergers, 20U);
+    EXPECT_GT(swallowed, 10U);
 }
 
 }  // namespace
