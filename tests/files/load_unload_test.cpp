@@ -1,5 +1,6 @@
-// Loads the library, uses it and unloads it, again and again. This program does not link the library. It links
-// OpenCV and the companion library, as a host does: those stay loaded, and only this one comes and goes.
+// Loads the library, uses it and unloads it, again and again. This program does not link the library. It
+// links OpenCV and the companion library, as a host does: those stay loaded, and only this one comes and
+// goes.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
