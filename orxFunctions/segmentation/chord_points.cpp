@@ -106,17 +106,20 @@ void ChordPointFinder::recordPositions() {
     }
 }
 
+void ChordPointFinder::Box::include(const Box& other) {
+    left = std::min(left, other.left);
+    top = std::min(top, other.top);
+    right = std::max(right, other.right);
+    bottom = std::max(bottom, other.bottom);
+}
+
 void ChordPointFinder::buildBoxes() {
+    const auto boxOf = [](const cv::Point& p) { return Box{p.x, p.y, p.x, p.y}; };
     std::vector<Box> level;
     for (std::size_t i = 0; i < contour_.size(); i += kSmallestBlock) {
-        Box box{contour_[i].x, contour_[i].y, contour_[i].x, contour_[i].y};
+        Box box = boxOf(contour_[i]);
         const std::size_t end = std::min(contour_.size(), i + kSmallestBlock);
-        for (std::size_t p = i + 1; p < end; ++p) {
-            box.left = std::min(box.left, contour_[p].x);
-            box.top = std::min(box.top, contour_[p].y);
-            box.right = std::max(box.right, contour_[p].x);
-            box.bottom = std::max(box.bottom, contour_[p].y);
-        }
+        for (std::size_t p = i + 1; p < end; ++p) box.include(boxOf(contour_[p]));
         level.push_back(box);
     }
     while (!level.empty()) {
@@ -126,12 +129,7 @@ void ChordPointFinder::buildBoxes() {
         for (std::size_t i = 0; i < level.size(); i += kBlocksInABlock) {
             Box box = level[i];
             const std::size_t end = std::min(level.size(), i + kBlocksInABlock);
-            for (std::size_t b = i + 1; b < end; ++b) {
-                box.left = std::min(box.left, level[b].left);
-                box.top = std::min(box.top, level[b].top);
-                box.right = std::max(box.right, level[b].right);
-                box.bottom = std::max(box.bottom, level[b].bottom);
-            }
+            for (std::size_t b = i + 1; b < end; ++b) box.include(level[b]);
             above.push_back(box);
         }
         level.swap(above);

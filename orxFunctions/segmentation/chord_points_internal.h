@@ -26,6 +26,8 @@ class ChordPointFinder {
   private:
     struct Box {
         int left, top, right, bottom;
+
+        void include(const Box& other);
     };
 
     // A slot of the hash table: a key point and its stretch of positions_. Slots without a position are free.
