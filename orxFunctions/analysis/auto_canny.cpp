@@ -56,7 +56,7 @@ Counts magnitudeCounts(const Gradient& gradient) {
         const auto* dy = gradient.dy.ptr<std::int16_t>(y);
         for (int x = 0; x < gradient.dx.cols; ++x) {
             const auto squares = static_cast<float>(dx[x] * dx[x] + dy[x] * dy[x]);
-            ++counts[static_cast<std::size_t>(std::sqrt(squares) + 0.5F)];
+            ++counts[static_cast<std::size_t>(cvRound(std::sqrt(squares)))];
         }
     }
     return counts;

@@ -68,6 +68,7 @@ cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
 
 std::vector<cv::Point> getContourCenterPts(const std::vector<std::vector<cv::Point>>& contours, int mode) {
     std::vector<cv::Point> centres;
+    centres.reserve(contours.size());
     for (const std::vector<cv::Point>& contour : contours)
         centres.push_back(getContourCenterPt(contour, mode));
     return centres;

@@ -53,7 +53,8 @@ void keepLargest(Contours& contours) {
     };
     const auto largest = std::max_element(contours.begin(), contours.end(), smaller);
     if (largest == contours.end()) return;
-    contours = Contours(1, std::move(*largest));
+    contours.front().swap(*largest);
+    contours.resize(1);
 }
 
 }  // namespace

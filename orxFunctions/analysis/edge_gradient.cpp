@@ -185,7 +185,8 @@ GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>&
         std::int16_t* const deriveRow = derive.data() + radius;
         for (int r = from; r < to; ++r) {
             for (int k = -radius; k <= radius; ++k) {
-                rows[static_cast<std::size_t>(k + radius)] = gray.ptr(reflected(r + k, gray.rows));
+                const int row = reflected(r + k, gray.rows);
+                rows[static_cast<std::size_t>(radius) + static_cast<std::size_t>(k)] = gray.ptr(row);
             }
             kernels.gaussColumns(taps.data(), taps.size(), rows.data(), static_cast<std::size_t>(gray.cols),
                                  smoothRow, deriveRow);

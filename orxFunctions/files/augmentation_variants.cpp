@@ -166,12 +166,13 @@ void forEachVariant(const cv::Mat& image, const std::string& imageName, const TA
     };
     if (config.flipHorizontal) handOver(flipped(image, true), "flipH");
     if (config.flipVertical) handOver(flipped(image, false), "flipV");
+    const std::string prefix = std::to_string(config.seed) + '/' + imageName + '/';
     for (const Kind& kind : kKinds) {
         const int count = std::clamp(config.*kind.count, 0, kMostVariants);
         for (int i = 0; i < count; ++i) {
             const std::string name = kind.name + std::to_string(i);
             // A generator for each variant: no variant depends on which others are made.
-            cv::RNG random(hashOf(std::to_string(config.seed) + '/' + imageName + '/' + name));
+            cv::RNG random(hashOf(prefix + name));
             handOver(kind.make(image, config, random), name);
         }
     }

@@ -24,7 +24,8 @@ cv::Mat litRectangle(cv::Point topLeft, cv::Point bottomRight) {
     cv::rectangle(img, topLeft, bottomRight, cv::Scalar(180), cv::FILLED);
     std::mt19937 random(3);
     for (int y = 0; y < img.rows; ++y) {
-        for (int x = 0; x < img.cols; ++x) img.at<uchar>(y, x) += static_cast<uchar>(random() % 20 + x / 2);
+        for (int x = 0; x < img.cols; ++x)
+            img.at<uchar>(y, x) += static_cast<uchar>(static_cast<int>(random() % 20) + x / 2);
     }
     return img;
 }

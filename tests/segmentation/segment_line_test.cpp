@@ -104,10 +104,12 @@ TEST(TSegemetLine, TheFootOfAPerpendicularLiesOnTheLine) {
 
 TEST(TSegemetLine, TheFitEqualsOpenCVsHuberLineToTheLastBit) {
     std::mt19937 random(3);
-    const auto noise = [&](int span) { return static_cast<int>(random() % (2 * span + 1)) - span; };
+    const auto noise = [&](unsigned span) {
+        return static_cast<int>(random() % (2 * span + 1)) - static_cast<int>(span);
+    };
     for (int round = 0; round < 150; ++round) {
         const int count = 3 + static_cast<int>(random() % (round % 2 == 0 ? 12 : 300));
-        const int spread = round % 7;
+        const unsigned spread = static_cast<unsigned>(round % 7);
         const double slope = noise(30) / 10.0;
         const int far = round % 5 == 0 ? 100000 : 100;
         Points points;
