@@ -77,14 +77,14 @@ double meanRadialError(const cv::RotatedRect& ellipse, const std::vector<cv::Poi
 // The same search from OpenCV's calls: six points, direct fit, radial grading.
 void openCvSearch(benchmark::State& state) {
     const auto points = noisyEllipse(state.range(0), kSearchNoise);
-    const auto step = static_cast<int>(points.size() / 6);
+    const std::size_t step = points.size() / 6;
     for (auto _ : state) {
         double best = 1e9;
         for (int trial = 0; trial < kTrials; ++trial) {
             std::srand(static_cast<unsigned>(trial));
-            const int start = std::rand() % step;
-            std::vector<cv::Point2f> sample;
-            for (int i = 0; i < 6; ++i) sample.push_back(points[static_cast<std::size_t>(start + i * step)]);
+            const std::size_t start = static_cast<std::size_t>(std::rand()) % step;
+            std::vector<cv::Point2f> sample(6);
+            for (std::size_t i = 0; i < 6; ++i) sample[i] = points[start + i * step];
             best = std::min(best, meanRadialError(cv::fitEllipseDirect(sample), points));
         }
         benchmark::DoNotOptimize(best);
