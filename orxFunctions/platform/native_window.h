@@ -31,7 +31,7 @@ struct MouseEvent {
 // Receives mouse events, one at a time, on a thread that the window system chooses.
 class MouseListener {
   public:
-    virtual void mouseMoved(const MouseEvent& event) = 0;
+    virtual void onMouse(const MouseEvent& event) = 0;
 
   protected:
     ~MouseListener() = default;
