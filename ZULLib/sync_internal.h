@@ -13,7 +13,7 @@
 #define ZUL_CAPABILITY(name) ZUL_THREAD_ANNOTATION(capability(name))
 #define ZUL_SCOPED_CAPABILITY ZUL_THREAD_ANNOTATION(scoped_lockable)
 #define ZUL_GUARDED_BY(mutex) ZUL_THREAD_ANNOTATION(guarded_by(mutex))
-#define ZUL_REQUIRES(mutex) ZUL_THREAD_ANNOTATION(requires_capability(mutex))
+#define ZUL_REQUIRES(...) ZUL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define ZUL_ACQUIRE(...) ZUL_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define ZUL_RELEASE(...) ZUL_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define ZUL_NO_ANALYSIS ZUL_THREAD_ANNOTATION(no_thread_safety_analysis)

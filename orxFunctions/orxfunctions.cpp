@@ -3,9 +3,11 @@
 // that runs at load.
 #include "orxFunctions/orxfunctions.h"
 
+#include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/image_exchange_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
+#include "orxFunctions/platform/native_window_list_internal.h"
 
 namespace orx {
 
@@ -23,4 +25,13 @@ zul::Mutex registryVoidFuncsMutex;
 zul::Mutex registryIntFuncsMutex;
 zul::Mutex registryStringFuncsMutex;
 
+namespace platform {
+NativeWindowList nativeWindows;
+}
+namespace display {
+ViewState viewState;
+}
+
 }  // namespace orx
+
+std::atomic<std::int32_t> TPictureBox::mCount{0};

@@ -35,6 +35,7 @@
 #include "orxFunctions/calibration/calibration_image.h"
 #include "orxFunctions/calibration/point_transform.h"
 #include "orxFunctions/calibration/pose.h"
+#include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_data_augmentation.h"
 #include "orxFunctions/files/stream_file.h"

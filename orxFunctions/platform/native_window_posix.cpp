@@ -3,7 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/native_window_list_internal.h"
+#include "orxFunctions/platform/xcb_window_posix_internal.h"
 
 namespace orx::platform {
 
@@ -21,5 +22,13 @@ bool displayIsAvailable() {
     xcb_disconnect(connection);
     return available;
 }
+
+std::unique_ptr<NativeWindow> createNativeWindow(const std::string& name) {
+    return std::make_unique<XcbWindow>(name);
+}
+
+// Not of highgui: on Debian it is Qt, which can't be embedded from threads, and closing "all windows" there
+// closes those of a Qt host, too.
+void destroyAllNativeWindows() { nativeWindows.closeAll(); }
 
 }  // namespace orx::platform

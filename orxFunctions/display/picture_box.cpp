@@ -1,0 +1,225 @@
+#include "orxFunctions/display/picture_box.h"
+
+#include <cmath>
+#include <cstdint>
+#include <exception>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "orxFunctions/display/frame_pacing_internal.h"
+#include "orxFunctions/display/picture_box_core_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+
+using namespace orx::display;
+
+namespace {
+
+constexpr int kSmallestSide = 5;
+constexpr int kLargestSide = 32767;
+constexpr std::int64_t kMostPixels = std::int64_t{1} << 27;
+constexpr int kErrorColor = 1;
+
+bool isWindowSize(int w, int h) {
+    return w >= kSmallestSide && h >= kSmallestSide && w <= kLargestSide && h <= kLargestSide &&
+           std::int64_t{w} * h <= kMostPixels;
+}
+
+bool isFinite(const cv::Rect2d& r) { return std::isfinite(r.x + r.y + r.width + r.height); }
+
+}  // namespace
+
+TPictureBox::TPictureBox() {
+    winName = "pictrueBox1" + std::to_string(++mCount);
+    core_ = std::make_unique<Core>(*this);
+    setFunction(function);
+}
+
+TPictureBox::~TPictureBox() {
+    --mCount;
+    killThread();
+    core_->join();
+    core_->installHandler(FUNC_NONE);
+    core_->forgetSelection();
+    orx::outPutDebugString(zul::toAnsi("更改父窗体"));
+    if (host != cvFrame) {
+        host = cvFrame.load();
+        core_->moveInto(host);
+    }
+    orx::outPutDebugString(zul::toAnsi("删除指定opencv 窗体"));
+    core_->window().close();
+    orx::platform::destroyAllNativeWindows();  // those of other boxes too, as intended
+    orx::outPutDebugString(zul::toAnsi("删除所有opencv 窗体后"));
+    cvWindow = nullptr;
+    cvFrame = nullptr;
+    orx::outPutDebugString(zul::toAnsi("删除所有opencv 窗体后2"));
+}
+
+void TPictureBox::setHandle(void* hwnd) {
+    // A box that shows nothing tries again: the same number may be a new window.
+    const bool isNew = hwnd != host.exchange(hwnd);
+    if (isNew || (hwnd != nullptr && core_->isHeadless())) core_->moveInto(hwnd);
+}
+
+void TPictureBox::setHandle(void* hwnd, int w, int h) {
+    setHandle(hwnd);
+    setWindowSize(w, h);
+}
+
+void* TPictureBox::getParentHand() { return host; }
+
+void TPictureBox::setWindowSize(int w, int h) {
+    if (!isWindowSize(w, h)) return;
+    const zul::LockGuard lock(viewState.sizeLock);
+    try {
+        const cv::Size size(w, h);
+        if (canvas.empty())
+            canvas = cv::Mat(size, CV_8UC3, cv::Scalar(128, 128, 128));
+        else if (canvas.size() != size)
+            cv::resize(canvas, canvas, size, 0, 0, cv::INTER_LINEAR);
+    } catch (const std::exception& error) {
+        orx::outPutDebugString("setWindowSize", error.what());
+        return;
+    }
+    if (w != windowWidth || h != windowHeight) sizeChanged = true;
+    windowWidth = w;
+    windowHeight = h;
+}
+
+void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {
+    const zul::LockGuard lock(viewState.imageLock);
+    if (img.empty()) return;
+    try {
+        cv::Mat image = img;
+        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
+        if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
+        viewState.image = image;
+        origWidth = image.cols;
+        origHeight = image.rows;
+        if (!noRedraw) redraw = true;
+    } catch (const std::exception&) {
+        const std::string text = zul::toAnsi("设置图片失败!");
+        orx::APPshowMessage(text, kErrorColor);
+        orx::outPutDebugString(text);
+    }
+}
+
+void TPictureBox::start() { core_->start(); }
+
+void TPictureBox::killThread() {
+    killFlag = true;
+    core_->wakeUp();
+}
+
+void TPictureBox::setShowFrame(int fps) { targetFps = fps > 0 ? fps : 1; }
+
+int TPictureBox::getShowFrame() { return measuredFps; }
+
+void TPictureBox::calShowFrame() {
+    if (targetFps != appliedFps) {
+        appliedFps = std::max(targetFps.load(), 1);
+        measuredFps = appliedFps.load();
+        sleepMs = 1000 / appliedFps;
+        return;
+    }
+    const auto now = static_cast<double>(cv::getTickCount());
+    if (frameCounter == 1) startTick = now;
+    if (frameCounter != measureFrames) return;
+    elapsedMs = (now - startTick) * 1000.0 / cv::getTickFrequency();
+    measuredFps = measuredRate(measureFrames, elapsedMs);
+    sleepMs = nextPause(sleepMs, measuredFps < appliedFps);
+    frameCounter = 0;
+}
+
+void TPictureBox::showImage() { core_->showImage(); }
+
+void TPictureBox::showImageLast() { core_->showImageLast(); }
+
+cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    const ViewMapping mapping = core_->mapping();
+    core_->keepScale(mapping);
+    return mapping.toWindow(p);
+}
+
+cv::Point2d TPictureBox::show2OrigPoint(cv::Point2d p) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    const ViewMapping mapping = core_->mapping();
+    core_->keepScale(mapping);
+    return mapping.toImage(p);
+}
+
+void TPictureBox::getOrig2ShowImgScaleXY(double& sx, double& sy) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    sx = scaleX;
+    sy = scaleY;
+}
+
+void TPictureBox::setDrawRect(TDrawRect rect) {
+    const zul::LockGuard lock(core_->overlayLock);
+    rects.push_back(rect);
+}
+
+void TPictureBox::setDrawCircle(TDrawCircle circle) {
+    const zul::LockGuard lock(core_->overlayLock);
+    circles.push_back(circle);
+}
+
+void TPictureBox::setDrawText(TDrawTexts& lines) {
+    const zul::LockGuard lock(core_->overlayLock);
+    texts = lines;
+}
+
+void TPictureBox::clearDraw() {
+    const zul::LockGuard lock(core_->overlayLock);
+    rects.clear();
+    circles.clear();
+    texts.texts.clear();
+}
+
+void TPictureBox::setCursor(TCursorShape shape) {
+    if (cvWindow != nullptr) core_->window().setCursor(shape);
+}
+
+void TPictureBox::setFunction(TFunction f) {
+    function = f;
+    if (f == FUNC_EDIT_RECT || f == FUNC_EDIT_CIRCLE || f == FUNC_ZOOM_PAN || f == FUNC_NONE)
+        core_->installHandler(f);
+}
+
+void TPictureBox::mouseEvent(int event, int x, int y, int flags) { core_->onMouse({event, x, y, flags}); }
+
+std::string TPictureBox::getCvWinName() { return winName; }
+
+void TPictureBox::setSelectionRect(const cv::Rect2d& rect) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    viewState.rect = RectSelection();
+    if (isFinite(rect) && rect.width > 0.0 && rect.height > 0.0) viewState.rect.rect = rect;
+}
+
+bool TPictureBox::getSelectionRect(cv::Rect2d& rect) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    if (!viewState.rect.exists() || viewState.rect.drawnIn != nullptr) return false;
+    rect = viewState.rect.rect;
+    return true;
+}
+
+void TPictureBox::setSelectionCircle(cv::Point center, double radius) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    viewState.circle = CircleSelection();
+    if (std::isfinite(radius) && radius > 0.0) viewState.circle = {center, radius};
+}
+
+bool TPictureBox::getSelectionCircle(cv::Point& center, double& radius) {
+    const zul::LockGuard lock(viewState.sizeLock);
+    if (!viewState.circle.exists()) return false;
+    center = viewState.circle.centre;
+    radius = viewState.circle.radius;
+    return true;
+}
+
+bool TPictureBox::getLastShownImage(cv::Mat& picture) {
+    const zul::LockGuard lock(viewState.imageLock);
+    if (viewState.lastShown.empty()) return false;
+    picture = viewState.lastShown.clone();
+    return true;
+}

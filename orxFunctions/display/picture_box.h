@@ -1,0 +1,195 @@
+// Live images inside a window of the host.
+#ifndef ORXFUNCTIONS_DISPLAY_PICTURE_BOX_H
+#define ORXFUNCTIONS_DISPLAY_PICTURE_BOX_H
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "orxFunctions/api.h"
+#include "orxFunctions/foundation/enumerations.h"
+#include "orxFunctions/foundation/records.h"
+
+// A picture box shows images inside a window of the host: fitted into it, with drawings on top, zoomed and
+// selected in with the mouse. A thread of its own redraws whenever an image has been handed in, at a
+// regulated rate.
+//
+//     TPictureBox box;
+//     box.setHandle(windowOfTheHost, 800, 600);
+//     box.start();
+//     box.setImage(image, false);  // as often as there is one, from any thread
+//
+// The image, the zoom and the selections belong to the process, not to a box: a system has one interactive
+// view at a time, and a second box shows the same image. That is intended.
+//
+// Image coordinates are pixels of the image handed in, window coordinates pixels of the box; x runs right and
+// y down. Thread-safe, except for construction, start and destruction, which belong to one thread.
+//
+// A window handle is an HWND on Windows. On other systems it is the number of an X window, cast to a pointer;
+// the X server must know the window already (flush the host's connection first). Without a display, or when
+// it goes away, or when the host's window is destroyed first, a box does all but show: the mapping, the
+// drawing and the pacing work on, the reason is traced once, and setHandle with a living window brings the
+// picture back.
+//
+// The public data may be read at any time where it is atomic. The rest (rects, circles, texts, canvas,
+// display, winName) is written by the operations below and safe to read where no other thread calls them.
+class ORX_API TPictureBox {
+  public:
+    // Opens the hidden window "pictrueBox1" + number, where the number counts the boxes alive with this one:
+    // the first is "pictrueBox11". (The spelling is part of the interface.)
+    TPictureBox();
+
+    // Ends the display thread and closes the window, and with it, as intended, the windows of every other box
+    // of the process (and on Windows every window of OpenCV's). A box that is destroyed on its own display
+    // thread ends the process.
+    ~TPictureBox();
+
+    TPictureBox(const TPictureBox&) = delete;
+    TPictureBox& operator=(const TPictureBox&) = delete;
+
+    // The window of the host inside which the box shows. Nothing happens when it is so already.
+    void setHandle(void* hwnd);
+    // The same, then setWindowSize.
+    void setHandle(void* hwnd, int w, int h);
+    // The window given last; nullptr before the first.
+    void* getParentHand();
+
+    // How many pixels of the host's window the box has. Sizes below 5 are ignored, as are sizes that no
+    // window can have (a side above 32767, or more than 2^27 pixels).
+    void setWindowSize(int w, int h);
+
+    // Hands in an image of 1, 3 or 4 channels; empty ones are ignored. The pixels are shared, not copied:
+    // they must stay valid and unchanged until another image is handed in. 8-bit images of 4 channels become
+    // 3-channel copies. Unless `noRedraw`, the display thread shows the image at its next turn. An image that
+    // can't be taken (more than two dimensions, say) keeps the former one, with the message "设置图片失败!"
+    // in colour 1.
+    void setImage(cv::Mat& img, bool noRedraw);
+
+    // Starts the display thread. Once only: a second call ends the process, as for any standard thread.
+    void start();
+    // Lets the display thread end after its current turn. The box can't be started again.
+    void killThread();
+
+    // How many images a second are shown at most; below 1 is 1. It holds from the next shown image on.
+    void setShowFrame(int fps);
+    // The rate that is applied, images per second.
+    int getShowFrame();
+
+    // Shows the image now, on the calling thread: fits it into the window, zooms, draws rectangles, circles,
+    // selections and texts. Nothing is shown while the box is `frozen` or the left mouse button drags.
+    void showImage();
+    // Shows the image now, without zoom (which is reset) and without anything drawn on it.
+    void showImageLast();
+
+    // Image to window coordinates and back, as the image was last fitted and as the zoom is now. Both store
+    // the factors that they used in scaleX and scaleY. Before any image was shown the result is not finite.
+    cv::Point2d orig2ShowPoint(cv::Point2d p);
+    cv::Point2d show2OrigPoint(cv::Point2d p);
+    // The factors from image to window used last; 1.0 before.
+    void getOrig2ShowImgScaleXY(double& sx, double& sy);
+
+    // Adds a rectangle or circle to what is drawn over the image. A negative thickness fills.
+    void setDrawRect(TDrawRect rect);
+    void setDrawCircle(TDrawCircle circle);
+    // Replaces the lines of text; the first stands at (50, 50) of the window, each further below the last.
+    // OpenCV's fonts have ASCII characters only.
+    void setDrawText(TDrawTexts& lines);
+    // Removes the rectangles, the circles and the lines of text.
+    void clearDraw();
+
+    void setCursor(TCursorShape shape);
+
+    // What the mouse does: FUNC_ZOOM_PAN, FUNC_EDIT_RECT or FUNC_EDIT_CIRCLE; FUNC_NONE leaves it to the
+    // host. Other values are stored only.
+    //
+    // FUNC_ZOOM_PAN: the wheel zooms about the cursor, 1 to 64 times, by 1.25 a notch; dragging with the left
+    // button pans; a double click shows the whole image.
+    // FUNC_EDIT_RECT: dragging draws a rectangle, or changes or moves the one there is by its nine handles
+    // (corners, middles of the sides, centre); it stays inside the image. Set `selectRect` to see it.
+    // FUNC_EDIT_CIRCLE: dragging from the centre draws a circle; dragging the edge resizes, the centre moves
+    // it. Set `selectCircle` to see it.
+    void setFunction(TFunction f);
+
+    // A mouse event of the box's window, for hosts that receive the mouse themselves: `event`, `flags` and
+    // the wheel are those of OpenCV's mouse callbacks, x and y window coordinates.
+    void mouseEvent(int event, int x, int y, int flags);
+
+    std::string getCvWinName();
+
+    // The selections of the process in image coordinates. Setting one replaces it, whatever the mouse did;
+    // sizes that are not positive remove it. Getting answers false, and leaves the argument, without one.
+    static void setSelectionRect(const cv::Rect2d& rect);
+    static bool getSelectionRect(cv::Rect2d& rect);
+    static void setSelectionCircle(cv::Point center, double radius);
+    static bool getSelectionCircle(cv::Point& center, double& radius);
+
+    // A copy of the picture that any box showed last; false before the first.
+    static bool getLastShownImage(cv::Mat& picture);
+
+    // One step of pacing, which the display thread takes after each image shown.
+    void calShowFrame();
+
+    std::atomic<bool> drawnOnce{false};         // the selected rectangle is in image coordinates
+    std::atomic<std::int32_t> windowWidth{0};   // of the box, pixels; 0 until setWindowSize
+    std::atomic<std::int32_t> windowHeight{0};  //
+    std::atomic<bool> keepAspect{true};         // fit with the image's ratio, else fill the window
+    std::atomic<TFunction> function{FUNC_ZOOM_PAN};
+
+    // How the mouse handlers feel.
+    std::atomic<std::int32_t> panGain{256};           // panning in 1/256 of the cursor's way
+    void* hostData[3] = {nullptr, nullptr, nullptr};  // the host's; never read
+    std::atomic<std::int32_t> smallestSelection{1};   // a smaller selection is dropped, image pixels
+    std::atomic<std::int32_t> selectionThickness{1};  // of the rectangle; the circle is drawn twice as thick
+    std::atomic<std::int32_t> handleRadius{4};        // a handle is caught within twice this many pixels
+    std::atomic<double> selectionGreen{255.0};        // the selections' colour is (0, this, 0)
+
+    std::atomic<bool> selectCircle{false};  // draw the selected circle
+    std::atomic<bool> selectRect{false};    // draw the selected rectangle
+    std::atomic<bool> frozen{false};        // skip redrawing
+    std::atomic<bool> sizeChanged{false};   // the window's size changed; ends a zoom at the next fit
+    std::vector<TDrawRect> rects;
+    std::vector<TDrawCircle> circles;
+    TDrawTexts texts;
+    cv::Mat canvas;   // the grey that is seen beside the image
+    cv::Mat display;  // the picture as it was last made ready for showing
+
+    // Where the image lands in the window, unzoomed.
+    std::atomic<double> shownWidth{0.0};
+    std::atomic<double> shownHeight{0.0};
+    std::atomic<double> offsetX{0.0};
+    std::atomic<double> offsetY{0.0};
+    std::atomic<double> origWidth{0.0};  // of the image handed in last
+    std::atomic<double> origHeight{0.0};
+    std::atomic<double> scaleX{1.0};  // from image to window, used last
+    std::atomic<double> scaleY{1.0};
+
+    std::string winName;
+    std::atomic<void*> cvWindow{
+        nullptr};                         // the window that is drawn into; nullptr while nothing can be shown
+    std::atomic<void*> cvFrame{nullptr};  // its first parent, never seen
+    std::atomic<void*> host{nullptr};
+    std::atomic<bool> redraw{false};  // an image waits to be shown
+    std::atomic<bool> killFlag{false};
+
+    // Pacing. The counter never advances, so that the rate is never measured: the pause stays at 1000 / rate.
+    // That is intended.
+    std::atomic<std::int32_t> sleepMs{50};  // the display thread's pause
+    std::atomic<std::int32_t> measureFrames{8};
+    std::atomic<std::int32_t> measuredFps{20};
+    std::atomic<std::int32_t> frameCounter{0};
+    std::atomic<double> startTick{0.0};
+    std::atomic<double> elapsedMs{0.0};
+    std::atomic<std::int32_t> appliedFps{0};
+    std::atomic<std::int32_t> targetFps{20};
+
+    static std::atomic<std::int32_t> mCount;  // boxes alive
+
+  private:
+    class Core;
+    std::unique_ptr<Core> core_;
+};
+
+#endif

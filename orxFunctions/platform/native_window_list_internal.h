@@ -1,0 +1,38 @@
+// The windows that the library opened in this process.
+#ifndef ORXFUNCTIONS_PLATFORM_NATIVE_WINDOW_LIST_INTERNAL_H
+#define ORXFUNCTIONS_PLATFORM_NATIVE_WINDOW_LIST_INTERNAL_H
+
+#include <algorithm>
+#include <vector>
+
+#include "ZULLib/sync_internal.h"
+#include "orxFunctions/platform/native_window.h"
+
+namespace orx::platform {
+
+// Thread-safe. A window takes itself off the list before it begins to go.
+class NativeWindowList {
+  public:
+    void add(NativeWindow* window) {
+        const zul::LockGuard lock(mutex_);
+        windows_.push_back(window);
+    }
+    void remove(NativeWindow* window) {
+        const zul::LockGuard lock(mutex_);
+        windows_.erase(std::remove(windows_.begin(), windows_.end(), window), windows_.end());
+    }
+    void closeAll() {
+        const zul::LockGuard lock(mutex_);
+        for (NativeWindow* window : windows_) window->close();
+    }
+
+  private:
+    zul::Mutex mutex_;
+    std::vector<NativeWindow*> windows_ ZUL_GUARDED_BY(mutex_);
+};
+
+extern NativeWindowList nativeWindows;  // defined in orxfunctions.cpp
+
+}  // namespace orx::platform
+
+#endif

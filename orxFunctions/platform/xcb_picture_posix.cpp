@@ -1,0 +1,76 @@
+#include "orxFunctions/platform/xcb_picture_posix_internal.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <opencv2/imgproc.hpp>
+
+namespace orx::platform {
+namespace {
+
+constexpr int kLargestSide = 32767;  // of an X window
+
+int conversionOf(int channels) { return channels == 1 ? cv::COLOR_GRAY2BGRA : cv::COLOR_BGR2BGRA; }
+
+std::uint16_t length16(int value) { return static_cast<std::uint16_t>(value); }
+std::int16_t place16(int value) { return static_cast<std::int16_t>(value); }
+
+}  // namespace
+
+bool XcbPicture::upload(XcbDisplay& display, const cv::Mat& picture) {
+    const cv::Size size(std::min(picture.cols, kLargestSide), std::min(picture.rows, kLargestSide));
+    const cv::Mat part = picture(cv::Rect({}, size));
+    if (part.channels() == 4)
+        part.copyTo(pixels_);
+    else
+        cv::cvtColor(part, pixels_, conversionOf(part.channels()));
+    if (size != size_ && !makePixmap(display, size)) return false;
+    send(display);
+    return true;
+}
+
+bool XcbPicture::makePixmap(XcbDisplay& display, cv::Size size) {
+    xcb_connection_t* const connection = display.connection();
+    const xcb_screen_t& screen = display.screen();
+    if (pixmap_ != XCB_NONE) xcb_free_pixmap(connection, pixmap_);
+    size_ = {};
+    pixmap_ = xcb_generate_id(connection);
+    if (!display.succeeded(xcb_create_pixmap_checked(connection, screen.root_depth, pixmap_, screen.root,
+                                                     length16(size.width), length16(size.height)))) {
+        pixmap_ = XCB_NONE;
+        return false;
+    }
+    size_ = size;
+    if (context_ == XCB_NONE) {
+        context_ = xcb_generate_id(connection);
+        const std::uint32_t noExposures = 0;
+        xcb_create_gc(connection, context_, pixmap_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    }
+    return true;
+}
+
+void XcbPicture::send(XcbDisplay& display) const {
+    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(pixels_.cols);
+    const int rows = static_cast<int>(std::max<std::size_t>(1, display.largestUpload() / rowBytes));
+    for (int first = 0; first < pixels_.rows; first += rows) {
+        const int count = std::min(rows, pixels_.rows - first);
+        xcb_put_image(
+            display.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_, length16(pixels_.cols),
+            length16(count), 0, place16(first), 0, display.screen().root_depth,
+            static_cast<std::uint32_t>(rowBytes * static_cast<std::size_t>(count)), pixels_.ptr(first));
+    }
+}
+
+void XcbPicture::paint(XcbDisplay& display, xcb_window_t window, const cv::Rect& part) const {
+    const cv::Rect seen = part & cv::Rect({}, size_);
+    if (seen.empty()) return;
+    xcb_copy_area(display.connection(), pixmap_, window, context_, place16(seen.x), place16(seen.y),
+                  place16(seen.x), place16(seen.y), length16(seen.width), length16(seen.height));
+}
+
+void XcbPicture::forget() {
+    size_ = {};
+    pixmap_ = XCB_NONE;
+    context_ = XCB_NONE;
+}
+
+}  // namespace orx::platform

@@ -1,0 +1,46 @@
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <filesystem>
+
+#include "tests/files/loaded_module.h"
+
+namespace test {
+
+LoadedModule::LoadedModule(const std::string& file)
+    : handle_(LoadLibraryW(std::filesystem::absolute(file).make_preferred().c_str())) {}
+
+LoadedModule::~LoadedModule() {
+    if (handle_ != nullptr) FreeLibrary(static_cast<HMODULE>(handle_));
+}
+
+void* LoadedModule::function(const char* name) const {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name));
+}
+
+bool isLoaded(const std::string& file) {
+    return GetModuleHandleW(std::filesystem::path(file).filename().c_str()) != nullptr;
+}
+
+std::ptrdiff_t threads() {
+    const HANDLE all = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    std::ptrdiff_t count = 0;
+    for (BOOL more = Thread32First(all, &entry); more != FALSE; more = Thread32Next(all, &entry)) {
+        if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++count;
+    }
+    CloseHandle(all);
+    return count;
+}
+
+std::ptrdiff_t handles() {
+    DWORD count = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &count);
+    return static_cast<std::ptrdiff_t>(count);
+}
+
+const bool kUnloadsLater = true;
+
+}  // namespace test
