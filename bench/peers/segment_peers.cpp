@@ -115,8 +115,8 @@ const cv::Size kVga(640, 480);
 const cv::Size k5Mp(2448, 2048);
 
 #define ORX_SPLIT_PEER(function, name, argument)                                            \
-    BENCHMARK_CAPTURE(function, name / VGA, kVga, argument)->Unit(benchmark::kMillisecond); \
-    BENCHMARK_CAPTURE(function, name / 5MP, k5Mp, argument)->Unit(benchmark::kMillisecond)
+    BENCHMARK_CAPTURE(function, name##_VGA, kVga, argument)->Unit(benchmark::kMillisecond); \
+    BENCHMARK_CAPTURE(function, name##_5MP, k5Mp, argument)->Unit(benchmark::kMillisecond)
 
 ORX_SPLIT_PEER(edgesAndSplit, parts, partsParams());
 ORX_SPLIT_PEER(edgesAndSplit, defaults, orx::TSegemetParams());
