@@ -4,16 +4,13 @@
 
 #include <vector>
 
-#include "curve_profile.h"
-#include "orxFunctions/orxfunctions.h"
+#include "bench/curve_scene.h"
 
 namespace {
 
-void cubicFit(benchmark::State& state) {
-    auto samples = curveProfile(state.range(0));
-    orx::TPolynomial model;
-    for (auto _ : state) benchmark::DoNotOptimize(model.fit(samples, 3));
-}
+using scene::cubicFit;
+using scene::curveProfile;
+using scene::splineList;
 
 void polynomialExtreme(benchmark::State& state) {
     auto samples = curveProfile(100);
@@ -29,17 +26,6 @@ void splineBuild(benchmark::State& state) {
     for (auto _ : state) {
         curve.fit(samples, 3);
         benchmark::DoNotOptimize(curve.segments.data());
-    }
-}
-
-// 10,000 values over the chain, whose x range is 100.
-void splineList(benchmark::State& state) {
-    orx::TSplineCurve curve;
-    curve.fit(curveProfile(state.range(0)), 3);
-    std::vector<cv::Point2d> list;
-    for (auto _ : state) {
-        curve.getSplineList(list, 2);
-        benchmark::DoNotOptimize(list.data());
     }
 }
 

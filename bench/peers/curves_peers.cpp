@@ -7,16 +7,13 @@
 #include <Eigen/Dense>
 #include <vector>
 
-#include "../curve_profile.h"
-#include "orxFunctions/orxfunctions.h"
+#include "bench/curve_scene.h"
 
 namespace {
 
-void cubicFit(benchmark::State& state) {
-    auto samples = curveProfile(state.range(0));
-    orx::TPolynomial model;
-    for (auto _ : state) benchmark::DoNotOptimize(model.fit(samples, 3));
-}
+using scene::cubicFit;
+using scene::curveProfile;
+using scene::splineList;
 
 void eigenCubicQr(benchmark::State& state) {
     const auto samples = curveProfile(state.range(0));
@@ -62,16 +59,6 @@ void gslCubicFit(benchmark::State& state) {
     gsl_vector_free(solution);
     gsl_vector_free(values);
     gsl_matrix_free(design);
-}
-
-void splineList(benchmark::State& state) {
-    orx::TSplineCurve curve;
-    curve.fit(curveProfile(state.range(0)), 3);
-    std::vector<cv::Point2d> list;
-    for (auto _ : state) {
-        curve.getSplineList(list, 2);
-        benchmark::DoNotOptimize(list.data());
-    }
 }
 
 // 10,000 values at ascending x, as a list.

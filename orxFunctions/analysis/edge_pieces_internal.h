@@ -22,6 +22,11 @@ struct PixelPieces {
     bool isClosed(std::size_t i) const;
 };
 
+// Links edge pixels to pieces, each pixel in one of them: a piece runs on as straight as it can, from
+// wherever it is found first to both of its ends. Pieces of fewer than `shortest` pixels are left out. Marks
+// visited pixels in the map.
+PixelPieces linkPixels(EdgePixels& edges, std::size_t shortest);
+
 // Splits followed borders into pieces that visit every pixel once: what a border follower walks back over is
 // left out, and what it resumes on the other side of its starting point is joined there. Pieces of fewer than
 // `shortest` pixels are left out. Marks visited pixels in the map.

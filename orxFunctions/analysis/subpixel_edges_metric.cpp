@@ -282,6 +282,13 @@ class PieceMeter {
     TurningRates rates_;
 };
 
+// Only what a border follower finds to be no hole and in no hole.
+PixelPieces outerPieces(cv::Mat& map, std::size_t shortest) {
+    std::vector<PixelChain> borders;
+    cv::findContours(map, borders, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    return visitOnce(borders, map, shortest);
+}
+
 // Cuts the pieces into stripes of about equally many pixels: the numbers of their first pieces, and the end.
 std::vector<std::size_t> stripesOf(const PixelPieces& pieces) {
     constexpr std::size_t kPixelsOfAStripe = 1024;
@@ -330,10 +337,9 @@ bool edgesSubPixMetric(const cv::Mat& gray, std::vector<TMetricContour>& contour
     const GradientImage gradient = gaussianGradient(gray, taps);
     EdgePixels edges = findEdgePixels(gradient, thresholdsFor(gradient, options));
     removeCornerPixels(edges);
-    std::vector<PixelChain> borders;
-    cv::findContours(edges.map, borders, options.mode, cv::CHAIN_APPROX_NONE);
     const auto shortest = static_cast<std::size_t>(std::max(options.minPoints, 1));
-    const PixelPieces pieces = visitOnce(borders, edges.map, shortest);
+    const PixelPieces pieces =
+        options.mode == cv::RETR_EXTERNAL ? outerPieces(edges.map, shortest) : linkPixels(edges, shortest);
 
     const double noise = options.noise > 0 ? options.noise : imageNoise(gray);
     const FilterGains gains = gainsOf(taps);

@@ -29,7 +29,8 @@ struct TMetricOptions {
     int minPoints = 3;
 };
 
-// One edge, or a piece of one between branches; index i of each vector describes point i.
+// One edge; where edges branch it runs straight on, or begins or ends. Index i of each vector describes point
+// i.
 struct TMetricContour {
     // Pixels, the centre of the top-left pixel at (0, 0), in order along the edge, about one point a pixel.
     std::vector<cv::Point2f> points;

@@ -69,6 +69,19 @@ void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::v
     forEachSample(low, high, step, [&](double x) { list.emplace_back(x, valueAt(x)); });
 }
 
+// target = source. In pieces: one long copy may be left to the processor's string move, which takes several
+// times as long as vectors do for some distances of the two.
+void copySamples(const std::vector<cv::Point2d>& source, std::vector<cv::Point2d>& target) {
+    constexpr std::size_t kPiece = 64;
+    if (&source == &target) return;
+    target.clear();
+    target.reserve(source.size());
+    for (std::size_t i = 0; i < source.size(); i += kPiece) {
+        const cv::Point2d* const first = source.data() + i;
+        target.insert(target.end(), first, first + std::min(kPiece, source.size() - i));
+    }
+}
+
 // A row of an image; far outside every image the value is limited.
 int toRow(double y) {
     constexpr double kLimit = 1 << 30;
@@ -84,7 +97,7 @@ TPolynomial::TPolynomial(std::vector<double> x, std::vector<double> y, int degre
 }
 
 bool TPolynomial::fit(std::vector<cv::Point2d>& samples, int degree) {
-    points = samples;
+    copySamples(samples, points);
     order = degree;
     return fit();
 }

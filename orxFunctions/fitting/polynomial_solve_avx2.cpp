@@ -3,12 +3,12 @@
 
 namespace orx {
 
-bool addPowerBlockAvx2(const PowerBlock& block, const double* x, const double* y, std::size_t count,
-                       bool powersKnown, double* terms, double* sums);
+bool addPowerBlockAvx2(const PowerBlock& block, const double* samples, std::size_t count, bool powersKnown,
+                       double* terms, double* sums);
 
-bool addPowerBlockAvx2(const PowerBlock& block, const double* x, const double* y, std::size_t count,
-                       bool powersKnown, double* terms, double* sums) {
-    return ORX_SIMD::addPowerBlock(block, x, y, count, powersKnown, terms, sums);
+bool addPowerBlockAvx2(const PowerBlock& block, const double* samples, std::size_t count, bool powersKnown,
+                       double* terms, double* sums) {
+    return ORX_SIMD::addPowerBlock(block, samples, count, powersKnown, terms, sums);
 }
 
 }  // namespace orx

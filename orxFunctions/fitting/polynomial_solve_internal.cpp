@@ -8,8 +8,7 @@
 namespace orx {
 namespace {
 
-using AddPowerBlock = bool (*)(const PowerBlock&, const double*, const double*, std::size_t, bool, double*,
-                               double*);
+using AddPowerBlock = bool (*)(const PowerBlock&, const double*, std::size_t, bool, double*, double*);
 
 AddPowerBlock bestKernel() {
 #if defined(ORX_HAS_AVX2_KERNELS)
@@ -40,23 +39,17 @@ class PowerSums {
 
   private:
     void addBlock(const cv::Point2d* samples, std::size_t count) {
-        double x[kPowerBlock];
-        double y[kPowerBlock];
-        for (std::size_t i = 0; i < count; ++i) {
-            x[i] = samples[i].x;
-            y[i] = samples[i].y;
-        }
-        // Vectors reach beyond the last sample.
-        for (std::size_t i = count; i < kPowerBlock; ++i) x[i] = y[i] = 0;
-        if (addPowerBlock_(block_, x, y, count, false, terms_.data(), sums_.data())) return;
-        powersByPow(x, count);
-        addPowerBlock_(block_, x, y, count, true, terms_.data(), sums_.data());
+        static_assert(sizeof(cv::Point2d) == 2 * sizeof(double), "kernels read samples as pairs of doubles");
+        const double* const pairs = &samples->x;
+        if (addPowerBlock_(block_, pairs, count, false, terms_.data(), sums_.data())) return;
+        powersByPow(samples, count);
+        addPowerBlock_(block_, pairs, count, true, terms_.data(), sums_.data());
     }
 
-    void powersByPow(const double* x, std::size_t count) {
+    void powersByPow(const cv::Point2d* samples, std::size_t count) {
         for (std::size_t e = 0; e <= 2 * block_.order; ++e) {
             for (std::size_t i = 0; i < kPowerBlock; ++i) {
-                terms_[e * kPowerBlock + i] = i < count ? std::pow(x[i], static_cast<double>(e)) : 0;
+                terms_[e * kPowerBlock + i] = i < count ? std::pow(samples[i].x, static_cast<double>(e)) : 0;
             }
         }
     }

@@ -17,8 +17,8 @@ constexpr int kHighestOrder = 1000;
 bool solvePolynomial(const cv::Point2d* samples, std::size_t count, int order, cv::Mat& coefficients);
 
 // The kernel of solvePolynomial for AVX2; called only where the processor has it.
-bool addPowerBlockAvx2(const PowerBlock& block, const double* x, const double* y, std::size_t count,
-                       bool powersKnown, double* terms, double* sums);
+bool addPowerBlockAvx2(const PowerBlock& block, const double* samples, std::size_t count, bool powersKnown,
+                       double* terms, double* sums);
 
 }  // namespace orx
 

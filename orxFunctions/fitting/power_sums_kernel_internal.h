@@ -68,23 +68,30 @@ inline void exactPowers(const double* x, std::size_t count, std::size_t highest,
     // So many chains side by side hide the latency of each.
     constexpr std::size_t kSide = 4;
     for (std::size_t i = 0; i < count; i += kSide * VecD::kLanes) {
+        VecD base[kSide];
         VecD power[kSide];
         VecD rest[kSide];
+        const auto store = [&](std::size_t k, std::size_t e, VecD value) {
+            value.store(powers + e * kPowerBlock + i + k * VecD::kLanes);
+        };
         for (std::size_t k = 0; k < kSide; ++k) {
-            double* const at = powers + i + k * VecD::kLanes;
-            power[k] = VecD::load(x + i + k * VecD::kLanes);
-            rest[k] = VecD::all(0);
-            VecD::all(1).store(at);
-            if (highest > 0) power[k].store(at + kPowerBlock);
+            base[k] = VecD::load(x + i + k * VecD::kLanes);
+            store(k, 0, VecD::all(1));
+            if (highest == 0) continue;
+            store(k, 1, base[k]);
+            // The square, whose error is known at once.
+            power[k] = base[k] * base[k];
+            rest[k] = productError(Factor(base[k]), Factor(base[k]), power[k]);
+            if (highest > 1) store(k, 2, power[k]);
         }
-        for (std::size_t e = 2; e <= highest; ++e) {
+        for (std::size_t e = 3; e <= highest; ++e) {
             for (std::size_t k = 0; k < kSide; ++k) {
-                const VecD base = VecD::load(x + i + k * VecD::kLanes);
-                const VecD product = power[k] * base;
-                const VecD error = productError(Factor(power[k]), Factor(base), product) + rest[k] * base;
+                const VecD product = power[k] * base[k];
+                const VecD error =
+                    productError(Factor(power[k]), Factor(base[k]), product) + rest[k] * base[k];
                 power[k] = product + error;
                 rest[k] = error - (power[k] - product);
-                power[k].store(powers + e * kPowerBlock + i + k * VecD::kLanes);
+                store(k, e, power[k]);
             }
         }
     }
@@ -101,50 +108,75 @@ inline void multiplyRows(const double* powers, const double* y, std::size_t rows
     }
 }
 
-// sums[e] += terms[e][0] + terms[e][1] + ... one after the other, for Side values of e side by side, as each
-// waits for its own last addition.
-template <std::size_t Side>
+// sums[e] += terms[e][0] + terms[e][1] + ... one after the other, for Groups * kSumGroup values of e side by
+// side: a vector holds several sums, and each waits for its own last addition only.
+template <std::size_t Groups>
 void addSideBySide(const double* terms, std::size_t count, double* sums) {
-    double s[Side];
-    for (std::size_t e = 0; e < Side; ++e) s[e] = sums[e];
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t e = 0; e < Side; ++e) s[e] += terms[e * kPowerBlock + i];
-    }
-    for (std::size_t e = 0; e < Side; ++e) sums[e] = s[e];
+    constexpr std::size_t kVectors = Groups * kSumGroup / VecD::kLanes;
+    VecD s[kVectors];
+    for (std::size_t v = 0; v < kVectors; ++v) s[v] = VecD::load(sums + v * VecD::kLanes);
+    const auto add = [&](std::size_t i, std::size_t filled) {
+        VecD columns[kVectors][VecD::kLanes];
+        for (std::size_t v = 0; v < kVectors; ++v) {
+            loadTransposed(terms + v * VecD::kLanes * kPowerBlock + i, kPowerBlock, columns[v]);
+        }
+        for (std::size_t k = 0; k < filled; ++k) {
+            for (std::size_t v = 0; v < kVectors; ++v) s[v] = s[v] + columns[v][k];
+        }
+    };
+    std::size_t i = 0;
+    for (; i + VecD::kLanes <= count; i += VecD::kLanes) add(i, VecD::kLanes);
+    if (i < count) add(i, count - i);
+    for (std::size_t v = 0; v < kVectors; ++v) s[v].store(sums + v * VecD::kLanes);
 }
 
 // The same for `rows` values of e, a multiple of kSumGroup.
 inline void addInOrder(const double* terms, std::size_t rows, std::size_t count, double* sums) {
     std::size_t e = 0;
     for (; e + 3 * kSumGroup <= rows; e += 3 * kSumGroup) {
-        addSideBySide<3 * kSumGroup>(terms + e * kPowerBlock, count, sums + e);
+        addSideBySide<3>(terms + e * kPowerBlock, count, sums + e);
     }
-    if (e + 2 * kSumGroup == rows) addSideBySide<2 * kSumGroup>(terms + e * kPowerBlock, count, sums + e);
-    if (e + kSumGroup == rows) addSideBySide<kSumGroup>(terms + e * kPowerBlock, count, sums + e);
+    if (e + 2 * kSumGroup == rows) addSideBySide<2>(terms + e * kPowerBlock, count, sums + e);
+    if (e + kSumGroup == rows) addSideBySide<1>(terms + e * kPowerBlock, count, sums + e);
 }
 
-// True when every |x| is 0 or in [smallest, largest].
-inline bool inRange(const double* x, std::size_t count, double smallest, double largest) {
-    unsigned outside = 0;
-    for (std::size_t i = 0; i < count; i += VecD::kLanes) {
-        const VecD size = abs(VecD::load(x + i));
-        const MaskD inside =
-            ((VecD::all(smallest) <= size) & (size <= VecD::all(largest))) | (size <= VecD::all(0));
-        outside |= inside.lanes() ^ ((1U << VecD::kLanes) - 1);
+// Takes a block's samples apart; those after the last become 0. True when every |x| is 0 or in [smallest,
+// largest].
+inline bool readSamples(const PowerBlock& block, const double* samples, std::size_t count, double* x,
+                        double* y) {
+    double padded[2 * kPowerBlock];
+    if (count < kPowerBlock) {
+        for (std::size_t i = 0; i < 2 * kPowerBlock; ++i) padded[i] = i < 2 * count ? samples[i] : 0;
+        samples = padded;
     }
-    return outside == 0;
+    const VecD zero = VecD::all(0);
+    const VecD smallest = VecD::all(block.smallest);
+    const VecD largest = VecD::all(block.largest);
+    MaskD inside = zero <= zero;
+    for (std::size_t i = 0; i < kPowerBlock; i += VecD::kLanes) {
+        VecD vx;
+        VecD vy;
+        loadPairs(samples + 2 * i, vx, vy);
+        vx.store(x + i);
+        vy.store(y + i);
+        const VecD size = abs(vx);
+        inside = inside & (((smallest <= size) & (size <= largest)) | (size <= zero));
+    }
+    return inside.lanes() == (1U << VecD::kLanes) - 1;
 }
 
-// Adds a block of samples: sums[e] += x^e for e = 0 .. 2 order, then the sums of x^e y for e = 0 .. order.
-// `terms` is a table of kPowerBlock columns with a row for each sum. False, with nothing added, when an x is
-// out of range; with `powersKnown` the table begins with the powers of any x. x and y are readable for a
-// whole block.
-inline bool addPowerBlock(const PowerBlock& block, const double* x, const double* y, std::size_t count,
-                          bool powersKnown, double* terms, double* sums) {
+// Adds a block of samples, stored as x, y, x, y, ...: sums[e] += x^e for e = 0 .. 2 order, then the sums of
+// x^e y for e = 0 .. order. `terms` is a table of kPowerBlock columns with a row for each sum. False, with
+// nothing added, when an x is out of range; with `powersKnown` the table begins with the powers of any x.
+inline bool addPowerBlock(const PowerBlock& block, const double* samples, std::size_t count, bool powersKnown,
+                          double* terms, double* sums) {
     const std::size_t powerRows = 2 * block.order + 1;
     const std::size_t rows = powerRows + block.order + 1;
+    double x[kPowerBlock];
+    double y[kPowerBlock];
+    const bool inRange = readSamples(block, samples, count, x, y);
     if (!powersKnown) {
-        if (!inRange(x, count, block.smallest, block.largest)) return false;
+        if (!inRange) return false;
         exactPowers(x, count, powerRows - 1, terms);
     }
     multiplyRows(terms, y, block.order + 1, count, terms + powerRows * kPowerBlock);

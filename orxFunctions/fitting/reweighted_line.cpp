@@ -65,8 +65,12 @@ struct LineSums {
 };
 
 bool nearlyEqual(const DirectedLine& a, const DirectedLine& b) {
+    // The angle is below kAccuracy when its cosine is above this by more than the rounding of both.
+    constexpr double kCosine = 0.9999500004189;
+    constexpr double kRounding = 1e-9;
     const double cosine = std::clamp(static_cast<double>(a.vx * b.vx + a.vy * b.vy), -1.0, 1.0);
-    if (!(std::fabs(std::acos(cosine)) < static_cast<double>(kAccuracy))) return false;
+    if (!(cosine > kCosine - kRounding)) return false;
+    if (!(cosine > kCosine + kRounding || std::acos(cosine) < static_cast<double>(kAccuracy))) return false;
     return std::max(std::fabs(a.x - b.x), std::fabs(a.y - b.y)) < kAccuracy;
 }
 
@@ -94,7 +98,7 @@ template <class Weights>
 class ReweightedLineFit {
   public:
     ReweightedLineFit(const cv::Point* points, std::size_t count, Weights weigh)
-        : count_(count), weigh_(weigh), memory_((2 + 2 * kLanes) * count) {
+        : count_(count), weigh_(weigh), memory_((2 + 2 * kLanes) * count), taken_(count) {
         xs_ = memory_.data();
         ys_ = xs_ + count;
         residuals_ = ys_ + count;
@@ -102,7 +106,9 @@ class ReweightedLineFit {
         for (std::size_t i = 0; i < count; ++i) {
             xs_[i] = static_cast<float>(points[i].x);
             ys_[i] = static_cast<float>(points[i].y);
+            extent_ = std::max({extent_, std::fabs(xs_[i]), std::fabs(ys_[i])});
         }
+        std::fill_n(taken_.data(), count, false);
         exact_ = static_cast<double>(static_cast<float>(count) * FLT_EPSILON);
     }
 
@@ -134,19 +140,24 @@ class ReweightedLineFit {
 
     // The line through ten different random points, or through all when there are no more.
     DirectedLine randomStart() {
-        std::array<std::size_t, kStartPoints> chosen{};
-        const std::size_t wanted = std::min(count_, kStartPoints);
-        for (std::size_t found = 0; found < wanted;) {
-            const std::size_t candidate =
-                count_ <= kStartPoints
-                    ? found
-                    : static_cast<std::size_t>(random_.uniform(0, static_cast<int>(count_)));
-            const auto end = chosen.begin() + static_cast<std::ptrdiff_t>(found);
-            if (std::find(chosen.begin(), end, candidate) == end) chosen[found++] = candidate;
-        }
-        std::sort(chosen.begin(), chosen.begin() + static_cast<std::ptrdiff_t>(wanted));
         LineSums sums;
-        for (std::size_t i = 0; i < wanted; ++i) sums.add(xs_[chosen[i]], ys_[chosen[i]]);
+        if (count_ <= kStartPoints) {
+            for (std::size_t i = 0; i < count_; ++i) sums.add(xs_[i], ys_[i]);
+            return sums.line();
+        }
+        std::array<std::size_t, kStartPoints> chosen{};
+        for (std::size_t found = 0; found < kStartPoints;) {
+            const auto candidate = static_cast<std::size_t>(random_.uniform(0, static_cast<int>(count_)));
+            if (taken_[candidate]) continue;
+            taken_[candidate] = true;
+            chosen[found++] = candidate;
+        }
+        for (const std::size_t i : chosen) taken_[i] = false;
+        // Sums run in the order of the points. Up to here they are sums of integers below 2^53, which no
+        // order rounds.
+        constexpr float kExact = 16777216.0F;
+        if (!(extent_ <= kExact)) std::sort(chosen.begin(), chosen.end());
+        for (const std::size_t i : chosen) sums.add(xs_[i], ys_[i]);
         return sums.line();
     }
 
@@ -253,11 +264,13 @@ class ReweightedLineFit {
 
     std::size_t count_;
     Weights weigh_;
-    cv::AutoBuffer<float, 256> memory_;
+    cv::AutoBuffer<float, 1024> memory_;
+    cv::AutoBuffer<bool, 1024> taken_;  // by the random start that is being drawn
     float* xs_ = nullptr;
     float* ys_ = nullptr;
     float* residuals_ = nullptr;
     float* weights_ = nullptr;
+    float extent_ = 0;
     double exact_ = 0;
     cv::RNG random_{static_cast<std::uint64_t>(-1)};
     std::array<Track, kRestarts> tracks_;

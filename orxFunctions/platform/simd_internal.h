@@ -77,12 +77,36 @@ class LaneCount {
     __m256i sums_ = _mm256_setzero_si256();
 };
 
+// columns[k] = element k of each of kLanes rows, which begin `step` elements apart.
+inline void loadTransposed(const double* rows, std::size_t step, VecD* columns) {
+    const auto halves = [&](std::size_t column, std::size_t row) {
+        return _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(rows + row * step + column)),
+                                    _mm_loadu_pd(rows + (row + 2) * step + column), 1);
+    };
+    const __m256d low0 = halves(0, 0);
+    const __m256d low1 = halves(0, 1);
+    const __m256d high0 = halves(2, 0);
+    const __m256d high1 = halves(2, 1);
+    columns[0].v = _mm256_unpacklo_pd(low0, low1);
+    columns[1].v = _mm256_unpackhi_pd(low0, low1);
+    columns[2].v = _mm256_unpacklo_pd(high0, high1);
+    columns[3].v = _mm256_unpackhi_pd(high0, high1);
+}
+
 // Reads kLanes points stored as x, y, x, y, ...
 inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
     const __m128 low = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy)));
     const __m128 high = _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(xy + 4)));
     x.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0))));
     y.v = _mm256_cvtepi32_pd(_mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))));
+}
+inline void loadPairs(const double* xy, VecD& x, VecD& y) {
+    const __m256d low = _mm256_loadu_pd(xy);
+    const __m256d high = _mm256_loadu_pd(xy + 4);
+    const __m256d even = _mm256_permute2f128_pd(low, high, 0x20);
+    const __m256d odd = _mm256_permute2f128_pd(low, high, 0x31);
+    x.v = _mm256_unpacklo_pd(even, odd);
+    y.v = _mm256_unpackhi_pd(even, odd);
 }
 
 #elif defined(__SSE2__) || defined(_M_X64)
@@ -131,10 +155,23 @@ class LaneCount {
     __m128i sums_ = _mm_setzero_si128();
 };
 
+inline void loadTransposed(const double* rows, std::size_t step, VecD* columns) {
+    const __m128d first = _mm_loadu_pd(rows);
+    const __m128d second = _mm_loadu_pd(rows + step);
+    columns[0].v = _mm_unpacklo_pd(first, second);
+    columns[1].v = _mm_unpackhi_pd(first, second);
+}
+
 inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
     const __m128i pairs = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xy));
     x.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 1, 2, 0)));
     y.v = _mm_cvtepi32_pd(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(2, 0, 3, 1)));
+}
+inline void loadPairs(const double* xy, VecD& x, VecD& y) {
+    const __m128d first = _mm_loadu_pd(xy);
+    const __m128d second = _mm_loadu_pd(xy + 2);
+    x.v = _mm_unpacklo_pd(first, second);
+    y.v = _mm_unpackhi_pd(first, second);
 }
 
 #else
@@ -176,9 +213,15 @@ class LaneCount {
     std::size_t total_ = 0;
 };
 
+inline void loadTransposed(const double* rows, std::size_t /*step*/, VecD* columns) { columns[0].v = *rows; }
+
 inline void loadPairs(const std::int32_t* xy, VecD& x, VecD& y) {
     x.v = static_cast<double>(xy[0]);
     y.v = static_cast<double>(xy[1]);
+}
+inline void loadPairs(const double* xy, VecD& x, VecD& y) {
+    x.v = xy[0];
+    y.v = xy[1];
 }
 
 #endif

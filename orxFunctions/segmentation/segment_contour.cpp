@@ -71,7 +71,10 @@ void TSegmentContour::splitContour(std::vector<cv::Point> contour, bool showStep
     mergeCircles2(circles, false);
 
     for (TSegemetLine& line : lines) {
-        if (!line.usedByCircle) resultLines.push_back(std::move(line));
+        if (line.usedByCircle) continue;
+        // Not before: most chords end in arcs or are split again, and nothing on the way asks for the fit.
+        line.fitLineWithContoursWithTurkey();
+        resultLines.push_back(std::move(line));
     }
     for (TSegemetCircle& circle : circles) {
         if (circle.isCircle) resultCircles.push_back(std::move(circle));
@@ -120,7 +123,6 @@ void TSegmentContour::generateLines(cv::Mat keyPoints, std::vector<cv::Point>& c
         line.endPoint = {end.x, end.y};
         line.generateLine(line.startPoint, line.endPoint);
         finder.collect(line, epsilon);
-        line.fitLineWithContoursWithTurkey();
         lines.push_back(std::move(line));
     }
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -189,6 +190,32 @@ TEST(EdgesSubPixMetric, GivesOnePointForEachCrossing) {
     EXPECT_FALSE(open[0].closed);
     for (std::size_t i = 1; i < open[0].points.size(); ++i) {
         EXPECT_LT(cv::norm(open[0].points[i] - open[0].points[i - 1]), 2.5) << i;
+    }
+}
+
+TEST(EdgesSubPixMetric, RunsStraightOnWhereEdgesBranch) {
+    // Dark on the left, two brighter parts on the right: the upright edge turned by some degrees, and the one
+    // between the two parts that ends at it.
+    for (const double degrees : {0.0, 5.0, 20.0, 30.0, 45.0, 60.0, 75.0, 80.0}) {
+        SCOPED_TRACE(degrees);
+        const double angle = degrees * CV_PI / 180;
+        cv::Mat image(140, 140, CV_8U);
+        for (int y = 0; y < image.rows; ++y) {
+            for (int x = 0; x < image.cols; ++x) {
+                const double right = (x - 70) * std::cos(angle) + (y - 70) * std::sin(angle);
+                const double down = (y - 70) * std::cos(angle) - (x - 70) * std::sin(angle);
+                const double levels[] = {40, down < 0 ? 130.0 : 220.0};
+                const double share = std::clamp(right + 0.5, 0.0, 1.0);
+                image.at<std::uint8_t>(y, x) =
+                    cv::saturate_cast<std::uint8_t>(levels[0] + share * (levels[1] - levels[0]));
+            }
+        }
+        cv::GaussianBlur(image, image, cv::Size(), 0.8);
+        double longest = 0;
+        for (const TMetricContour& contour : find(image)) {
+            longest = std::max(longest, cv::norm(contour.points.front() - contour.points.back()));
+        }
+        EXPECT_GT(longest, 125);
     }
 }
 

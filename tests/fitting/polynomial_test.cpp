@@ -148,6 +148,15 @@ TEST(TPolynomial, UnusualSamplesGiveThePlainAnswer) {
     }
 }
 
+TEST(TPolynomial, ItsOwnSamplesMayBeFittedAgain) {
+    Samples samples;
+    for (int i = 0; i < 150; ++i) samples.emplace_back(i, i * i);
+    orx::TPolynomial model(samples, 1);
+    EXPECT_TRUE(model.fit(model.points, 2));
+    EXPECT_EQ(model.points, samples);
+    EXPECT_NEAR(model.getY(20), 400, 1e-6);
+}
+
 TEST(TPolynomial, CopiesSurviveALaterFit) {
     orx::TPolynomial model({0, 1}, {0, 1}, 1);
     const orx::TPolynomial copy = model;

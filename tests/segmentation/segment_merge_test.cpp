@@ -4,6 +4,7 @@
 #include <cmath>
 #include <random>
 
+#include "segment_reference.h"
 #include "segment_shapes.h"
 
 namespace {
@@ -222,41 +223,6 @@ TEST(MergeCirclesAndLines, EndsWithoutPointsTouchNothing) {
     EXPECT_EQ(circles.size(), 2U);
 }
 
-// The scans over all pairs, as they are defined.
-double between(cv::Point p, cv::Point q) { return cv::norm(cv::Point2d(p) - cv::Point2d(q)); }
-
-bool runsInto(const TSegemetCircle& c1, const TSegemetCircle& c2) {
-    return between(c1.secondPoints.back(), c2.firstPoints.front()) < 8.0;
-}
-
-void mergeAllPairs(std::vector<TSegemetCircle>& circles) {
-    for (std::size_t i = 0; i < circles.size(); ++i) {
-        for (std::size_t j = i + 1; circles[i].isCircle && j < circles.size(); ++j) {
-            const bool forward = runsInto(circles[i], circles[j]);
-            if (!circles[j].isCircle || (!forward && !runsInto(circles[j], circles[i]))) continue;
-            if (cv::norm(circles[i].center - circles[j].center) > 50.0) continue;
-            const TSegemetCircle candidate(circles[forward ? i : j], circles[forward ? j : i], 300, 60, 3.5,
-                                           false);
-            if (candidate.isCircle) circles.push_back(candidate);
-        }
-    }
-}
-
-void swallowAllPairs(std::vector<TSegemetCircle>& circles, std::vector<TSegemetLine>& lines) {
-    for (std::size_t i = 0; i < circles.size(); ++i) {
-        for (std::size_t l = 0; circles[i].isCircle && l < lines.size(); ++l) {
-            if (lines[l].usedByCircle) continue;
-            const bool follows =
-                between(circles[i].secondPoints.back(), cv::Point(lines[l].startPoint)) <= std::sqrt(2.0);
-            if (!follows &&
-                between(cv::Point(lines[l].endPoint), circles[i].firstPoints.front()) > std::sqrt(2.0))
-                continue;
-            const TSegemetCircle candidate(circles[i], lines[l], 300, 60, 3.5, !follows);
-            if (candidate.isCircle) circles.push_back(candidate);
-        }
-    }
-}
-
 void expectSame(const std::vector<TSegemetCircle>& circles, const std::vector<TSegemetCircle>& expected) {
     ASSERT_EQ(circles.size(), expected.size());
     for (std::size_t i = 0; i < circles.size(); ++i) {
@@ -293,7 +259,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         const std::size_t before = circles.size();
         std::vector<TSegemetCircle> expected = circles;
         std::vector<TSegemetLine> expectedLines = lines;
-        swallowAllPairs(expected, expectedLines);
+        segment_reference::swallowAllPairs(expected, expectedLines, {});
         TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
         expectSame(circles, expected);
         for (std::size_t l = 0; l < lines.size(); ++l)
@@ -301,7 +267,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         swallowed += circles.size() - before;
 
         const std::size_t between = circles.size();
-        mergeAllPairs(expected);
+        segment_reference::mergeAllPairs(expected, {});
         TSegmentContourProbe::mergeCircles2(splitter, circles);
         expectSame(circles, expected);
         mergers += circles.size() - between;
