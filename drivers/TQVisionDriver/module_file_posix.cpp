@@ -1,0 +1,23 @@
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <system_error>
+
+#include "drivers/TQVisionDriver/module_file.h"
+
+namespace vision {
+
+std::filesystem::path moduleFolder() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&moduleFolder), &info) == 0 || info.dli_fname == nullptr)
+        return {};
+    std::error_code failed;
+    const std::filesystem::path file = std::filesystem::canonical(info.dli_fname, failed);
+    return failed ? std::filesystem::path() : file.parent_path();
+}
+
+void keepModuleLoaded() {}
+
+void atProcessEnd(void (*function)()) { std::atexit(function); }
+
+}  // namespace vision

@@ -1,0 +1,208 @@
+#include "drivers/TQVisionDriver/scene_source.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <opencv2/core.hpp>
+#include <thread>
+
+namespace {
+
+using vision::Made;
+using vision::PacedSource;
+using vision::SceneMaker;
+using vision::ScenePart;
+using vision::scenePart;
+using vision::SceneSettings;
+
+SceneSettings quiet(int width, int height) {
+    SceneSettings settings;
+    settings.width = width;
+    settings.height = height;
+    settings.noise = 0.0;
+    settings.seed = 1;
+    return settings;
+}
+
+cv::Mat pictureOf(SceneMaker& maker, std::int64_t number) {
+    vision::PictureFormat format;
+    EXPECT_TRUE(maker.prepare(format));
+    cv::Mat picture;
+    EXPECT_EQ(maker.make(number, picture), Made::kPicture);
+    EXPECT_EQ(picture.cols, format.width);
+    EXPECT_EQ(picture.rows, format.height);
+    EXPECT_EQ(picture.channels(), format.channels);
+    return picture;
+}
+
+// The brightness above the tray, taken together: its sum is (area of disk - area of hole) times the contrast,
+// and its centre of gravity follows from both centres.
+TEST(SceneSource, ThePartLiesWhereItsGeometrySays) {
+    SceneMaker maker(quiet(400, 300));
+    for (const std::int64_t number : {1, 17, 60, 133, 239, 1000}) {
+        SCOPED_TRACE(number);
+        const cv::Mat picture = pictureOf(maker, number);
+        const ScenePart part = scenePart(400, 300, number);
+        ASSERT_GT(part.center.x - part.radius, 1.0);
+        ASSERT_LT(part.center.x + part.radius, 398.0);
+        ASSERT_GT(part.center.y - part.radius, 1.0);
+        ASSERT_LT(part.center.y + part.radius, 298.0);
+        double sum = 0.0;
+        cv::Point2d moment(0.0, 0.0);
+        for (int y = 0; y < picture.rows; ++y) {
+            for (int x = 0; x < picture.cols; ++x) {
+                const double bright = picture.at<unsigned char>(y, x) - vision::kTrayLevel;
+                sum += bright;
+                moment += bright * cv::Point2d(x, y);
+            }
+        }
+        const double disk = CV_PI * part.radius * part.radius;
+        const double hole = CV_PI * part.holeRadius * part.holeRadius;
+        const double contrast = vision::kPartLevel - vision::kTrayLevel;
+        EXPECT_NEAR(sum / contrast, disk - hole, 0.001 * disk);
+        const cv::Point2d expected = (disk * part.center - hole * part.holeCenter) / (disk - hole);
+        EXPECT_NEAR(moment.x / sum, expected.x, 0.01);
+        EXPECT_NEAR(moment.y / sum, expected.y, 0.01);
+    }
+}
+
+TEST(SceneSource, ARegionShowsTheSameSceneCutOut) {
+    SceneSettings settings = quiet(400, 300);
+    settings.noise = 3.0;
+    SceneMaker whole(settings);
+    SceneMaker part(settings);
+    EXPECT_TRUE(part.setParameter(VD_PARAM_WIDTH, 200, false));
+    EXPECT_TRUE(part.setParameter(VD_PARAM_HEIGHT, 150, false));
+    EXPECT_TRUE(part.setParameter(VD_PARAM_OFFSET_X, 130, false));
+    EXPECT_TRUE(part.setParameter(VD_PARAM_OFFSET_Y, 90, false));
+    EXPECT_FALSE(part.setParameter(VD_PARAM_OFFSET_X, 201, false)) << "would leave the scene";
+    EXPECT_FALSE(part.setParameter(VD_PARAM_WIDTH, 0, false));
+    EXPECT_FALSE(part.setParameter(VD_PARAM_WIDTH, 100, true)) << "while pictures are being made";
+    const cv::Mat expected = pictureOf(whole, 30)(cv::Rect(130, 90, 200, 150));
+    EXPECT_EQ(cv::norm(expected, pictureOf(part, 30), cv::NORM_INF), 0.0);
+}
+
+TEST(SceneSource, NoiseIsRepeatableAndAsLargeAsAskedFor) {
+    SceneSettings settings = quiet(400, 300);
+    settings.noise = 4.0;
+    SceneMaker first(settings);
+    SceneMaker second(settings);
+    settings.seed = 2;
+    SceneMaker other(settings);
+    const cv::Mat picture = pictureOf(first, 5);
+    EXPECT_EQ(cv::norm(picture, pictureOf(second, 5), cv::NORM_INF), 0.0);
+    EXPECT_GT(cv::norm(picture, pictureOf(other, 5), cv::NORM_INF), 0.0);
+    cv::Scalar mean;
+    cv::Scalar deviation;
+    cv::meanStdDev(picture(cv::Rect(0, 0, 400, 40)), mean, deviation);
+    EXPECT_NEAR(mean[0], vision::kTrayLevel, 0.2);
+    EXPECT_NEAR(deviation[0], 4.0, 0.2);
+}
+
+TEST(SceneSource, LightFollowsExposureAndGain) {
+    SceneMaker maker(quiet(200, 200));
+    const auto trayLevel = [&maker] { return static_cast<int>(pictureOf(maker, 1).at<unsigned char>(0, 0)); };
+    EXPECT_EQ(trayLevel(), 40);
+    EXPECT_TRUE(maker.setParameter(VD_PARAM_EXPOSURE, 20000, true));
+    EXPECT_EQ(trayLevel(), 80);
+    EXPECT_TRUE(maker.setParameter(VD_PARAM_GAIN, 60, true));  // 6.0 dB: nearly twice, 80 * 10^0.3
+    EXPECT_EQ(trayLevel(), 160);
+    EXPECT_FALSE(maker.setParameter(VD_PARAM_GAIN, -1, true));
+    EXPECT_FALSE(maker.setParameter(VD_PARAM_EXPOSURE, 0, true));
+    EXPECT_EQ(trayLevel(), 160);
+}
+
+class RunningScene : public testing::Test {
+  protected:
+    void startAt(double rate, long trigger = VD_TRIGGER_OFF) {
+        source_ = std::make_unique<PacedSource>(std::make_unique<SceneMaker>(quiet(64, 64)), rate);
+        ASSERT_TRUE(source_->open());
+        ASSERT_TRUE(source_->setParameter(VD_PARAM_TRIGGER_MODE, trigger));
+        vision::PictureFormat format;
+        ASSERT_TRUE(source_->start(format));
+    }
+    float number() { return source_->parameter(VD_PARAM_FRAME_NUMBER); }
+    bool fetched() {
+        VDImage image{};
+        return source_->fetch(image) && image.width == 64 && image.height == 64 && image.channels == 1;
+    }
+    static void sleepMs(int duration) { std::this_thread::sleep_for(std::chrono::milliseconds(duration)); }
+
+    std::unique_ptr<PacedSource> source_;
+};
+
+TEST_F(RunningScene, PicturesComeAtTheSetRate) {
+    startAt(100.0);
+    sleepMs(505);
+    // Never faster than asked; slower only because this machine is busy.
+    EXPECT_LE(number(), 52.0F);
+    EXPECT_GE(number(), 25.0F);
+    EXPECT_TRUE(source_->setParameter(VD_PARAM_FRAME_RATE, 4));
+    sleepMs(30);
+    const float before = number();
+    sleepMs(600);
+    EXPECT_GE(number(), before + 1.0F);
+    EXPECT_LE(number(), before + 3.0F);
+    EXPECT_EQ(source_->parameter(VD_PARAM_BYTES_RECEIVED), 64.0F * 64.0F * number());
+    EXPECT_EQ(source_->parameter(VD_PARAM_FRAMES_LOST), 0.0F);
+}
+
+TEST_F(RunningScene, FetchRepeatsTheLastPictureWithoutWaitingForTheNext) {
+    startAt(1.0);
+    EXPECT_TRUE(fetched());
+    const auto start = vision::Clock::now();
+    for (int i = 0; i < 10; ++i) EXPECT_TRUE(fetched());
+    const auto took = vision::Clock::now() - start;
+    EXPECT_GE(took, std::chrono::milliseconds(40)) << "each waits a little for a newer picture";
+    EXPECT_LT(took, std::chrono::milliseconds(500));
+    EXPECT_EQ(number(), 1.0F);
+    EXPECT_GE(source_->parameter(VD_PARAM_FRAME_AGE), 40.0F);
+}
+
+TEST_F(RunningScene, ATriggeredSourceMakesOnePicturePerTriggerAndIsNeverLost) {
+    startAt(1000.0, VD_TRIGGER_SOFTWARE);
+    EXPECT_TRUE(fetched()) << "a black one";
+    sleepMs(1200);
+    EXPECT_TRUE(fetched());
+    EXPECT_EQ(number(), 0.0F);
+    EXPECT_TRUE(source_->setParameter(VD_PARAM_SOFTWARE_TRIGGER, 1));
+    for (int i = 0; i < 200 && number() < 1.0F; ++i) sleepMs(5);
+    sleepMs(20);
+    EXPECT_EQ(number(), 1.0F);
+    EXPECT_FALSE(source_->setParameter(VD_PARAM_TRIGGER_MODE, VD_TRIGGER_LINE_1)) << "it has no lines";
+    EXPECT_TRUE(source_->setParameter(VD_PARAM_TRIGGER_MODE, VD_TRIGGER_OFF));
+    EXPECT_FALSE(source_->setParameter(VD_PARAM_SOFTWARE_TRIGGER, 1));
+    sleepMs(50);
+    EXPECT_GT(number(), 2.0F);
+}
+
+// A maker that comes to a halt, as a replay on a dead network drive does.
+class HaltingMaker : public vision::PictureMaker {
+  public:
+    bool available() override { return true; }
+    bool prepare(vision::PictureFormat& format) override {
+        format = {64, 64, 1};
+        return true;
+    }
+    Made make(std::int64_t number, cv::Mat& picture) override {
+        if (number > 1) return Made::kNothing;
+        picture = cv::Mat(64, 64, CV_8UC1, cv::Scalar(77));
+        return Made::kPicture;
+    }
+    bool setParameter(int /*id*/, long /*value*/, bool /*running*/) override { return false; }
+    float parameter(int /*id*/) override { return 1.0F; }
+};
+
+TEST_F(RunningScene, ASourceWithoutNewPicturesIsLostAfterASecond) {
+    source_ = std::make_unique<PacedSource>(std::make_unique<HaltingMaker>(), 50.0);
+    vision::PictureFormat format;
+    ASSERT_TRUE(source_->start(format));
+    EXPECT_TRUE(fetched());
+    sleepMs(500);
+    EXPECT_TRUE(fetched()) << "half a second is no loss";
+    sleepMs(700);
+    EXPECT_FALSE(fetched());
+    EXPECT_GE(source_->parameter(VD_PARAM_FRAMES_LOST), 10.0F);
+}
+
+}  // namespace
