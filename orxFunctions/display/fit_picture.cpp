@@ -163,7 +163,6 @@ const cv::Mat& PictureFitter::halvedFor(const cv::Mat& image, cv::Size size) {
     while (last->cols >= 2 * size.width && last->rows >= 2 * size.height && last->cols > 1 &&
            last->rows > 1) {
         const cv::Size half = last->size() / 2;
-        if (halves_.size() <= level) halves_.resize(level + 1);
         cv::resize((*last)({{}, half * 2}), halves_[level], half, 0, 0, cv::INTER_AREA);
         last = &halves_[level++];
     }

@@ -2,8 +2,8 @@
 #ifndef ORXFUNCTIONS_DISPLAY_FIT_PICTURE_INTERNAL_H
 #define ORXFUNCTIONS_DISPLAY_FIT_PICTURE_INTERNAL_H
 
+#include <array>
 #include <opencv2/core.hpp>
-#include <vector>
 
 #include "orxFunctions/display/fit_geometry_internal.h"
 
@@ -38,7 +38,7 @@ class PictureFitter {
     cv::Mat picture_;
     cv::Mat stretched_;
     cv::Mat resized_;  // before its pixels are converted
-    std::vector<cv::Mat> halves_;
+    std::array<cv::Mat, 31> halves_;  // each half as large as the one before
 };
 
 }  // namespace orx::display

@@ -161,7 +161,7 @@ class ORX_API TPictureBox {
     std::atomic<double> shownHeight{0.0};
     std::atomic<double> offsetX{0.0};
     std::atomic<double> offsetY{0.0};
-    std::atomic<double> origWidth{0.0};  // of the image handed in last
+    std::atomic<double> origWidth{0.0};  // of the image handed in or shown last
     std::atomic<double> origHeight{0.0};
     std::atomic<double> scaleX{1.0};  // from image to window, used last
     std::atomic<double> scaleY{1.0};

@@ -46,7 +46,9 @@ void TPictureBox::Core::moveInto(void* host) {
     if (window_->parent() != host || wasHeadless) window_->moveInto(host);
     takeHandles();
     // A new window is empty until the image is shown again.
-    if (wasHeadless && !isHeadless() && box_.origWidth > 0.0) box_.redraw = true;
+    if (!wasHeadless || isHeadless()) return;
+    const zul::LockGuard lock(viewState.imageLock);
+    if (!viewState.image.empty()) box_.redraw = true;
 }
 
 void TPictureBox::Core::takeHandles() {

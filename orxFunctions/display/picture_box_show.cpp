@@ -88,6 +88,9 @@ cv::Mat TPictureBox::Core::fittedPicture(bool endZoom) {
     box_.shownHeight = fit.shownHeight;
     box_.offsetX = fit.offsetX;
     box_.offsetY = fit.offsetY;
+    // The image may have been handed to another box.
+    box_.origWidth = image.cols;
+    box_.origHeight = image.rows;
     if (endZoom || (box_.sizeChanged && viewState.zoom.active())) {
         viewState.zoom = Zoom();
         box_.sizeChanged = false;
