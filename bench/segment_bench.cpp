@@ -52,9 +52,9 @@ Points wavyRing(std::size_t count) {
     Points points;
     const double radius = static_cast<double>(count) / (2 * kPi);
     const double waves = std::max(3.0, std::floor(2 * kPi * radius / 600));
-    const double steps = 1.5 * static_cast<double>(count);
-    for (double i = 0; i < steps; ++i) {
-        const double a = 2 * kPi * i / steps;
+    const std::size_t steps = count + count / 2;
+    for (std::size_t i = 0; i < steps; ++i) {
+        const double a = 2 * kPi * static_cast<double>(i) / static_cast<double>(steps);
         const double r = radius + 60 * std::cos(waves * a);
         addPixel(points, r * std::cos(a), r * std::sin(a));
     }

@@ -128,8 +128,8 @@ const bool kRegistered = [] {
                                                     {"threshold_uniform", Scene::uniform}};
     std::vector<benchmark::internal::Benchmark*> all;
     for (const auto& [group, scene] : scenes) {
-        const auto add = [&all, group = group](const std::string& name, auto... run) {
-            all.push_back(benchmark::RegisterBenchmark((group + "/" + name).c_str(), run...));
+        const auto add = [&all, prefix = group + '/'](const std::string& name, auto... run) {
+            all.push_back(benchmark::RegisterBenchmark((prefix + name).c_str(), run...));
         };
         add("opencv_calc_hist", peerCalcHist, scene);
         add("opencv_otsu", peerThreshold, static_cast<int>(cv::THRESH_OTSU), scene);
