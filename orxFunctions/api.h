@@ -8,8 +8,11 @@
 #else
 #define ORX_API __declspec(dllimport)
 #endif
+#define ORX_PRIVATE
 #else
 #define ORX_API __attribute__((visibility("default")))
+// For a class inside an exported one that is not exported itself.
+#define ORX_PRIVATE __attribute__((visibility("hidden")))
 #endif
 
 #define ORX_VERSION_MAJOR 0

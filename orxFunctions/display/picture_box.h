@@ -188,7 +188,7 @@ class ORX_API TPictureBox {
     static std::atomic<std::int32_t> mCount;  // boxes alive
 
   private:
-    class Core;
+    class ORX_PRIVATE Core;
     std::unique_ptr<Core> core_;
 };
 
