@@ -41,9 +41,9 @@ void TPictureBox::Core::run() {
     orx::outPutDebugString(zul::toAnsi("图片显示线程已经关闭"));
 }
 
-void TPictureBox::Core::moveInto(void* host) {
+void TPictureBox::Core::moveInto(void* newHost) {
     const bool wasHeadless = isHeadless();
-    if (window_->parent() != host || wasHeadless) window_->moveInto(host);
+    if (wasHeadless || window_->parent() != newHost) window_->moveInto(newHost);
     takeHandles();
     // A new window is empty until the image is shown again.
     if (!wasHeadless || isHeadless()) return;

@@ -25,7 +25,7 @@ class TPictureBox::Core final : public orx::platform::MouseListener {
     void join();
 
     // The window.
-    void moveInto(void* host);
+    void moveInto(void* newHost);
     void takeHandles();
     bool isHeadless() const { return window_->handle() == nullptr; }
     orx::platform::NativeWindow& window() { return *window_; }

@@ -80,7 +80,7 @@ void TPictureBox::Core::makeDisplay(bool endZoom, bool drawable) {
 
 // Empty where the image is shown as it is.
 cv::Mat TPictureBox::Core::fittedPicture(bool endZoom) {
-    const cv::Mat& image = viewState.image;
+    const cv::Mat image = viewState.image;
     const zul::LockGuard lock(viewState.sizeLock);
     const cv::Size window(box_.windowWidth, box_.windowHeight);
     const FitGeometry fit = fitIntoWindow(window, image.size(), box_.keepAspect);
@@ -170,7 +170,7 @@ void TPictureBox::Core::drawSelectedRect(Occasion occasion) {
 
 void TPictureBox::Core::drawSelectedCircle() {
     const zul::LockGuard lock(viewState.sizeLock);
-    const CircleSelection& selection = viewState.circle;
+    const CircleSelection selection = viewState.circle;
     if (!selection.exists()) return;
     drawSelection(box_.display, selection.centre, selection.radius, mapping(),
                   cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
