@@ -73,9 +73,7 @@ class ORX_API TLineFit_Ransac : public TLineFit {
 // The line of cv::fitLine (20 random starts, up to 30 reweighting passes each, accuracies 0.01) with the
 // weight functions of TCircleFit_WeightedLeastSquares.
 //
-// Parameters: weight type (0 L1-L2, 1 L1, 2 Fair, 3 Welsch, 4 Huber, 5 Tukey's biweight; any other number
-// weighs all points alike), weight parameter (pixels, single precision; 0
-// selects 1.3998, 2.9846, 1.345, 1.345 for types 2 to 5). The random starts come from a generator of its own:
+// Parameters: weight type and weight parameter, as there. The random starts come from a generator of its own:
 // results are repeatable.
 //
 // Valid whenever there is a point; a single point gives a horizontal line.

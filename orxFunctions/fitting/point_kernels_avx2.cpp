@@ -1,7 +1,7 @@
-#include "orxFunctions/fitting/point_kernels.inl"
+#include "orxFunctions/fitting/point_kernels_body_internal.h"
 
 namespace orx {
 
-const PointKernels kAvx2PointKernels = ORX_SIMD::kKernels;
+const PointKernels kAvx2PointKernels = ORX_SIMD::consensus::kKernels;
 
 }  // namespace orx

@@ -1,10 +1,11 @@
-// The loops of point_kernels_internal.h, compiled once per instruction set by the two sources that include
-// this file.
+// The loops of point_kernels_internal.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
+#define ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
+
 #include "orxFunctions/fitting/point_kernels_internal.h"
 #include "orxFunctions/platform/simd_internal.h"
 
-namespace orx::ORX_SIMD {
-namespace {
+namespace orx::ORX_SIMD::consensus {
 
 static_assert(kPointsPerStep % VecD::kLanes == 0);
 
@@ -133,23 +134,24 @@ std::size_t list(const PointSpan& points, const Inliers& inliers, std::int32_t* 
     return count;
 }
 
-std::size_t countOnLine(const PointSpan& points, const LineTest& test, std::size_t floor) {
+inline std::size_t countOnLine(const PointSpan& points, const LineTest& test, std::size_t floor) {
     return countAbove(points, LineInliers(test), floor);
 }
 
-std::size_t countOnCircle(const PointSpan& points, const CircleTest& test, std::size_t floor) {
+inline std::size_t countOnCircle(const PointSpan& points, const CircleTest& test, std::size_t floor) {
     return countAbove(points, CircleInliers(test), floor);
 }
 
-std::size_t listOnLine(const PointSpan& points, const LineTest& test, std::int32_t* indices) {
+inline std::size_t listOnLine(const PointSpan& points, const LineTest& test, std::int32_t* indices) {
     return list(points, LineInliers(test), indices);
 }
 
-std::size_t listOnCircle(const PointSpan& points, const CircleTest& test, std::int32_t* indices) {
+inline std::size_t listOnCircle(const PointSpan& points, const CircleTest& test, std::int32_t* indices) {
     return list(points, CircleInliers(test), indices);
 }
 
-constexpr PointKernels kKernels{countOnLine, countOnCircle, listOnLine, listOnCircle};
+inline constexpr PointKernels kKernels{countOnLine, countOnCircle, listOnLine, listOnCircle};
 
-}  // namespace
-}  // namespace orx::ORX_SIMD
+}  // namespace orx::ORX_SIMD::consensus
+
+#endif

@@ -1,9 +1,9 @@
-#include "orxFunctions/fitting/point_kernels.inl"
+#include "orxFunctions/fitting/point_kernels_body_internal.h"
 #include "orxFunctions/platform/cpu_internal.h"
 
 namespace orx {
 
-const PointKernels kBaselinePointKernels = ORX_SIMD::kKernels;
+const PointKernels kBaselinePointKernels = ORX_SIMD::consensus::kKernels;
 
 const PointKernels& pointKernels() {
 #if defined(ORX_HAS_AVX2_KERNELS)
