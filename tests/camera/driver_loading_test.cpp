@@ -45,7 +45,7 @@ TEST(DriverLoading, EachRequiredProcedureIsRequired) {
          {"VDInitCamera", "VDOpen", "VDStart", "VDStop", "VDGetImage", "VDSetParam", "VDClose"}) {
         SCOPED_TRACE(name);
         const test::LoadedModule module(test::fakeModule("no_" + name, "TQVisionDriver"));
-        ASSERT_TRUE(module.isLoaded());
+        ASSERT_TRUE(module.loaded());
         test::Host host;
         orx::TMultiCamera cams;
         EXPECT_EQ(cams.dllLoaded, 0);

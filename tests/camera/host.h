@@ -5,16 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <mutex>
 #include <ostream>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/fake_driver/fake_driver.h"
-#include "tests/fake_driver/loaded_module.h"
+#include "tests/support/loaded_module.h"
+#include "tests/support/trace_log.h"
 
 namespace test {
 
@@ -40,12 +39,7 @@ class Host {
     Host() {
         zul::G_appshowMsg_defaultColor = kPlainColor;
         takeMessages();
-        zul::setTraceSink(&Host::receive, this);
     }
-    ~Host() { zul::setTraceSink(nullptr, nullptr); }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
     std::vector<Message> takeMessages() {
         std::vector<Message> messages;
         std::string text;
@@ -54,20 +48,10 @@ class Host {
         return messages;
     }
 
-    std::vector<std::string> takeTraces() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return std::exchange(traces_, {});
-    }
+    std::vector<std::string> takeTraces() { return traces_.take(); }
 
   private:
-    static void receive(const char* line, void* self) {
-        auto* const host = static_cast<Host*>(self);
-        const std::lock_guard<std::mutex> lock(host->mutex_);
-        host->traces_.emplace_back(line);
-    }
-
-    std::mutex mutex_;
-    std::vector<std::string> traces_;
+    TraceLog traces_;
 };
 
 inline std::string fakeModule(const std::string& variant, const std::string& name) {
@@ -98,7 +82,7 @@ class CameraTest : public testing::Test {
     fake::Camera& fakeCamera(int slot) { return driver_->cameras[static_cast<std::size_t>(slot)]; }
 
     LoadedModule module_{fakeModule("complete", "TQVisionDriver")};
-    fake::Driver* const driver_ = module_.find<decltype(fakeDriver)>("fakeDriver")();
+    fake::Driver* const driver_ = reinterpret_cast<decltype(&fakeDriver)>(module_.function("fakeDriver"))();
     Host host_;
     orx::TMultiCamera cams_;
 };

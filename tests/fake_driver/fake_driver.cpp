@@ -116,6 +116,10 @@ bool VDGetImage(VDImage* image, int index) {
     while (camera.stalls) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     camera.isInFetch = false;
     if (!camera.isPlugged || camera.picture == fake::Picture::kFailure) return false;
+    if (camera.failures > 0) {
+        --camera.failures;
+        return false;
+    }
     Buffer& buffer = buffers[static_cast<std::size_t>(index)];
     fill(index, camera, buffer);
     handOut(camera, buffer, *image);

@@ -28,6 +28,7 @@ struct Camera {
     std::atomic<bool> isPlugged{true};  // unplugged: nothing succeeds but stopping and closing
     std::atomic<bool> starts{true};
     std::atomic<bool> stops{true};
+    std::atomic<int> failures{0};     // so many fetches fail before the next picture
     std::atomic<bool> stalls{false};  // a fetch waits while this is set
     std::atomic<int> fetchMs{0};      // how long a fetch takes
 
