@@ -17,7 +17,7 @@ namespace orx {
 
 int G_appshowMsg_defaultColor = 0;
 
-std::array<zul::Mutex, TImageThreadManager::MAXCameraNum> slotMutexes;
+std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 zul::Mutex cameraCallMutex;
 platform::ExtraModuleFolder platform::extraModuleFolder;
 CameraDriver cameraDriver;

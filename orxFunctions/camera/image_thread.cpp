@@ -10,6 +10,7 @@
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
 namespace orx {
@@ -174,6 +175,8 @@ void TImageThread::withSlotMutex(const Work& work) {
 bool TImageThread::handOver() {
     // Closed or paused meanwhile: the picture would take the place of the status picture.
     if (!cameras->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
+    TPictureBox* const box = pictureBox;
+    if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage, false);
     const zul::LockGuard lock(slotMutexes[static_cast<std::size_t>(cameraIdx)]);
     if (!callBack()) return false;
     storeLatest();
@@ -231,7 +234,12 @@ void TImageThread::pace() {
 }
 
 void TImageThread::showStatus(int code) {
-    withSlotMutex([&] { latestImage_ = statusImage(code); });
+    cv::Mat image = statusImage(code);
+    withSlotMutex([&] { latestImage_ = image.clone(); });
+    TPictureBox* const box = pictureBox;
+    if (box == nullptr || box->getParentHand() == nullptr) return;
+    box->setImage(image, true);
+    box->showImageLast();
 }
 
 void TImageThread::setCallback(bool enable, TDrawImgCallback f) {

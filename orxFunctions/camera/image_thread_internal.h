@@ -17,7 +17,7 @@
 namespace orx {
 
 // By slot: guards the callback and the latest image of that slot. Defined in orxfunctions.cpp.
-extern std::array<zul::Mutex, TImageThreadManager::MAXCameraNum> slotMutexes;
+extern std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 
 using TDrawImgCallback = void (*)(cv::Mat&, int);
 

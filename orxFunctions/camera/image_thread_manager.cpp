@@ -12,7 +12,7 @@ namespace {
 
 void showProblem(const char* text) { zul::APPshowMessage(text, kErrorColor); }
 
-bool isInRange(int idx) { return idx >= 0 && idx < TImageThreadManager::MAXCameraNum; }
+bool isInRange(int idx) { return idx >= 0 && idx < MAXCameraNum; }
 
 void traceText(const char* utf8) { zul::outPutDebugString(zul::toAnsi(utf8)); }
 

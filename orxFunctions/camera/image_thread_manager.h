@@ -30,8 +30,6 @@ class TImageThread;
 // on POSIX after the picture they are at; on Windows they keep the library loaded instead.
 class ORX_API TImageThreadManager {
   public:
-    static constexpr int MAXCameraNum = TMultiCamera::kMostCameras;
-
     TImageThreadManager();
     ~TImageThreadManager();
     TImageThreadManager(const TImageThreadManager&) = delete;

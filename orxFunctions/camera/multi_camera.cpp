@@ -9,7 +9,7 @@
 namespace orx {
 
 TMultiCamera::TMultiCamera() {
-    for (int i = 0; i < kMostCameras; ++i) sortedIdx[static_cast<std::size_t>(i)] = i;
+    for (int i = 0; i < MAXCameraNum; ++i) sortedIdx[static_cast<std::size_t>(i)] = i;
     loadDll();
 }
 
@@ -45,8 +45,8 @@ bool TMultiCamera::InitCamera(int type, long long* handles, bool a, bool checkBr
 }
 
 void TMultiCamera::setCameraNumber(int n) {
-    if (n > kMostCameras) {
-        showError(CameraMessage::kTooManyCameras, kMostCameras);
+    if (n > MAXCameraNum) {
+        showError(CameraMessage::kTooManyCameras, MAXCameraNum);
         return;
     }
     for (int i = 0; i < n; ++i) {

@@ -14,6 +14,9 @@
 
 namespace orx {
 
+// The most cameras and grab threads.
+constexpr int MAXCameraNum = 9;
+
 // Up to nine cameras, reached by logical numbers from 0 that can be put into any order.
 //
 // The cameras belong to a driver module, TQVisionDriver.dll (libTQVisionDriver.so on POSIX), which the
@@ -27,8 +30,6 @@ namespace orx {
 // with the exception of start and stop that TCamera names; the other operations one thread at a time.
 class ORX_API TMultiCamera {
   public:
-    static constexpr int kMostCameras = 9;
-
     // Loads the driver module. When that fails the user is told, and every later operation fails.
     TMultiCamera();
     // Deletes the TCamera objects. It neither closes cameras nor unloads the module.
@@ -81,8 +82,8 @@ class ORX_API TMultiCamera {
     TPolled<std::int32_t> cameraNumber = 0;
     TPolled<bool> initFlag = false;
     // By slot, which is also the driver's index; null until setCameraNumber creates them.
-    std::array<TCamera*, kMostCameras> cameras{};
-    std::array<TPolled<std::int32_t>, kMostCameras> sortedIdx;  // slots by logical number
+    std::array<TCamera*, MAXCameraNum> cameras{};
+    std::array<TPolled<std::int32_t>, MAXCameraNum> sortedIdx;  // slots by logical number
     int dllLoaded = 0;                                          // 1 once the driver module has been loaded
     zul::TModuleHandle hDriver = nullptr;
 

@@ -226,6 +226,28 @@ TEST_F(ImageThread, FetchesOnlyWhenNothingForbidsIt) {
     EXPECT_THAT(host_.takeMessages(), IsEmpty());
 }
 
+// A box without a display takes everything but shows nothing.
+TEST_F(ImageThread, FeedsThePictureBoxThatHasAWindow) {
+    TPictureBox box;
+    manager_.startThread(&cams_, configs_.data(), &box, 0);
+    ASSERT_TRUE(waitForFrames(0, 2));
+    EXPECT_EQ(box.origWidth, 0.0) << "no window of the host";
+    manager_.closeAllThread();
+
+    int window = 0;
+    box.setHandle(&window, 64, 64);
+    setReady(false);
+    manager_.startThread(&cams_, configs_.data(), &box, 0);
+    EXPECT_EQ(box.origWidth, 200.0) << "the status picture";
+    EXPECT_FALSE(box.redraw) << "shown at once, not by the box's thread";
+    setReady(true);
+    EXPECT_TRUE(eventually([&] { return box.origWidth == 8.0 && box.origHeight == 6.0 && box.redraw; }));
+    manager_.setCamUpdateImg(0, false);
+    EXPECT_EQ(box.origWidth, 200.0);
+    manager_.closeAllThread();
+    box.start();  // or its destruction would end the process
+}
+
 TEST_F(ImageThread, WithoutCamerasEveryTurnTellsTheUser) {
     manager_.startThread(nullptr, nullptr, 0);
     ASSERT_TRUE(eventually([&] {
