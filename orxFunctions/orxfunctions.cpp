@@ -3,15 +3,26 @@
 // that runs at load.
 #include "orxFunctions/orxfunctions.h"
 
+#include "orxFunctions/camera/camera_driver_internal.h"
+#include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/image_exchange_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
+#include "orxFunctions/platform/module_internal.h"
 #include "orxFunctions/platform/native_window_list_internal.h"
 
 namespace orx {
 
 int G_appshowMsg_defaultColor = 0;
+
+std::array<zul::Mutex, MAXCameraNum> slotMutexes;
+zul::Mutex cameraCallMutex;
+platform::ExtraModuleFolder platform::extraModuleFolder;
+CameraDriver cameraDriver;
+CameraMessages cameraMessages;
+TImageThreadManager imgThreadManager;
 
 ImageSaver imageSaver;
 
@@ -31,6 +42,8 @@ NativeWindowList nativeWindows;
 namespace display {
 ViewState viewState;
 }
+
+GrabbingEnd grabbingEnd;
 
 }  // namespace orx
 

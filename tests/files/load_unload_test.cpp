@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/files/loaded_module.h"
+#include "tests/support/loaded_module.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {

@@ -1,4 +1,4 @@
-# Fails when a library exports a name that no public header declares.
+# Fails when a library exports a name that no public header declares, or one that keeps the library from being unloaded.
 string(REPLACE "," ";" LIBRARIES "${LIBRARIES}")
 file(STRINGS "${HEADERS}" headers)
 set(declarations "")
@@ -18,6 +18,10 @@ foreach(library IN LISTS LIBRARIES)
     # What the toolchain adds: sanitizer tables, section marks.
     if(symbol STREQUAL "" OR symbol MATCHES "^(_init|_fini|__odr_asan|__asan|__tsan|__ubsan|_end|_edata|__bss_start)")
       continue()
+    endif()
+    # A unique symbol (a static constexpr member of an exported class, say) pins the library in memory.
+    if(symbol MATCHES " u [0-9a-f]+")
+      message(FATAL_ERROR "a unique symbol keeps ${library} from being unloaded: ${symbol}")
     endif()
     string(REGEX REPLACE "^(vtable|typeinfo|typeinfo name|VTT) for " "" name "${symbol}")
     string(REGEX REPLACE "(\\(|\\[abi:| [A-Za-z] [0-9a-f]+).*$" "" name "${name}")

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ZULLib/zullib.h"
@@ -15,7 +16,7 @@ class TraceLog {
   public:
     using Lines = std::vector<std::string>;
 
-    TraceLog() { zul::setTraceSink(&TraceLog::take, this); }
+    TraceLog() { zul::setTraceSink(&TraceLog::receive, this); }
     ~TraceLog() { zul::setTraceSink(nullptr, nullptr); }
     TraceLog(const TraceLog&) = delete;
     TraceLog& operator=(const TraceLog&) = delete;
@@ -33,13 +34,18 @@ class TraceLog {
         return std::count_if(all.begin(), all.end(),
                              [&](const std::string& line) { return line.rfind(start, 0) == 0; });
     }
+    // The lines since the last time.
+    Lines take() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return std::exchange(lines_, {});
+    }
     void clear() {
         const std::lock_guard<std::mutex> lock(mutex_);
         lines_.clear();
     }
 
   private:
-    static void take(const char* line, void* self) {
+    static void receive(const char* line, void* self) {
         auto* const log = static_cast<TraceLog*>(self);
         const std::lock_guard<std::mutex> lock(log->mutex_);
         log->lines_.emplace_back(line);

@@ -1,6 +1,6 @@
 // Loading a module and counting what it leaves behind, on each platform.
-#ifndef ORX_TESTS_FILES_LOADED_MODULE_H
-#define ORX_TESTS_FILES_LOADED_MODULE_H
+#ifndef ORX_TESTS_SUPPORT_LOADED_MODULE_H
+#define ORX_TESTS_SUPPORT_LOADED_MODULE_H
 
 #include <cstddef>
 #include <string>

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <iterator>
 
-#include "tests/files/loaded_module.h"
+#include "tests/support/loaded_module.h"
 
 namespace test {
 namespace {

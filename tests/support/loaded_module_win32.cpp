@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "tests/files/loaded_module.h"
+#include "tests/support/loaded_module.h"
 
 namespace test {
 

@@ -1,0 +1,71 @@
+// The camera driver module (drivers/vision_driver.h) and its procedures.
+#ifndef ORXFUNCTIONS_CAMERA_CAMERA_DRIVER_INTERNAL_H
+#define ORXFUNCTIONS_CAMERA_CAMERA_DRIVER_INTERNAL_H
+
+#include <atomic>
+
+#include "ZULLib/sync_internal.h"
+#include "drivers/vision_driver.h"
+#include "orxFunctions/platform/module_internal.h"
+
+namespace orx {
+
+// Serialises the calls of all cameras, except those that start and stop them. Defined in orxfunctions.cpp.
+extern zul::Mutex cameraCallMutex;
+
+// One pointer for each procedure of the module, shared by the whole process and null while no module is
+// loaded.
+struct CameraDriver {
+    template <typename Function>
+    using Pointer = std::atomic<Function*>;
+
+    Pointer<decltype(VDInitCamera)> initCamera{nullptr};
+    Pointer<decltype(VDOpen)> open{nullptr};
+    Pointer<decltype(VDStart)> start{nullptr};
+    Pointer<decltype(VDStop)> stop{nullptr};
+    Pointer<decltype(VDGetImage)> getImage{nullptr};
+    Pointer<decltype(VDSetParam)> setParam{nullptr};
+    Pointer<decltype(VDClose)> close{nullptr};
+    // Optional: null also when the module lacks them.
+    Pointer<decltype(VDGetParam)> getParam{nullptr};
+    Pointer<decltype(VDDestoryCamera)> destroyCamera{nullptr};
+
+    // Calls visit(pointer, name of the procedure, whether it is required) for each.
+    template <typename Visit>
+    void forEach(const Visit& visit) {
+        visit(initCamera, "VDInitCamera", true);
+        visit(open, "VDOpen", true);
+        visit(start, "VDStart", true);
+        visit(stop, "VDStop", true);
+        visit(getImage, "VDGetImage", true);
+        visit(setParam, "VDSetParam", true);
+        visit(close, "VDClose", true);
+        visit(getParam, "VDGetParam", false);
+        visit(destroyCamera, "VDDestoryCamera", false);
+    }
+
+    // How many successful loads have not been released.
+    int loads ZUL_GUARDED_BY(cameraCallMutex) = 0;
+};
+
+// Defined in orxfunctions.cpp.
+extern CameraDriver cameraDriver;
+
+// Calls a procedure that answers whether it succeeded; false where there is none.
+template <typename Function, typename... Arguments>
+bool callDriver(const std::atomic<Function*>& procedure, Arguments... arguments) {
+    Function* const function = procedure.load();
+    return function != nullptr && function(arguments...);
+}
+
+// Loads the module and binds its procedures, with the traces and the message that belong to each outcome.
+// Null when the module can't be loaded or lacks a required procedure.
+platform::ModuleHandle loadCameraDriver();
+
+// Gives back what loadCameraDriver answered. The last one unbinds the procedures, so that later calls fail
+// instead of running into a module that is gone.
+void releaseCameraDriver(platform::ModuleHandle module);
+
+}  // namespace orx
+
+#endif

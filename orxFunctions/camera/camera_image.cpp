@@ -1,0 +1,77 @@
+#include "orxFunctions/camera/camera_image_internal.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "orxFunctions/foundation/image_convert.h"
+
+namespace orx {
+namespace {
+
+constexpr std::int32_t kLongestSide = 1'000'000;
+constexpr std::int64_t kMostBytes = std::int64_t{1} << 31;
+
+bool isPossible(const TORXImage& picture) {
+    const auto isSide = [](std::int32_t length) { return length > 0 && length <= kLongestSide; };
+    return picture.data != nullptr && picture.channels > 0 && isSide(picture.width) &&
+           isSide(picture.height) && std::int64_t{picture.width} * picture.height * 4 <= kMostBytes;
+}
+
+// A mirroring and turning of the image as at most two passes: columns and rows exchanged, then flipped.
+struct Orientation {
+    bool transposed = false;
+    bool upsideDown = false;
+    bool leftRight = false;
+
+    bool flips() const { return upsideDown || leftRight; }
+    int flipCode() const { return upsideDown ? (leftRight ? -1 : 0) : 1; }  // of cv::flip
+};
+
+Orientation orientationOf(const ImageTreatment& treatment) {
+    switch (treatment.angle % 360) {
+        case 90:  // transposed, then upside down; what was upside down before is left-right after transposing
+            return {true, true, treatment.reverse};
+        case 180:
+            return {false, !treatment.reverse, true};
+        case 270:  // transposed, then left-right
+            return {true, false, !treatment.reverse};
+        default:
+            return {false, treatment.reverse, false};
+    }
+}
+
+}  // namespace
+
+bool isExclusive(const cv::Mat& image) {
+    return image.u != nullptr && CV_XADD(&image.u->refcount, 0) == 1 && image.u->urefcount == 0 &&
+           !image.isSubmatrix();
+}
+
+void treatImage(const TORXImage& picture, const ImageTreatment& treatment, cv::Mat& out) {
+    if (!isExclusive(out)) out.release();
+    TORXImage record = picture;
+    const cv::Size size = treatment.scales()
+                              ? cv::Size(picture.width / treatment.scale, picture.height / treatment.scale)
+                              : cv::Size(picture.width, picture.height);
+    if (!isPossible(picture) || size.empty()) {
+        out.release();
+        return;
+    }
+    cv::Mat source;
+    ORXImage2Mat(&record, source);
+    if (treatment.scales()) {
+        cv::resize(source, out, size, 0, 0, cv::INTER_LINEAR);
+        source = out;
+    }
+    const Orientation orientation = orientationOf(treatment);
+    if (orientation.transposed) {
+        cv::transpose(source, out);
+        source = out;
+    }
+    if (orientation.flips()) {
+        cv::flip(source, out, orientation.flipCode());
+    } else if (source.data != out.data) {
+        source.copyTo(out);
+    }
+}
+
+}  // namespace orx

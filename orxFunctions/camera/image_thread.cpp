@@ -1,0 +1,258 @@
+#include "orxFunctions/camera/image_thread_internal.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+#include <utility>
+
+#include "orxFunctions/camera/camera_image_internal.h"
+#include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/display/picture_box.h"
+#include "orxFunctions/foundation/host_bridge.h"
+
+namespace orx {
+namespace {
+
+constexpr int kMostFailures = 6;
+constexpr std::int32_t kDefaultFps = 10;  // without a configuration
+constexpr const char* kReadyParameter = "cameraReady";
+
+cv::Mat statusImage(int code) {
+    cv::Mat image(200, 200, CV_8UC3, cv::Scalar::all(0));
+    cv::putText(image, code == 1 ? "stop update image" : "camera not open", {0, 100}, cv::FONT_HERSHEY_PLAIN,
+                1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
+    return image;
+}
+
+// Half away from zero, as the C library's round. What does not fit becomes the nearest limit.
+std::int32_t rounded(double value) {
+    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::lround(std::clamp(value, 0.0, kMost)));
+}
+
+}  // namespace
+
+TImageThread::TImageThread(int idx) : cameraIdx(idx) {}
+
+void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box) {
+    cameras = cams;
+    config = cfg;
+    pictureBox = box;
+}
+
+bool TImageThread::start() {
+    exitRequested = false;
+    running = true;
+    failCount_ = 0;
+    frameCounter = 0;
+    if (worker_.start(runOnThread, this)) return true;
+    running = false;
+    return false;
+}
+
+void TImageThread::askToEnd() {
+    const zul::LockGuard lock(sleepMutex_);
+    exitRequested = true;
+    changed_.notify_all();
+}
+
+void TImageThread::waitForEnd() {
+    {
+        const zul::LockGuard lock(sleepMutex_);
+        while (running) changed_.wait(sleepMutex_);
+    }
+    worker_.join();
+}
+
+bool TImageThread::endAtUnload() {
+    isUnloading_ = true;
+    exitRequested = true;
+    if (sleepMutex_.native().try_lock()) {
+        sleepMutex_.native().unlock();
+        changed_.notify_all();
+    }
+    worker_.join();
+    return !running;
+}
+
+void TImageThread::runOnThread(void* self) { static_cast<TImageThread*>(self)->run(); }
+
+void TImageThread::run() {
+    threadId_ = std::this_thread::get_id();
+    while (turn()) {
+    }
+    threadImage.release();
+    idle_ = {};
+    threadId_ = std::thread::id();
+    const zul::LockGuard lock(sleepMutex_);
+    running = false;
+    changed_.notify_all();
+}
+
+// One turn of the grab loop. False when the thread has to end.
+bool TImageThread::turn() {
+    if (exitRequested) {
+        // Not while the library is being unloaded: writing the text may load a table of characters.
+        if (!isUnloading_) zul::outPutDebugString(textOf(CameraMessage::kThreadEnded));
+        return false;
+    }
+    pause();
+    if (exitRequested || !mayFetch()) return true;
+    if (failCount_ >= kMostFailures) {
+        zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
+        zul::APPaddOrSetParamBool(kReadyParameter, false);
+        failCount_ = 0;
+        return true;
+    }
+    if (!fetch() || !handOver()) {
+        ++failCount_;
+        frameCounter = 0;
+        return true;
+    }
+    failCount_ = 0;
+    ++frameCounter;
+    pace();
+    return true;
+}
+
+void TImageThread::pause() {
+    sleepMs = std::max(sleepMs, 1);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sleepMs);
+    const zul::LockGuard lock(sleepMutex_);
+    while (!exitRequested && changed_.wait_until(sleepMutex_, end) == std::cv_status::no_timeout) {
+    }
+}
+
+bool TImageThread::mayFetch() {
+    if (cameras == nullptr) {
+        zul::APPshowMessage("FCameras==NULL", kErrorColor);
+        return false;
+    }
+    return threadWork && camUpdateImg && zul::APPgetParamBool(kReadyParameter) &&
+           cameras->haveOpen(cameraIdx);
+}
+
+bool TImageThread::fetch() {
+    pickBuffer();
+    bool isFetched = false;
+    try {
+        const bool scales = config != nullptr && config->scaleEnable;
+        isFetched = cameras->GetImage(threadImage, cameraIdx, scales, scales ? int{config->scaleFactor} : 0);
+    } catch (const std::exception& error) {  // no memory for the picture
+        zul::outPutDebugString("camera getImg", error.what());
+    }
+    if (!isFetched) {
+        zul::outPutDebugString("camera getImg fail", cameraIdx);
+    } else if (threadImage.empty()) {
+        zul::outPutDebugString("Get empty image", cameraIdx);
+    }
+    return isFetched && !threadImage.empty();
+}
+
+// Puts a buffer that nobody looks at any more into threadImage, for GetImage to fill; the box, the callback
+// and the latest image may still refer to the one of the last fetch.
+void TImageThread::pickBuffer() {
+    if (isExclusive(threadImage)) return;
+    const auto free = std::find_if(idle_.begin(), idle_.end(), isExclusive);
+    std::swap(threadImage, free == idle_.end() ? idle_.front() : *free);
+}
+
+// The callback, which runs under the slot's mutex, may come back here.
+template <typename Work>
+void TImageThread::withSlotMutex(const Work& work) {
+    if (isThisThread() && isInCallback_) {
+        work();
+        return;
+    }
+    const zul::LockGuard lock(slotMutexes[static_cast<std::size_t>(cameraIdx)]);
+    work();
+}
+
+// False when the callback failed.
+bool TImageThread::handOver() {
+    // Closed or paused meanwhile: the picture would take the place of the status picture.
+    if (!cameras->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
+    TPictureBox* const box = pictureBox;
+    if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage, false);
+    const zul::LockGuard lock(slotMutexes[static_cast<std::size_t>(cameraIdx)]);
+    if (!callBack()) return false;
+    storeLatest();
+    return true;
+}
+
+bool TImageThread::callBack() {
+    const TDrawImgCallback call = drawImgCallback;
+    if (!callbackEnabled || call == nullptr) return true;
+    std::string problem;
+    isInCallback_ = true;
+    try {
+        call(threadImage, cameraIdx);
+        isInCallback_ = false;
+        return true;
+    } catch (const std::exception& error) {
+        problem = error.what();
+    } catch (...) {
+        problem = "?";
+    }
+    isInCallback_ = false;
+    zul::APPshowMessage(withNumber(textOf(CameraMessage::kCallbackFailed), cameraIdx + 1) + problem,
+                        kErrorColor);
+    return false;
+}
+
+// A picture that nobody else refers to can't change any more and need not be copied: the next fetch takes
+// another buffer.
+void TImageThread::storeLatest() {
+    if (isExclusive(threadImage)) {
+        latestImage_ = threadImage;
+        return;
+    }
+    if (!isExclusive(latestImage_)) latestImage_.release();
+    threadImage.copyTo(latestImage_);
+}
+
+void TImageThread::pace() {
+    // The first picture starts a measurement also when it brings a new frame rate.
+    if (frameCounter == 1) tStart = static_cast<double>(cv::getTickCount());
+    const std::int32_t wanted =
+        std::max<std::int32_t>(config == nullptr ? kDefaultFps : int{config->frameRate}, 1);
+    if (wanted != targetFps) {
+        targetFps = wanted;
+        measuredFps = wanted;
+        sleepMs = 1000 / wanted;
+        zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
+        return;
+    }
+    if (frameCounter != measureFrames) return;
+    elapsedMs = (static_cast<double>(cv::getTickCount()) - tStart) * 1000 / cv::getTickFrequency();
+    measuredFps = rounded((measureFrames * 1000 - 1000) / elapsedMs);
+    sleepMs = rounded(sleepMs * (measuredFps >= targetFps ? 1.1 : 0.9));
+    frameCounter = 0;
+}
+
+void TImageThread::showStatus(int code) {
+    cv::Mat image = statusImage(code);
+    withSlotMutex([&] { latestImage_ = image.clone(); });
+    TPictureBox* const box = pictureBox;
+    if (box == nullptr || box->getParentHand() == nullptr) return;
+    box->setImage(image, true);
+    box->showImageLast();
+}
+
+void TImageThread::setCallback(bool enable, TDrawImgCallback f) {
+    withSlotMutex([&] {
+        drawImgCallback = f;
+        callbackEnabled = enable;
+    });
+}
+
+cv::Mat TImageThread::copyLatest() {
+    cv::Mat copy;
+    withSlotMutex([&] { copy = latestImage_.clone(); });
+    return copy;
+}
+
+}  // namespace orx

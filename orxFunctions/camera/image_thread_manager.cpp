@@ -1,0 +1,145 @@
+#include "orxFunctions/camera/image_thread_manager.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/image_thread_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+
+namespace orx {
+namespace {
+
+void showProblem(const char* text) { zul::APPshowMessage(text, kErrorColor); }
+
+bool isInRange(int idx) { return idx >= 0 && idx < MAXCameraNum; }
+
+void traceText(const char* utf8) { zul::outPutDebugString(zul::toAnsi(utf8)); }
+
+}  // namespace
+
+TImageThreadManager::TImageThreadManager() { LoadORXdriverLanguageStr(); }
+
+TImageThreadManager::~TImageThreadManager() { endAtUnload(); }
+
+// Null for a slot that is out of range or was never started.
+TImageThread* TImageThreadManager::slotOf(int idx) const {
+    return isInRange(idx) ? imageThread[static_cast<std::size_t>(idx)].load() : nullptr;
+}
+
+bool TImageThreadManager::checkValid(int idx) {
+    if (idx < 0) {
+        showProblem(" TImageThreadManager::checkValid idx < 0");
+    } else if (idx >= MAXCameraNum) {
+        showProblem(" TImageThreadManager::checkValid idx > MAXCameraNum - 1");
+    } else if (slotOf(idx) == nullptr) {
+        showProblem(" TImageThreadManager::checkValid imageThread[idx] == NULL");
+    } else {
+        return true;
+    }
+    return false;
+}
+
+// Whether the caller is a callback. It must not wait for threads: one of them is its own, and another one's
+// end may be waiting for it.
+bool TImageThreadManager::isGrabThread() const {
+    return std::any_of(imageThread.begin(), imageThread.end(), [](const std::atomic<TImageThread*>& slot) {
+        const TImageThread* const thread = slot;
+        return thread != nullptr && thread->isThisThread();
+    });
+}
+
+void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, int idx) {
+    startThread(cams, cfg, nullptr, idx);
+}
+
+void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx) {
+    traceText("开启线程取图线程...");
+    if (isGrabThread()) {
+        showProblem(" TImageThreadManager::startThread in a callback");
+        return;
+    }
+    const zul::LockGuard lock(lifecycle_);
+    if (isInRange(idx) && slotOf(idx) == nullptr) {
+        imageThread[static_cast<std::size_t>(idx)] = new TImageThread(idx);
+    }
+    if (!checkValid(idx)) return;
+    TImageThread& thread = *slotOf(idx);
+    thread.askToEnd();
+    thread.waitForEnd();
+    traceText("开始设置相机参数...");
+    thread.setSource(cams, cfg, box);
+    traceText("开始initView 0...");
+    try {
+        initView(idx, 0);
+    } catch (const std::exception& error) {
+        zul::outPutDebugString(zul::toAnsi("开始initView 0...   失败") + error.what());
+    }
+    traceText("开始线程...");
+    if (!thread.start()) showProblem(" TImageThreadManager::startThread no thread");
+}
+
+void TImageThreadManager::closeAllThread() { endFrom(0); }
+
+void TImageThreadManager::setCameraCntSame2ThreadCnt(int n) { endFrom(std::clamp(n, 0, MAXCameraNum)); }
+
+void TImageThreadManager::endFrom(int first) {
+    // All are asked before the first is waited for, so that they end at the same time.
+    const auto askAll = [&] {
+        for (int i = first; i < MAXCameraNum; ++i) {
+            if (TImageThread* const thread = slotOf(i)) thread->askToEnd();
+        }
+    };
+    askAll();
+    if (isGrabThread()) return;
+    const zul::LockGuard lock(lifecycle_);
+    askAll();  // also those that were being started meanwhile
+    for (int i = first; i < MAXCameraNum; ++i) {
+        if (TImageThread* const thread = slotOf(i)) thread->waitForEnd();
+    }
+}
+
+GrabbingEnd::~GrabbingEnd() { imgThreadManager.endAtUnload(); }
+
+void TImageThreadManager::endAtUnload() {
+    for (std::atomic<TImageThread*>& slot : imageThread) {
+        const TImageThread* const thread = slot;
+        if (thread != nullptr && slot.load()->endAtUnload()) delete slot.exchange(nullptr);
+    }
+}
+
+void TImageThreadManager::initView(int idx, int code) {
+    if (checkValid(idx)) slotOf(idx)->showStatus(code);
+}
+
+void TImageThreadManager::setThreadWork(int idx, bool on) {
+    if (!checkValid(idx)) return;
+    slotOf(idx)->threadWork = on;
+    const CameraMessage message = on ? CameraMessage::kResumed : CameraMessage::kPaused;
+    showPlain(withNumber(textOf(message), slotOf(idx)->cameraIdx + 1));
+}
+
+void TImageThreadManager::setCamUpdateImg(int idx, bool on) {
+    if (!checkValid(idx)) return;
+    slotOf(idx)->camUpdateImg = on;
+    if (!on) slotOf(idx)->showStatus(1);
+}
+
+void TImageThreadManager::setDrawImgCallbackFunc(bool enable, void (*f)(cv::Mat&, int), int idx) {
+    if (checkValid(idx)) slotOf(idx)->setCallback(enable, f);
+}
+
+cv::Mat TImageThreadManager::getThreadImage(int idx) {
+    return checkValid(idx) ? slotOf(idx)->copyLatest() : cv::Mat();
+}
+
+int TImageThreadManager::getCurrentFrameRate(int idx) {
+    return checkValid(idx) ? int{slotOf(idx)->measuredFps} : 0;
+}
+
+int TImageThreadManager::threadIdx2CameraIdx(int i) {
+    const TImageThread* const thread = slotOf(i);
+    return thread == nullptr ? 0 : thread->cameraIdx;
+}
+
+}  // namespace orx

@@ -1,0 +1,93 @@
+// Grabbing from up to nine cameras, each on a thread of its own.
+#ifndef ORXFUNCTIONS_CAMERA_IMAGE_THREAD_MANAGER_H
+#define ORXFUNCTIONS_CAMERA_IMAGE_THREAD_MANAGER_H
+
+#include <array>
+#include <atomic>
+#include <opencv2/core.hpp>
+
+#include "ZULLib/sync_internal.h"
+#include "orxFunctions/api.h"
+#include "orxFunctions/camera/camera_config.h"
+#include "orxFunctions/camera/multi_camera.h"
+
+class TPictureBox;
+
+namespace orx {
+
+class TImageThread;
+
+// Runs one grab thread per camera. A thread fetches pictures at the frame rate that its TCameraConfig asks
+// for, gives each to a picture box and to a callback of the host, keeps a copy for getThreadImage, and
+// measures the rate that it reaches over 8 pictures.
+//
+// Nothing is fetched while the host's parameter "cameraReady" is false; a host sets it with
+// APPaddOrSetParamBool once its cameras are open. After six failed fetches in a row a thread asks the user to
+// reconnect and sets the parameter to false; the host sets it again when it has.
+//
+// Thread-safe. A host ends the threads (closeAllThread) before it closes the cameras, destroys what it gave
+// to startThread, or unloads the library. Threads that still run when the library is unloaded are ended then,
+// on POSIX after the picture they are at; on Windows they keep the library loaded instead.
+class ORX_API TImageThreadManager {
+  public:
+    TImageThreadManager();
+    ~TImageThreadManager();
+    TImageThreadManager(const TImageThreadManager&) = delete;
+    TImageThreadManager& operator=(const TImageThreadManager&) = delete;
+
+    // Starts the thread of slot `idx` (0 to 8), which grabs from the logical camera of that number; one that
+    // runs is ended first. The three objects are borrowed while the thread runs; `box` may be null. Refused,
+    // with a message, for other slots and on a grab thread (in a callback).
+    void startThread(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx);
+    void startThread(TMultiCamera* cams, TCameraConfig* cfg, int idx);
+
+    // Ends every thread: asks all, wakes those that sleep, and waits until the last has ended, which takes as
+    // long as one fetch and one callback. May be called again, and slots may be started again afterwards. On
+    // a grab thread it asks only.
+    void closeAllThread();
+    // Ends the threads of the slots from n on, as closeAllThread does.
+    void setCameraCntSame2ThreadCnt(int n);
+
+    // The operations below take a slot. One that is out of range or was never started is told to the user,
+    // and nothing happens.
+
+    // Shows a picture of 200 x 200 pixels that says "stop update image" (code 1) or "camera not open" in
+    // place of the camera's, in the picture box and through getThreadImage.
+    void initView(int idx, int code);
+    // Pauses and resumes fetching, and tells the user.
+    void setThreadWork(int idx, bool on);
+    // Pauses and resumes fetching; a pause shows the picture of initView with code 1.
+    void setCamUpdateImg(int idx, bool on);
+
+    // Sets what is called with each new picture and the camera's logical number, on the grab thread. The
+    // picture is the callback's to change while it runs; to keep it, keep a cv::Mat of it. A callback should
+    // be short and must not ask getThreadImage for its own slot. One that throws is reported to the user and
+    // counts as a failed fetch. When the call returns on another thread, the former callback has ended.
+    void setDrawImgCallbackFunc(bool enable, void (*f)(cv::Mat&, int), int idx);
+
+    // A copy of the latest picture; empty before the first and for a refused slot.
+    cv::Mat getThreadImage(int idx);
+    // Pictures per second as last measured; 0 for a refused slot.
+    int getCurrentFrameRate(int idx);
+    // The logical camera of a slot; 0, without a message, where there is none.
+    int threadIdx2CameraIdx(int i);
+
+  private:
+    friend struct GrabbingEnd;
+
+    bool checkValid(int idx);
+    TImageThread* slotOf(int idx) const;
+    bool isGrabThread() const;
+    void endFrom(int first);
+    void endAtUnload();
+
+    zul::Mutex lifecycle_;  // serialises starting and ending
+    std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread{};
+};
+
+// The one manager of the process.
+ORX_API extern TImageThreadManager imgThreadManager;
+
+}  // namespace orx
+
+#endif

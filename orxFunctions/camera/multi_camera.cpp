@@ -1,0 +1,153 @@
+#include "orxFunctions/camera/multi_camera.h"
+
+#include <limits>
+
+#include "orxFunctions/camera/camera_brands_internal.h"
+#include "orxFunctions/camera/camera_driver_internal.h"
+#include "orxFunctions/camera/camera_messages_internal.h"
+
+namespace orx {
+
+TMultiCamera::TMultiCamera() {
+    for (int i = 0; i < MAXCameraNum; ++i) sortedIdx[static_cast<std::size_t>(i)] = i;
+    loadDll();
+}
+
+TMultiCamera::~TMultiCamera() {
+    for (const TCamera* const camera : cameras) delete camera;
+}
+
+bool TMultiCamera::loadDll() {
+    dllLoaded = 0;
+    hDriver = loadCameraDriver();
+    mustFree_ = hDriver != nullptr;
+    dllLoaded = mustFree_ ? 1 : 0;
+    return mustFree_;
+}
+
+void TMultiCamera::freeDll() {
+    if (mustFree_) releaseCameraDriver(hDriver);
+    mustFree_ = false;
+}
+
+bool TMultiCamera::CheckCameraDriverValid(int type, std::string* msg) { return checkCameraDriver(type, msg); }
+
+bool TMultiCamera::InitCamera(int type, long long* handles, bool a, bool checkBrand) {
+    zul::outPutDebugString("cameraType:" + std::to_string(type));
+    initFlag = checkBrand;
+    if (dllLoaded == 0) return false;
+    {
+        const zul::LockGuard lock(cameraCallMutex);
+        inited = callDriver(cameraDriver.initCamera, type, handles, a);
+    }
+    if (!inited) showError(CameraMessage::kInitFailed);
+    return inited;
+}
+
+void TMultiCamera::setCameraNumber(int n) {
+    if (n > MAXCameraNum) {
+        showError(CameraMessage::kTooManyCameras, MAXCameraNum);
+        return;
+    }
+    for (int i = 0; i < n; ++i) {
+        TCamera*& camera = cameras[static_cast<std::size_t>(i)];
+        if (camera == nullptr) camera = new TCamera(i);
+    }
+    cameraNumber = n;  // last: whoever reads it finds the cameras
+}
+
+bool TMultiCamera::SetSortedCameraIdx(int* idx) {
+    for (std::size_t i = 0; idx != nullptr && i < sortedIdx.size(); ++i) sortedIdx[i] = idx[i];
+    return true;
+}
+
+bool TMultiCamera::checkCameraIdx(int i) const {
+    if (dllLoaded == 0) {
+        showError(CameraMessage::kNoDriver);
+    } else if (i >= cameraNumber) {
+        showError(CameraMessage::kIndexTooLarge);
+    } else if (i < 0) {
+        showError(CameraMessage::kIndexNegative);
+    } else {
+        return true;
+    }
+    return false;
+}
+
+// The camera of a logical number; null, with a message, when there is none.
+TCamera* TMultiCamera::cameraOf(int i) const {
+    if (!checkCameraIdx(i)) return nullptr;
+    const int slot = sortedIdx[static_cast<std::size_t>(i)];
+    return checkCameraIdx(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
+}
+
+bool TMultiCamera::open(int i, int type) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->open(type, initFlag);
+}
+
+bool TMultiCamera::connectCamera(int i, int type) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->connectCamera(type, initFlag);
+}
+
+bool TMultiCamera::start(int i) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->start();
+}
+
+bool TMultiCamera::stop(int i) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->stop();
+}
+
+bool TMultiCamera::close(int i) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->close();
+}
+
+bool TMultiCamera::haveOpen(int i) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->haveOpen();
+}
+
+cv::Size TMultiCamera::getImgSize(int i) {
+    const TCamera* const camera = cameraOf(i);
+    return camera == nullptr ? cv::Size() : camera->getImgSize();
+}
+
+float TMultiCamera::GetParam(int i, int id) {
+    TCamera* const camera = cameraOf(i);
+    return camera == nullptr ? std::numeric_limits<float>::quiet_NaN() : camera->GetParam(id);
+}
+
+bool TMultiCamera::SetParam(int i, long value, int id) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->SetParam(value, id);
+}
+
+bool TMultiCamera::GetImage(cv::Mat& out, int i, bool scaled, int scale) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->GetImage(out, scaled ? scale : 0);
+}
+
+int TMultiCamera::getCameraType() { return detectCameraType(); }
+
+bool TMultiCamera::checkRotation(int angle) const {
+    const int remainder = angle % 360;
+    return remainder == 0 || remainder == 90 || remainder == 180 || remainder == 270;
+}
+
+bool TMultiCamera::DestoryCamera() {
+    for (TCamera* const camera : cameras) {
+        if (camera != nullptr) camera->close();
+    }
+    const zul::LockGuard lock(cameraCallMutex);
+    const auto destroy = cameraDriver.destroyCamera.load();
+    if (dllLoaded == 0 || destroy == nullptr) return false;
+    destroy();
+    inited = false;
+    return true;
+}
+
+}  // namespace orx

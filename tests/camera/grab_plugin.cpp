@@ -1,0 +1,38 @@
+// A module that grabs from two cameras and never stops, so that it is unloaded with grab threads running.
+#include <chrono>
+#include <new>
+#include <thread>
+
+#include "orxFunctions/orxfunctions.h"
+
+#define PLUGIN_API __attribute__((visibility("default")))
+
+namespace {
+
+void show(cv::Mat& image, int /*camera*/) { orx::APPshowImage(image); }
+
+}  // namespace
+
+// `memory` holds what the threads go on using when this module is gone: cameras, then their settings.
+extern "C" PLUGIN_API std::size_t bytesNeeded() {
+    return sizeof(orx::TMultiCamera) + sizeof(orx::TCameraConfig);
+}
+
+// Returns whether pictures came.
+extern "C" PLUGIN_API bool grabAndReturn(unsigned char* memory) {
+    auto* const cams = new (memory) orx::TMultiCamera;
+    auto* const config = new (memory + sizeof *cams) orx::TCameraConfig;
+    config->frameRate = 1000;
+    cams->setCameraNumber(2);
+    orx::APPaddOrSetParamBool("cameraReady", true);
+    for (int i = 0; i < 2; ++i) {
+        if (!cams->open(i, 12)) return false;
+        orx::imgThreadManager.startThread(cams, config, i);
+        orx::imgThreadManager.setDrawImgCallbackFunc(true, show, i);
+    }
+    cv::Mat image;
+    for (int i = 0; i < 20000 && !orx::APPgetImage(image); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return !image.empty();
+}

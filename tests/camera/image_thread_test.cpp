@@ -1,0 +1,363 @@
+// What one grab thread does, turn by turn.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "tests/camera/grabbing.h"
+
+namespace {
+
+using test::eventually;
+using test::Grabbing;
+using test::Message;
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Ge;
+using testing::IsEmpty;
+using testing::Lt;
+using testing::Not;
+
+constexpr const char* kReconnect = "取到的图像为空，请重连相机";
+constexpr int kReconnectColor = 4;
+
+class ImageThread : public Grabbing {};
+
+cv::Mat statusImage(const char* text) {
+    cv::Mat image(200, 200, CV_8UC3, cv::Scalar(0, 0, 0));
+    cv::putText(image, text, cv::Point(0, 100), cv::FONT_HERSHEY_PLAIN, 1.0, cv::Scalar(255, 0, 0), 1, 8);
+    return image;
+}
+
+bool equal(const cv::Mat& a, const cv::Mat& b) {
+    return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0.0;
+}
+
+// What the callback saw.
+std::atomic<int> calls{0};
+std::atomic<int> lastNumber{0};
+std::atomic<int> lastCamera{-1};
+void remember(cv::Mat& image, int camera) {
+    lastNumber = test::numberOf(image);
+    lastCamera = camera;
+    ++calls;
+}
+
+TEST_F(ImageThread, TracesItsStartAndItsEnd) {
+    setReady(false);
+    host_.takeTraces();
+    start(1);
+    const std::vector<std::string> traces = host_.takeTraces();
+    EXPECT_THAT(traces, ElementsAre("开启线程取图线程...", "开始设置相机参数...", "开始initView 0...",
+                                    "开始线程..."));
+    EXPECT_TRUE(equal(manager_.getThreadImage(1), statusImage("camera not open")));
+    manager_.closeAllThread();
+    EXPECT_THAT(host_.takeTraces(), ElementsAre(test::kEnded));
+    manager_.closeAllThread();
+    EXPECT_THAT(host_.takeTraces(), IsEmpty()) << "closed already";
+    EXPECT_THAT(host_.takeMessages(), IsEmpty());
+}
+
+TEST_F(ImageThread, GivesPicturesToTheCallbackAndToPolling) {
+    int order[9] = {2, 1, 0, 3, 4, 5, 6, 7, 8};
+    cams_.SetSortedCameraIdx(order);
+    configs_[0].scaleEnable = true;
+    fakeCamera(2).width = 40;
+    fakeCamera(2).height = 30;
+    start(0);
+    calls = 0;
+    manager_.setDrawImgCallbackFunc(true, remember, 0);
+    ASSERT_TRUE(eventually([] { return calls >= 3; }));
+    EXPECT_EQ(lastCamera, 0) << "the logical number";
+    EXPECT_EQ(manager_.threadIdx2CameraIdx(0), 0);
+    EXPECT_EQ(manager_.getThreadImage(0).size(), cv::Size(20, 15));
+    configs_[0].scaleFactor = 4;
+    EXPECT_TRUE(eventually([&] { return manager_.getThreadImage(0).size() == cv::Size(10, 7); }));
+    configs_[0].scaleEnable = false;
+    EXPECT_TRUE(eventually([&] { return manager_.getThreadImage(0).size() == cv::Size(40, 30); }));
+    EXPECT_EQ(manager_.getThreadImage(0).at<uchar>(29, 39), fake::sampleOf(2, 39, 29, 0));
+
+    manager_.setDrawImgCallbackFunc(false, remember, 0);
+    const int before = calls;
+    EXPECT_TRUE(waitForFrames(2, 5));
+    EXPECT_EQ(calls, before) << "no call once it has been switched off";
+}
+
+TEST_F(ImageThread, WhatACallbackKeepsIsNotTouchedAgain) {
+    static std::vector<cv::Mat> kept;
+    kept.clear();
+    start(0);
+    manager_.setDrawImgCallbackFunc(
+        true, [](cv::Mat& image, int) { kept.push_back(image); }, 0);
+    ASSERT_TRUE(waitForFrames(0, 20));
+    manager_.closeAllThread();
+    for (std::size_t i = 1; i < kept.size(); ++i) {
+        EXPECT_EQ(test::numberOf(kept[i]), test::numberOf(kept[i - 1]) + 1);
+        EXPECT_EQ(kept[i].at<uchar>(5, 7), fake::sampleOf(0, 7, 5, 0));
+    }
+    const cv::Mat latest = manager_.getThreadImage(0);
+    kept.back().setTo(0);
+    EXPECT_TRUE(equal(manager_.getThreadImage(0), latest)) << "polling has a copy of its own";
+    kept.clear();
+}
+
+TEST_F(ImageThread, ACallbackMayAskForItsOwnSlot) {
+    start(0);
+    calls = 0;
+    manager_.setDrawImgCallbackFunc(
+        true,
+        [](cv::Mat&, int camera) {
+            orx::imgThreadManager.setDrawImgCallbackFunc(true, remember, camera);
+            orx::imgThreadManager.initView(camera, 1);
+            orx::imgThreadManager.getThreadImage(camera);
+            orx::imgThreadManager.startThread(nullptr, nullptr, camera);
+            orx::imgThreadManager.closeAllThread();
+        },
+        0);
+    EXPECT_TRUE(eventually([&] {
+        const std::vector<std::string> traces = host_.takeTraces();
+        return std::count(traces.begin(), traces.end(), test::kEnded) == 1;
+    })) << "asked to end by its own callback";
+    EXPECT_THAT(host_.takeMessages(),
+                ElementsAre(Message{" TImageThreadManager::startThread in a callback", test::kErrorColor}));
+    start(0);
+    EXPECT_TRUE(eventually([] { return calls >= 1; }));
+}
+
+TEST_F(ImageThread, ACallbackThatThrowsIsToldAndCountsAsFailure) {
+    start(2);
+    ASSERT_TRUE(waitForFrames(2, 2));
+    manager_.setDrawImgCallbackFunc(
+        true, [](cv::Mat&, int) { throw std::runtime_error("no disk"); }, 2);
+    ASSERT_TRUE(eventually([] { return !isReady(); }));
+    std::vector<Message> wanted(6, {"相机3 的图像回调函数出错: no disk", test::kErrorColor});
+    wanted.push_back({kReconnect, kReconnectColor});
+    EXPECT_EQ(host_.takeMessages(), wanted);
+    manager_.setDrawImgCallbackFunc(
+        true, [](cv::Mat&, int) { throw 7; }, 2);
+    setReady(true);
+    ASSERT_TRUE(eventually([] { return !isReady(); }));
+    EXPECT_EQ(host_.takeMessages().size(), 7U);
+}
+
+TEST_F(ImageThread, AsksToReconnectAfterSixFailuresInARow) {
+    struct Case {
+        fake::Picture picture;
+        const char* trace;
+    };
+    start(1);
+    ASSERT_TRUE(waitForFrames(1, 2));
+    for (const Case& c : {Case{fake::Picture::kFailure, "camera getImg fail 1"},
+                          Case{fake::Picture::kEmpty, "Get empty image 1"},
+                          Case{fake::Picture::kHuge, "Get empty image 1"}}) {
+        SCOPED_TRACE(c.trace);
+        host_.takeTraces();
+        fakeCamera(1).picture = c.picture;
+        ASSERT_TRUE(eventually([] { return !isReady(); }));
+        EXPECT_THAT(host_.takeMessages(), ElementsAre(Message{kReconnect, kReconnectColor}));
+        EXPECT_EQ(host_.takeTraces(), std::vector<std::string>(6, c.trace));
+        const int fetches = fakeCamera(1).fetches;
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        EXPECT_EQ(fakeCamera(1).fetches, fetches) << "no fetch until the host has reconnected";
+
+        fakeCamera(1).picture = fake::Picture::kGood;
+        setReady(true);
+        ASSERT_TRUE(waitForFrames(1, 2));
+        EXPECT_TRUE(isReady());
+    }
+}
+
+TEST_F(ImageThread, FiveFailuresInARowAreForgiven) {
+    start(0);
+    static std::atomic<int> seen;
+    seen = 0;
+    // Every good picture is followed by five bad ones.
+    static fake::Camera* camera;
+    camera = &fakeCamera(0);
+    manager_.setDrawImgCallbackFunc(
+        true,
+        [](cv::Mat&, int) {
+            ++seen;
+            camera->failures = 5;
+        },
+        0);
+    ASSERT_TRUE(eventually([] { return seen >= 10; }));
+    EXPECT_TRUE(isReady());
+    EXPECT_THAT(host_.takeMessages(), IsEmpty());
+    manager_.closeAllThread();
+    EXPECT_GE(fakeCamera(0).fetches, fakeCamera(0).frames + 5 * 9);
+}
+
+TEST_F(ImageThread, FetchesOnlyWhenNothingForbidsIt) {
+    const auto isFetching = [&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));  // a fetch may be under way
+        const int before = fakeCamera(1).fetches;
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        return fakeCamera(1).fetches > before;
+    };
+    start(1);
+    ASSERT_TRUE(waitForFrames(1, 2));
+    EXPECT_TRUE(isFetching());
+
+    manager_.setThreadWork(1, false);
+    EXPECT_FALSE(isFetching());
+    manager_.setThreadWork(1, true);
+    EXPECT_TRUE(isFetching());
+    EXPECT_THAT(host_.takeMessages(), ElementsAre(Message{"设置相机2 暂停刷图", test::kPlainColor},
+                                                  Message{"设置相机2 恢复刷图", test::kPlainColor}));
+    manager_.setCamUpdateImg(1, false);
+    EXPECT_FALSE(isFetching());
+    EXPECT_TRUE(equal(manager_.getThreadImage(1), statusImage("stop update image")));
+    manager_.initView(1, 2);
+    EXPECT_TRUE(equal(manager_.getThreadImage(1), statusImage("camera not open")));
+    manager_.setCamUpdateImg(1, true);
+    EXPECT_TRUE(isFetching());
+    setReady(false);
+    EXPECT_FALSE(isFetching());
+    setReady(true);
+    cams_.close(1);
+    EXPECT_FALSE(isFetching());
+    cams_.connectCamera(1, 12);
+    EXPECT_TRUE(isFetching());
+    EXPECT_THAT(host_.takeMessages(), IsEmpty());
+}
+
+// A box without a display takes everything but shows nothing.
+TEST_F(ImageThread, FeedsThePictureBoxThatHasAWindow) {
+    TPictureBox box;
+    manager_.startThread(&cams_, configs_.data(), &box, 0);
+    ASSERT_TRUE(waitForFrames(0, 2));
+    EXPECT_EQ(box.origWidth, 0.0) << "no window of the host";
+    manager_.closeAllThread();
+
+    int window = 0;
+    box.setHandle(&window, 64, 64);
+    setReady(false);
+    manager_.startThread(&cams_, configs_.data(), &box, 0);
+    EXPECT_EQ(box.origWidth, 200.0) << "the status picture";
+    EXPECT_FALSE(box.redraw) << "shown at once, not by the box's thread";
+    setReady(true);
+    EXPECT_TRUE(eventually([&] { return box.origWidth == 8.0 && box.origHeight == 6.0 && box.redraw; }));
+    manager_.setCamUpdateImg(0, false);
+    EXPECT_EQ(box.origWidth, 200.0);
+    manager_.closeAllThread();
+    box.start();  // or its destruction would end the process
+}
+
+TEST_F(ImageThread, WithoutCamerasEveryTurnTellsTheUser) {
+    manager_.startThread(nullptr, nullptr, 0);
+    ASSERT_TRUE(eventually([&] {
+        const std::vector<Message> messages = host_.takeMessages();
+        EXPECT_THAT(messages, Each(Message{"FCameras==NULL", test::kErrorColor}));
+        return !messages.empty();
+    }));
+    start(0);
+    EXPECT_TRUE(waitForFrames(0, 2)) << "a start ends the thread that runs";
+}
+
+TEST_F(ImageThread, SlotsAreChecked) {
+    struct Case {
+        int slot;
+        const char* text;
+    };
+    const int unused = 7;
+    for (const Case& c : {Case{-1, " TImageThreadManager::checkValid idx < 0"},
+                          Case{9, " TImageThreadManager::checkValid idx > MAXCameraNum - 1"},
+                          Case{unused, " TImageThreadManager::checkValid imageThread[idx] == NULL"}}) {
+        SCOPED_TRACE(c.slot);
+        manager_.initView(c.slot, 0);
+        manager_.setThreadWork(c.slot, true);
+        manager_.setCamUpdateImg(c.slot, false);
+        manager_.setDrawImgCallbackFunc(true, remember, c.slot);
+        EXPECT_TRUE(manager_.getThreadImage(c.slot).empty());
+        EXPECT_EQ(manager_.getCurrentFrameRate(c.slot), 0);
+        EXPECT_EQ(host_.takeMessages(), std::vector<Message>(6, {c.text, test::kErrorColor}));
+        EXPECT_EQ(manager_.threadIdx2CameraIdx(c.slot), 0);
+        EXPECT_THAT(host_.takeMessages(), IsEmpty());
+    }
+    for (const int slot : {-1, 9}) {
+        manager_.startThread(&cams_, configs_.data(), slot);
+        EXPECT_EQ(host_.takeMessages().size(), 1U);
+    }
+}
+
+TEST_F(ImageThread, ThreadsFollowTheNumberOfCameras) {
+    for (int slot = 0; slot < 3; ++slot) start(slot);
+    for (int slot = 0; slot < 3; ++slot) ASSERT_TRUE(waitForFrames(slot, 1));
+    host_.takeTraces();
+    manager_.setCameraCntSame2ThreadCnt(1);
+    EXPECT_THAT(host_.takeTraces(), AllOf(testing::SizeIs(2), Each(test::kEnded)));
+    EXPECT_TRUE(waitForFrames(0, 2));
+    manager_.setCameraCntSame2ThreadCnt(12);
+    EXPECT_TRUE(waitForFrames(0, 2));
+    manager_.setCameraCntSame2ThreadCnt(-1);
+    EXPECT_THAT(host_.takeTraces(), ElementsAre(test::kEnded));
+}
+
+// Pacing. The driver notes when each fetch begins; the pause before it is never shorter than asked for, and
+// the shortest of several is not much longer.
+
+class Pacing : public Grabbing {
+  protected:
+    double shortestGapMs(const std::vector<std::chrono::steady_clock::time_point>& times, std::size_t from,
+                         std::size_t to) {
+        double shortest = 1e9;
+        for (std::size_t i = from + 1; i <= to && i < times.size(); ++i) {
+            shortest = std::min(shortest,
+                                std::chrono::duration<double, std::milli>(times[i] - times[i - 1]).count());
+        }
+        return shortest;
+    }
+};
+
+TEST_F(Pacing, TargetIsTakenFromTheConfigurationAndMeasured) {
+    configs_[0].frameRate = 0;
+    start(0);
+    host_.takeTraces();
+    ASSERT_TRUE(waitForFrames(0, 1));
+    ASSERT_TRUE(eventually([&] { return manager_.getCurrentFrameRate(0) == 1; }));
+    EXPECT_THAT(host_.takeTraces(), ElementsAre("camera: 1 frame rate changed"));
+    configs_[0].frameRate = 40;  // counts from the next picture on, one second later
+    ASSERT_TRUE(waitForFrames(0, 16));
+    manager_.closeAllThread();
+    EXPECT_THAT(host_.takeTraces(), ElementsAre("camera: 1 frame rate changed", test::kEnded));
+    const auto times = driver_->takeFetchTimes();
+    EXPECT_THAT(shortestGapMs(times, 0, 1), AllOf(Ge(1000.0), Lt(1200.0))) << "0 counts as 1 a second";
+    EXPECT_THAT(shortestGapMs(times, 1, 7), AllOf(Ge(25.0), Lt(27.0))) << "1000 / 40";
+    // The measurement of pictures 1 to 8 began under the former rate, and finds the new one missed.
+    EXPECT_THAT(shortestGapMs(times, 7, 15), AllOf(Ge(23.0), Lt(25.0))) << "25 * 0.9 = 22.5 rounds to 23";
+    EXPECT_THAT(manager_.getCurrentFrameRate(0), AllOf(Ge(20), testing::Le(44)));
+}
+
+TEST_F(Pacing, PauseGrowsByATenthWhenTheTargetIsMetAndShrinksWhenItIsMissed) {
+    configs_[0].frameRate = 50;
+    start(0);
+    ASSERT_TRUE(waitForFrames(0, 8));
+    ASSERT_TRUE(waitForFrames(0, 8));
+    manager_.closeAllThread();
+    auto times = driver_->takeFetchTimes();
+    // Pictures 1 to 8 are 20 ms and a little apart: 49 or 50 a second, as round(7000 / elapsed).
+    const double firstRound = std::chrono::duration<double, std::milli>(times[7] - times[0]).count();
+    const bool isMet = std::lround(7000.0 / firstRound) >= 50;
+    const double wanted = isMet ? 22.0 : 18.0;
+    EXPECT_THAT(shortestGapMs(times, 8, 15), AllOf(Ge(wanted), Lt(wanted + 2.0))) << firstRound;
+
+    // 12 ms a fetch can never reach 100 a second. The pause of 10 ms goes 9, 8, 7, 6, 5 and stays at
+    // 5: 5 * 0.9 = 4.5 rounds to 5, half away from zero.
+    configs_[0].frameRate = 100;
+    fakeCamera(0).fetchMs = 12;
+    start(0);
+    ASSERT_TRUE(waitForFrames(0, 8 * 8));
+    manager_.closeAllThread();
+    times = driver_->takeFetchTimes();
+    EXPECT_THAT(shortestGapMs(times, 1, 7), AllOf(Ge(22.0), Lt(24.0)));
+    EXPECT_THAT(shortestGapMs(times, 8, 15), AllOf(Ge(21.0), Lt(23.0)));
+    EXPECT_THAT(shortestGapMs(times, 8 * 6, 8 * 8 - 2), AllOf(Ge(17.0), Lt(19.0)));
+    EXPECT_THAT(manager_.getCurrentFrameRate(0), AllOf(Ge(20), testing::Le(59))) << "17 ms and more";
+}
+
+}  // namespace

@@ -1,0 +1,145 @@
+// A camera driver module that does what tests tell it. Built several times, some without all procedures.
+#include "tests/fake_driver/fake_driver.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+struct Buffer {
+    std::vector<unsigned char> samples;
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+};
+
+fake::Driver driver;
+std::array<Buffer, VD_MAX_CAMERAS> buffers;
+
+bool isSlot(int index) { return index >= 0 && index < VD_MAX_CAMERAS; }
+
+fake::Camera& cameraOf(int index) { return driver.cameras[static_cast<std::size_t>(index)]; }
+
+template <typename... Arguments>
+void note(const char* call, Arguments... arguments) {
+    std::string text = call;
+    ((text += " " + std::to_string(arguments)), ...);
+    const std::lock_guard<std::mutex> lock(driver.mutex);
+    driver.calls.push_back(std::move(text));
+}
+
+void noteFetch(int index) {
+    if (index != 0) return;
+    const std::lock_guard<std::mutex> lock(driver.mutex);
+    driver.fetchTimes.push_back(std::chrono::steady_clock::now());
+}
+
+void fill(int index, const fake::Camera& camera, Buffer& buffer) {
+    if (buffer.width == camera.width && buffer.height == camera.height && buffer.channels == camera.channels)
+        return;
+    buffer.width = camera.width;
+    buffer.height = camera.height;
+    buffer.channels = camera.channels;
+    buffer.samples.clear();
+    for (int y = 0; y < buffer.height; ++y) {
+        for (int x = 0; x < buffer.width; ++x) {
+            for (int c = 0; c < buffer.channels; ++c)
+                buffer.samples.push_back(fake::sampleOf(index, x, y, c));
+        }
+    }
+}
+
+void handOut(fake::Camera& camera, Buffer& buffer, VDImage& image) {
+    const auto number = static_cast<std::uint32_t>(++camera.frames);
+    if (buffer.samples.size() >= sizeof number) std::memcpy(buffer.samples.data(), &number, sizeof number);
+    image = {buffer.width, buffer.height, buffer.channels, buffer.samples.data()};
+    switch (camera.picture.load()) {
+        case fake::Picture::kEmpty:
+            image = {0, 0, 1, buffer.samples.data()};
+            break;
+        case fake::Picture::kNoData:
+            image.data = nullptr;
+            break;
+        case fake::Picture::kNegative:
+            image.width = -image.width;
+            break;
+        case fake::Picture::kHuge:
+            image.width = 0x7fffffff;
+            image.height = 0x7fffffff;
+            break;
+        case fake::Picture::kNoChannels:
+            image.channels = 0;
+            break;
+        case fake::Picture::kSevenChannels:
+            image.channels = 7;
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace
+
+fake::Driver* fakeDriver() { return &driver; }
+
+bool VDInitCamera(int type, long long* handles, bool flag) {
+    note("VDInitCamera", type, handles == nullptr ? 0 : 1, flag ? 1 : 0);
+    return driver.findsCameras;
+}
+
+bool VDOpen(int type, int index) {
+    note("VDOpen", type, index);
+    return isSlot(index) && cameraOf(index).isPlugged;
+}
+
+bool VDStart(int* width, int* height, int* channels, int index) {
+    note("VDStart", index);
+    if (!isSlot(index) || !cameraOf(index).isPlugged || !cameraOf(index).starts) return false;
+    *width = cameraOf(index).width;
+    *height = cameraOf(index).height;
+    *channels = cameraOf(index).channels;
+    return true;
+}
+
+bool VDStop(int index) {
+    note("VDStop", index);
+    return isSlot(index) && cameraOf(index).stops;
+}
+
+bool VDGetImage(VDImage* image, int index) {
+    if (!isSlot(index)) return false;
+    fake::Camera& camera = cameraOf(index);
+    noteFetch(index);
+    ++camera.fetches;
+    camera.isInFetch = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(camera.fetchMs));
+    while (camera.stalls) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    camera.isInFetch = false;
+    if (!camera.isPlugged || camera.picture == fake::Picture::kFailure) return false;
+    if (camera.failures > 0) {
+        --camera.failures;
+        return false;
+    }
+    Buffer& buffer = buffers[static_cast<std::size_t>(index)];
+    fill(index, camera, buffer);
+    handOut(camera, buffer, *image);
+    return true;
+}
+
+bool VDSetParam(int index, int id, long value) {
+    note("VDSetParam", index, id, value);
+    driver.parameter = static_cast<float>(value);
+    return isSlot(index) && id == VD_PARAM_EXPOSURE;
+}
+
+bool VDClose(int index) {
+    note("VDClose", index);
+    return isSlot(index);
+}
+
+float VDGetParam(int index, int id) {
+    note("VDGetParam", index, id);
+    return driver.parameter;
+}
+
+void VDDestoryCamera() { note("VDDestoryCamera"); }
