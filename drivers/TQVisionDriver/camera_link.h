@@ -14,13 +14,13 @@
 
 namespace vision {
 
-// One thread at a time, except for what says otherwise. Whoever drops the last reference to a link that was marked
-// as dead does not wait: Aravis then repeats its farewell for seconds, on a thread of releaser.h.
+// One thread at a time, except for what says otherwise. Whoever drops the last reference to a link that was
+// marked as dead does not wait: Aravis then repeats its farewell for seconds, on a thread of releaser.h.
 class CameraLink {
   public:
     // Takes control of a camera and makes it stop acquiring; tries for about 4 seconds when another program
-    // controls it, for that may be one that died and whose control is about to expire. Null when it can't be had,
-    // and when `giveUp` becomes true.
+    // controls it, for that may be one that died and whose control is about to expire. Null when it can't be
+    // had, and when `giveUp` becomes true.
     static std::shared_ptr<CameraLink> open(const Device& device, const DeviceSettings& settings,
                                             const std::atomic<bool>& giveUp);
     ~CameraLink();

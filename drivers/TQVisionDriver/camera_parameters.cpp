@@ -126,7 +126,8 @@ bool setPixelFormat(ArvCamera* camera, int format) {
     gint64* const available = arv_camera_dup_available_pixel_formats(camera, &count, error.receive());
     bool set = false;
     for (const std::uint32_t code : pixelCodes(format)) {
-        if (set || available == nullptr || std::find(available, available + count, code) == available + count) {
+        if (set || available == nullptr ||
+            std::find(available, available + count, code) == available + count) {
             continue;
         }
         arv_camera_set_pixel_format(camera, code, error.receive());
@@ -144,14 +145,19 @@ std::optional<double> unlessFailed(const Error& error, double value) {
 
 bool setCameraParameter(ArvCamera* camera, int id, double value) {
     switch (id) {
-        case VD_PARAM_EXPOSURE: return setExposure(camera, value);
-        case VD_PARAM_GAIN: return setGain(camera, value);
-        case VD_PARAM_FRAME_RATE: return setFrameRate(camera, value);
-        case VD_PARAM_TRIGGER_MODE: return setTriggerMode(camera, std::lround(value));
+        case VD_PARAM_EXPOSURE:
+            return setExposure(camera, value);
+        case VD_PARAM_GAIN:
+            return setGain(camera, value);
+        case VD_PARAM_FRAME_RATE:
+            return setFrameRate(camera, value);
+        case VD_PARAM_TRIGGER_MODE:
+            return setTriggerMode(camera, std::lround(value));
         case VD_PARAM_WIDTH:
         case VD_PARAM_HEIGHT:
         case VD_PARAM_OFFSET_X:
-        case VD_PARAM_OFFSET_Y: return setRegion(camera, id, value);
+        case VD_PARAM_OFFSET_Y:
+            return setRegion(camera, id, value);
         case VD_PARAM_PIXEL_FORMAT:
             return value >= 0.0 && value <= VD_PIXEL_BGR8 && setPixelFormat(camera, static_cast<int>(value));
         case VD_PARAM_SOFTWARE_TRIGGER: {
@@ -160,7 +166,8 @@ bool setCameraParameter(ArvCamera* camera, int id, double value) {
             arv_camera_software_trigger(camera, error.receive());
             return !error.failed();
         }
-        default: return false;
+        default:
+            return false;
     }
 }
 
@@ -179,7 +186,8 @@ std::optional<double> cameraParameter(ArvCamera* camera, int id) {
             const double rate = arv_camera_get_frame_rate(camera, error.receive());
             return unlessFailed(error, rate);
         }
-        case VD_PARAM_TRIGGER_MODE: return triggerMode(camera);
+        case VD_PARAM_TRIGGER_MODE:
+            return triggerMode(camera);
         case VD_PARAM_WIDTH:
         case VD_PARAM_HEIGHT:
         case VD_PARAM_OFFSET_X:
@@ -191,8 +199,10 @@ std::optional<double> cameraParameter(ArvCamera* camera, int id) {
             const int format = pixelFormat(arv_camera_get_pixel_format(camera, error.receive()));
             return error.failed() || format < 0 ? std::nullopt : std::optional<double>(format);
         }
-        case VD_PARAM_SOFTWARE_TRIGGER: return 0.0;
-        default: return std::nullopt;
+        case VD_PARAM_SOFTWARE_TRIGGER:
+            return 0.0;
+        default:
+            return std::nullopt;
     }
 }
 
@@ -212,12 +222,13 @@ void restoreCameraParameters(ArvCamera* camera, const ParameterValues& values) {
     for (const int offset : {VD_PARAM_OFFSET_X, VD_PARAM_OFFSET_Y}) {
         if (values.count(offset) != 0) setCameraParameter(camera, offset, 0.0);
     }
-    for (const int id : {VD_PARAM_PIXEL_FORMAT, VD_PARAM_WIDTH, VD_PARAM_HEIGHT, VD_PARAM_OFFSET_X,
-                         VD_PARAM_OFFSET_Y, VD_PARAM_EXPOSURE, VD_PARAM_GAIN, VD_PARAM_FRAME_RATE,
-                         VD_PARAM_TRIGGER_MODE}) {
+    for (const int id :
+         {VD_PARAM_PIXEL_FORMAT, VD_PARAM_WIDTH, VD_PARAM_HEIGHT, VD_PARAM_OFFSET_X, VD_PARAM_OFFSET_Y,
+          VD_PARAM_EXPOSURE, VD_PARAM_GAIN, VD_PARAM_FRAME_RATE, VD_PARAM_TRIGGER_MODE}) {
         const auto value = values.find(id);
         if (value != values.end() && !setCameraParameter(camera, id, value->second)) {
-            trace("parameter " + std::to_string(id) + " could not be restored to " + std::to_string(value->second));
+            trace("parameter " + std::to_string(id) + " could not be restored to " +
+                  std::to_string(value->second));
         }
     }
 }

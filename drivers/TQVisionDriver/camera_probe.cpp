@@ -14,8 +14,8 @@
 namespace vision {
 namespace {
 
-// The control protocol of GigE Vision: a header of 8 bytes (key and flags, command, length, request number; big
-// endian), answered by status, command + 1, length and the request number.
+// The control protocol of GigE Vision: a header of 8 bytes (key and flags, command, length, request number;
+// big endian), answered by status, command + 1, length and the request number.
 constexpr guint16 kControlPort = 3956;
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::uint16_t kDiscover = 0x0002;
@@ -71,8 +71,8 @@ Bytes answerTo(const std::string& address, std::uint16_t code, const Bytes& payl
     const Ref<GSocket> socket = connectedTo(address);
     const std::uint16_t request = nextRequest();
     const Bytes sent = command(code, payload, request);
-    if (!socket ||
-        g_socket_send(socket.get(), reinterpret_cast<const gchar*>(sent.data()), sent.size(), nullptr, nullptr) < 0) {
+    if (!socket || g_socket_send(socket.get(), reinterpret_cast<const gchar*>(sent.data()), sent.size(),
+                                 nullptr, nullptr) < 0) {
         return {};
     }
     const auto deadline = std::chrono::steady_clock::now() + wait;
@@ -80,15 +80,16 @@ Bytes answerTo(const std::string& address, std::uint16_t code, const Bytes& payl
     while (true) {
         const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
             deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0 || g_socket_condition_timed_wait(socket.get(), G_IO_IN, left.count(), nullptr,
-                                                               nullptr) == FALSE) {
+        if (left.count() <= 0 ||
+            g_socket_condition_timed_wait(socket.get(), G_IO_IN, left.count(), nullptr, nullptr) == FALSE) {
             return {};
         }
         const gssize size = g_socket_receive(socket.get(), buffer.data(), buffer.size(), nullptr, nullptr);
         // Refused: nobody listens there.
         if (size < 0) return {};
         Bytes answer(buffer.begin(), buffer.begin() + size);
-        if (answer.size() >= kHeaderSize && read(answer, 2, 2) == code + 1U && read(answer, 6, 2) == request) {
+        if (answer.size() >= kHeaderSize && read(answer, 2, 2) == code + 1U &&
+            read(answer, 6, 2) == request) {
             return answer;
         }
     }
@@ -105,7 +106,7 @@ ProbeAnswer probeCamera(const std::string& address, std::chrono::milliseconds wa
     constexpr std::uint32_t kSuccess = 0;
     const bool tells = read(answer, 0, 2) == kSuccess && answer.size() >= kHeaderSize + 4;
     return tells && (read(answer, kHeaderSize, 4) & kControlBits) == 0 ? ProbeAnswer::kFree
-                                                                      : ProbeAnswer::kControlled;
+                                                                       : ProbeAnswer::kControlled;
 }
 
 std::string serialAt(const std::string& address, std::chrono::milliseconds wait) {

@@ -1,5 +1,5 @@
-// Asks a GigE camera by unicast whether it lives. Needs no control of the camera and waits no longer than told,
-// unlike a register access through Aravis, which repeats itself for seconds.
+// Asks a GigE camera by unicast whether it lives. Needs no control of the camera and waits no longer than
+// told, unlike a register access through Aravis, which repeats itself for seconds.
 #ifndef DRIVERS_TQVISIONDRIVER_CAMERA_PROBE_H
 #define DRIVERS_TQVISIONDRIVER_CAMERA_PROBE_H
 

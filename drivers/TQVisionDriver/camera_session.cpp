@@ -13,8 +13,6 @@ namespace vision {
 namespace {
 
 constexpr std::chrono::milliseconds kLongestWaitForFirst{1000};
-// A sign of life this old is as good as an answer.
-constexpr std::chrono::milliseconds kFreshSign{300};
 constexpr std::chrono::milliseconds kHostProbe{100};
 
 RawFrame rawFrame(ArvBuffer* buffer) {
@@ -89,7 +87,6 @@ std::shared_ptr<CameraLink> CameraSession::link() {
 bool CameraSession::answers(const std::shared_ptr<CameraLink>& link) {
     if (link->controlLost()) return false;
     if (arv_camera_is_gv_device(link->camera()) == FALSE) return true;
-    if (Clock::now() - counters_->counts().lastSign < kFreshSign) return true;
     std::string address;
     {
         const zul::LockGuard lock(mutex_);
@@ -215,12 +212,16 @@ bool CameraSession::setParameter(int id, long value) {
 float CameraSession::parameter(int id) {
     const FrameCounts counts = counters_->counts();
     switch (id) {
-        case VD_PARAM_FRAME_NUMBER: return static_cast<float>(counts.complete);
+        case VD_PARAM_FRAME_NUMBER:
+            return static_cast<float>(counts.complete);
         case VD_PARAM_FRAME_AGE:
             return std::chrono::duration<float, std::milli>(Clock::now() - givenArrived_).count();
-        case VD_PARAM_FRAMES_LOST: return static_cast<float>(counts.lost);
-        case VD_PARAM_BYTES_RECEIVED: return static_cast<float>(counts.bytes);
-        default: break;
+        case VD_PARAM_FRAMES_LOST:
+            return static_cast<float>(counts.lost);
+        case VD_PARAM_BYTES_RECEIVED:
+            return static_cast<float>(counts.bytes);
+        default:
+            break;
     }
     const std::shared_ptr<CameraLink> current = link();
     if (!current || !answers(current)) return kNoValue;

@@ -39,8 +39,8 @@ class CameraSession {
 
   private:
     std::shared_ptr<CameraLink> link();
-    // Whether a call to the camera will be answered, so that it may be made on the host's thread. A link that
-    // turns out to be dead is dropped.
+    // Asks the camera whether it lives, so that a call to it may be made on the host's thread: Aravis would
+    // repeat one that is not answered for seconds. A link that turns out to be dead is dropped.
     bool answers(const std::shared_ptr<CameraLink>& link);
     void drop(const std::shared_ptr<CameraLink>& link, const std::string& reason);
 

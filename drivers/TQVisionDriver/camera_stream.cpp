@@ -17,8 +17,8 @@ constexpr int kLargestPacket = 9000;
 // A new packet socket hears every camera until its filter is in place.
 constexpr std::chrono::milliseconds kFilterPause{60};
 
-// Within what the path carries. Aravis checks with a test packet when the stream is made, and settles for less if
-// it does not arrive, unless the size was set by hand.
+// Within what the path carries. Aravis checks with a test packet when the stream is made, and settles for
+// less if it does not arrive, unless the size was set by hand.
 void choosePacketSize(ArvCamera* camera, const std::string& address, const DeviceSettings& settings) {
     int size = settings.packetSize;
     if (size > 0) {
@@ -34,7 +34,8 @@ void choosePacketSize(ArvCamera* camera, const std::string& address, const Devic
 
 std::string addressOf(ArvCamera* camera) {
     auto* const device = ARV_GV_DEVICE(arv_camera_get_device(camera));
-    const Ref<GSocketAddress> socket(G_SOCKET_ADDRESS(g_object_ref(arv_gv_device_get_device_address(device))));
+    const Ref<GSocketAddress> socket(
+        G_SOCKET_ADDRESS(g_object_ref(arv_gv_device_get_device_address(device))));
     gchar* const text =
         g_inet_address_to_string(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(socket.get())));
     std::string address(text);
@@ -73,15 +74,17 @@ bool CameraStream::prepare(ArvCamera* camera, const DeviceSettings& settings) {
     }
     if (isNetwork) {
         constexpr guint kLargestBuffer = 1U << 29U;
-        const int wanted =
-            settings.socketBuffer > 0 ? settings.socketBuffer : static_cast<int>(2 * std::min(payload, kLargestBuffer));
+        const int wanted = settings.socketBuffer > 0
+                               ? settings.socketBuffer
+                               : static_cast<int>(2 * std::min(payload, kLargestBuffer));
         // Aravis would size the buffer when the first packet arrives, and lose the frame of that packet.
-        g_object_set(owned_.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size", wanted,
-                     nullptr);
+        g_object_set(owned_.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     wanted, nullptr);
         const int granted = growReceiveBuffer(arv_gv_stream_get_port(ARV_GV_STREAM(owned_.get())), wanted);
-        trace(address + ": packets of " + std::to_string(arv_camera_gv_get_packet_size(camera, error.receive())) +
-              " bytes, receive buffer of " + std::to_string(granted) + " bytes (asked for " + std::to_string(wanted) +
-              "), " + (raw ? "packet socket" : "plain socket"));
+        trace(address + ": packets of " +
+              std::to_string(arv_camera_gv_get_packet_size(camera, error.receive())) +
+              " bytes, receive buffer of " + std::to_string(granted) + " bytes (asked for " +
+              std::to_string(wanted) + "), " + (raw ? "packet socket" : "plain socket"));
         if (raw) std::this_thread::sleep_for(kFilterPause);
     }
     counters_->beginStream();
@@ -102,10 +105,17 @@ void CameraStream::onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* /*
     try {
         switch (type) {
             // What GLib attaches on this thread must not land in the main loop of the host.
-            case ARV_STREAM_CALLBACK_TYPE_INIT: g_main_context_push_thread_default(stream->context_); break;
-            case ARV_STREAM_CALLBACK_TYPE_EXIT: g_main_context_pop_thread_default(stream->context_); break;
-            case ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE: stream->drain(); break;
-            default: break;
+            case ARV_STREAM_CALLBACK_TYPE_INIT:
+                g_main_context_push_thread_default(stream->context_);
+                break;
+            case ARV_STREAM_CALLBACK_TYPE_EXIT:
+                g_main_context_pop_thread_default(stream->context_);
+                break;
+            case ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE:
+                stream->drain();
+                break;
+            default:
+                break;
         }
     } catch (...) {  // a frame is lost; the thread is Aravis' and goes on
     }

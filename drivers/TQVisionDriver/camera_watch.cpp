@@ -60,7 +60,9 @@ void CameraSession::inspect(const std::shared_ptr<CameraLink>& link) {
             misses_ = 0;
             nextProbe_ = now + kBetweenAnswers;
             break;
-        case ProbeAnswer::kFree: drop(link, "was restarted"); break;
+        case ProbeAnswer::kFree:
+            drop(link, "was restarted");
+            break;
         case ProbeAnswer::kSilent:
             if (++misses_ >= kProbes) drop(link, "does not answer");
             break;

@@ -35,8 +35,8 @@ constexpr int kLongestSide = 1 << 16;
 
 std::uint64_t bitsPerPixel(std::uint32_t code) { return (code >> 16U) & 0xFFU; }
 
-// From the first byte of one row to that of the next. Rows of packed pixels follow each other without a gap, in
-// the middle of a byte if need be; only padding makes each start at a byte.
+// From the first byte of one row to that of the next. Rows of packed pixels follow each other without a gap,
+// in the middle of a byte if need be; only padding makes each start at a byte.
 std::uint64_t rowBytes(const RawFrame& frame) {
     const std::uint64_t bits = static_cast<std::uint64_t>(frame.width) * bitsPerPixel(frame.code);
     return (bits + 7U) / 8U + static_cast<std::uint64_t>(frame.rowPadding);
@@ -81,7 +81,8 @@ void fromWords(const RawFrame& frame, unsigned bits, cv::Mat& picture) {
     });
 }
 
-// Two pixels in three bytes: the upper 8 bits of each are the first and the third byte, the rest is between them.
+// Two pixels in three bytes: the upper 8 bits of each are the first and the third byte, the rest is between
+// them.
 void fromTriples(const RawFrame& frame, cv::Mat& picture) {
     forEachStretch(frame, picture, [](const unsigned char* from, unsigned char* to, std::size_t count) {
         for (std::size_t i = 0; i + 1 < count; i += 2) {
@@ -129,14 +130,17 @@ int pixelFormat(std::uint32_t code) {
 
 int channelsOf(std::uint32_t code) {
     switch (pixelFormat(code)) {
-        case -1: return 0;
+        case -1:
+            return 0;
         case VD_PIXEL_BAYER_RG8:
         case VD_PIXEL_BAYER_GB8:
         case VD_PIXEL_BAYER_GR8:
         case VD_PIXEL_BAYER_BG8:
         case VD_PIXEL_RGB8:
-        case VD_PIXEL_BGR8: return 3;
-        default: return 1;
+        case VD_PIXEL_BGR8:
+            return 3;
+        default:
+            return 1;
     }
 }
 
@@ -147,21 +151,47 @@ bool isPlainPicture(const RawFrame& frame) {
 bool toPicture(const RawFrame& frame, cv::Mat& picture) {
     if (channelsOf(frame.code) == 0 || !hasAllBytes(frame)) return false;
     switch (frame.code) {
-        case kMono8: view(frame, CV_8UC1).copyTo(picture); break;
-        case kMono10: fromWords(frame, 10, picture); break;
-        case kMono12: fromWords(frame, 12, picture); break;
-        case kMono16: fromWords(frame, 16, picture); break;
+        case kMono8:
+            view(frame, CV_8UC1).copyTo(picture);
+            break;
+        case kMono10:
+            fromWords(frame, 10, picture);
+            break;
+        case kMono12:
+            fromWords(frame, 12, picture);
+            break;
+        case kMono16:
+            fromWords(frame, 16, picture);
+            break;
         case kMono10Packed:
-        case kMono12Packed: fromTriples(frame, picture); break;
-        case kMono10p: fromBitStream(frame, 10, picture); break;
-        case kMono12p: fromBitStream(frame, 12, picture); break;
+        case kMono12Packed:
+            fromTriples(frame, picture);
+            break;
+        case kMono10p:
+            fromBitStream(frame, 10, picture);
+            break;
+        case kMono12p:
+            fromBitStream(frame, 12, picture);
+            break;
         // OpenCV names a pattern by the second pixel of the second row, GenICam by the first of the first.
-        case kBayerRG8: cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerBG2BGR); break;
-        case kBayerGB8: cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerGR2BGR); break;
-        case kBayerGR8: cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerGB2BGR); break;
-        case kBayerBG8: cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerRG2BGR); break;
-        case kRGB8: cv::cvtColor(view(frame, CV_8UC3), picture, cv::COLOR_RGB2BGR); break;
-        default: view(frame, CV_8UC3).copyTo(picture); break;
+        case kBayerRG8:
+            cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerBG2BGR);
+            break;
+        case kBayerGB8:
+            cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerGR2BGR);
+            break;
+        case kBayerGR8:
+            cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerGB2BGR);
+            break;
+        case kBayerBG8:
+            cv::cvtColor(view(frame, CV_8UC1), picture, cv::COLOR_BayerRG2BGR);
+            break;
+        case kRGB8:
+            cv::cvtColor(view(frame, CV_8UC3), picture, cv::COLOR_RGB2BGR);
+            break;
+        default:
+            view(frame, CV_8UC3).copyTo(picture);
+            break;
     }
     return true;
 }

@@ -27,7 +27,8 @@ enum PixelCode : std::uint32_t {
     kBGR8 = 0x02180015
 };
 
-// The codes that a value of enum VDPixelFormat stands for, the first to be tried first; none for other values.
+// The codes that a value of enum VDPixelFormat stands for, the first to be tried first; none for other
+// values.
 std::vector<std::uint32_t> pixelCodes(int format);
 // The enum VDPixelFormat of a code, -1 when there is none.
 int pixelFormat(std::uint32_t code);
@@ -44,11 +45,12 @@ struct RawFrame {
 // 1 or 3; 0 for a format that can't be converted.
 int channelsOf(std::uint32_t code);
 
-// Whether the bytes can be handed out as they are: grey or blue green red, rows without gaps, all of them there.
+// Whether the bytes can be handed out as they are: grey or blue green red, rows without gaps, all of them
+// there.
 bool isPlainPicture(const RawFrame& frame);
 
-// Fills `picture`. Of samples with more than 8 bits the upper 8 remain, so that packed and unpacked formats give
-// the same. False, with `picture` unchanged, for a format that can't be converted and for too few bytes.
+// Fills `picture`. Of samples with more than 8 bits the upper 8 remain, so that packed and unpacked formats
+// give the same. False, with `picture` unchanged, for a format that can't be converted and for too few bytes.
 bool toPicture(const RawFrame& frame, cv::Mat& picture);
 
 }  // namespace vision

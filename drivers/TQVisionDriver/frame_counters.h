@@ -40,8 +40,8 @@ class FrameCounters {
     bool hasComplete_ ZUL_GUARDED_BY(mutex_) = false;
 };
 
-// How many frames lie between two numbers that followed each other. GigE Vision counts from 1 to 65,535 and then
-// from 1 again; a number that goes back otherwise is that of a restarted camera.
+// How many frames lie between two numbers that followed each other. GigE Vision counts from 1 to 65,535 and
+// then from 1 again; a number that goes back otherwise is that of a restarted camera.
 std::uint64_t framesBetween(std::uint64_t last, std::uint64_t number);
 
 }  // namespace vision

@@ -70,7 +70,8 @@ int pathMtu(const std::string& address) {
     camera.sin_port = htons(3956);
     if (!probe.isOpen() || inet_pton(AF_INET, address.c_str(), &camera.sin_addr) != 1) return 0;
     // Connecting a UDP socket sends nothing.
-    if (connect(probe.descriptor(), reinterpret_cast<const sockaddr*>(&camera), sizeof(camera)) != 0) return 0;
+    if (connect(probe.descriptor(), reinterpret_cast<const sockaddr*>(&camera), sizeof(camera)) != 0)
+        return 0;
     return std::max(0, option(probe.descriptor(), IPPROTO_IP, IP_MTU));
 #else
     return address.empty() ? 0 : 0;

@@ -1,5 +1,5 @@
-// Windows gives a stream's socket its buffer only through the socket itself, which Aravis keeps, and reads no raw
-// packets: Aravis' own choices hold there.
+// Windows gives a stream's socket its buffer only through the socket itself, which Aravis keeps, and reads no
+// raw packets: Aravis' own choices hold there.
 #include "drivers/TQVisionDriver/network.h"
 
 namespace vision {

@@ -10,8 +10,8 @@
 
 namespace vision {
 
-// `device` needs no more than its serial number; where the camera is will be looked up when it is opened. Null
-// without Aravis.
+// `device` needs no more than its serial number; where the camera is will be looked up when it is opened.
+// Null without Aravis.
 std::unique_ptr<Source> makeRealCamera(const Device& device, const DeviceSettings& settings);
 
 }  // namespace vision

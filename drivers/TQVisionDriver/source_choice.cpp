@@ -74,8 +74,10 @@ bool isBrand(int type) {
         case VD_TYPE_HIKVISION:
         case VD_TYPE_DAHENG:
         case VD_TYPE_MICROVISION:
-        case VD_TYPE_IMAGING_SOURCE: return true;
-        default: return false;
+        case VD_TYPE_IMAGING_SOURCE:
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -127,7 +129,8 @@ SourceChoice chooseOfAny(const Settings& settings) {
     }
     for (std::size_t slot = 0; slot < settings.cameras.size(); ++slot) {
         if (!settings.cameras[slot]) continue;
-        std::visit([&chooser, slot](const auto& camera) { chooser.place(slot, camera); }, *settings.cameras[slot]);
+        std::visit([&chooser, slot](const auto& camera) { chooser.place(slot, camera); },
+                   *settings.cameras[slot]);
     }
     return chooser.take();
 }
@@ -143,8 +146,9 @@ SourceChoice chooseSources(int type) {
         return {};
     }
     if (!canListDevices()) {
-        trace("camera type " + std::to_string(type) + ": this module was built without Aravis and has only the " +
-              "sources of type " + std::to_string(VD_TYPE_ANY));
+        trace("camera type " + std::to_string(type) +
+              ": this module was built without Aravis and has only the " + "sources of type " +
+              std::to_string(VD_TYPE_ANY));
         return {};
     }
     return chooseOfBrand(type, settings);

@@ -31,9 +31,9 @@ int brandOf(const std::string& vendor) {
     for (char& c : name) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    const auto* const found = std::find_if(kBrandWords.begin(), kBrandWords.end(), [&](const BrandWord& brand) {
-        return name.find(brand.word) != std::string::npos;
-    });
+    const auto* const found =
+        std::find_if(kBrandWords.begin(), kBrandWords.end(),
+                     [&](const BrandWord& brand) { return name.find(brand.word) != std::string::npos; });
     return found == kBrandWords.end() ? static_cast<int>(VD_TYPE_ANY) : found->brand;
 }
 

@@ -18,8 +18,8 @@ struct Device {
 // False when these modules were built without Aravis; there are no devices then.
 bool canListDevices();
 
-// Searches for cameras, which takes about a second, and sorts them by serial number (then by name), so that the
-// order stays the same as long as the cameras do. Thread-safe.
+// Searches for cameras, which takes about a second, and sorts them by serial number (then by name), so that
+// the order stays the same as long as the cameras do. Thread-safe.
 std::vector<Device> listDevices();
 
 }  // namespace vision

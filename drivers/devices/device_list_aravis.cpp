@@ -17,7 +17,8 @@ Device device(unsigned int index) {
     found.vendor = text(arv_get_device_vendor(index));
     found.model = text(arv_get_device_model(index));
     found.id = text(arv_get_device_id(index));
-    if (text(arv_get_device_protocol(index)) == "GigEVision") found.address = text(arv_get_device_address(index));
+    if (text(arv_get_device_protocol(index)) == "GigEVision")
+        found.address = text(arv_get_device_address(index));
     return found;
 }
 

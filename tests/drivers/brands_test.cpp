@@ -19,7 +19,8 @@ TEST(Brands, AreFoundInVendorNames) {
     EXPECT_EQ(brandOf("Huaray Technology"), VD_TYPE_DAHUA);
     EXPECT_EQ(brandOf("MicroVision"), VD_TYPE_MICROVISION);
     EXPECT_EQ(brandOf("The Imaging Source Europe GmbH"), VD_TYPE_IMAGING_SOURCE);
-    for (const char* const other : {"", "Aravis", "Basl", "Imaging Source"}) EXPECT_EQ(brandOf(other), VD_TYPE_ANY);
+    for (const char* const other : {"", "Aravis", "Basl", "Imaging Source"})
+        EXPECT_EQ(brandOf(other), VD_TYPE_ANY);
 }
 
 TEST(Brands, SeveralCamerasHaveOneBrandOrNone) {

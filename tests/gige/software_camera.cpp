@@ -39,11 +39,12 @@ void insertBefore(std::string& text, const std::string& mark, const std::string&
 }
 
 std::string entry(const char* name, guint32 value) {
-    return "<EnumEntry Name=\"" + std::string(name) + "\" NameSpace=\"Standard\"><Value>" + std::to_string(value) +
-           "</Value></EnumEntry>";
+    return "<EnumEntry Name=\"" + std::string(name) + "\" NameSpace=\"Standard\"><Value>" +
+           std::to_string(value) + "</Value></EnumEntry>";
 }
 
-// Aravis' description of its camera, with the pixel formats that it lacks, a gain in decibels and a second input.
+// Aravis' description of its camera, with the pixel formats that it lacks, a gain in decibels and a second
+// input.
 std::string description() {
     ArvFakeCamera* const plain = arv_fake_camera_new("any");
     std::size_t size = 0;
@@ -63,10 +64,12 @@ std::string description() {
     return text;
 }
 
-void fill(ArvBuffer* buffer, void* /*unused*/, guint32 exposure, guint32 gain, ArvPixelFormat /*format*/) {
+void fill(ArvBuffer* buffer, void* camera, guint32 exposure, guint32 gain, ArvPixelFormat /*format*/) {
     static unsigned frame = 0;
-    std::size_t size = 0;
-    auto* const bytes = static_cast<unsigned char*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
+    // The buffer's own idea of its size is that of what was received.
+    std::size_t unused = 0;
+    auto* const bytes = static_cast<unsigned char*>(const_cast<void*>(arv_buffer_get_data(buffer, &unused)));
+    const std::size_t size = arv_fake_camera_get_payload(static_cast<ArvFakeCamera*>(camera));
     for (std::size_t i = 0; i < size; ++i) bytes[i] = gige::patternByte(frame, i);
     // So that a test can see what settings the camera works with.
     if (size >= 8) {
@@ -80,12 +83,14 @@ void configure(ArvFakeCamera* camera, const Options& options) {
     char vendor[kVendorLength] = {};
     std::strncpy(vendor, options.vendor.c_str(), sizeof(vendor) - 1);
     arv_fake_camera_write_memory(camera, kVendorRegister, sizeof(vendor), vendor);
-    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_WIDTH, static_cast<guint32>(options.width));
-    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_HEIGHT, static_cast<guint32>(options.height));
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_WIDTH,
+                                   static_cast<guint32>(options.width));
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_HEIGHT,
+                                   static_cast<guint32>(options.height));
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_PIXEL_FORMAT, options.format);
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US,
                                    static_cast<guint32>(1e6 / options.rate));
-    arv_fake_camera_set_fill_pattern(camera, fill, nullptr);
+    arv_fake_camera_set_fill_pattern(camera, fill, camera);
 }
 
 // The description goes through a file, since Aravis takes it from one.
@@ -94,8 +99,8 @@ ArvGvFakeCamera* listening(const Options& options) {
         std::filesystem::temp_directory_path() / ("software-camera-" + std::to_string(getpid()) + ".xml");
     std::ofstream(file) << description();
     auto* const camera = static_cast<ArvGvFakeCamera*>(g_object_new(
-        ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address.c_str(), "serial-number", options.serial.c_str(),
-        "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
+        ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address.c_str(), "serial-number",
+        options.serial.c_str(), "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
     std::filesystem::remove(file);
     return camera;
 }
