@@ -117,11 +117,11 @@ VD_EXPORT bool VDStart(int* width, int* height, int* channels, int index);
 /* Stops acquisition; the camera stays open. True also when it was not acquiring. */
 VD_EXPORT bool VDStop(int index);
 
-/* Gives the newest complete picture. `data` belongs to the module and stays valid, unchanged, until the next
- * VDGetImage, VDStop or VDClose of that slot. Where no newer picture has come, the module waits a few
- * milliseconds at most and gives the last one again; it answers false only when the camera must be taken for
- * lost (no picture for a second and for three periods), because the library asks the user to reconnect after
- * six failures in a row. */
+/* Gives the newest complete picture, or a black one before the first. `data` belongs to the module and stays
+ * valid, unchanged, until the next VDGetImage, VDStop or VDClose of that slot. Where no newer picture has
+ * come, the module waits a few milliseconds at most and gives the last one again; it answers false only when
+ * the camera must be taken for lost (it does not answer, or runs freely and has sent no picture for a second
+ * and for three periods), because the library asks the user to reconnect after six failures in a row. */
 VD_EXPORT bool VDGetImage(VDImage* image, int index);
 
 /* Sets a parameter. */

@@ -1,7 +1,9 @@
 // The procedures that the module exports. No exception leaves them.
 #include <exception>
+#include <string>
 
 #include "drivers/TQVisionDriver/module_file.h"
+#include "drivers/TQVisionDriver/releaser.h"
 #include "drivers/TQVisionDriver/slots.h"
 #include "drivers/TQVisionDriver/trace.h"
 #include "drivers/vision_driver.h"
@@ -102,6 +104,7 @@ bool VDClose(int index) {
 void VDDestoryCamera(void) {
     guarded("VDDestoryCamera", false, [] {
         table().clear();
+        vision::finishReleases();
         return true;
     });
 }

@@ -1,0 +1,17 @@
+// The one procedure of LumoCfg. No exception leaves it.
+#include <exception>
+#include <vector>
+
+#include "drivers/devices/brands.h"
+#include "drivers/devices/device_list.h"
+#include "drivers/vision_driver.h"
+
+extern "C" int VDGetCameraType(void) {
+    try {
+        std::vector<std::string> vendors;
+        for (const vision::Device& device : vision::listDevices()) vendors.push_back(device.vendor);
+        return vision::commonBrand(vendors);
+    } catch (const std::exception&) {
+        return VD_TYPE_NONE;
+    }
+}

@@ -1,0 +1,136 @@
+// A GigE Vision camera in software, for the tests beside it: real packets on a real socket, made by Aravis.
+//
+//   software_camera --address A --serial S --vendor V --width W --height H --format HEX --rate F --loss R
+//
+// Prints "ready" once it listens, and runs until it is killed or its standard input ends.
+#include <arv.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/gige/test_pattern.h"
+
+namespace {
+
+// The registers that every GigE Vision device starts with.
+constexpr guint32 kVendorRegister = 0x48;
+constexpr std::size_t kVendorLength = 32;
+
+struct Options {
+    std::string address = "127.0.0.1";
+    std::string serial = "S1";
+    std::string vendor = "Aravis";
+    int width = 64;
+    int height = 48;
+    guint32 format = ARV_PIXEL_FORMAT_MONO_8;
+    double rate = 25.0;
+    double loss = 0.0;
+};
+
+void insertBefore(std::string& text, const std::string& mark, const std::string& addition) {
+    const std::size_t at = text.find(mark);
+    if (at == std::string::npos) throw std::runtime_error("the camera's own description lacks " + mark);
+    text.insert(at, addition);
+}
+
+std::string entry(const char* name, guint32 value) {
+    return "<EnumEntry Name=\"" + std::string(name) + "\" NameSpace=\"Standard\"><Value>" +
+           std::to_string(value) + "</Value></EnumEntry>";
+}
+
+// Aravis' description of its camera, with the pixel formats that it lacks, a gain in decibels and a second
+// input.
+std::string description() {
+    ArvFakeCamera* const plain = arv_fake_camera_new("any");
+    std::size_t size = 0;
+    std::string text(arv_fake_camera_get_genicam_xml(plain, &size));
+    g_object_unref(plain);
+    insertBefore(text, "<EnumEntry Name=\"BayerBG8\"",
+                 entry("Mono10", ARV_PIXEL_FORMAT_MONO_10) +
+                     entry("Mono10Packed", ARV_PIXEL_FORMAT_MONO_10_PACKED) +
+                     entry("Mono12", ARV_PIXEL_FORMAT_MONO_12) +
+                     entry("Mono12Packed", ARV_PIXEL_FORMAT_MONO_12_PACKED) +
+                     entry("BGR8", ARV_PIXEL_FORMAT_BGR_8_PACKED) + entry("YUV422", 0x0210001FU));
+    insertBefore(text, "<EnumEntry Name=\"Software\"", entry("Line1", 2));
+    insertBefore(text, "<Category Name=\"AnalogControl\"",
+                 "<Float Name=\"Gain\"><pValue>GainConverter</pValue><Min>0.0</Min><Max>24.0</Max></Float>"
+                 "<Converter Name=\"GainConverter\"><FormulaTo>FROM * 10</FormulaTo><FormulaFrom>TO / 10.0"
+                 "</FormulaFrom><pValue>GainRawRegister</pValue></Converter>");
+    return text;
+}
+
+void fill(ArvBuffer* buffer, void* camera, guint32 exposure, guint32 gain, ArvPixelFormat /*format*/) {
+    static unsigned frame = 0;
+    // The buffer's own idea of its size is that of what was received.
+    std::size_t unused = 0;
+    auto* const bytes = static_cast<unsigned char*>(const_cast<void*>(arv_buffer_get_data(buffer, &unused)));
+    const std::size_t size = arv_fake_camera_get_payload(static_cast<ArvFakeCamera*>(camera));
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = gige::patternByte(frame, i);
+    // So that a test can see what settings the camera works with.
+    if (size >= 8) {
+        std::memcpy(bytes, &exposure, sizeof(exposure));
+        std::memcpy(bytes + 4, &gain, sizeof(gain));
+    }
+    ++frame;
+}
+
+void configure(ArvFakeCamera* camera, const Options& options) {
+    char vendor[kVendorLength] = {};
+    std::strncpy(vendor, options.vendor.c_str(), sizeof(vendor) - 1);
+    arv_fake_camera_write_memory(camera, kVendorRegister, sizeof(vendor), vendor);
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_WIDTH,
+                                   static_cast<guint32>(options.width));
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_HEIGHT,
+                                   static_cast<guint32>(options.height));
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_PIXEL_FORMAT, options.format);
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US,
+                                   static_cast<guint32>(1e6 / options.rate));
+    arv_fake_camera_set_fill_pattern(camera, fill, camera);
+}
+
+// The description goes through a file, since Aravis takes it from one.
+ArvGvFakeCamera* listening(const Options& options) {
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("software-camera-" + std::to_string(getpid()) + ".xml");
+    std::ofstream(file) << description();
+    auto* const camera = static_cast<ArvGvFakeCamera*>(g_object_new(
+        ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address.c_str(), "serial-number",
+        options.serial.c_str(), "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
+    std::filesystem::remove(file);
+    return camera;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    std::string format;
+    CLI::App app("A GigE Vision camera in software");
+    app.add_option("--address", options.address, "an address of this machine");
+    app.add_option("--serial", options.serial, "serial number");
+    app.add_option("--vendor", options.vendor, "vendor name");
+    app.add_option("--width", options.width, "pixels");
+    app.add_option("--height", options.height, "pixels");
+    app.add_option("--format", options.format, "code of the pixel format");
+    app.add_option("--rate", options.rate, "pictures per second");
+    app.add_option("--loss", options.loss, "share of the packets that are not sent");
+    CLI11_PARSE(app, argc, argv);
+
+    ArvGvFakeCamera* const camera = listening(options);
+    if (!arv_gv_fake_camera_is_running(camera)) {
+        std::fprintf(stderr, "can't listen at %s\n", options.address.c_str());
+        return 1;
+    }
+    configure(arv_gv_fake_camera_get_fake_camera(camera), options);
+    std::puts("ready");
+    std::fflush(stdout);
+    while (std::getchar() != EOF) {
+    }
+    g_object_unref(camera);
+    return 0;
+}
