@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "orxFunctions/platform/file_access_internal.h"
+#include "orxFunctions/platform/file_tree_internal.h"
 
 namespace FileOperator {
 namespace {
@@ -42,6 +43,11 @@ bool hasExtension(const std::string& name, const std::string& extension) {
            lowerCase(name.substr(name.size() - extension.size())) == extension;
 }
 
+bool isLinkToFolder(const fs::directory_entry& entry) {
+    std::error_code error;
+    return entry.is_directory(error) && platform::isLink(entry.path());
+}
+
 // Calls visit(entry) for all that a folder holds; folders behind links are not entered. False when the folder
 // can't be read.
 template <typename Visit>
@@ -51,7 +57,7 @@ bool walk(const fs::path& folder, bool recursive, Visit visit) {
     if (error || folder.empty()) return false;
     for (; at != fs::recursive_directory_iterator(); at.increment(error)) {
         if (error) return false;
-        if (!recursive) at.disable_recursion_pending();
+        if (!recursive || isLinkToFolder(*at)) at.disable_recursion_pending();
         visit(*at);
     }
     return true;
@@ -79,12 +85,6 @@ bool mayWrite(const fs::path& from, const fs::path& to, bool overwrite) {
     return overwrite && !fs::equivalent(from, to, error) && !error;
 }
 
-bool copyOver(const fs::path& from, const fs::path& to, bool overwrite) {
-    std::error_code error;
-    const auto option = overwrite ? fs::copy_options::overwrite_existing : fs::copy_options::none;
-    return fs::copy_file(from, to, option, error) && !error;
-}
-
 }  // namespace
 
 std::vector<std::string> listFiles(std::string folder, std::string extension, bool recursive) {
@@ -107,7 +107,7 @@ std::int64_t folderSize(std::string folder) {
         std::int64_t size = 0;
         const bool complete = walk(platform::toPath(folder), true, [&](const fs::directory_entry& entry) {
             std::error_code error;
-            if (!fs::is_regular_file(entry.symlink_status(error))) return;
+            if (!entry.is_regular_file(error) || platform::isLink(entry.path())) return;
             const std::uintmax_t bytes = entry.file_size(error);
             if (!error) size += static_cast<std::int64_t>(bytes);
         });
@@ -156,10 +156,9 @@ bool deleteFolder(std::string path) {
     return guarded(false, [&] {
         const fs::path folder = withoutTrailingSeparators(platform::toPath(path));
         std::error_code error;
-        if (!isOrdinaryFolderName(folder) || !fs::is_directory(fs::symlink_status(folder, error)))
+        if (!isOrdinaryFolderName(folder) || platform::isLink(folder) || !fs::is_directory(folder, error))
             return false;
-        fs::remove_all(folder, error);
-        return !error && !fs::exists(fs::symlink_status(folder, error));
+        return platform::deleteFolder(folder);
     });
 }
 
@@ -167,7 +166,7 @@ bool copyFile(std::string from, std::string to, bool overwrite) {
     return guarded(false, [&] {
         const fs::path source = platform::toPath(from);
         const fs::path target = targetOf(source, platform::toPath(to));
-        return mayWrite(source, target, overwrite) && copyOver(source, target, overwrite);
+        return mayWrite(source, target, overwrite) && platform::copyFile(source, target, overwrite);
     });
 }
 
@@ -180,7 +179,7 @@ bool moveFile(std::string from, std::string to, bool overwrite) {
         fs::rename(source, target, error);
         if (error == std::errc::cross_device_link) {
             error.clear();
-            return copyOver(source, target, overwrite) && fs::remove(source, error);
+            return platform::copyFile(source, target, overwrite) && fs::remove(source, error);
         }
         return !error;
     });

@@ -61,7 +61,14 @@ class Handle {
 
 DWORD attributes(const fs::path& path) { return GetFileAttributesW(path.c_str()); }
 
+// Neither nothing, nor a root, nor a folder by way of itself.
+bool isOrdinaryName(const fs::path& path) {
+    const fs::path name = path.filename();
+    return !name.empty() && name != "." && name != "..";
+}
+
 bool setHidden(const fs::path& path, bool hidden) {
+    if (!isOrdinaryName(path)) return false;
     const DWORD now = attributes(path);
     if (now == INVALID_FILE_ATTRIBUTES) return false;
     DWORD wanted = hidden ? now | FILE_ATTRIBUTE_HIDDEN : now & ~static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN);

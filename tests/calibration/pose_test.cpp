@@ -79,18 +79,20 @@ void convertLoudly(zul::TPoint6D pose) {
     orx::TPoint6DToMatrix().Point6D2Matrix44(pose);
 }
 
+// An exit code of -1, of which POSIX keeps the lowest eight bits.
+bool endedWithMinusOne(int status) { return status == -1 || testing::ExitedWithCode(255)(status); }
+
 TEST(TPoint6DToMatrixDeathTest, BrokenRotationEndsTheProcess) {
     const double nan = std::nan("");
     const double inf = std::numeric_limits<double>::infinity();
-    constexpr const char* kMessage = "^Euler Angle convert to RotatedMatrix failed\\.\\.\\.\n$";
-    EXPECT_EXIT(convertLoudly({0, 0, 0, nan, 0, 0}), testing::ExitedWithCode(255), kMessage);
-    EXPECT_EXIT(convertLoudly({0, 0, 0, 0, 0, inf}), testing::ExitedWithCode(255), kMessage);
+    constexpr const char* kMessage = "^Euler Angle convert to RotatedMatrix failed\\.\\.\\.\n";
+    EXPECT_EXIT(convertLoudly({0, 0, 0, nan, 0, 0}), endedWithMinusOne, kMessage);
+    EXPECT_EXIT(convertLoudly({0, 0, 0, 0, 0, inf}), endedWithMinusOne, kMessage);
     const auto wrongSequence = [] {
         std::cout.rdbuf(std::cerr.rdbuf());
         eulerMatrix(cv::Mat::zeros(1, 3, CV_64F), "zyz");
     };
-    EXPECT_EXIT(wrongSequence(), testing::ExitedWithCode(255),
-                "Euler Angle Sequence string is wrong\\.\\.\\.");
+    EXPECT_EXIT(wrongSequence(), endedWithMinusOne, "Euler Angle Sequence string is wrong\\.\\.\\.");
 }
 
 TEST(TPoint6DToMatrix, TranslationIsNotChecked) {

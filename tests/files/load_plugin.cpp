@@ -12,7 +12,7 @@
 
 // Gives images to the background thread and does not wait for them. Returns how many were taken.
 extern "C" PLUGIN_API int useLibrary(const char* folder, int images) {
-    const char* extensions[] = {".png", ".bmp", ".jpg", ".tif"};
+    const char* extensions[] = {".png", ".bmp", ".jpg", ".ppm"};
     int taken = 0;
     for (int i = 0; i < images; ++i) {
         const cv::Mat image(200, 300, CV_8UC3, cv::Scalar(i, 2, 3));

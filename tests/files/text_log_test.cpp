@@ -17,9 +17,9 @@ TEST(Save2Txt, AppendsLinesWithAndWithoutTime) {
     orx::save2Txt(path, "first", 1);
     orx::save2Txt(path, "", -5);
     orx::save2Txt(path, "two\nlines", 7);
-    EXPECT_EQ(test::bytesOf(path), "first\n\ntwo\nlines\n");
+    EXPECT_EQ(test::textOf(path), "first\n\ntwo\nlines\n");
     orx::save2Txt(path, "timed", 0);
-    const std::string all = test::bytesOf(path);
+    const std::string all = test::textOf(path);
     EXPECT_TRUE(
         std::regex_match(all.substr(17), std::regex("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d timed\n")))
         << all;
@@ -49,7 +49,7 @@ TEST(Save2Txt, ThreadsNeverTearALine) {
     }
     for (std::thread& thread : threads) thread.join();
 
-    std::istringstream lines(test::bytesOf(path));
+    std::istringstream lines(test::textOf(path));
     std::map<char, int> next;
     std::string line;
     int count = 0;

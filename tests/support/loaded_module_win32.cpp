@@ -3,10 +3,22 @@
 #include <tlhelp32.h>
 
 #include <filesystem>
+#include <opencv2/highgui.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
+#include "ZULLib/zullib.h"
 #include "tests/support/loaded_module.h"
 
 namespace test {
+
+// A program loads the libraries that it refers to, and only those: they must stay when the tested one goes.
+extern const void* const kKeptLoaded[];
+const void* const kKeptLoaded[] = {reinterpret_cast<const void*>(&cv::getTickCount),
+                                   reinterpret_cast<const void*>(&cv::getGaborKernel),
+                                   reinterpret_cast<const void*>(&cv::haveImageReader),
+                                   reinterpret_cast<const void*>(&cv::destroyAllWindows),
+                                   reinterpret_cast<const void*>(&zul::getExeFileName)};
 
 LoadedModule::LoadedModule(const std::string& file)
     : handle_(LoadLibraryW(std::filesystem::absolute(file).make_preferred().c_str())) {}

@@ -27,7 +27,8 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+    // With the separators of the platform throughout.
+    std::string operator/(const std::string& name) const { return (path_ / name).make_preferred().string(); }
     const std::filesystem::path& path() const { return path_; }
     std::string name() const { return path_.string(); }
 
@@ -37,6 +38,12 @@ class TemporaryFolder {
 
 inline std::string bytesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A text with its line ends as "\n", however the platform writes them.
+inline std::string textOf(const std::string& path) {
+    std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

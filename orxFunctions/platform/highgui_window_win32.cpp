@@ -1,0 +1,289 @@
+#include "orxFunctions/platform/highgui_window_win32_internal.h"
+
+#include "orxFunctions/platform/mouse_message_win32_internal.h"
+
+#include <opencv2/highgui/highgui_c.h>
+#include <exception>
+#include <mutex>
+#include <opencv2/highgui.hpp>
+#include <utility>
+
+#include "ZULLib/sync_internal.h"
+#include "ZULLib/zullib.h"
+
+namespace orx::platform {
+namespace {
+
+constexpr UINT kShowMessage = WM_APP + 1;
+constexpr UINT kCloseMessage = WM_APP + 2;
+constexpr UINT kMilliseconds = 3000;  // that another thread is given to close its window
+constexpr const wchar_t* kStateProperty = L"orxFunctions.window";
+
+HCURSOR systemCursor(TCursorShape shape) {
+    const auto load = [](const wchar_t* name) { return LoadCursorW(nullptr, name); };
+    switch (shape) {
+        case CURSOR_HAND:
+            return load(MAKEINTRESOURCEW(32649));
+        case CURSOR_SIZEALL:
+            return load(MAKEINTRESOURCEW(32646));
+        case CURSOR_APPSTARTING:
+            return load(MAKEINTRESOURCEW(32650));
+        default:
+            return load(MAKEINTRESOURCEW(32512));
+    }
+}
+
+}  // namespace
+
+// What the window procedure needs. It holds a reference until the window is gone.
+class HighguiWindow::State : public std::enable_shared_from_this<State> {
+  public:
+    explicit State(std::string name) : name_(std::move(name)) {}
+
+    bool open();
+    bool moveInto(HWND newParent);
+    void show(const cv::Mat& picture);
+    void close();
+    void setCursor(TCursorShape shape);
+    void setListener(MouseListener* listener) {
+        const std::lock_guard lock(listenerLock_);
+        listener_ = listener;
+    }
+    HWND window() const {
+        const zul::LockGuard lock(lock_);
+        return IsWindow(window_) != FALSE ? window_ : nullptr;
+    }
+    HWND frame() const {
+        const zul::LockGuard lock(lock_);
+        return IsWindow(frame_) != FALSE ? frame_ : nullptr;
+    }
+
+  private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    void subclass(HWND window);
+    void showStored();
+    void destroy();
+    void forgetWindow();
+    bool takeMouse(HWND window, const MouseEvent& event);
+    bool isOwnedByThisThread(HWND window) const {
+        return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
+    }
+    void traceOnce(const char* utf8Reason);
+
+    const std::string name_;
+    WNDPROC highguiProcedure_ = nullptr;  // written before the window is known to anybody
+
+    mutable zul::Mutex lock_;
+    HWND window_ ZUL_GUARDED_BY(lock_) = nullptr;
+    HWND frame_ ZUL_GUARDED_BY(lock_) = nullptr;
+    TCursorShape cursor_ ZUL_GUARDED_BY(lock_) = CURSOR_ARROW;
+    cv::Mat picture_ ZUL_GUARDED_BY(lock_);  // waits to be shown when hasPicture_
+    cv::Mat shown_;                          // the creating thread's; the buffers change places
+    bool hasPicture_ ZUL_GUARDED_BY(lock_) = false;
+    bool hasTraced_ ZUL_GUARDED_BY(lock_) = false;
+
+    std::recursive_mutex listenerLock_;  // a listener may take itself off while it is called
+    MouseListener* listener_ = nullptr;
+};
+
+bool HighguiWindow::State::open() {
+    try {
+        cv::namedWindow(name_, cv::WINDOW_AUTOSIZE);
+        cv::resizeWindow(name_, 0, 0);
+        const HWND window = static_cast<HWND>(cvGetWindowHandle(name_.c_str()));
+        if (IsWindow(window) == FALSE) {
+            traceOnce("窗口已经失效");
+            return false;
+        }
+        const HWND frame = GetParent(window);
+        if (frame != nullptr) ShowWindow(frame, SW_HIDE);
+        cv::setWindowProperty(name_, cv::WND_PROP_FULLSCREEN, cv::WINDOW_NORMAL);
+        TCursorShape cursor = CURSOR_ARROW;
+        {
+            const zul::LockGuard lock(lock_);
+            cursor = cursor_;
+            frame_ = frame;
+            window_ = window;
+        }
+        subclass(window);
+        setCursor(cursor);
+        return true;
+    } catch (const std::exception&) {  // highgui's, when the system gives it no window
+        traceOnce("无法创建窗口");
+        return false;
+    }
+}
+
+void HighguiWindow::State::subclass(HWND window) {
+    auto* const reference = new std::shared_ptr<State>(shared_from_this());
+    highguiProcedure_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
+    if (SetPropW(window, kStateProperty, reference) == FALSE) {
+        delete reference;
+        return;
+    }
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&State::procedure));
+}
+
+LRESULT CALLBACK HighguiWindow::State::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto* const reference = static_cast<std::shared_ptr<State>*>(GetPropW(window, kStateProperty));
+    if (reference == nullptr) return DefWindowProcW(window, message, wParam, lParam);
+    const std::shared_ptr<State> self = *reference;
+    MouseEvent event;
+    if (message == kShowMessage) {
+        self->showStored();
+        return 0;
+    }
+    if (message == kCloseMessage) {
+        self->destroy();
+        return 0;
+    }
+    if (toMouseEvent(window, message, wParam, lParam, event) && self->takeMouse(window, event)) return 0;
+    if (message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(self->highguiProcedure_));
+        RemovePropW(window, kStateProperty);
+        delete reference;
+        self->forgetWindow();
+    }
+    return CallWindowProcW(self->highguiProcedure_, window, message, wParam, lParam);
+}
+
+// True when the message is done with. Messages that nobody listens to stay highgui's, and so its own mouse
+// callback's.
+bool HighguiWindow::State::takeMouse(HWND window, const MouseEvent& event) {
+    const std::lock_guard lock(listenerLock_);
+    if (isPress(event)) SetFocus(window);  // the wheel goes where the focus is
+    if (listener_ == nullptr) return false;
+    if (isPress(event)) SetCapture(window);
+    if (isRelease(event) && !hasButtonDown(event)) ReleaseCapture();
+    try {
+        listener_->onMouse(event);
+    } catch (const std::exception& error) {  // it must not pass through the system
+        zul::outPutDebugString("onMouse", error.what());
+    }
+    return true;
+}
+
+bool HighguiWindow::State::moveInto(HWND newParent) {
+    if (window() == nullptr && !open()) return false;
+    const HWND moved = window();
+    const HWND parent = newParent != nullptr ? newParent : frame();
+    if (IsWindow(parent) == FALSE || (GetParent(moved) != parent && SetParent(moved, parent) == nullptr)) {
+        traceOnce("宿主窗口不存在");
+        return false;
+    }
+    const zul::LockGuard lock(lock_);
+    hasTraced_ = false;
+    return true;
+}
+
+void HighguiWindow::State::show(const cv::Mat& picture) {
+    const HWND target = window();
+    if (target == nullptr) return;
+    bool mustPost = false;
+    {
+        const zul::LockGuard lock(lock_);
+        picture.copyTo(picture_);
+        mustPost = !std::exchange(hasPicture_, true);
+    }
+    if (isOwnedByThisThread(target))
+        showStored();
+    else if (mustPost && PostMessageW(target, kShowMessage, 0, 0) == FALSE) {
+        const zul::LockGuard lock(lock_);
+        hasPicture_ = false;  // the queue is full: the next picture posts again
+    }
+}
+
+// On the creating thread. imshow would open a new window in the place of one that is gone.
+void HighguiWindow::State::showStored() {
+    {
+        const zul::LockGuard lock(lock_);
+        if (!std::exchange(hasPicture_, false)) return;
+        cv::swap(picture_, shown_);
+    }
+    if (window() == nullptr) return;
+    try {
+        cv::imshow(name_, shown_);
+    } catch (const std::exception& error) {
+        zul::outPutDebugString("imshow", error.what());
+    }
+}
+
+void HighguiWindow::State::setCursor(TCursorShape shape) {
+    {
+        const zul::LockGuard lock(lock_);
+        cursor_ = shape;
+    }
+    if (const HWND target = window()) {
+        SetClassLongPtrW(target, GCLP_HCURSOR, reinterpret_cast<LONG_PTR>(systemCursor(shape)));
+    }
+}
+
+// Only the creating thread can destroy a window. One that does not answer does it when it comes to it.
+void HighguiWindow::State::close() {
+    HWND target = window();
+    if (target == nullptr) target = frame();  // the host took the drawing window with it
+    if (target == nullptr) return;
+    DWORD_PTR ignored = 0;
+    if (isOwnedByThisThread(target)) {
+        destroy();
+    } else if (SendMessageTimeoutW(target, window() != nullptr ? kCloseMessage : WM_CLOSE, 0, 0, SMTO_NORMAL,
+                                   kMilliseconds, &ignored) == 0) {
+        PostMessageW(target, kCloseMessage, 0, 0);
+    }
+}
+
+void HighguiWindow::State::destroy() {
+    const HWND frameWindow = frame();
+    // First home: a host's window that is told of its child's end may be another thread's.
+    if (const HWND target = window();
+        target != nullptr && frameWindow != nullptr && GetParent(target) != frameWindow) {
+        SetParent(target, frameWindow);
+    }
+    try {
+        cv::destroyWindow(name_);
+    } catch (const std::exception&) {  // closed already, by another box's destroyAllWindows
+    }
+    if (IsWindow(frameWindow) != FALSE) DestroyWindow(frameWindow);
+}
+
+void HighguiWindow::State::forgetWindow() {
+    const zul::LockGuard lock(lock_);
+    window_ = nullptr;
+    hasPicture_ = false;
+}
+
+void HighguiWindow::State::traceOnce(const char* utf8Reason) {
+    {
+        const zul::LockGuard lock(lock_);
+        if (std::exchange(hasTraced_, true)) return;
+    }
+    zul::outPutDebugString(zul::toAnsi("图片框无法显示:"), zul::toAnsi(utf8Reason));
+}
+
+HighguiWindow::HighguiWindow(std::string name) : state_(std::make_shared<State>(std::move(name))) {
+    state_->open();
+}
+
+HighguiWindow::~HighguiWindow() {
+    state_->setListener(nullptr);
+    state_->close();
+}
+
+NativeHandle HighguiWindow::handle() const { return state_->window(); }
+
+NativeHandle HighguiWindow::frame() const { return state_->window() != nullptr ? state_->frame() : nullptr; }
+
+NativeHandle HighguiWindow::parent() const {
+    const HWND window = state_->window();
+    return window != nullptr ? GetParent(window) : nullptr;
+}
+
+bool HighguiWindow::moveInto(NativeHandle newParent) {
+    return state_->moveInto(static_cast<HWND>(newParent));
+}
+void HighguiWindow::show(const cv::Mat& picture) { state_->show(picture); }
+void HighguiWindow::setCursor(TCursorShape shape) { state_->setCursor(shape); }
+void HighguiWindow::setMouseListener(MouseListener* listener) { state_->setListener(listener); }
+void HighguiWindow::close() { state_->close(); }
+
+}  // namespace orx::platform
