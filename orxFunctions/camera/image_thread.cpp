@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <exception>
-#include <limits>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
@@ -25,12 +24,6 @@ cv::Mat statusImage(int code) {
     cv::putText(image, code == 1 ? "stop update image" : "camera not open", {0, 100}, cv::FONT_HERSHEY_PLAIN,
                 1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
     return image;
-}
-
-// Half away from zero, as the C library's round. What does not fit becomes the nearest limit.
-std::int32_t rounded(double value) {
-    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(std::lround(std::clamp(value, 0.0, kMost)));
 }
 
 }  // namespace
@@ -215,8 +208,6 @@ void TImageThread::storeLatest() {
 }
 
 void TImageThread::pace() {
-    // The first picture starts a measurement also when it brings a new frame rate.
-    if (frameCounter == 1) tStart = static_cast<double>(cv::getTickCount());
     const std::int32_t wanted =
         std::max<std::int32_t>(config == nullptr ? kDefaultFps : int{config->frameRate}, 1);
     if (wanted != targetFps) {
@@ -224,12 +215,15 @@ void TImageThread::pace() {
         measuredFps = wanted;
         sleepMs = 1000 / wanted;
         zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
+        // As intended, no measurement starts here: where this was the first picture of eight, their time
+        // counts from an older picture, and they are found too slow.
         return;
     }
+    if (frameCounter == 1) tStart = static_cast<double>(cv::getTickCount());
     if (frameCounter != measureFrames) return;
     elapsedMs = (static_cast<double>(cv::getTickCount()) - tStart) * 1000 / cv::getTickFrequency();
-    measuredFps = rounded((measureFrames * 1000 - 1000) / elapsedMs);
-    sleepMs = rounded(sleepMs * (measuredFps >= targetFps ? 1.1 : 0.9));
+    measuredFps = display::measuredRate(measureFrames, elapsedMs);
+    sleepMs = display::nextPause(sleepMs, measuredFps < targetFps);
     frameCounter = 0;
 }
 

@@ -5,7 +5,7 @@
 #include <opencv2/highgui.hpp>
 #include <optional>
 
-#include "orxFunctions/display/frame_pacing_internal.h"
+#include "orxFunctions/foundation/rounding_internal.h"
 
 namespace orx::display {
 namespace {

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/overlay_internal.h"
+#include "orxFunctions/foundation/rounding_internal.h"
 
 namespace orx::display {
 namespace {

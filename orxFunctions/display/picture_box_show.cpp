@@ -3,10 +3,10 @@
 #include <string>
 #include <utility>
 
-#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/overlay_internal.h"
 #include "orxFunctions/display/picture_box_core_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/rounding_internal.h"
 
 using namespace orx::display;
 
@@ -143,7 +143,8 @@ void TPictureBox::Core::drawSelectedRect(Occasion occasion) {
         cv::Rect shown;
         if (isInWindow && occasion == Occasion::kDrag) {
             const cv::Rect2d& r = selection.rect;
-            shown = {roundedInt(r.x), roundedInt(r.y), roundedInt(r.width), roundedInt(r.height)};
+            shown = {orx::roundedInt(r.x), orx::roundedInt(r.y), orx::roundedInt(r.width),
+                     orx::roundedInt(r.height)};
         } else {
             if (isInWindow) {
                 before = selection.rect;
