@@ -10,13 +10,13 @@ namespace {
 const cv::Size kPictureSize(800, 600);
 constexpr int kStep = 3;  // pixels from picture to picture
 
-// The scene without its uneven light, which would show where the belt's ends meet.
+// The scene without its uneven light, which would show where the belt's ends meet, and without noise.
 cv::Mat renderBelt(std::uint64_t seed) {
     scenes::SceneSettings settings;
     settings.size = {2 * kPictureSize.width, kPictureSize.height};
     settings.seed = seed;
     settings.lightFall = 0.0;
-    settings.noiseSigma = 0.5;
+    settings.noiseSigma = 0.0;
     cv::Mat colour;
     cv::applyColorMap(scenes::renderScene(settings).image, colour, cv::COLORMAP_BONE);
     cv::Mat twice;
