@@ -72,6 +72,13 @@ void addInputs(CLI::App& app, Options& options) {
                    "Folder for the annotated pictures, report.json and report.html")
         ->type_name("FOLDER")
         ->capture_default_str();
+    app.add_flag("-w,--window", options.window,
+                 "Show each annotated picture in a window until it is closed: the wheel\n"
+                 "zooms, dragging pans, a double click shows all");
+    app.add_option("--window-seconds", options.windowSeconds, "Close the windows after this time; 0 is never")
+        ->check(between(0.0, 1e6))
+        ->type_name("SECONDS")
+        ->capture_default_str();
 }
 
 void addObjectOptions(CLI::App& app, Settings& settings, Words& words) {

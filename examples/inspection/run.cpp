@@ -9,6 +9,7 @@
 #include "inspection/annotate.h"
 #include "inspection/image_source.h"
 #include "inspection/output_folder.h"
+#include "inspection/picture_window.h"
 #include "inspection/progress.h"
 #include "inspection/report_html.h"
 #include "inspection/report_json.h"
@@ -153,6 +154,13 @@ class Session {
         pictures_.insert(pictures_.end(), result.moreFiles.begin(), result.moreFiles.end());
         html.add(result, annotated);
         json_.add(result);
+        if (options_.window && hasDisplay_) show(result, annotated);
+    }
+
+    void show(const ImageResult& result, const cv::Mat& annotated) {
+        hasDisplay_ = showInWindow(annotated, result.name, options_.windowSeconds);
+        if (!hasDisplay_)
+            log_ << "orx_inspection: no display can be opened, so that --window shows nothing\n";
     }
 
     void printEnd(const fs::path& htmlFile, const fs::path& jsonFile) {
@@ -170,6 +178,7 @@ class Session {
     std::vector<std::string> pictures_;
     int measured_ = 0;
     int failed_ = 0;
+    bool hasDisplay_ = true;
 };
 
 }  // namespace

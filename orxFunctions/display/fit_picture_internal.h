@@ -37,7 +37,7 @@ class PictureFitter {
 
     cv::Mat picture_;
     cv::Mat stretched_;
-    cv::Mat resized_;  // before its pixels are converted
+    cv::Mat resized_;                 // before its pixels are converted
     std::array<cv::Mat, 31> halves_;  // each half as large as the one before
 };
 

@@ -55,9 +55,10 @@ TPictureBox::~TPictureBox() {
 }
 
 void TPictureBox::setHandle(void* hwnd) {
-    // A box that shows nothing tries again: the same number may be a new window.
+    // A box that is not inside the window tries again: it may have come to be, or be a new one of that
+    // number.
     const bool isNew = hwnd != host.exchange(hwnd);
-    if (isNew || (hwnd != nullptr && core_->isHeadless())) core_->moveInto(hwnd);
+    if (isNew || (hwnd != nullptr && !core_->isPlaced())) core_->moveInto(hwnd);
 }
 
 void TPictureBox::setHandle(void* hwnd, int w, int h) {

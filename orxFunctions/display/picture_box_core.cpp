@@ -43,7 +43,7 @@ void TPictureBox::Core::run() {
 
 void TPictureBox::Core::moveInto(void* newHost) {
     const bool wasHeadless = isHeadless();
-    if (wasHeadless || window_->parent() != newHost) window_->moveInto(newHost);
+    isPlaced_ = (!wasHeadless && window_->parent() == newHost) || window_->moveInto(newHost);
     takeHandles();
     // A new window is empty until the image is shown again.
     if (!wasHeadless || isHeadless()) return;

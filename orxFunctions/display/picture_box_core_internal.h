@@ -28,6 +28,8 @@ class TPictureBox::Core final : public orx::platform::MouseListener {
     void moveInto(void* newHost);
     void takeHandles();
     bool isHeadless() const { return window_->handle() == nullptr; }
+    // Inside the host's window.
+    bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
     // Showing.
@@ -67,6 +69,7 @@ class TPictureBox::Core final : public orx::platform::MouseListener {
 
     TPictureBox& box_;
     std::unique_ptr<orx::platform::NativeWindow> window_;
+    std::atomic<bool> isPlaced_{false};
     orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(orx::display::viewState.imageLock);
     cv::Mat plainBackground_ ZUL_GUARDED_BY(orx::display::viewState.sizeLock);
 

@@ -1,0 +1,70 @@
+// orx_viewer: live pictures in two picture boxes inside a plain window. See --help.
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <opencv2/imgcodecs.hpp>
+
+#include "orxFunctions/orxfunctions.h"
+#include "support/host_window.h"
+#include "viewer/belt.h"
+#include "viewer/feeds.h"
+#include "viewer/options.h"
+
+namespace {
+
+const cv::Size kPaneSize(480, 380);
+
+bool isOver(const viewer::Options& options, std::chrono::steady_clock::time_point start) {
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    return options.seconds > 0.0 && time.count() > options.seconds;
+}
+
+void prepare(TPictureBox& box, const host::HostWindow& window, int pane, int framesPerSecond) {
+    box.setHandle(window.pane(pane), window.paneSize().width, window.paneSize().height);
+    box.setShowFrame(framesPerSecond);
+    box.start();
+}
+
+int run(const viewer::Options& options) {
+    const auto window = host::openHostWindow("orxFunctions viewer", 2, kPaneSize);
+    if (!window) {
+        std::cerr << "orx_viewer: no display can be opened (on X, DISPLAY names it)\n";
+        return 1;
+    }
+    viewer::Belt belt(options.seed);
+    TPictureBox left;
+    TPictureBox right;
+    prepare(left, *window, 0, options.framesPerSecond);
+    prepare(right, *window, 1, options.framesPerSecond);
+    right.setFunction(FUNC_EDIT_RECT);
+    right.setCursor(CURSOR_HAND);
+    right.selectRect = true;
+    TPictureBox::setSelectionRect({300, 200, 200, 150});
+
+    const viewer::Feed leftFeed(belt, left, viewer::drawParts);
+    const viewer::Feed rightFeed(belt, right, viewer::drawLevel);
+    const auto start = std::chrono::steady_clock::now();
+    while (window->handleEvents(20) && !isOver(options, start)) {
+        left.setWindowSize(window->paneSize().width, window->paneSize().height);
+        right.setWindowSize(window->paneSize().width, window->paneSize().height);
+    }
+    if (options.screenshot.empty()) return 0;
+    const cv::Mat picture = window->capture();
+    if (!picture.empty() && cv::imwrite(options.screenshot, picture, {cv::IMWRITE_PNG_COMPRESSION, 9}))
+        return 0;
+    std::cerr << "orx_viewer: the screenshot can't be written to " << options.screenshot << "\n";
+    return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        int exitCode = 0;
+        const auto options = viewer::parseOptions(argc, argv, exitCode);
+        return options ? run(*options) : exitCode;
+    } catch (const std::exception& error) {
+        std::cerr << "orx_viewer: " << error.what() << "\n";
+        return 1;
+    }
+}
