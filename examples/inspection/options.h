@@ -11,10 +11,19 @@
 
 namespace inspection {
 
+// Live cameras in place of pictures.
+struct CameraOptions {
+    bool wanted = false;
+    int type = 12;  // a camera type of orx::TMultiCamera::CheckCameraDriverValid
+    int cameras = 1;
+    double seconds = 5.0;
+};
+
 struct Options {
     std::vector<std::string> inputs;             // files and folders
     std::optional<std::uint64_t> syntheticSeed;  // measure a rendered scene too
     std::string output = "inspection";           // folder of the pictures and reports
+    CameraOptions camera;
     Settings settings;
 };
 
