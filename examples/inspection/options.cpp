@@ -6,6 +6,7 @@
 
 #include "inspection/methods.h"
 #include "inspection/places.h"
+#include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
 namespace {
@@ -79,6 +80,36 @@ void addInputs(CLI::App& app, Options& options) {
         ->check(between(0.0, 1e6))
         ->type_name("SECONDS")
         ->capture_default_str();
+}
+
+void addCameraOptions(CLI::App& app, CameraOptions& camera) {
+    const char* group = "Live cameras";
+    auto* const flag =
+        app.add_flag(
+               "--camera", camera.wanted,
+               "Measure what cameras see, in place of pictures; Ctrl-C ends it. Prints each camera's rate\n"
+               "and writes its last measured picture")
+            ->group(group);
+    app.add_option("--type", camera.type,
+                   "7 Dahua, 10 Basler, 11 Hikvision, 12 any camera or none at all (a synthetic scene),\n"
+                   "13 Daheng, 14 MicroVision, 15 The Imaging Source")
+        ->check(CLI::IsMember({7, 10, 11, 12, 13, 14, 15}))
+        ->needs(flag)
+        ->type_name("N")
+        ->capture_default_str()
+        ->group(group);
+    app.add_option("--cameras", camera.cameras, "How many, from 1 to 9")
+        ->check(CLI::Range(1, orx::MAXCameraNum))
+        ->needs(flag)
+        ->type_name("K")
+        ->capture_default_str()
+        ->group(group);
+    app.add_option("--seconds", camera.seconds, "For how long")
+        ->check(between(0.1, 1e6))
+        ->needs(flag)
+        ->type_name("S")
+        ->capture_default_str()
+        ->group(group);
 }
 
 void addObjectOptions(CLI::App& app, Settings& settings, Words& words) {
@@ -226,8 +257,12 @@ void takeWords(const Words& words, Settings& settings) {
 }
 
 void requireInput(const Options& options) {
-    if (options.inputs.empty() && !options.syntheticSeed)
-        throw CLI::ValidationError("nothing to measure: give pictures, folders or --synthetic SEED");
+    const bool hasPictures = !options.inputs.empty() || options.syntheticSeed;
+    if (!hasPictures && !options.camera.wanted)
+        throw CLI::ValidationError(
+            "nothing to measure: give pictures, folders, --synthetic SEED or --camera");
+    if (hasPictures && options.camera.wanted)
+        throw CLI::ValidationError("--camera measures no pictures: leave them out");
 }
 
 }  // namespace
@@ -242,8 +277,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
     app.footer("Methods: " + CLI::detail::join(methodNames(), ", ") +
-               ".\nExit code: 0 when all pictures were measured, 1 when some were not, 2 for bad arguments.");
+               ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not, 2 for "
+               "bad arguments.");
     addInputs(app, options);
+    addCameraOptions(app, options.camera);
     addObjectOptions(app, options.settings, words);
     addShapeOptions(app, options.settings, words);
     addEstimatorOptions(app, words);

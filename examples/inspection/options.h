@@ -11,12 +11,21 @@
 
 namespace inspection {
 
+// Live cameras in place of pictures.
+struct CameraOptions {
+    bool wanted = false;
+    int type = 12;  // a camera type of orx::TMultiCamera::CheckCameraDriverValid
+    int cameras = 1;
+    double seconds = 5.0;
+};
+
 struct Options {
     std::vector<std::string> inputs;             // files and folders
     std::optional<std::uint64_t> syntheticSeed;  // measure a rendered scene too
     std::string output = "inspection";           // folder of the pictures and reports
     bool window = false;                         // show each annotated picture
     double windowSeconds = 0.0;                  // for so long; 0: until it is closed
+    CameraOptions camera;
     Settings settings;
 };
 

@@ -7,6 +7,7 @@
 
 #include "inspection/analyses_sections.h"
 #include "inspection/annotate.h"
+#include "inspection/camera_run.h"
 #include "inspection/image_source.h"
 #include "inspection/output_folder.h"
 #include "inspection/picture_window.h"
@@ -184,6 +185,7 @@ class Session {
 }  // namespace
 
 int run(const Options& options, std::ostream& out, std::ostream& log) {
+    if (options.camera.wanted) return runCameras(options, out, log);
     return Session(options, out, log).run();
 }
 

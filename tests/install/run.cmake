@@ -42,6 +42,7 @@ function(expect_disk output)
 endfunction()
 
 expect_in_readme("${CONSUMER_DIR}/consumer.cpp")
+expect_in_readme("${CONSUMER_DIR}/grab.cpp")
 expect_in_readme("${CONSUMER_DIR}/CMakeLists.txt")
 
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -55,6 +56,13 @@ run(${CMAKE_COMMAND} -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build" -G "${GENERATOR
 run(${CMAKE_COMMAND} --build "${WORK_DIR}/build")
 run("${WORK_DIR}/build/consumer" "${picture}")
 expect_disk("${output}")
+# From the installed driver module, which is told to make a scene of its own.
+file(WRITE "${WORK_DIR}/camera.ini" "[camera1]\nsource = scene\nwidth = 320\nheight = 240\n")
+set(ENV{TQVISION_CONFIG} "${WORK_DIR}/camera.ini")
+run("${WORK_DIR}/build/grab")
+if(NOT output MATCHES "^(camera 1: 320 x 240\n)+$")
+  message(FATAL_ERROR "the grabbing consumer got other pictures:\n${output}")
+endif()
 
 find_program(PKG_CONFIG pkg-config)
 if(NOT PKG_CONFIG)

@@ -1,0 +1,58 @@
+// Pictures of several cameras, from their grab threads to one consumer.
+#ifndef EXAMPLES_INSPECTION_CAMERA_FEED_H
+#define EXAMPLES_INSPECTION_CAMERA_FEED_H
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <opencv2/core.hpp>
+#include <string>
+
+#include "orxFunctions/orxfunctions.h"
+
+namespace inspection {
+
+// What came from one camera.
+struct CameraCount {
+    int delivered = 0;  // pictures
+    int dropped = 0;    // of them, because a newer one came before the consumer took them
+    int failed = 0;     // fetches without a picture
+    std::chrono::steady_clock::time_point first;
+    std::chrono::steady_clock::time_point last;
+
+    // Pictures per second; 0 with less than two.
+    double rate() const;
+};
+
+// Keeps the newest picture of each camera until the consumer takes it. A grab thread only hands over the
+// picture's header: measuring in its callback would hold up the camera. One feed at a time in a process.
+class CameraFeed {
+  public:
+    // Listens to the grab threads' trace lines, in which failed fetches show.
+    CameraFeed();
+    ~CameraFeed();
+    CameraFeed(const CameraFeed&) = delete;
+    CameraFeed& operator=(const CameraFeed&) = delete;
+
+    // What the thread manager calls.
+    static void receive(cv::Mat& picture, int camera);
+
+    // Waits for a picture of any camera, but not beyond `end`, and takes it. False when there was none.
+    bool take(std::chrono::steady_clock::time_point end, cv::Mat& picture, int& camera);
+    CameraCount count(int camera) const;
+
+  private:
+    static void readTrace(const char* line, void* self);
+    bool takeNow(cv::Mat& picture, int& camera);
+
+    mutable std::mutex mutex_;
+    std::condition_variable arrived_;
+    std::array<cv::Mat, orx::MAXCameraNum> newest_;
+    std::array<CameraCount, orx::MAXCameraNum> counts_;
+    std::size_t next_ = 0;  // the camera that is looked at first, so that each gets its turn
+};
+
+}  // namespace inspection
+
+#endif

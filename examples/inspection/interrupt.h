@@ -1,0 +1,14 @@
+// Ctrl-C.
+#ifndef EXAMPLES_INSPECTION_INTERRUPT_H
+#define EXAMPLES_INSPECTION_INTERRUPT_H
+
+namespace inspection {
+
+// From here on the first Ctrl-C (or request to terminate) is only remembered; the second one ends the program
+// as usual.
+void watchForInterrupt();
+bool isInterrupted();
+
+}  // namespace inspection
+
+#endif
