@@ -132,7 +132,7 @@ void CameraStream::drain() {
             std::size_t size = 0;
             arv_buffer_get_data(popped, &size);
             counters_->complete(number, size);
-            keep(std::move(buffer));
+            keep(stream, std::move(buffer));
         } else {
             // One that was cut off by the end of the stream is not lost.
             if (status != ARV_BUFFER_STATUS_ABORTED && status != ARV_BUFFER_STATUS_CLEARED) {
@@ -143,14 +143,14 @@ void CameraStream::drain() {
     }
 }
 
-void CameraStream::keep(Ref<ArvBuffer> buffer) {
+void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer) {
     ReceivedFrame frame{std::move(buffer), Clock::now()};
     {
         const zul::LockGuard lock(mutex_);
         std::swap(frame, newest_);
     }
     arrived_.notify_all();
-    if (frame.buffer) arv_stream_push_buffer(stream_, frame.buffer.release());
+    if (frame.buffer) arv_stream_push_buffer(stream, frame.buffer.release());
 }
 
 void CameraStream::awaitFrame(std::chrono::milliseconds wait) ZUL_NO_ANALYSIS {
