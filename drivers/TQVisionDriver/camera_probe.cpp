@@ -109,9 +109,9 @@ ProbeAnswer probeCamera(const std::string& address, std::chrono::milliseconds wa
                                                                        : ProbeAnswer::kControlled;
 }
 
-std::string serialAt(const std::string& address, std::chrono::milliseconds wait) {
+std::optional<std::string> serialAt(const std::string& address, std::chrono::milliseconds wait) {
     const Bytes answer = answerTo(address, kDiscover, {}, wait);
-    if (answer.size() < kHeaderSize + kSerialOffset + kSerialLength) return {};
+    if (answer.size() < kHeaderSize + kSerialOffset + kSerialLength) return std::nullopt;
     const auto begin = answer.begin() + static_cast<std::ptrdiff_t>(kHeaderSize + kSerialOffset);
     const auto end = begin + static_cast<std::ptrdiff_t>(kSerialLength);
     return std::string(begin, std::find(begin, end, static_cast<unsigned char>('\0')));

@@ -4,6 +4,7 @@
 #define DRIVERS_TQVISIONDRIVER_CAMERA_PROBE_H
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace vision {
@@ -16,8 +17,9 @@ enum class ProbeAnswer {
 
 ProbeAnswer probeCamera(const std::string& address, std::chrono::milliseconds wait);
 
-// The serial number that the device at `address` reports; empty when there is no answer in time.
-std::string serialAt(const std::string& address, std::chrono::milliseconds wait);
+// The serial number, which may be empty, that the device at `address` reports; nothing when there is no
+// answer in time.
+std::optional<std::string> serialAt(const std::string& address, std::chrono::milliseconds wait);
 
 }  // namespace vision
 

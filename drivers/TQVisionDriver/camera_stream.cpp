@@ -14,6 +14,9 @@ namespace {
 // One is kept, one is with the host, the others are being filled.
 constexpr int kBuffers = 5;
 constexpr int kLargestPacket = 9000;
+// Twice a small picture would be less than any socket has.
+constexpr guint kSmallestSocketBuffer = 1U << 18U;
+constexpr guint kLargestSocketBuffer = 1U << 30U;
 // A new packet socket hears every camera until its filter is in place.
 constexpr std::chrono::milliseconds kFilterPause{60};
 
@@ -30,6 +33,11 @@ void choosePacketSize(ArvCamera* camera, const std::string& address, const Devic
     Error error;
     arv_camera_gv_set_packet_size(camera, size, error.receive());
     if (error.failed()) trace(address + ": packet size " + std::to_string(size) + ": " + error.text());
+}
+
+int socketBufferFor(guint payload) {
+    const guint twice = payload > kLargestSocketBuffer / 2 ? kLargestSocketBuffer : 2 * payload;
+    return static_cast<int>(std::max(twice, kSmallestSocketBuffer));
 }
 
 std::string addressOf(ArvCamera* camera) {
@@ -73,10 +81,7 @@ bool CameraStream::prepare(ArvCamera* camera, const DeviceSettings& settings) {
         return false;
     }
     if (isNetwork) {
-        constexpr guint kLargestBuffer = 1U << 29U;
-        const int wanted = settings.socketBuffer > 0
-                               ? settings.socketBuffer
-                               : static_cast<int>(2 * std::min(payload, kLargestBuffer));
+        const int wanted = settings.socketBuffer > 0 ? settings.socketBuffer : socketBufferFor(payload);
         // Aravis would size the buffer when the first packet arrives, and lose the frame of that packet.
         g_object_set(owned_.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
                      wanted, nullptr);
@@ -132,7 +137,7 @@ void CameraStream::drain() {
             std::size_t size = 0;
             arv_buffer_get_data(popped, &size);
             counters_->complete(number, size);
-            keep(std::move(buffer));
+            keep(stream, std::move(buffer));
         } else {
             // One that was cut off by the end of the stream is not lost.
             if (status != ARV_BUFFER_STATUS_ABORTED && status != ARV_BUFFER_STATUS_CLEARED) {
@@ -143,14 +148,14 @@ void CameraStream::drain() {
     }
 }
 
-void CameraStream::keep(Ref<ArvBuffer> buffer) {
+void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer) {
     ReceivedFrame frame{std::move(buffer), Clock::now()};
     {
         const zul::LockGuard lock(mutex_);
         std::swap(frame, newest_);
     }
     arrived_.notify_all();
-    if (frame.buffer) arv_stream_push_buffer(stream_, frame.buffer.release());
+    if (frame.buffer) arv_stream_push_buffer(stream, frame.buffer.release());
 }
 
 void CameraStream::awaitFrame(std::chrono::milliseconds wait) ZUL_NO_ANALYSIS {

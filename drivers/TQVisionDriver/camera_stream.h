@@ -46,7 +46,7 @@ class CameraStream {
 
     static void onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     void drain();
-    void keep(Ref<ArvBuffer> buffer);
+    void keep(ArvStream* stream, Ref<ArvBuffer> buffer);
 
     const std::shared_ptr<FrameCounters> counters_;
     Ref<ArvStream> owned_;

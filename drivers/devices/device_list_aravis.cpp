@@ -3,11 +3,31 @@
 #include <algorithm>
 #include <tuple>
 
-#include "ZULLib/sync_internal.h"
 #include "drivers/devices/device_list.h"
 
 namespace vision {
 namespace {
+
+// Aravis keeps one list for the process, and its texts live until the next search. The lock is therefore one
+// for both modules: that of the first to come, found through an object of Aravis.
+class SearchLock {
+  public:
+    SearchLock() : mutex_(shared()) { g_mutex_lock(mutex_); }
+    ~SearchLock() { g_mutex_unlock(mutex_); }
+    SearchLock(const SearchLock&) = delete;
+    SearchLock& operator=(const SearchLock&) = delete;
+
+  private:
+    static GMutex* shared() {
+        constexpr const char* kName = "orxFunctions-device-list";
+        static GMutex own;  // all zero is a valid mutex; modules stay loaded
+        auto* const owner = G_OBJECT(arv_gv_interface_get_instance());
+        g_object_replace_data(owner, kName, nullptr, &own, nullptr, nullptr);
+        return static_cast<GMutex*>(g_object_get_data(owner, kName));
+    }
+
+    GMutex* const mutex_;
+};
 
 std::string text(const char* given) { return given == nullptr ? "" : given; }
 
@@ -27,9 +47,7 @@ Device device(unsigned int index) {
 bool canListDevices() { return true; }
 
 std::vector<Device> listDevices() {
-    // Aravis keeps one list for the process, and its texts live until the next search.
-    static zul::Mutex searching;
-    const zul::LockGuard lock(searching);
+    const SearchLock lock;
     arv_update_device_list();
     std::vector<Device> devices;
     const unsigned int count = arv_get_n_devices();

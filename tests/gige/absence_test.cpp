@@ -114,7 +114,7 @@ void takeControlAndDie(const char* address) {
 
 TEST_F(Absence, ACameraOfAProgramThatDiedIsHadWhenItsControlExpires) {
     addCamera({});
-    ASSERT_TRUE(modules_.initCamera(VD_TYPE_HIKVISION, nullptr, false));
+    ASSERT_TRUE(found(VD_TYPE_HIKVISION));
     takeControlAndDie("127.0.0.2");
     double waited = duration([this] { EXPECT_TRUE(modules_.open(VD_TYPE_HIKVISION, 0)); });
     EXPECT_GT(waited, 1000.0) << "the camera was not busy";

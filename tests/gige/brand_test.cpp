@@ -38,7 +38,7 @@ TEST_F(GigeTest, ATypeFindsItsBrandOnlyAndTheSettingsPinSerialNumbers) {
     int channels = 0;
 
     EXPECT_FALSE(modules_.initCamera(VD_TYPE_DAHENG, nullptr, false));
-    ASSERT_TRUE(modules_.initCamera(VD_TYPE_HIKVISION, nullptr, false));
+    ASSERT_TRUE(found(VD_TYPE_HIKVISION));
     EXPECT_TRUE(modules_.open(VD_TYPE_HIKVISION, 0));
     EXPECT_FALSE(modules_.open(VD_TYPE_HIKVISION, 1));
     ASSERT_TRUE(modules_.start(&width, &height, &channels, 0));
@@ -48,7 +48,7 @@ TEST_F(GigeTest, ATypeFindsItsBrandOnlyAndTheSettingsPinSerialNumbers) {
     configure(
         "[camera1]\nsource = device\nserial = H2\n[camera2]\nsource = device\nserial = B1\n"
         "[camera3]\nsource = device\nserial = nowhere\n[camera4]\nsource = scene\n");
-    ASSERT_TRUE(modules_.initCamera(VD_TYPE_ANY, nullptr, false));
+    ASSERT_TRUE(found(VD_TYPE_ANY));
     EXPECT_TRUE(modules_.open(VD_TYPE_ANY, 0));
     EXPECT_TRUE(modules_.open(VD_TYPE_ANY, 1));
     EXPECT_FALSE(modules_.open(VD_TYPE_ANY, 2)) << "it is not connected";

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <opencv2/core.hpp>
@@ -68,10 +69,22 @@ void SoftwareCamera::start() {
     ::close(input[0]);
     ::close(output[1]);
     input_ = input[1];
-    char answer[6] = {};
-    const bool ready = failed == 0 && read(output[0], answer, 5) == 5 && std::strcmp(answer, "ready") == 0;
+    std::string answer;
+    char byte = 0;
+    while (failed == 0 && answer != "ready") {
+        const ssize_t count = read(output[0], &byte, 1);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        answer += byte;
+    }
     ::close(output[0]);
-    ASSERT_TRUE(ready) << "the software camera at " << options_.address << " did not start";
+    if (answer == "ready") return;
+    int status = 0;
+    if (failed == 0) waitpid(process_, &status, 0);
+    process_ = 0;
+    ::close(input_);
+    FAIL() << "the software camera at " << options_.address << " did not start: error " << failed
+           << ", status " << status << ", it said '" << answer << "'";
 }
 
 void SoftwareCamera::pause() const { ::kill(process_, SIGSTOP); }
@@ -150,11 +163,17 @@ void GigeTest::configure(const std::string& settings) {
 }
 
 void GigeTest::openCameras(int type, int count) {
-    ASSERT_TRUE(modules_.initCamera(type, nullptr, false));
+    ASSERT_TRUE(found(type));
     for (int index = 0; index < count; ++index) {
         ASSERT_TRUE(modules_.open(type, index)) << index;
         ASSERT_TRUE(start(index)) << index;
     }
+}
+
+bool GigeTest::found(int type) {
+    bool any = false;
+    for (int attempt = 0; !any && attempt < 3; ++attempt) any = modules_.initCamera(type, nullptr, false);
+    return any;
 }
 
 bool GigeTest::start(int index) {

@@ -85,6 +85,8 @@ class GigeTest : public testing::Test {
     void configure(const std::string& settings);
     // Finds the cameras of a type and opens and starts the first `count` of them.
     void openCameras(int type, int count);
+    // A search lasts one second, which a busy machine may need for itself.
+    bool found(int type);
     bool start(int index);
     // The picture of one fetch, a copy; empty when the fetch fails.
     cv::Mat fetch(int index) const;

@@ -37,7 +37,7 @@ TEST_F(GigeTest, AFormatThatCannotBeShownIsRefused) {
     CameraOptions options;
     options.format = 0x0210001F;  // YUV 4:2:2
     addCamera(options);
-    ASSERT_TRUE(modules_.initCamera(VD_TYPE_ANY, nullptr, false));
+    ASSERT_TRUE(found(VD_TYPE_ANY));
     ASSERT_TRUE(modules_.open(VD_TYPE_ANY, 0));
     EXPECT_FALSE(start(0));
     EXPECT_TRUE(modules_.close(0));
