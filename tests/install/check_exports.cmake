@@ -1,5 +1,8 @@
 # Fails when a library exports a name that no public header declares, or one that keeps the library from being unloaded,
-# or does not export one that a header marks as exported. NM lists the names of ELF files; with OBJDUMP and CXXFILT the export tables of Windows are read.
+# or does not export one that a header marks as exported. NM lists the names of ELF files; with OBJDUMP and CXXFILT the
+# export tables of Windows are read.
+cmake_minimum_required(VERSION 3.20)
+
 function(exported_names library result)
   if(OBJDUMP)
     execute_process(COMMAND ${OBJDUMP} -p "${library}" OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
@@ -41,6 +44,9 @@ foreach(library IN LISTS LIBRARIES)
     endif()
     string(REGEX REPLACE "^(vtable|typeinfo|typeinfo name|VTT) for " "" name "${symbol}")
     string(REGEX REPLACE "(\\(|\\[abi:| [A-Za-z] [0-9a-f]+).*$" "" name "${name}")
+    if(name MATCHES "([A-Za-z_][A-Za-z0-9_]*)::[^:]*$")
+      list(APPEND exported "${CMAKE_MATCH_1}") # the class of a member
+    endif()
     string(REGEX REPLACE "^.*::~?" "" name "${name}")
     string(REGEX MATCH "^(operator|[A-Za-z_][A-Za-z0-9_]*)" name "${name}")
     if(name STREQUAL "" OR NOT declarations MATCHES "[^A-Za-z0-9_]${name}[^A-Za-z0-9_]")
@@ -61,7 +67,7 @@ endif()
 
 # Functions and variables that are marked on their own; classes by any member. Comments may name marks, too.
 string(REGEX REPLACE "//[^\n]*" "" code "${declarations}")
-string(REGEX REPLACE "#[^\n]*(\\\n[^\n]*)*" "" code "${code}")
+string(REGEX REPLACE "#[^\n]*" "" code "${code}")
 string(REPLACE ";" "," code "${code}")
 set(wanted "")
 string(REGEX MATCHALL "(class|struct) (ORX|ZUL)_API [A-Za-z0-9_]+" classes "${code}")
