@@ -1,20 +1,30 @@
-# Installation: libraries, headers, the CMake package and the pkg-config file.
+# Installation in three components: runtime (the libraries and modules), development (headers, the CMake package, the
+# pkg-config file) and tools (the programs).
 include(CMakePackageConfigHelpers)
 
+set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS orxFunctions ZULLib
   EXPORT orxFunctionsTargets
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(EXPORT orxFunctionsTargets
   NAMESPACE orxFunctions::
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions
+  COMPONENT development)
+
+foreach(tool orx_inspection orx_calibration orx_viewer)
+  if(TARGET ${tool})
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  endif()
+endforeach()
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 
 get_property(headers GLOBAL PROPERTY ORX_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
   get_filename_component(folder "${header}" DIRECTORY)
-  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
+  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}" COMPONENT development)
 endforeach()
 string(REPLACE ";" "\n" lines "${headers}")
 file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/public-headers.txt" CONTENT "${lines}\n")
@@ -27,10 +37,25 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/orxFunctionsConfigVersio
 install(FILES
   "${PROJECT_BINARY_DIR}/orxFunctionsConfig.cmake"
   "${PROJECT_BINARY_DIR}/orxFunctionsConfigVersion.cmake"
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions
+  COMPONENT development)
 
 file(RELATIVE_PATH ORX_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" ORX_PC_PREFIX "${ORX_PC_PREFIX}")
 configure_file(cmake/orxFunctions.pc.in "${PROJECT_BINARY_DIR}/orxFunctions.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/orxFunctions.pc"
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)
+
+if(MINGW)
+  # A machine without a compiler runs the programs, and one with it builds on the very OpenCV that they were built on.
+  install(FILES ${ORX_WINDOWS_RUNTIME} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+  foreach(part include/opencv4 lib/cmake/opencv4)
+    install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/${part}/" DESTINATION ${part} COMPONENT development)
+  endforeach()
+  install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/lib/" DESTINATION lib COMPONENT development
+    FILES_MATCHING PATTERN "libopencv_*.dll.a" PATTERN cmake EXCLUDE PATTERN pkgconfig EXCLUDE PATTERN libpng EXCLUDE)
+  install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/share/licenses" DESTINATION share COMPONENT runtime OPTIONAL)
+endif()
+
+include(OrxPackages)

@@ -10,6 +10,7 @@
 
 #include "ZULLib/sync_internal.h"
 #include "ZULLib/zullib.h"
+#include "orxFunctions/platform/native_window_list_internal.h"
 
 namespace orx::platform {
 namespace {
@@ -261,10 +262,12 @@ void HighguiWindow::State::traceOnce(const char* utf8Reason) {
 }
 
 HighguiWindow::HighguiWindow(std::string name) : state_(std::make_shared<State>(std::move(name))) {
+    nativeWindows.add(this);
     state_->open();
 }
 
 HighguiWindow::~HighguiWindow() {
+    nativeWindows.remove(this);
     state_->setListener(nullptr);
     state_->close();
 }

@@ -30,11 +30,11 @@ bool isGone() {
 }
 
 // A thread of the library leaves the process shortly after it let go of the library.
-bool threadsAre(std::ptrdiff_t wanted) {
-    for (int i = 0; test::kUnloadsLater && i < 1000 && test::threads() != wanted; ++i) {
+bool threadsAreAtMost(std::ptrdiff_t most) {
+    for (int i = 0; test::kUnloadsLater && i < 1000 && test::threads() > most; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    return test::threads() == wanted;
+    return test::threads() <= most;
 }
 
 // Loads, uses, unloads. Returns how many images were taken for saving.
@@ -58,6 +58,7 @@ TEST_P(LoadAndUnload, LeavesNothingBehind) {
     const test::TemporaryFolder folder;
     const int images = GetParam();
     useOnce(folder.name(), images);  // what OpenCV starts once for good is not ours to count
+    if (test::kUnloadsLater) std::this_thread::sleep_for(std::chrono::milliseconds(300));
     const std::ptrdiff_t threadsBefore = test::threads();
     const std::ptrdiff_t handlesBefore = test::handles();
     std::ptrdiff_t saved = images;
@@ -65,9 +66,9 @@ TEST_P(LoadAndUnload, LeavesNothingBehind) {
         const int taken = useOnce(folder.name(), images);
         ASSERT_EQ(taken, images);
         saved += taken;
-        ASSERT_TRUE(threadsAre(threadsBefore)) << "after " << i;
+        ASSERT_TRUE(threadsAreAtMost(threadsBefore)) << "after " << i;
     }
-    EXPECT_EQ(test::handles(), handlesBefore);
+    EXPECT_LE(test::handles(), handlesBefore);
     EXPECT_EQ(entries(folder.name()), saved) << "images in flight are saved before the library goes";
 }
 

@@ -62,6 +62,7 @@ unsigned pixelOf(HWND window, int x, int y) {
     const HDC context = GetDC(window);
     const COLORREF colour = GetPixel(context, x, y);
     ReleaseDC(window, context);
+    if (colour == CLR_INVALID) return kNoPixel;
     return static_cast<unsigned>(GetRValue(colour)) << 16 | static_cast<unsigned>(GetGValue(colour)) << 8 |
            GetBValue(colour);
 }

@@ -37,7 +37,8 @@ class HostWindow {
     std::thread thread_;
 };
 
-// The colour of a pixel of a window as 0xRRGGBB.
+// The colour of a pixel of a window as 0xRRGGBB; kNoPixel outside of what is seen of it.
+constexpr unsigned kNoPixel = 0xFFFFFFFF;
 unsigned pixelOf(HWND window, int x, int y);
 
 // Waits up to ten seconds.
