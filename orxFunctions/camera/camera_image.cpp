@@ -1,5 +1,6 @@
 #include "orxFunctions/camera/camera_image_internal.h"
 
+#include <atomic>
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/foundation/image_convert.h"
@@ -39,10 +40,18 @@ Orientation orientationOf(const ImageTreatment& treatment) {
     }
 }
 
+// How many headers share the pixels. OpenCV changes the count by atomic operations on a plain int, and other
+// threads may be letting go of it: it is read as what it is treated as. (CV_XADD would do, but is no standard
+// C++ everywhere.)
+int referencesTo(const cv::UMatData& pixels) {
+    static_assert(sizeof(std::atomic<int>) == sizeof pixels.refcount);
+    return reinterpret_cast<const std::atomic<int>&>(pixels.refcount).load();
+}
+
 }  // namespace
 
 bool isExclusive(const cv::Mat& image) {
-    return image.u != nullptr && CV_XADD(&image.u->refcount, 0) == 1 && image.u->urefcount == 0 &&
+    return image.u != nullptr && referencesTo(*image.u) == 1 && image.u->urefcount == 0 &&
            !image.isSubmatrix();
 }
 

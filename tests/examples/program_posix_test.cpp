@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "inspection/image_source.h"
 #include "tests/examples/program_fixture.h"
 
@@ -68,6 +70,42 @@ TEST_F(Program, OddNamesAreSafeInEveryReport) {
     EXPECT_THAT(html, HasSubstr("a&lt;b&gt;&amp;&#39;&quot;c.png"));
     EXPECT_THAT(html, Not(HasSubstr("<script")));
     EXPECT_THAT(html, Not(HasSubstr("\xFF")));
+}
+
+// Through the camera driver module, which makes the pictures: a bright disk with a hole on a dark tray.
+TEST_F(Program, LiveCamerasAreMeasured) {
+    std::ofstream(path("camera.ini")) << "[camera1]\nsource = scene\nwidth = 320\nheight = 240\nrate = 50\n"
+                                         "[camera2]\nsource = scene\nwidth = 200\nheight = 240\nrate = 50\n";
+    setenv("TQVISION_CONFIG", path("camera.ini").c_str(), 1);
+    const Outcome outcome = run({"--camera", "--cameras", "2", "--seconds", "1", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.output, HasSubstr("320x240"));
+    EXPECT_THAT(outcome.output, HasSubstr("200x240"));
+    for (const char* file : {"out/camera1-measured.png", "out/camera2-measured.png"}) {
+        EXPECT_FALSE(cv::imread(path(file)).empty());
+        EXPECT_THAT(outcome.output, HasSubstr(path(file)));
+    }
+
+    const Outcome missing = run({"--camera", "--cameras", "3", "--seconds", "1", "-o", path("out")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.errors, HasSubstr("camera3 start failed"));
+    unsetenv("TQVISION_CONFIG");
+    EXPECT_EQ(run({"--camera", "--synthetic", "1"}).exitCode, 2) << "one or the other";
+    EXPECT_EQ(run({"--camera", "--type", "9"}).exitCode, 2);
+}
+
+// Ctrl-C ends the grabbing, not the report.
+TEST_F(Program, InterruptedCamerasAreStillReported) {
+    std::ofstream(path("camera.ini")) << "[camera1]\nsource = scene\nwidth = 320\nheight = 240\n";
+    setenv("TQVISION_CONFIG", path("camera.ini").c_str(), 1);
+    const int exitCode = test::runProgram("/usr/bin/timeout",
+                                          {"--signal=INT", "--preserve-status", "3", ORX_INSPECTION_PROGRAM,
+                                           "--camera", "--seconds", "60", "-o", path("out")},
+                                          folder.path(), path("stdout"), path("stderr"));
+    unsetenv("TQVISION_CONFIG");
+    EXPECT_EQ(exitCode, 0) << textOf(path("stderr"));
+    EXPECT_THAT(textOf(path("stdout")), HasSubstr("320x240"));
+    EXPECT_TRUE(fs::exists(path("out/camera1-measured.png")));
 }
 
 }  // namespace
