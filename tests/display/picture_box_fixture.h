@@ -1,10 +1,9 @@
-// Picture boxes without a window system: the process-wide state begins afresh, and no display can be found.
+// Picture boxes on their own: the process-wide state begins afresh, and no display is found.
 #ifndef ORX_TESTS_DISPLAY_PICTURE_BOX_FIXTURE_H
 #define ORX_TESTS_DISPLAY_PICTURE_BOX_FIXTURE_H
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -13,10 +12,13 @@
 
 namespace test {
 
+// Where a display can be hidden from the program (not on Windows, where windows then stay unseen).
+void hideDisplay();
+
 class HeadlessBox : public ::testing::Test {
   protected:
     void SetUp() override {
-        unsetenv("DISPLAY");
+        hideDisplay();
         std::string text;
         int color = 0;
         while (orx::APPgetMessage(text, color)) continue;

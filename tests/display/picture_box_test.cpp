@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <thread>
 
 #include "tests/display/picture_box_fixture.h"
@@ -76,21 +78,6 @@ TEST_F(PictureBox, StartingTwiceEndsTheProcess) {
             box.start();
         },
         "");
-}
-
-TEST_F(PictureBox, WithoutADisplaySaysSoOnceAndWorksOn) {
-    TPictureBox box;
-    int window = 0;
-    box.setHandle(&window, 100, 50);
-    box.setHandle(&window);
-    EXPECT_EQ(trace.countStartingWith("图片框无法显示:"), 1);
-    EXPECT_EQ(box.getParentHand(), &window);
-    EXPECT_EQ(box.cvWindow, nullptr);
-    box.setCursor(CURSOR_HAND);
-    cv::Mat image = colour(100, 50, {1, 2, 3});
-    box.setImage(image, false);
-    box.showImage();
-    EXPECT_EQ(cv::norm(box.display, image, cv::NORM_INF), 0.0);
 }
 
 TEST_F(PictureBox, IgnoresSizesThatNoWindowHas) {
@@ -278,6 +265,30 @@ TEST_F(PictureBox, AFrozenBoxShowsNothing) {
     box.frozen = false;
     box.showImageLast();
     EXPECT_EQ(box.display.data, second.data);
+}
+
+// Two boxes at work that the program never destroys. `boxes` keeps them reachable.
+TPictureBox* boxes[2] = {};
+void leaveWithBoxesAtWork() {
+    static cv::Mat image(600, 800, CV_8UC3, cv::Scalar());
+    for (TPictureBox*& box : boxes) {
+        box = new TPictureBox;
+        box->sleepMs = 0;
+        box->targetFps = box->appliedFps = 1000;
+        box->setWindowSize(300, 200);
+        box->setImage(image, false);
+        box->start();
+    }
+    std::thread([] {
+        for (int i = 0;; ++i) boxes[i % 2]->setImage(image, false);
+    }).detach();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    std::exit(0);
+}
+
+TEST_F(PictureBox, AProgramMayEndWithBoxesAtWork) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(leaveWithBoxesAtWork(), ::testing::ExitedWithCode(0), "");
 }
 
 // Pacing.

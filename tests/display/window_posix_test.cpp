@@ -23,6 +23,23 @@ bool becomesTrue(const std::function<bool()>& condition) {
     return false;
 }
 
+class PictureBoxWithoutDisplay : public test::HeadlessBox {};
+
+TEST_F(PictureBoxWithoutDisplay, SaysSoOnceAndWorksOn) {
+    TPictureBox box;
+    int window = 0;
+    box.setHandle(&window, 100, 50);
+    box.setHandle(&window);
+    EXPECT_EQ(trace.countStartingWith("图片框无法显示:"), 1);
+    EXPECT_EQ(box.getParentHand(), &window);
+    EXPECT_EQ(box.cvWindow, nullptr);
+    box.setCursor(CURSOR_HAND);
+    cv::Mat image = colour(100, 50, {1, 2, 3});
+    box.setImage(image, false);
+    box.showImage();
+    EXPECT_EQ(cv::norm(box.display, image, cv::NORM_INF), 0.0);
+}
+
 class PictureBoxWindow : public test::HeadlessBox {
   protected:
     void SetUp() override {

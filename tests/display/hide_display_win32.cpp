@@ -1,0 +1,3 @@
+#include "tests/display/picture_box_fixture.h"
+
+void test::hideDisplay() {}
