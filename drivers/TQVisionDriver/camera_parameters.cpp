@@ -95,9 +95,8 @@ std::optional<double> triggerMode(ArvCamera* camera) {
     if (error.failed() || source == nullptr) return std::nullopt;
     if (std::string(source) == "Software") return VD_TRIGGER_SOFTWARE;
     const std::vector<std::string> lines = inputLines(camera);
-    for (std::size_t i = 0; i < std::min<std::size_t>(lines.size(), 2); ++i) {
-        if (lines[i] == source) return VD_TRIGGER_LINE_1 + static_cast<double>(i);
-    }
+    if (!lines.empty() && lines[0] == source) return VD_TRIGGER_LINE_1;
+    if (lines.size() > 1 && lines[1] == source) return VD_TRIGGER_LINE_2;
     return std::nullopt;
 }
 
@@ -159,7 +158,8 @@ bool setCameraParameter(ArvCamera* camera, int id, double value) {
         case VD_PARAM_OFFSET_Y:
             return setRegion(camera, id, value);
         case VD_PARAM_PIXEL_FORMAT:
-            return value >= 0.0 && value <= VD_PIXEL_BGR8 && setPixelFormat(camera, static_cast<int>(value));
+            return value >= 0.0 && value <= static_cast<int>(VD_PIXEL_BGR8) &&
+                   setPixelFormat(camera, static_cast<int>(value));
         case VD_PARAM_SOFTWARE_TRIGGER: {
             if (triggerMode(camera) != VD_TRIGGER_SOFTWARE) return false;
             Error error;

@@ -1,6 +1,7 @@
 #include "drivers/TQVisionDriver/camera_session.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -51,8 +52,8 @@ std::shared_ptr<CameraSession> CameraSession::open(const Device& device, const D
     auto session = std::make_shared<CameraSession>(device, settings);
     auto opened = CameraLink::open(device, settings, session->closing_);
     if (!opened) return nullptr;
-    session->triggered_ =
-        cameraParameter(opened->camera(), VD_PARAM_TRIGGER_MODE).value_or(VD_TRIGGER_OFF) != VD_TRIGGER_OFF;
+    const std::optional<double> trigger = cameraParameter(opened->camera(), VD_PARAM_TRIGGER_MODE);
+    session->triggered_ = trigger && *trigger > 0.0;
     {
         const zul::LockGuard lock(session->mutex_);
         session->parameters_ = readCameraParameters(opened->camera());
