@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/environment.h"
 #include "tests/support/trace_log.h"
 
 namespace test {
@@ -16,7 +16,7 @@ namespace test {
 class HeadlessBox : public ::testing::Test {
   protected:
     void SetUp() override {
-        unsetenv("DISPLAY");
+        test::setEnvironment("DISPLAY", "");
         std::string text;
         int color = 0;
         while (orx::APPgetMessage(text, color)) continue;
