@@ -19,6 +19,7 @@ int G_appshowMsg_defaultColor = 0;
 
 std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 zul::Mutex cameraCallMutex;
+zul::Mutex grabLifecycleMutex;
 platform::ExtraModuleFolder platform::extraModuleFolder;
 CameraDriver cameraDriver;
 CameraMessages cameraMessages;

@@ -18,6 +18,8 @@ namespace orx {
 
 // By slot: guards the callback and the latest image of that slot. Defined in orxfunctions.cpp.
 extern std::array<zul::Mutex, MAXCameraNum> slotMutexes;
+// Serialises the starting and ending of grab threads. Defined there too.
+extern zul::Mutex grabLifecycleMutex;
 
 using TDrawImgCallback = void (*)(cv::Mat&, int);
 

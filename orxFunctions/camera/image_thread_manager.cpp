@@ -59,7 +59,7 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
         showProblem(" TImageThreadManager::startThread in a callback");
         return;
     }
-    const zul::LockGuard lock(lifecycle_);
+    const zul::LockGuard lock(grabLifecycleMutex);
     if (isInRange(idx) && slotOf(idx) == nullptr) {
         imageThread[static_cast<std::size_t>(idx)] = new TImageThread(idx);
     }
@@ -92,7 +92,7 @@ void TImageThreadManager::endFrom(int first) {
     };
     askAll();
     if (isGrabThread()) return;
-    const zul::LockGuard lock(lifecycle_);
+    const zul::LockGuard lock(grabLifecycleMutex);
     askAll();  // also those that were being started meanwhile
     for (int i = first; i < MAXCameraNum; ++i) {
         if (TImageThread* const thread = slotOf(i)) thread->waitForEnd();

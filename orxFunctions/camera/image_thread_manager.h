@@ -6,7 +6,6 @@
 #include <atomic>
 #include <opencv2/core.hpp>
 
-#include "ZULLib/sync_internal.h"
 #include "orxFunctions/api.h"
 #include "orxFunctions/camera/camera_config.h"
 #include "orxFunctions/camera/multi_camera.h"
@@ -81,7 +80,6 @@ class ORX_API TImageThreadManager {
     void endFrom(int first);
     void endAtUnload();
 
-    zul::Mutex lifecycle_;  // serialises starting and ending
     std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread{};
 };
 

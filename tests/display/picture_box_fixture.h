@@ -8,17 +8,15 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/environment.h"
 #include "tests/support/trace_log.h"
 
 namespace test {
 
-// Where a display can be hidden from the program (not on Windows, where windows then stay unseen).
-void hideDisplay();
-
 class HeadlessBox : public ::testing::Test {
   protected:
     void SetUp() override {
-        hideDisplay();
+        setEnvironment("DISPLAY", "");  // means nothing on Windows, where the windows then stay unseen
         std::string text;
         int color = 0;
         while (orx::APPgetMessage(text, color)) continue;

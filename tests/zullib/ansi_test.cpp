@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -45,7 +46,8 @@ TEST(TextConversion, EachCharacterWithoutCounterpartIsOneQuestionMark) {
         {"\U000E0041", "?"},               // a tag, which some tables drop in silence
     };
     for (const Pair& pair : pairs) EXPECT_EQ(zul::toAnsi(pair.utf8), pair.ansi) << pair.utf8;
-    EXPECT_EQ(zul::toUtf8("\xFE\x50\xD6\xD0"), "?中");  // a whole pair that stands for nothing
+    // A whole pair that stands for nothing; the table of Windows has a private character for it.
+    EXPECT_THAT(zul::toUtf8("\xFE\x50\xD6\xD0"), testing::AnyOf("?中", "\uE815中"));
 }
 
 TEST(TextConversion, EachStrayByteIsOneQuestionMark) {

@@ -1,5 +1,0 @@
-#include <cstdlib>
-
-#include "tests/display/picture_box_fixture.h"
-
-void test::hideDisplay() { unsetenv("DISPLAY"); }

@@ -1,3 +1,0 @@
-#include "tests/display/picture_box_fixture.h"
-
-void test::hideDisplay() {}

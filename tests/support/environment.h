@@ -1,0 +1,25 @@
+// The environment of this process.
+#ifndef ORX_TESTS_SUPPORT_ENVIRONMENT_H
+#define ORX_TESTS_SUPPORT_ENVIRONMENT_H
+
+#include <cstdlib>
+#include <string>
+
+namespace test {
+
+// Nothing is left of a variable that is set to "".
+inline void setEnvironment(const std::string& name, const std::string& value) {
+#if defined(_WIN32)
+    _putenv_s(name.c_str(), value.c_str());
+#else
+    if (value.empty()) {
+        unsetenv(name.c_str());
+    } else {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+#endif
+}
+
+}  // namespace test
+
+#endif
