@@ -63,6 +63,7 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void subclass(HWND window);
     void showStored();
+    void showHere(const cv::Mat& picture);
     void destroy();
     void forgetWindow();
     bool takeMouse(HWND window, const MouseEvent& event);
@@ -180,30 +181,40 @@ bool HighguiWindow::State::moveInto(HWND newParent) {
 void HighguiWindow::State::show(const cv::Mat& picture) {
     const HWND target = window();
     if (target == nullptr) return;
+    if (isOwnedByThisThread(target)) {
+        {
+            const zul::LockGuard lock(lock_);
+            hasPicture_ = false;  // an older one
+        }
+        showHere(picture);
+        return;
+    }
     bool mustPost = false;
     {
         const zul::LockGuard lock(lock_);
         picture.copyTo(picture_);
         mustPost = !std::exchange(hasPicture_, true);
     }
-    if (isOwnedByThisThread(target))
-        showStored();
-    else if (mustPost && PostMessageW(target, kShowMessage, 0, 0) == FALSE) {
+    if (mustPost && PostMessageW(target, kShowMessage, 0, 0) == FALSE) {
         const zul::LockGuard lock(lock_);
         hasPicture_ = false;  // the queue is full: the next picture posts again
     }
 }
 
-// On the creating thread. imshow would open a new window in the place of one that is gone.
 void HighguiWindow::State::showStored() {
     {
         const zul::LockGuard lock(lock_);
         if (!std::exchange(hasPicture_, false)) return;
         cv::swap(picture_, shown_);
     }
+    showHere(shown_);
+}
+
+// On the creating thread. imshow would open a new window in the place of one that is gone.
+void HighguiWindow::State::showHere(const cv::Mat& picture) {
     if (window() == nullptr) return;
     try {
-        cv::imshow(name_, shown_);
+        cv::imshow(name_, picture);
     } catch (const std::exception& error) {
         zul::outPutDebugString("imshow", error.what());
     }

@@ -6,7 +6,7 @@ namespace test {
 namespace {
 
 // The arguments of these tests hold neither quotes nor a backslash at their end.
-std::wstring quoted(const std::filesystem::path& argument) { return L"\"" + argument.wstring() + L"\""; }
+std::wstring inQuotes(const std::filesystem::path& argument) { return L"\"" + argument.wstring() + L"\""; }
 
 HANDLE openInherited(const std::string& name) {
     SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
@@ -18,8 +18,8 @@ HANDLE openInherited(const std::string& name) {
 
 int runProgram(const std::string& program, const std::vector<std::string>& arguments,
                const std::filesystem::path& folder, const std::string& output, const std::string& errors) {
-    std::wstring command = quoted(program);
-    for (const std::string& argument : arguments) command += L" " + quoted(argument);
+    std::wstring command = inQuotes(program);
+    for (const std::string& argument : arguments) command += L" " + inQuotes(argument);
     STARTUPINFOW start = {};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
