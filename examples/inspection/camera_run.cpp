@@ -83,6 +83,8 @@ class CameraSession {
             orx::imgThreadManager.setDrawImgCallbackFunc(true, CameraFeed::receive, i);
         }
         orx::APPaddOrSetParamBool("cameraReady", true);
+        log_ << "grabbing from " << cameras() << (cameras() == 1 ? " camera for " : " cameras for ")
+             << fixedText(options_.camera.seconds, 1) << " s; Ctrl-C ends it" << std::endl;
         const auto end =
             Clock::now() + std::chrono::milliseconds(std::lround(options_.camera.seconds * 1000));
         while (Clock::now() < end && !isInterrupted()) {

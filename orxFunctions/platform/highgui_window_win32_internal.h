@@ -5,8 +5,8 @@
 // size changes. The drawing window is therefore subclassed. Whoever has a picture stores it and posts a
 // message; the window procedure, on the creating thread, shows it. The same procedure takes the mouse: the
 // wheel goes to the window that has the focus, and past highgui once its drawing window has left its frame.
-#ifndef ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_WIN32_INTERNAL_H
-#define ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_WIN32_INTERNAL_H
+#ifndef ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_INTERNAL_H
+#define ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_INTERNAL_H
 
 #include <memory>
 #include <string>
