@@ -114,7 +114,7 @@ class CameraSession {
     }
 
     void close() {
-        for (int i = 0; i < cameras(); ++i) {
+        for (int i = 0; i < cams_.cameraNumber; ++i) {
             sizes_.push_back(cams_.getImgSize(i));
             lost_.push_back(cams_.GetParam(i, kFramesLost));
         }

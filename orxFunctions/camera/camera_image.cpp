@@ -3,6 +3,7 @@
 #include <atomic>
 #include <opencv2/imgproc.hpp>
 
+#include "orxFunctions/camera/turn_image_internal.h"
 #include "orxFunctions/foundation/image_convert.h"
 
 namespace orx {
@@ -16,16 +17,6 @@ bool isPossible(const TORXImage& picture) {
     return picture.data != nullptr && picture.channels > 0 && isSide(picture.width) &&
            isSide(picture.height) && std::int64_t{picture.width} * picture.height * 4 <= kMostBytes;
 }
-
-// A mirroring and turning of the image as at most two passes: columns and rows exchanged, then flipped.
-struct Orientation {
-    bool transposed = false;
-    bool upsideDown = false;
-    bool leftRight = false;
-
-    bool flips() const { return upsideDown || leftRight; }
-    int flipCode() const { return upsideDown ? (leftRight ? -1 : 0) : 1; }  // of cv::flip
-};
 
 Orientation orientationOf(const ImageTreatment& treatment) {
     switch (treatment.angle % 360) {
@@ -67,20 +58,12 @@ void treatImage(const TORXImage& picture, const ImageTreatment& treatment, cv::M
     }
     cv::Mat source;
     ORXImage2Mat(&record, source);
-    if (treatment.scales()) {
-        cv::resize(source, out, size, 0, 0, cv::INTER_LINEAR);
-        source = out;
-    }
     const Orientation orientation = orientationOf(treatment);
-    if (orientation.transposed) {
-        cv::transpose(source, out);
-        source = out;
-    }
-    if (orientation.flips()) {
-        cv::flip(source, out, orientation.flipCode());
-    } else if (source.data != out.data) {
-        source.copyTo(out);
-    }
+    if (!treatment.scales()) return turnImage(source, orientation, out);
+    if (orientation.asItIs()) return cv::resize(source, out, size, 0, 0, cv::INTER_LINEAR);
+    cv::Mat scaled;
+    cv::resize(source, scaled, size, 0, 0, cv::INTER_LINEAR);
+    turnImage(scaled, orientation, out);
 }
 
 }  // namespace orx

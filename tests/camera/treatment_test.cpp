@@ -97,6 +97,26 @@ TEST_F(Treatment, TurnsByQuarters) {
     }
 }
 
+// Sizes around those of the blocks that are turned at once.
+TEST_F(Treatment, TurnsEveryPixelOfEverySizeAndDepth) {
+    for (const int channels : {1, 3, 4}) {
+        for (const cv::Size size : {cv::Size(16, 16), cv::Size(17, 33), cv::Size(50, 31), cv::Size(8, 70)}) {
+            for (const int angle : {90, 180, 270}) {
+                SCOPED_TRACE(testing::Message() << size << " of " << channels << ", angle " << angle);
+                fakeCamera(0).width = size.width;
+                fakeCamera(0).height = size.height;
+                fakeCamera(0).channels = channels;
+                camera().rotationAngle = angle;
+                camera().reverseXFlag = size.width == 50;
+                cv::Mat wanted = expected(size.width, size.height, channels, fakeCamera(0).frames + 1);
+                camera().reverseX(wanted);
+                camera().rotation(wanted);
+                EXPECT_TRUE(equal(fetch(), wanted));
+            }
+        }
+    }
+}
+
 TEST_F(Treatment, SupportedAngles) {
     for (const int angle : {0, 90, 180, 270, 360, 450, -360})
         EXPECT_TRUE(cams_.checkRotation(angle)) << angle;
