@@ -144,7 +144,8 @@ TEST_F(ManyCameras, ComeAndGoTenThousandTimesAndLeaveNothingBehind) {
     EXPECT_EQ(test::threads(), threadsBefore);
     EXPECT_EQ(test::handles(), handlesBefore);
     manager_.closeAllThread();
-    EXPECT_EQ(test::threads(), threadsBefore - 2);
+    // On Windows a grab thread is done with everything by now, but goes a moment later.
+    EXPECT_TRUE(eventually([&] { return test::threads() == threadsBefore - 2; })) << test::threads();
 }
 
 TEST_F(ManyCameras, HostsMayLoadAndStartAllOverAgain) {
