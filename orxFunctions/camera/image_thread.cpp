@@ -11,6 +11,7 @@
 #include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/platform/fine_pauses_internal.h"
 
 namespace orx {
 namespace {
@@ -75,7 +76,10 @@ void TImageThread::runOnThread(void* self) { static_cast<TImageThread*>(self)->r
 
 void TImageThread::run() {
     threadId_ = std::this_thread::get_id();
-    while (turn()) {
+    {
+        const platform::FinePauses finePauses;
+        while (turn()) {
+        }
     }
     threadImage.release();
     idle_ = {};

@@ -3,6 +3,7 @@
 
 #include "orxFunctions/display/picture_box_core_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/platform/fine_pauses_internal.h"
 
 using orx::display::viewState;
 
@@ -27,6 +28,7 @@ void TPictureBox::Core::join() {
 
 // The thread object is the thread's own for as long as it runs: nothing empties it before join.
 void TPictureBox::Core::run() {
+    const orx::platform::FinePauses finePauses;
     while (!box_.killFlag) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(box_.sleepMs);
         {
