@@ -54,9 +54,30 @@ class Handle {
         }
         return true;
     }
+    HANDLE get() const { return handle_; }
 
   private:
     HANDLE handle_;
+};
+
+// One appends at a time, of all threads and processes that append so. The system alone promises that for
+// local files only. What is locked is a byte that no file reaches, since a locked one could not be read.
+class AppendTurn {
+  public:
+    explicit AppendTurn(const Handle& file) : file_(file.get()) {
+        place_.OffsetHigh = 0x7FFFFFFF;
+        isLocked_ = LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &place_) != 0;
+    }
+    ~AppendTurn() {
+        if (isLocked_) UnlockFileEx(file_, 0, 1, 0, &place_);
+    }
+    AppendTurn(const AppendTurn&) = delete;
+    AppendTurn& operator=(const AppendTurn&) = delete;
+
+  private:
+    HANDLE file_;
+    OVERLAPPED place_ = {};
+    bool isLocked_ = false;  // a file system without locks
 };
 
 DWORD attributes(const fs::path& path) { return GetFileAttributesW(path.c_str()); }
@@ -110,11 +131,15 @@ File openToRead(const std::string& name) { return File(_wfopen(toPath(name).c_st
 File openToWrite(const std::string& name) { return File(_wfopen(toPath(name).c_str(), L"wb")); }
 
 bool appendText(const std::string& name, const std::string& text) {
-    // Opened for appending alone, each write goes to the end of the file, wherever that is by then.
-    const Handle file(CreateFileW(toPath(name).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // Opened for appending alone, each write goes to the end of the file, wherever that is by then. Reading
+    // is for the lock.
+    const Handle file(CreateFileW(toPath(name).c_str(), FILE_APPEND_DATA | FILE_READ_DATA,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid()) return false;
+    const AppendTurn turn(file);
     const std::string bytes = withWindowsLineEnds(text);
-    return file.valid() && file.writeAll(bytes.data(), bytes.size());
+    return file.writeAll(bytes.data(), bytes.size());
 }
 
 CreateResult createFile(const fs::path& path, const void* bytes, std::size_t size) {
