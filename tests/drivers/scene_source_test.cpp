@@ -5,6 +5,7 @@
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -128,33 +129,49 @@ class RunningScene : public testing::Test {
     }
     static void sleepMs(int duration) { std::this_thread::sleep_for(std::chrono::milliseconds(duration)); }
 
+    // How many came while it slept, and how many seconds that really took.
+    std::pair<double, double> picturesWithin(int ms) {
+        const auto start = vision::Clock::now();
+        const double before = number();
+        sleepMs(ms);
+        const double pictures = number() - before;
+        return {pictures, std::chrono::duration<double>(vision::Clock::now() - start).count()};
+    }
+
     std::unique_ptr<PacedSource> source_;
 };
 
 TEST_F(RunningScene, PicturesComeAtTheSetRate) {
     startAt(100.0);
-    sleepMs(505);
-    // Never faster than asked; slower only because this machine is busy.
-    EXPECT_LE(number(), 52.0F);
-    EXPECT_GE(number(), 25.0F);
+    // Never faster than asked; slower only while this machine is busy.
+    bool keepsUp = false;
+    for (int i = 0; i < 20 && !keepsUp; ++i) {
+        const auto [pictures, seconds] = picturesWithin(250);
+        EXPECT_LE(pictures, 100.0 * seconds + 2.0);
+        keepsUp = pictures >= 50.0 * seconds;
+    }
+    EXPECT_TRUE(keepsUp);
     EXPECT_TRUE(source_->setParameter(VD_PARAM_FRAME_RATE, 4));
     sleepMs(30);
-    const float before = number();
-    sleepMs(600);
-    EXPECT_GE(number(), before + 1.0F);
-    EXPECT_LE(number(), before + 3.0F);
+    const auto [pictures, seconds] = picturesWithin(600);
+    EXPECT_GE(pictures, 1.0);
+    EXPECT_LE(pictures, 4.0 * seconds + 1.0);
     EXPECT_EQ(source_->parameter(VD_PARAM_BYTES_RECEIVED), 64.0F * 64.0F * number());
     EXPECT_EQ(source_->parameter(VD_PARAM_FRAMES_LOST), 0.0F);
 }
 
 TEST_F(RunningScene, FetchRepeatsTheLastPictureWithoutWaitingForTheNext) {
-    startAt(1.0);
-    EXPECT_TRUE(fetched());
-    const auto start = vision::Clock::now();
-    for (int i = 0; i < 10; ++i) EXPECT_TRUE(fetched());
-    const auto took = vision::Clock::now() - start;
-    EXPECT_GE(took, std::chrono::milliseconds(40)) << "each waits a little for a newer picture";
-    EXPECT_LT(took, std::chrono::milliseconds(500));
+    using std::chrono::milliseconds;
+    vision::Clock::duration took = milliseconds(500);
+    for (int attempt = 0; attempt < 5 && took >= milliseconds(500); ++attempt) {  // the machine may be busy
+        startAt(1.0);
+        EXPECT_TRUE(fetched());
+        const auto start = vision::Clock::now();
+        for (int i = 0; i < 10; ++i) EXPECT_TRUE(fetched());
+        took = vision::Clock::now() - start;
+    }
+    EXPECT_GE(took, milliseconds(40)) << "each waits a little for a newer picture";
+    EXPECT_LT(took, milliseconds(500));
     EXPECT_EQ(number(), 1.0F);
     EXPECT_GE(source_->parameter(VD_PARAM_FRAME_AGE), 40.0F);
 }
