@@ -2,7 +2,9 @@
 
 namespace orx::platform {
 
-FinePauses::FinePauses() = default;
-FinePauses::~FinePauses() = default;
+FinePauses::FinePauses() { /* exact as they are */
+}
+FinePauses::~FinePauses() { /* nothing to take back */
+}
 
 }  // namespace orx::platform
