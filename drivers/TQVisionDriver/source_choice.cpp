@@ -67,20 +67,6 @@ class Chooser {
     SourceChoice choice_;
 };
 
-bool isBrand(int type) {
-    switch (type) {
-        case VD_TYPE_DAHUA:
-        case VD_TYPE_BASLER:
-        case VD_TYPE_HIKVISION:
-        case VD_TYPE_DAHENG:
-        case VD_TYPE_MICROVISION:
-        case VD_TYPE_IMAGING_SOURCE:
-            return true;
-        default:
-            return false;
-    }
-}
-
 std::vector<Device> devicesOf(int type) {
     std::vector<Device> devices = listDevices();
     if (type != VD_TYPE_ANY) {

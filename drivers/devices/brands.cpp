@@ -37,6 +37,11 @@ int brandOf(const std::string& vendor) {
     return found == kBrandWords.end() ? static_cast<int>(VD_TYPE_ANY) : found->brand;
 }
 
+bool isBrand(int type) {
+    return std::any_of(kBrandWords.begin(), kBrandWords.end(),
+                       [type](const BrandWord& brand) { return brand.brand == type; });
+}
+
 int commonBrand(const std::vector<std::string>& vendors) {
     if (vendors.empty()) return VD_TYPE_NONE;
     const int first = brandOf(vendors.front());

@@ -7,6 +7,14 @@
 
 namespace orx::ORX_SIMD {
 
+// Horner's rule; the coefficient of the highest power comes first.
+template <std::size_t kCount>
+inline VecD polynomial(const double (&coefficients)[kCount], VecD x) {
+    VecD sum = VecD::all(coefficients[0]);
+    for (std::size_t i = 1; i < kCount; ++i) sum = sum * x + VecD::all(coefficients[i]);
+    return sum;
+}
+
 // atan(q) for |q| <= 1, to 3e-16 of itself: q times a polynomial in q^2, an expansion of
 // atan(sqrt(u))/sqrt(u) in Chebyshev polynomials over [0, 1].
 inline VecD arcTangent(VecD q) {
@@ -18,12 +26,7 @@ inline VecD arcTangent(VecD q) {
         0.05880342002401543,    -0.06666371187721098,    0.0769227555520563,
         -0.09090906605656898,   0.11111110982087126,     -0.14285714281592693,
         0.19999999999929946,    -0.3333333333333286,     1.0};
-    const VecD u = q * q;
-    VecD sum = VecD::all(kCoefficients[0]);
-    for (std::size_t i = 1; i < sizeof kCoefficients / sizeof *kCoefficients; ++i) {
-        sum = sum * u + VecD::all(kCoefficients[i]);
-    }
-    return sum * q;
+    return polynomial(kCoefficients, q * q) * q;
 }
 
 // atan(q) for 0 <= q <= 1, to 1e-10 of itself: arcTangent's expansion, cut off where floats don't tell.
@@ -32,12 +35,7 @@ inline VecD coarseArcTangent(VecD q) {
                                         0.0341334160404,    -0.0542153021972, 0.0724228378394,
                                         -0.0897905091578,   0.110929847562,   -0.142839484168,
                                         0.199999099567,     -0.333333315182,  0.999999999939};
-    const VecD u = q * q;
-    VecD sum = VecD::all(kCoefficients[0]);
-    for (std::size_t i = 1; i < sizeof kCoefficients / sizeof *kCoefficients; ++i) {
-        sum = sum * u + VecD::all(kCoefficients[i]);
-    }
-    return sum * q;
+    return polynomial(kCoefficients, q * q) * q;
 }
 
 // atan2(y, x) as a float in [0, 2 pi); x and y must not both be 0.
@@ -62,14 +60,8 @@ inline VecD logarithm(VecD a) {
     mantissa = select(upper, mantissa * VecD::all(0.5), mantissa);
     exponent = select(upper, exponent + one, exponent);
     const VecD z = (mantissa - one) / (mantissa + one);
-    const VecD u = z * z;
-    VecD sum = VecD::all(2.0 / 11);
-    sum = sum * u + VecD::all(2.0 / 9);
-    sum = sum * u + VecD::all(2.0 / 7);
-    sum = sum * u + VecD::all(2.0 / 5);
-    sum = sum * u + VecD::all(2.0 / 3);
-    sum = sum * u + VecD::all(2.0);
-    return exponent * VecD::all(0.6931471805599453) + z * sum;
+    constexpr double kCoefficients[] = {2.0 / 11, 2.0 / 9, 2.0 / 7, 2.0 / 5, 2.0 / 3, 2.0};
+    return exponent * VecD::all(0.6931471805599453) + z * polynomial(kCoefficients, z * z);
 }
 
 // exp(a) for 0 <= a <= 4, to 5e-9 of itself: a power of the series for a / 16.

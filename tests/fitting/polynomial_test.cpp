@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
-#include "trace_capture.h"
+#include "tests/support/trace_log.h"
 
 namespace {
 
 using Samples = std::vector<cv::Point2d>;
-using Lines = TraceCapture::Lines;
+using Lines = test::TraceLog::Lines;
 
 const char* const kSwapped = "getExtremeValue minX>maxX 已经交换数据";
 const char* const kEqualBounds = "getExtremeValue minX==maxX 输入参数有误";
@@ -194,16 +194,16 @@ TEST(TPolynomial, GivenCoefficientsStayAndDecideTheDegree) {
 TEST(TPolynomial, FindsExtremesToAThousandth) {
     Samples samples = parabola();
     const orx::TPolynomial model(samples, 2);
-    const TraceCapture trace;
+    const test::TraceLog trace;
     const cv::Point2d top = model.getExtremeValue(0, 5, 1);
     EXPECT_NEAR(top.x, 2.345, 6e-4);
     EXPECT_NEAR(top.y, 1, 1e-6);
     EXPECT_NEAR(model.getExtremeValue(0, 5, 0).x, 5, 0.0011) << "the running sum may just miss the bound";
-    EXPECT_TRUE(trace.lines.empty());
+    EXPECT_TRUE(trace.lines().empty());
     EXPECT_EQ(model.getExtremeValue(5, 0, 1), top);
-    EXPECT_EQ(trace.lines, (Lines{kSwapped}));
+    EXPECT_EQ(trace.lines(), (Lines{kSwapped}));
     EXPECT_EQ(model.getExtremeValue(3, 3, 0), cv::Point2d(0, 0));
-    EXPECT_EQ(trace.lines, (Lines{kSwapped, kEqualBounds}));
+    EXPECT_EQ(trace.lines(), (Lines{kSwapped, kEqualBounds}));
 }
 
 // A literal scan that orders all samples, level by level.
@@ -257,7 +257,7 @@ TEST(TPolynomial, ExtremeSearchStaysDefined) {
 TEST(TPolynomial, ListsValuesAndSlopesOverTheSamples) {
     const orx::TPolynomial model({3, 1, 2}, {9, 1, 4}, 2);
     Samples list{{5, 5}};
-    TraceCapture trace;
+    test::TraceLog trace;
     model.getPloyList(list, 1);
     ASSERT_EQ(list.size(), 20U) << "the running sum passes 3 by a rounding error";
     EXPECT_EQ(list[0].x, 1);
@@ -266,13 +266,13 @@ TEST(TPolynomial, ListsValuesAndSlopesOverTheSamples) {
     model.getPloySlopeList(list, 0);
     ASSERT_EQ(list.size(), 3U);
     EXPECT_NEAR(list[2].y, 6, 1e-9);
-    EXPECT_EQ(trace.lines, (Lines{"getPloyList step:0.1", "getPloyList step:1"}));
+    EXPECT_EQ(trace.lines(), (Lines{"getPloyList step:0.1", "getPloyList step:1"}));
 
-    trace.lines.clear();
+    trace.clear();
     orx::TPolynomial({3}, {9}, 0).getPloyList(list, 1);
     orx::TPolynomial().getPloySlopeList(list, 1);
     EXPECT_EQ(list.size(), 3U);
-    EXPECT_EQ(trace.lines, (Lines(2, "Points.size() < 2，强制返回")));
+    EXPECT_EQ(trace.lines(), (Lines(2, "Points.size() < 2，强制返回")));
 }
 
 TEST(TPolynomial, ListsNeverOutgrowMemoryOrTime) {

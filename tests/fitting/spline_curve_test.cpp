@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
-#include "trace_capture.h"
+#include "tests/support/trace_log.h"
 
 namespace {
 
 using Samples = std::vector<cv::Point2d>;
-using Lines = TraceCapture::Lines;
+using Lines = test::TraceLog::Lines;
 
 double wave(double x) { return 3 * std::sin(x / 2) + x; }
 
@@ -81,10 +81,10 @@ TEST(TSplineCurve, NeedsMoreSamplesThanItsOrder) {
         EXPECT_TRUE(std::isnan(curve.getY(1)));
         EXPECT_EQ(curve.getExtremeValue(1), cv::Point2d(0, 0));
         Samples list{{1, 1}};
-        const TraceCapture trace;
+        const test::TraceLog trace;
         curve.getSplineList(list, 1);
         EXPECT_EQ(list.size(), 1U);
-        EXPECT_EQ(trace.lines, (Lines{"paraList.size() == 0，强制返回"}));
+        EXPECT_EQ(trace.lines(), (Lines{"paraList.size() == 0，强制返回"}));
     }
     orx::TSplineCurve steps;
     steps.fit({0, 1, 2}, {5, 6, 7}, 0);
@@ -134,16 +134,16 @@ TEST(TSplineCurve, FindsExtremesInHundredths) {
     const orx::TSplineCurve curve = waveCurve(14, 4);
     // 3 cos(x / 2) / 2 + 1 = 0 first where cos(x / 2) = -2 / 3.
     const double peak = 2 * std::acos(-2.0 / 3);
-    const TraceCapture trace;
+    const test::TraceLog trace;
     const cv::Point2d top = curve.getExtremeValue(2.0, 7.0, 1);
     EXPECT_NEAR(top.x, peak, 0.05);
     EXPECT_NEAR(top.y, wave(peak), 0.01);
     EXPECT_EQ(curve.getExtremeValue(0), cv::Point2d(0, curve.getY(0)));
     EXPECT_NEAR(curve.getExtremeValue(1).x, 13, 0.011);
-    EXPECT_TRUE(trace.lines.empty());
+    EXPECT_TRUE(trace.lines().empty());
     EXPECT_EQ(curve.getExtremeValue(7.0, 2.0, 1), top);
     EXPECT_EQ(curve.getExtremeValue(3.0, 3.0, 1), cv::Point2d(0, 0));
-    EXPECT_EQ(trace.lines,
+    EXPECT_EQ(trace.lines(),
               (Lines{"getExtremeValue minX>maxX 已经交换数据", "getExtremeValue minX==maxX 输入参数有误"}));
     // Values that are not numbers, outside the chain, never win.
     EXPECT_EQ(curve.getExtremeValue(-5.0, 7.0, 0).x, curve.getExtremeValue(-5.0, 7.0, 0).x);
@@ -170,11 +170,11 @@ TEST(TSplineCurve, HugeRangesEnd) {
 TEST(TSplineCurve, ListsTheWholeChain) {
     const orx::TSplineCurve curve = waveCurve(6, 2);
     Samples list;
-    const TraceCapture trace;
+    const test::TraceLog trace;
     curve.getSplineList(list, 0);
     ASSERT_EQ(list.size(), 6U);
     for (const cv::Point2d& p : list) EXPECT_NEAR(p.y, wave(p.x), 1e-9);
-    EXPECT_EQ(trace.lines, (Lines{"getPloyList step:1"}));
+    EXPECT_EQ(trace.lines(), (Lines{"getPloyList step:1"}));
 }
 
 }  // namespace
