@@ -55,7 +55,8 @@ if(MINGW)
   endforeach()
   install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/lib/" DESTINATION lib COMPONENT development
     FILES_MATCHING PATTERN "libopencv_*.dll.a" PATTERN cmake EXCLUDE PATTERN pkgconfig EXCLUDE PATTERN libpng EXCLUDE)
-  install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/share/licenses" DESTINATION share COMPONENT runtime OPTIONAL)
+  install(DIRECTORY "${ORX_WINDOWS_DEPENDENCIES}/share/licenses" DESTINATION share COMPONENT runtime)
+  install(FILES LICENSE DESTINATION share/licenses/orxFunctions COMPONENT runtime)
 endif()
 
 include(OrxPackages)

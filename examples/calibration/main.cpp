@@ -115,9 +115,13 @@ int fetchSample(Options& options) {
                : fail("can't fetch the sample photographs into", options.photographs);
 }
 
-}  // namespace
+int run(Options& options) {
+    if (!options.target.empty() && printTarget(options) != 0) return 1;
+    if (options.sample && fetchSample(options) != 0) return 1;
+    return options.photographs.empty() ? 0 : calibrateFrom(options);
+}
 
-int main(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
     Options options;
     CLI::App app("Prints a chessboard target, and calibrates a camera from photographs of one.");
     app.add_option("--target", options.target, "write a chessboard to print to this PNG file");
@@ -139,15 +143,20 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     app.add_option("--out", options.out, "folder for the results")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
+    if (options.target.empty() && options.photographs.empty() && !options.sample) {
+        std::printf("%s", app.help().c_str());
+        return 1;
+    }
+    return run(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        if (options.target.empty() && options.photographs.empty() && !options.sample) {
-            std::printf("%s", app.help().c_str());
-            return 1;
-        }
-        if (!options.target.empty() && printTarget(options) != 0) return 1;
-        if (options.sample && fetchSample(options) != 0) return 1;
-        return options.photographs.empty() ? 0 : calibrateFrom(options);
+        return parseAndRun(argc, argv);
     } catch (const std::exception& error) {
-        return fail("stopped", error.what());
+        std::fprintf(stderr, "orx_calibration: stopped: %s\n", error.what());
+        return 1;
     }
 }

@@ -44,6 +44,7 @@ void drawEllipseFeature(Pen& pen, const Feature& feature, const cv::Scalar& colo
     constexpr int kCorners = 180;
     const Ellipse ellipse = ellipseOf(feature);
     std::vector<cv::Point2d> outline;
+    outline.reserve(kCorners);
     for (int i = 0; i < kCorners; ++i) outline.push_back(ellipse.at(i * 360.0 / kCorners * kDegree));
     pen.polyline(outline, true, color);
     pen.line(ellipse.at(0.0), ellipse.at(180.0 * kDegree), color);

@@ -32,6 +32,7 @@ std::vector<double> profileOf(const cv::Mat& grey, const cv::Rect& box, bool dow
 // The edges that most calipers agree on.
 std::vector<cv::Point2d> commonEdges(const std::vector<orx::TContrastEdge>& edges, const Circle& circle) {
     std::vector<double> offsets;
+    offsets.reserve(edges.size());
     for (const orx::TContrastEdge& edge : edges) offsets.push_back(circle.distance(edge.position));
     std::vector<cv::Point2d> near;
     std::vector<double> sorted = offsets;
