@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -263,6 +264,7 @@ struct Degenerate {
     std::string name;
     Points points;
 };
+void PrintTo(const Degenerate& degenerate, std::ostream* out) { *out << degenerate.name; }
 
 Points onLine(float dx, float dy, float x0, float y0) {
     Points points;

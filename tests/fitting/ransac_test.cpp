@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <opencv2/imgproc.hpp>
+#include <ostream>
 #include <random>
 #include <set>
 
@@ -176,6 +177,7 @@ struct Scene {
     const char* name;
     double outliers;
 };
+void PrintTo(const Scene& scene, std::ostream* out) { *out << scene.name; }
 
 class Accuracy : public testing::TestWithParam<Scene> {};
 INSTANTIATE_TEST_SUITE_P(Outliers, Accuracy,
@@ -237,6 +239,7 @@ struct WinnerRule {
     std::array<int, 3> counts;  // inliers of the three candidates
     std::size_t winner;
 };
+void PrintTo(const WinnerRule& winnerRule, std::ostream* out) { *out << winnerRule.name; }
 
 class CircleWinner : public testing::TestWithParam<WinnerRule> {};
 INSTANTIATE_TEST_SUITE_P(Rule, CircleWinner,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ostream>
 #include <random>
 
 #include "orxFunctions/orxfunctions.h"
@@ -53,6 +54,7 @@ struct Side {
     double a, b, c;  // |a x + b y + c| is the distance from the true line
     std::size_t count;
 };
+void PrintTo(const Side& side, std::ostream* out) { *out << side.name; }
 
 class GetWantedLine : public testing::TestWithParam<Side> {};
 INSTANTIATE_TEST_SUITE_P(Sides, GetWantedLine,
