@@ -12,7 +12,8 @@
  *
  * Threads. The library serialises VDOpen, VDGetImage, VDSetParam, VDGetParam and VDClose of all cameras by
  * one lock, so none of them may wait long: while one waits, all other cameras stand still. VDStart and VDStop
- * are called from any thread, but never at the same time as another call for the same slot.
+ * (and VDClose after a VDStart that failed) are called without that lock from any thread, but never at the
+ * same time as another call for the same slot.
  *
  * Failure. A procedure that fails returns false (VDGetParam: not-a-number) and leaves the camera as it was;
  * it never throws, never ends the process, and accepts any slot number and any identifier (answering false

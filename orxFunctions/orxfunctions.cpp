@@ -1,6 +1,6 @@
 // Every process-wide object of the library. They are constructed from top to bottom when the library is
-// loaded and destroyed from bottom to top when it is unloaded; nothing else in the library has a constructor
-// that runs at load.
+// loaded and destroyed from bottom to top when it is unloaded. Nothing else in the library has a constructor
+// that runs at load, apart from constants of OpenCV's types, which only their own file uses.
 #include "orxFunctions/orxfunctions.h"
 
 #include "orxFunctions/camera/camera_driver_internal.h"

@@ -15,7 +15,7 @@
 namespace orx {
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
 constexpr int kMostLevels = 800;
 
 constexpr const char* kIntrinsic = "imageIntrinsic";
@@ -46,9 +46,14 @@ bool readText(const std::string& fileName, std::string& text) {
 bool isMatrix(const cv::FileNode& node) {
     if (node.empty()) return true;
     if (!node.isMap()) return false;
-    const auto rows = static_cast<std::int64_t>(static_cast<int>(node["rows"]));
-    const auto cols = static_cast<std::int64_t>(static_cast<int>(node["cols"]));
-    return rows >= 0 && cols >= 0 && rows * cols <= static_cast<std::int64_t>(node["data"].size());
+    // OpenCV reads a matrix without "rows" as one of any number of dimensions. None of ours has more than
+    // two.
+    const cv::FileNode rows = node["rows"];
+    const cv::FileNode cols = node["cols"];
+    if (!rows.isInt() || !cols.isInt()) return false;
+    const auto height = static_cast<std::int64_t>(static_cast<int>(rows));
+    const auto width = static_cast<std::int64_t>(static_cast<int>(cols));
+    return height >= 0 && width >= 0 && height * width <= static_cast<std::int64_t>(node["data"].size());
 }
 
 struct Calibration {

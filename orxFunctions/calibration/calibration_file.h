@@ -13,19 +13,21 @@
 
 namespace orx {
 
-// Writes the file, replacing one that exists. The matrices keep their type and size; doubles keep all their
-// digits (a negative zero becomes zero). OpenCV's exceptions pass through, one for a file that can't be
+// Writes the file, replacing one that exists. The matrices, of two dimensions, keep their type and size;
+// doubles keep all their digits (a negative zero becomes zero). Two of a million doubles are too long to be
+// read again. OpenCV's exceptions pass through, one for a file that can't be
 // opened among them.
 //
 // A description comes back byte for byte whatever it holds. OpenCV's formats can't carry every text as a
-// string (one in quotation marks, with control characters, or a long one); such a text is written
-// as a sequence of strings, "percent-encoded" and then pieces in which each byte but letters and digits is
-// %XX.
+// string (one that begins or ends with a blank or a quotation mark or begins with '$', one with control
+// characters other than tabulators and line ends, or one of more than about 650 bytes other than letters,
+// digits and blanks); such a text is written as a sequence of strings, "percent-encoded" and then pieces in
+// which each byte but letters and digits is %XX.
 ORX_API void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSize,
                                 std::string description, std::string fileName);
 
 // Reads what calibrateData2File wrote. False, with the outputs untouched, for a file that can't be opened or
-// understood, that is longer than 16 MiB or opens more than 800 brackets, tags or blocks (OpenCV's readers
+// understood, that is longer than 64 MiB or opens more than 800 brackets, tags or blocks (OpenCV's readers
 // recurse, and a deep file would overflow the stack), or whose "isDistortionConfig" is 0 or missing. An
 // "imageSize" that is not two numbers reads as 0 x 0; other missing keys read as empty.
 ORX_API bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion,

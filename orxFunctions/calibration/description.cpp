@@ -7,7 +7,7 @@
 namespace orx {
 namespace {
 
-constexpr std::size_t kMostPlainBytes = 500;  // the escapes of 500 bytes stay below OpenCV's 4,096
+constexpr std::size_t kMostEscapedBytes = 4000;  // OpenCV's buffer holds 4,096
 constexpr std::size_t kBytesOfAPiece = 500;
 // The first string of an encoded text. With it there are always two, as XML needs: a sequence of one string
 // reads back as the string.
@@ -19,7 +19,18 @@ bool isAlphanumeric(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
+// Tabulators and line ends have escapes in every format; YAML loses the others.
+bool isLostControl(char c) {
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+}
+
+// At most, in any of the formats.
+std::size_t escapedLength(const std::string& text) {
+    constexpr std::size_t kLongestEscape = 6;
+    std::size_t length = 0;
+    for (const char c : text) length += isAlphanumeric(c) || c == ' ' ? 1 : kLongestEscape;
+    return length;
+}
 
 // True for a text that all three formats bring back unchanged as a string. Their writers take a text in
 // quotation marks for one that is quoted already, lose a blank at the end, and mistake control characters; a
@@ -27,8 +38,8 @@ bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7
 bool isPlain(const std::string& text) {
     if (text.empty()) return true;
     const auto isTrouble = [](char c) { return c == '"' || c == '\'' || c == ' ' || c == '$'; };
-    return text.size() <= kMostPlainBytes && !isTrouble(text.front()) && !isTrouble(text.back()) &&
-           std::none_of(text.begin(), text.end(), isControl);
+    return escapedLength(text) <= kMostEscapedBytes && !isTrouble(text.front()) && !isTrouble(text.back()) &&
+           std::none_of(text.begin(), text.end(), isLostControl);
 }
 
 std::string encoded(std::string_view bytes) {

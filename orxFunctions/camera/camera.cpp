@@ -35,18 +35,19 @@ bool TCamera::start() { return isOpen && startAcquisition(); }
 
 // Closes the camera when it does not start.
 bool TCamera::startAcquisition() {
-    int columns = 0;
-    int rows = 0;
-    int samples = 0;
-    if (!callDriver(cameraDriver.start, &columns, &rows, &samples, index)) {
+    int columns = width;
+    int rows = height;
+    int samples = channels;
+    const bool isStarted = callDriver(cameraDriver.start, &columns, &rows, &samples, index);
+    width = columns;
+    height = rows;
+    channels = samples;
+    if (!isStarted) {
         reportFailedStart();
         callDriver(cameraDriver.close, index);
         forget();
         return false;
     }
-    width = columns;
-    height = rows;
-    channels = samples;
     isOpen = true;
     isWorking = true;
     return true;

@@ -13,7 +13,7 @@ namespace orx {
 // A camera by the driver's index. Hosts usually reach it through TMultiCamera (camera/multi_camera.h), which
 // loads the driver module; without a loaded module every operation fails as if the camera did.
 //
-// Everything but start and stop waits for one lock that all cameras share, and may be called from any thread.
+// What reaches the camera waits for one lock that all cameras share, and may be called from any thread; only
 // start and stop do not take it: a caller must not run them beside other calls for the same camera. Fields
 // may be read and set at any time.
 class ORX_API TCamera {
@@ -44,7 +44,8 @@ class ORX_API TCamera {
     // interpolation, turns it upside down if reverseXFlag says so, and turns it as `rotation` does. `out`
     // never shares pixels with the driver; its former buffer is used again if nothing else refers to it.
     // False when the camera is not open or the driver has no picture; `out` is then untouched. A picture of
-    // no or absurd size gives true and an empty `out`.
+    // no or absurd size gives true and an empty `out`; one of other than 1, 3 or 4 channels is taken for
+    // grey.
     bool GetImage(cv::Mat& out, int scale);
 
     // Turns an image by rotationAngle modulo 360: 90 is a quarter turn counter-clockwise, 180 a half turn,
@@ -60,9 +61,9 @@ class ORX_API TCamera {
     bool SetParam(long value, int id);
 
     // Finds out which brand is connected, by the probe module LumoCfg: a camera type, -1 for none, -2 for
-    // cameras of different brands, -3 when there is no probe module. It is looked for in the folder of the
-    // program, or in Win32 in it unless the Hikvision runtime is installed; that folder stays the process's
-    // extra search folder for modules.
+    // cameras of different brands, -3 when there is no probe module that can answer. It is looked for in the
+    // folder of the program, or in Win32 in it unless the Hikvision runtime is installed; that folder stays
+    // the process's extra search folder for modules.
     int getCameraType();
     // Whether the connected brand is `type`, which the user is told if it is not. Type 12 is always right.
     bool CheckCameraType(int type);

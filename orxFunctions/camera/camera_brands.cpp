@@ -66,7 +66,7 @@ bool isRecentDaheng(platform::ModuleHandle module) {
 
 // The folder in which getCameraType looks for the probe module, traced.
 std::filesystem::path probeFolder() {
-    const std::filesystem::path program = platform::toPath(zul::getExeFileName()).parent_path();
+    const std::filesystem::path program = platform::programFolder();
     const bool hasHikvision = std::any_of(kHikvisionRuntimes.begin(), kHikvisionRuntimes.end(),
                                           [](const char* file) { return zul::dirExists(file); });
     std::filesystem::path folder = hasHikvision ? program : program / "Win32";

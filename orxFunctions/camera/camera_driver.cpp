@@ -1,6 +1,9 @@
 #include "orxFunctions/camera/camera_driver_internal.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "orxFunctions/camera/camera_messages_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
@@ -51,13 +54,21 @@ platform::ModuleHandle loadCameraDriver() {
     }
     const zul::LockGuard lock(cameraCallMutex);
     bind(module);
-    ++cameraDriver.loads;
+    cameraDriver.loads.push_back(module);
     return module;
 }
 
 void releaseCameraDriver(platform::ModuleHandle module) {
     const zul::LockGuard lock(cameraCallMutex);
-    if (--cameraDriver.loads == 0) unbind();
+    // Two loads can find two files: the search folders may have changed between them.
+    std::vector<platform::ModuleHandle>& loads = cameraDriver.loads;
+    const auto load = std::find(loads.rbegin(), loads.rend(), module);
+    if (load != loads.rend()) loads.erase(std::next(load).base());
+    if (loads.empty()) {
+        unbind();
+    } else {
+        bind(loads.back());
+    }
     platform::freeModule(module);
 }
 

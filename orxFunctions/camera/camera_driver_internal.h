@@ -3,6 +3,7 @@
 #define ORXFUNCTIONS_CAMERA_CAMERA_DRIVER_INTERNAL_H
 
 #include <atomic>
+#include <vector>
 
 #include "ZULLib/sync_internal.h"
 #include "drivers/vision_driver.h"
@@ -44,8 +45,8 @@ struct CameraDriver {
         visit(destroyCamera, "VDDestoryCamera", false);
     }
 
-    // How many successful loads have not been released.
-    int loads ZUL_GUARDED_BY(cameraCallMutex) = 0;
+    // The modules of the successful loads that have not been released, the bound one last.
+    std::vector<platform::ModuleHandle> loads ZUL_GUARDED_BY(cameraCallMutex);
 };
 
 // Defined in orxfunctions.cpp.
@@ -62,8 +63,8 @@ bool callDriver(const std::atomic<Function*>& procedure, Arguments... arguments)
 // Null when the module can't be loaded or lacks a required procedure.
 platform::ModuleHandle loadCameraDriver();
 
-// Gives back what loadCameraDriver answered. The last one unbinds the procedures, so that later calls fail
-// instead of running into a module that is gone.
+// Gives back what loadCameraDriver answered. The procedures are then those of the last load that is left, or
+// none, so that later calls fail instead of running into a module that is gone.
 void releaseCameraDriver(platform::ModuleHandle module);
 
 }  // namespace orx

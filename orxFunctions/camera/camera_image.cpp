@@ -14,8 +14,9 @@ constexpr std::int64_t kMostBytes = std::int64_t{1} << 31;
 
 bool isPossible(const TORXImage& picture) {
     const auto isSide = [](std::int32_t length) { return length > 0 && length <= kLongestSide; };
-    return picture.data != nullptr && picture.channels > 0 && isSide(picture.width) &&
-           isSide(picture.height) && std::int64_t{picture.width} * picture.height * 4 <= kMostBytes;
+    const bool hasColor = picture.channels == 3 || picture.channels == 4;
+    return picture.data != nullptr && isSide(picture.width) && isSide(picture.height) &&
+           std::int64_t{picture.width} * picture.height * (hasColor ? picture.channels : 1) <= kMostBytes;
 }
 
 Orientation orientationOf(const ImageTreatment& treatment) {

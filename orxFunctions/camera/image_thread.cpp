@@ -20,6 +20,9 @@ constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
 constexpr const char* kReadyParameter = "cameraReady";
 
+// Whether this thread is a grab thread in its callback.
+thread_local bool isInCallback = false;
+
 cv::Mat statusImage(int code) {
     cv::Mat image(200, 200, CV_8UC3, cv::Scalar::all(0));
     cv::putText(image, code == 1 ? "stop update image" : "camera not open", {0, 100}, cv::FONT_HERSHEY_PLAIN,
@@ -38,12 +41,12 @@ void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox
 }
 
 bool TImageThread::start() {
-    exitRequested = false;
     running = true;
     failCount_ = 0;
     frameCounter = 0;
     if (worker_.start(runOnThread, this)) return true;
     running = false;
+    pictureBox = nullptr;
     return false;
 }
 
@@ -59,6 +62,7 @@ void TImageThread::waitForEnd() {
         while (running) changed_.wait(sleepMutex_);
     }
     worker_.join();
+    exitRequested = false;  // not later: what asks from now on means the next thread
 }
 
 bool TImageThread::endAtUnload() {
@@ -83,6 +87,7 @@ void TImageThread::run() {
     }
     threadImage.release();
     idle_ = {};
+    pictureBox = nullptr;  // the host may destroy it now
     threadId_ = std::thread::id();
     const zul::LockGuard lock(sleepMutex_);
     running = false;
@@ -157,10 +162,11 @@ void TImageThread::pickBuffer() {
     std::swap(threadImage, free == idle_.end() ? idle_.front() : *free);
 }
 
-// The callback, which runs under the slot's mutex, may come back here.
+// A callback may come back here for its own slot, whose mutex it runs under, and for another one, whose
+// callback may be waiting for this one.
 template <typename Work>
 void TImageThread::withSlotMutex(const Work& work) {
-    if (isThisThread() && isInCallback_) {
+    if (isInCallback) {
         work();
         return;
     }
@@ -184,17 +190,17 @@ bool TImageThread::callBack() {
     const TDrawImgCallback call = drawImgCallback;
     if (!callbackEnabled || call == nullptr) return true;
     std::string problem;
-    isInCallback_ = true;
+    isInCallback = true;
     try {
         call(threadImage, cameraIdx);
-        isInCallback_ = false;
+        isInCallback = false;
         return true;
     } catch (const std::exception& error) {
         problem = error.what();
     } catch (...) {
         problem = "?";
     }
-    isInCallback_ = false;
+    isInCallback = false;
     zul::APPshowMessage(withNumber(textOf(CameraMessage::kCallbackFailed), cameraIdx + 1) + problem,
                         kErrorColor);
     return false;
@@ -203,6 +209,7 @@ bool TImageThread::callBack() {
 // A picture that nobody else refers to can't change any more and need not be copied: the next fetch takes
 // another buffer.
 void TImageThread::storeLatest() {
+    const zul::LockGuard lock(latestMutex_);
     if (isExclusive(threadImage)) {
         latestImage_ = threadImage;
         return;
@@ -212,12 +219,11 @@ void TImageThread::storeLatest() {
 }
 
 void TImageThread::pace() {
-    const std::int32_t wanted =
-        std::max<std::int32_t>(config == nullptr ? kDefaultFps : int{config->frameRate}, 1);
-    if (wanted != targetFps) {
-        targetFps = wanted;
-        measuredFps = wanted;
-        sleepMs = 1000 / wanted;
+    const std::int32_t wanted = config == nullptr ? kDefaultFps : int{config->frameRate};
+    if (wanted != targetFps) {  // as intended, always true of a rate below 1, which stays at one a second
+        targetFps = std::max<std::int32_t>(wanted, 1);
+        measuredFps = int{targetFps};
+        sleepMs = 1000 / targetFps;
         zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
         // As intended, no measurement starts here: where this was the first picture of eight, their time
         // counts from an older picture, and they are found too slow.
@@ -233,7 +239,10 @@ void TImageThread::pace() {
 
 void TImageThread::showStatus(int code) {
     cv::Mat image = statusImage(code);
-    withSlotMutex([&] { latestImage_ = image.clone(); });
+    withSlotMutex([&] {
+        const zul::LockGuard lock(latestMutex_);
+        latestImage_ = image.clone();
+    });
     TPictureBox* const box = pictureBox;
     if (box == nullptr || box->getParentHand() == nullptr) return;
     box->setImage(image, true);
@@ -249,7 +258,10 @@ void TImageThread::setCallback(bool enable, TDrawImgCallback f) {
 
 cv::Mat TImageThread::copyLatest() {
     cv::Mat copy;
-    withSlotMutex([&] { copy = latestImage_.clone(); });
+    withSlotMutex([&] {
+        const zul::LockGuard lock(latestMutex_);
+        copy = latestImage_.clone();
+    });
     return copy;
 }
 

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <limits>
 #include <opencv2/core.hpp>
 #include <string>
 #include <thread>
@@ -16,7 +17,7 @@
 
 namespace orx {
 
-// By slot: guards the callback and the latest image of that slot. Defined in orxfunctions.cpp.
+// By slot: held while the callback runs and the latest image is stored. Defined in orxfunctions.cpp.
 extern std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 // Serialises the starting and ending of grab threads. Defined there too.
 extern zul::Mutex grabLifecycleMutex;
@@ -75,17 +76,18 @@ class TImageThread {
 
     // The grab thread's own.
     int failCount_ = 0;
-    bool isInCallback_ = false;
     std::int32_t frameCounter = 0;  // pictures since the last measurement
     double tStart = 0.0;            // tick count at the first picture of a measurement
     double elapsedMs = 0.0;         // duration of the last measurement
     std::int32_t sleepMs = 50;      // pause before each turn
     const std::int32_t measureFrames = 8;
-    std::int32_t targetFps = 0;    // aimed at, as last taken from the configuration
+    // Aimed at, as last taken from the configuration; at first no rate that is asked for.
+    std::int32_t targetFps = std::numeric_limits<std::int32_t>::min();
     cv::Mat threadImage;           // of the last fetch
     std::array<cv::Mat, 2> idle_;  // buffers that may have become free for the next fetch
 
-    cv::Mat latestImage_;  // guarded by the slot's mutex
+    zul::Mutex latestMutex_;  // taken last, so that callbacks may ask for any slot
+    cv::Mat latestImage_ ZUL_GUARDED_BY(latestMutex_);
 
     std::atomic<bool> running{false};
     std::atomic<bool> exitRequested{false};

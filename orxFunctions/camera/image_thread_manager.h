@@ -60,11 +60,12 @@ class ORX_API TImageThreadManager {
 
     // Sets what is called with each new picture and the camera's logical number, on the grab thread. The
     // picture is the callback's to change while it runs; to keep it, keep a cv::Mat of it. A callback should
-    // be short and must not ask getThreadImage for its own slot. One that throws is reported to the user and
-    // counts as a failed fetch. When the call returns on another thread, the former callback has ended.
+    // be short. It gets what the picture box got before it: with a box, paint on a copy. One that throws is
+    // reported to the user and counts as a failed fetch. When the call returns on another thread, the former
+    // callback has ended.
     void setDrawImgCallbackFunc(bool enable, void (*f)(cv::Mat&, int), int idx);
 
-    // A copy of the latest picture; empty before the first and for a refused slot.
+    // A copy of the latest picture, before the first one that of initView; empty for a refused slot.
     cv::Mat getThreadImage(int idx);
     // Pictures per second as last measured; 0 for a refused slot.
     int getCurrentFrameRate(int idx);

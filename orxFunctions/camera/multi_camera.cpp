@@ -1,5 +1,6 @@
 #include "orxFunctions/camera/multi_camera.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "orxFunctions/camera/camera_brands_internal.h"
@@ -64,7 +65,7 @@ bool TMultiCamera::SetSortedCameraIdx(int* idx) {
 bool TMultiCamera::checkCameraIdx(int i) const {
     if (dllLoaded == 0) {
         showError(CameraMessage::kNoDriver);
-    } else if (i >= cameraNumber) {
+    } else if (i >= std::min<int>(cameraNumber, MAXCameraNum)) {  // a host may have set any number
         showError(CameraMessage::kIndexTooLarge);
     } else if (i < 0) {
         showError(CameraMessage::kIndexNegative);

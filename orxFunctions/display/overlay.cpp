@@ -119,7 +119,7 @@ void drawSelection(cv::Mat& picture, cv::Point2d centre, double radius, const Vi
                    const cv::Scalar& colour, int thickness) {
     drawRound(picture, centre, radius, mapping, colour, drawableThickness(thickness));
     const cv::Point2d at = mapping.toWindow(centre);
-    if (isNear(at)) cv::circle(picture, rounded(at), 2, colour, 1);
+    if (isNear(at)) cv::circle(picture, rounded(at), 2, colour, cv::FILLED);
 }
 
 }  // namespace orx::display

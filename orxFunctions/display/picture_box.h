@@ -85,7 +85,8 @@ class ORX_API TPictureBox {
     void showImageLast();
 
     // Image to window coordinates and back, as the image was last fitted and as the zoom is now. Both store
-    // the factors that they used in scaleX and scaleY. Before any image was shown the result is not finite.
+    // the factors that they used in scaleX and scaleY. Before any image was handed in the result is not
+    // finite; until it is shown, every point of it maps to (0, 0).
     cv::Point2d orig2ShowPoint(cv::Point2d p);
     cv::Point2d show2OrigPoint(cv::Point2d p);
     // The factors from image to window used last; 1.0 before.

@@ -16,6 +16,7 @@ namespace {
 constexpr std::uint64_t kElementBytes = 8;
 constexpr std::size_t kTextBytes = 255;
 constexpr std::uint64_t kMostBytesUnproven = std::uint64_t{1} << 30U;
+constexpr std::uint64_t kMostElements = std::uint64_t{1} << 59U;
 
 bool writeBytes(std::FILE* file, const void* bytes, std::size_t size) {
     return size == 0 || std::fwrite(bytes, 1, size, file) == size;
@@ -39,7 +40,7 @@ bool writePair(std::FILE* file, std::int32_t first, std::int32_t second) {
 // As many bytes as asked for, from the first element on; zeros beyond the end of the buffer that the matrix
 // views.
 bool writeElements(std::FILE* file, const cv::Mat& img, std::uint64_t size) {
-    const auto available = static_cast<std::uint64_t>(img.datalimit - img.data);
+    const auto available = static_cast<std::uint64_t>(img.dataend - img.data);
     const std::uint64_t present = std::min(size, available);
     return writeBytes(file, img.data, static_cast<std::size_t>(present)) && writeZeros(file, size - present);
 }
@@ -73,13 +74,14 @@ std::string readText(std::FILE* file) {
     return {field.begin(), std::find(field.begin(), field.end(), '\0')};
 }
 
-// Two sizes of 31 bits and the 3 bits of an element fit into 64.
+// Limited to what no file holds: two sizes of 31 bits and the 3 bits of an element don't fit into 64.
 std::uint64_t bytesOf(std::int64_t rows, std::int64_t cols) {
-    return static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(cols) * kElementBytes;
+    return std::min(static_cast<std::uint64_t>(rows * cols), kMostElements) * kElementBytes;
 }
 
 bool maySpend(std::uint64_t bytes, const std::string& path) {
     if (bytes <= kMostBytesUnproven) return true;
+    if (bytes >= kMostElements * kElementBytes) return false;
     std::error_code error;
     const std::uintmax_t length = std::filesystem::file_size(platform::toPath(path), error);
     return !error && length >= bytes;

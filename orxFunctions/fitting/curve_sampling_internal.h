@@ -8,8 +8,9 @@
 
 namespace orx {
 
-// Where sampling stops being useful and a list would fill the memory.
-constexpr double kMostCurveSamples = 1e7;
+// A longer list would fill the memory; a longer search, which keeps nothing, would take hours.
+constexpr double kMostListedSamples = 1e7;
+constexpr double kMostSearchedSamples = 1e10;
 
 // coefficients[0] + coefficients[1] x + coefficients[2] x^2 + ..., summed in this order.
 inline double evaluatePolynomial(const double* coefficients, std::size_t count, double x) {
@@ -23,17 +24,17 @@ inline double evaluatePolynomial(const double* coefficients, std::size_t count, 
 }
 
 // How many samples low, low + step, ... lie in [low, high], about; 0 when there are none or too many.
-inline std::size_t sampleCount(double low, double high, double step) {
+inline std::size_t sampleCount(double low, double high, double step, double most) {
     if (!(low <= high) || !(step > 0)) return 0;
     const double steps = (high - low) / step;
-    return steps < kMostCurveSamples ? static_cast<std::size_t>(steps) + 1 : 0;
+    return steps < most ? static_cast<std::size_t>(steps) + 1 : 0;
 }
 
 // Calls visit(x) for x = low, low + step, ... (a running sum) while x <= high; not at all when that would be
-// more than kMostCurveSamples. Ends early where the step has become too small to change x.
+// more than `most`. Ends early where the step has become too small to change x.
 template <class Visit>
-void forEachSample(double low, double high, double step, Visit visit) {
-    if (sampleCount(low, high, step) == 0) return;
+void forEachSample(double low, double high, double step, double most, Visit visit) {
+    if (sampleCount(low, high, step, most) == 0) return;
     for (double x = low; x <= high;) {
         visit(x);
         const double next = x + step;

@@ -4,17 +4,15 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "orxFunctions/fitting/drawing_internal.h"
+
 namespace orx {
 namespace {
 
 constexpr double kPi = 3.141592653589793;
 
-// To the nearest integer, ties to even. Beyond any image the value is limited, so that steep lines can't
-// overflow.
-int nearest(double v) {
-    constexpr double kLimit = 1 << 30;
-    return std::isnan(v) ? 0 : static_cast<int>(std::lrint(std::clamp(v, -kLimit, kLimit)));
-}
+// To the nearest integer, ties to even.
+int nearest(double v) { return static_cast<int>(std::lrint(limitedCoordinate(v))); }
 
 struct Stroke {
     cv::Scalar color;
@@ -49,11 +47,13 @@ cv::Point textOrigin(cv::Size image, cv::Size text, int corner) {
 
 void drawContours(cv::Mat& image, std::vector<cv::Point> points, int radius, cv::Scalar color, int thickness,
                   int lineType, int shift) {
+    if (!isDrawable(image)) return;
     for (const cv::Point& p : points) cv::circle(image, p, radius, color, thickness, lineType, shift);
 }
 
 void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double k, int thickness,
                int lineType, int shift) {
+    if (!isDrawable(image)) return;
     const Stroke stroke{color, thickness, lineType, shift};
     const double x = center.x;
     const double y = center.y;
@@ -66,6 +66,7 @@ void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double
 }
 
 void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thickness, int lineType, int shift) {
+    if (!isDrawable(image)) return;
     const Stroke stroke{color, thickness, lineType, shift};
     if (std::abs(k) < 1) {
         const int right = image.cols - 1;
@@ -78,6 +79,7 @@ void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thicknes
 
 void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, int thickness, int lineType,
                    int shift) {
+    if (!isDrawable(image)) return;
     const Stroke stroke{color, thickness, lineType, shift};
     const double sine = std::sin(theta);
     const double cosine = std::cos(theta);
@@ -93,15 +95,18 @@ void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, i
 
 void drawText(cv::Mat& image, std::string text, cv::Scalar /*color: always red, intended*/, int corner,
               double ratio) {
-    if (image.channels() != 3 || image.empty()) return;
+    if (image.channels() != 3 || !isDrawable(image)) return;
     constexpr int kFace = cv::FONT_HERSHEY_PLAIN;
     double scale = image.cols / ratio;
     constexpr double kLargestScale = 32767;  // OpenCV's limit of thickness
     if (!(std::abs(scale) <= kLargestScale)) return;
     const int thickness = nearest(scale);
+    if (thickness < 0) return;
     scale = thickness < 1 ? 1.0 : std::max(scale, 1.0);
     int baseline = 0;
     const cv::Size size = cv::getTextSize(text, kFace, scale, thickness, &baseline);
+    const bool overflowed = size.width < 0 || size.height < 0;
+    if (overflowed) return;
     cv::putText(image, text, textOrigin(image.size(), size, corner), kFace, scale, cv::Scalar(0, 0, 255),
                 thickness, cv::LINE_8, false);
 }

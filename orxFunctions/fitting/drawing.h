@@ -33,8 +33,8 @@ ORX_API void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar 
 
 // A caption in a corner of a 3-channel image (others are left alone): 0 top right, 1 bottom right, 2 top
 // left, 3 bottom left, any other value at (0, 0). `ratio` is the image width in pixels at which the font
-// scale is 1; nothing is drawn for a ratio of 0 or one that asks for a scale above 32,767. The text is always
-// red; `color` is accepted and deliberately not used.
+// scale is 1; nothing is drawn for a ratio of 0 or one that asks for a scale below 0 or above 32,767. The
+// text is always red; `color` is accepted and deliberately not used.
 ORX_API void drawText(cv::Mat& image, std::string text, cv::Scalar color, int corner, double ratio);
 
 }  // namespace orx

@@ -29,9 +29,9 @@ struct AxisBands {
     double maxHigh;
 
     bool accept(const TEllipse& ellipse) const {
+        if (std::isnan(ellipse.width) || std::isnan(ellipse.height)) return false;
         const auto shorter = static_cast<double>(std::min(ellipse.width, ellipse.height));
         const auto longer = static_cast<double>(std::max(ellipse.width, ellipse.height));
-        // Sizes that are not numbers fail every comparison.
         return minLow <= shorter && shorter <= minHigh && maxLow <= longer && longer <= maxHigh;
     }
 };

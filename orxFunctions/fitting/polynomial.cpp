@@ -9,6 +9,7 @@
 
 #include "orxFunctions/fitting/curve_sampling_internal.h"
 #include "orxFunctions/fitting/curve_trace_internal.h"
+#include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/fitting/polynomial_solve_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
@@ -65,8 +66,8 @@ void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::v
     }
     const double step = tracedListStep(digits);
     list.clear();
-    list.reserve(sampleCount(low, high, step));
-    forEachSample(low, high, step, [&](double x) { list.emplace_back(x, valueAt(x)); });
+    list.reserve(sampleCount(low, high, step, kMostListedSamples));
+    forEachSample(low, high, step, kMostListedSamples, [&](double x) { list.emplace_back(x, valueAt(x)); });
 }
 
 // target = source. In pieces: one long copy may be left to the processor's string move, which takes several
@@ -82,11 +83,7 @@ void copySamples(const std::vector<cv::Point2d>& source, std::vector<cv::Point2d
     }
 }
 
-// A row of an image; far outside every image the value is limited.
-int toRow(double y) {
-    constexpr double kLimit = 1 << 30;
-    return std::isnan(y) ? 0 : static_cast<int>(std::lround(std::clamp(y, -kLimit, kLimit)));
-}
+int toRow(double y) { return static_cast<int>(std::lround(limitedCoordinate(y))); }
 
 }  // namespace
 
@@ -157,10 +154,10 @@ cv::Point2d TPolynomial::getExtremeValue(int minX, int maxX, int mode) const {
     double high = last;
     cv::Point2d best(0, 0);
     for (int level = 0; level <= kRefinements; ++level) {
-        if (sampleCount(low, high, 1) == 0) return {0, 0};
         const double step = 1 / std::pow(10.0, level);
         ExtremeSearch search(mode == 1);
-        forEachSample(low, high, step, [&](double x) { search.offer(x, list.valueAt(x)); });
+        forEachSample(low, high, step, kMostSearchedSamples,
+                      [&](double x) { search.offer(x, list.valueAt(x)); });
         best = search.best();
         low = std::max(first, best.x - 10 * step);
         high = std::min(last, best.x + 10 * step);
@@ -193,7 +190,7 @@ void TPolynomial::getPloySlopeList(std::vector<cv::Point2d>& list, int digits) c
 
 void TPolynomial::draw(cv::Mat& image, const cv::Scalar& colour, int thickness, int lineType,
                        int shift) const {
-    if (image.empty()) return;
+    if (!isDrawable(image)) return;
     const CoefficientList list(coefficients);
     std::vector<cv::Point> curve;
     curve.reserve(static_cast<std::size_t>(image.cols));

@@ -50,8 +50,7 @@ class ORX_API TPolynomial {
     // The maximum (mode 1) or minimum (any other) in [minX, maxX] as (x, y). Searched in steps of 1, then
     // within 10 steps of the best in steps of 0.1, 0.01 and 0.001; the best of the last level is the result,
     // the smallest x among equals. A peak narrower than a step can be missed. Swapped bounds are exchanged,
-    // with a trace line; equal bounds give (0, 0), with another; so does, without one, a range of ten million
-    // or more.
+    // with a trace line; equal bounds give (0, 0), with another.
     cv::Point2d getExtremeValue(int minX, int maxX, int mode) const;
 
     // False without coefficients, the argument untouched.

@@ -92,7 +92,8 @@ cv::Point2d TSplineCurve::getExtremeValue(double minX, double maxX, int mode) co
     if (!orderedBounds(minX, maxX)) return {0, 0};
     AscendingEvaluator evaluator(segments);
     ExtremeSearch search(mode == 1);
-    forEachSample(minX, maxX, kStep, [&](double x) { search.offer(x, evaluator.valueAt(x)); });
+    forEachSample(minX, maxX, kStep, kMostSearchedSamples,
+                  [&](double x) { search.offer(x, evaluator.valueAt(x)); });
     return search.best();
 }
 
@@ -106,8 +107,9 @@ void TSplineCurve::getSplineList(std::vector<cv::Point2d>& list, int digits) con
     const double step = tracedListStep(digits);
     AscendingEvaluator evaluator(segments);
     list.clear();
-    list.reserve(sampleCount(low, high, step));
-    forEachSample(low, high, step, [&](double x) { list.emplace_back(x, evaluator.valueAt(x)); });
+    list.reserve(sampleCount(low, high, step, kMostListedSamples));
+    forEachSample(low, high, step, kMostListedSamples,
+                  [&](double x) { list.emplace_back(x, evaluator.valueAt(x)); });
 }
 
 }  // namespace orx

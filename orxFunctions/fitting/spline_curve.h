@@ -40,7 +40,7 @@ class ORX_API TSplineCurve {
     // The maximum (mode 1) or minimum (any other) as (x, y), searched in steps of 0.01 over the whole chain
     // or over [minX, maxX]; the smallest x among equals, values that are not numbers last. Swapped bounds are
     // exchanged, with a trace line; equal bounds give (0, 0), with another; so do, without one, an empty
-    // chain in the first form, bounds that are not finite, and ranges of ten million steps or more.
+    // chain in the first form, bounds that are not finite, and ranges of ten thousand million steps or more.
     cv::Point2d getExtremeValue(int mode) const;
     cv::Point2d getExtremeValue(double minX, double maxX, int mode) const;
 

@@ -1,5 +1,7 @@
 #include "orxFunctions/foundation/image_convert.h"
 
+#include <cstdint>
+
 namespace orx {
 namespace {
 
@@ -17,7 +19,14 @@ int matTypeOf(std::int32_t channels) {
 }  // namespace
 
 void ORXImage2Mat(TORXImage* img, cv::Mat& out) {
-    out = cv::Mat(img->height, img->width, matTypeOf(img->channels), img->data);
+    // OpenCV makes no header over no buffer, unless it is empty.
+    std::uint8_t nothing = 0;
+    const bool isNull = img->data == nullptr;
+    out = cv::Mat(img->height, img->width, matTypeOf(img->channels), isNull ? &nothing : img->data);
+    if (isNull) {
+        out.data = nullptr;
+        out.datastart = out.dataend = out.datalimit = nullptr;
+    }
 }
 
 void Mat2ORXImage(cv::Mat& m, TORXImage* img) {

@@ -84,7 +84,7 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     bool hasPicture_ ZUL_GUARDED_BY(lock_) = false;
     bool hasTraced_ ZUL_GUARDED_BY(lock_) = false;
 
-    std::recursive_mutex listenerLock_;  // a listener may take itself off while it is called
+    std::recursive_mutex listenerLock_;  // a message may be sent while another one is handled
     MouseListener* listener_ = nullptr;
 };
 

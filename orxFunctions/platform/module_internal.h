@@ -46,6 +46,9 @@ void freeModule(ModuleHandle module);
 // The full name of the file that a module was loaded from; empty when it can't be found out.
 std::filesystem::path fileOfModule(ModuleHandle module);
 
+// The folder of the program of this process.
+std::filesystem::path programFolder();
+
 // When a file was last written, in seconds since 1970-01-01 UTC. False when it can't be asked.
 bool modificationTime(const std::filesystem::path& file, std::int64_t& seconds);
 

@@ -70,6 +70,8 @@ fs::path fileOfModule(ModuleHandle module) {
     return fs::absolute(entry->l_name, ignored);
 }
 
+fs::path programFolder() { return fs::path(zul::getExeFileName()).parent_path(); }
+
 bool modificationTime(const fs::path& file, std::int64_t& seconds) {
     struct stat info = {};
     if (stat(file.c_str(), &info) != 0) return false;

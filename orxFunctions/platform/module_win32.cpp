@@ -65,6 +65,9 @@ fs::path fileOfModule(ModuleHandle module) {
     }
 }
 
+// By its wide name: some names in code page 936 read as UTF-8, too.
+fs::path programFolder() { return fileOfModule(nullptr).parent_path(); }
+
 bool modificationTime(const fs::path& file, std::int64_t& seconds) {
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &data) == 0) return false;

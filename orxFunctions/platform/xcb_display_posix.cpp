@@ -82,7 +82,8 @@ const char* XcbDisplay::findProblem() {
 }
 
 std::size_t XcbDisplay::largestUpload() const {
-    return std::size_t{4} * xcb_get_maximum_request_length(connection_) - kRequestHead;
+    const std::size_t bytes = std::size_t{4} * xcb_get_maximum_request_length(connection_);
+    return bytes > kRequestHead ? bytes - kRequestHead : 0;
 }
 
 bool XcbDisplay::succeeded(xcb_void_cookie_t request) const {

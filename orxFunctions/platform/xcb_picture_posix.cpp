@@ -50,7 +50,10 @@ bool XcbPicture::makePixmap(XcbDisplay& display, cv::Size size) {
 
 void XcbPicture::send(XcbDisplay& display) const {
     const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(pixels_.cols);
-    const int rows = static_cast<int>(std::max<std::size_t>(1, display.largestUpload() / rowBytes));
+    const std::size_t most = display.largestUpload();
+    if (most == 0) return;
+    const auto rows =
+        static_cast<int>(std::clamp(most / rowBytes, std::size_t{1}, static_cast<std::size_t>(pixels_.rows)));
     for (int first = 0; first < pixels_.rows; first += rows) {
         const int count = std::min(rows, pixels_.rows - first);
         xcb_put_image(

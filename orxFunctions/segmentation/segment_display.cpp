@@ -1,4 +1,5 @@
 // Drawing of segmented contours.
+#include <cstdint>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
@@ -70,6 +71,20 @@ void drawArc(cv::Mat& image, const TSegemetCircle& circle, const cv::Scalar& col
 
 cv::Point toPoint(cv::Vec2i v) { return {v[0], v[1]}; }
 
+// The part of a line that can be seen: OpenCV takes very long for thick lines that go far outside, and fails
+// where their length does not fit into 32 bits.
+void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour, int thickness) {
+    constexpr int kMargin = 1000;  // where a line is cut is not seen
+    cv::Point2l first(from.x + std::int64_t{kMargin}, from.y + std::int64_t{kMargin});
+    cv::Point2l last(to.x + std::int64_t{kMargin}, to.y + std::int64_t{kMargin});
+    const cv::Size2l size(image.cols + std::int64_t{2 * kMargin}, image.rows + std::int64_t{2 * kMargin});
+    if (!cv::clipLine(size, first, last)) return;
+    const auto toPixel = [](const cv::Point2l& p) {
+        return cv::Point(static_cast<int>(p.x) - kMargin, static_cast<int>(p.y) - kMargin);
+    };
+    cv::line(image, toPixel(first), toPixel(last), colour, thickness, cv::LINE_8);
+}
+
 cv::Point middleOf(const TSegemetLine& line) {
     const auto middle = [](int a, int b) { return static_cast<int>((static_cast<long long>(a) + b) / 2); };
     return {middle(line.startPoint[0], line.endPoint[0]), middle(line.startPoint[1], line.endPoint[1])};
@@ -102,7 +117,7 @@ void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLi
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
-        cv::line(image, toPoint(line.startPoint), toPoint(line.endPoint), colours.next(), 1, cv::LINE_8);
+        drawLine(image, toPoint(line.startPoint), toPoint(line.endPoint), colours.next(), 1);
     }
 }
 
@@ -111,7 +126,7 @@ void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegeme
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
-        cv::line(image, line.fitStartPoint, line.fitEndPoint, colours.next(), 2, cv::LINE_8);
+        drawLine(image, line.fitStartPoint, line.fitEndPoint, colours.next(), 2);
     }
 }
 
@@ -155,7 +170,7 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
         const TCircleList& circles = contourCircles.back();
         if (drawTheLines) {
             for (const TSegemetLine& line : lines) {
-                cv::line(image, toPoint(line.startPoint), toPoint(line.endPoint), kLineColour, 2, cv::LINE_8);
+                drawLine(image, toPoint(line.startPoint), toPoint(line.endPoint), kLineColour, 2);
             }
         }
         if (drawTheArcs) {

@@ -58,7 +58,8 @@ Errors diskErrors(double radius, const Look& look, int trials) {
     Errors errors;
     for (int i = 0; i < trials; ++i) {
         const int size = static_cast<int>(2 * radius) + 30;
-        const cv::Point2d centre(size / 2 + random.uniform(-0.5, 0.5), size / 2 + random.uniform(-0.5, 0.5));
+        const int middle = size / 2;
+        const cv::Point2d centre(middle + random.uniform(-0.5, 0.5), middle + random.uniform(-0.5, 0.5));
         Look varied = look;
         varied.seed = i;
         const auto contours = find(edge_scene::disk({size, size}, centre, radius, varied));

@@ -122,6 +122,8 @@ TEST_P(CalibrationFile, AnyDescriptionComesBackByteForByte) {
                                       std::string(500, '['),
                                       std::string(500, '-'),
                                       std::string(500, '<'),
+                                      std::string(600, '\t') + "a",
+                                      std::string(3900, 'x') + "\nend",
                                       std::string(5000, 'x'),
                                       std::string(70000, '\n')};
     std::mt19937 generator(5);
@@ -153,6 +155,12 @@ TEST(CalibrateData2File, WritesTheKeysInOrder) {
                                         "isDistortionConfig"}));
     EXPECT_EQ(static_cast<std::string>(storage["description"]), "line [1] \xe7\x9b\xb8\xe6\x9c\xba");
     EXPECT_EQ(static_cast<int>(storage["isDistortionConfig"]), 1);
+    for (const std::string text : {"two\nlines,\ta tabulator", "\r\nlong "}) {
+        const std::string repeated = text + std::string(900, 'a');
+        orx::calibrateData2File(kIntrinsic, kDistortion, {640, 480}, repeated, folder / "c.yml");
+        const cv::FileStorage again(folder / "c.yml", cv::FileStorage::READ);
+        EXPECT_EQ(static_cast<std::string>(again["description"]), repeated);
+    }
     EXPECT_NE(test::bytesOf(folder / "c.yml").find("imageSize: [ 640, 480 ]"), std::string::npos);
 }
 
@@ -204,6 +212,11 @@ TEST(CalibrateDataFromFile, BrokenFilesAreRefused) {
         yaml(matrix + "3\n   cols: 3\n   dt: d\n   data: [ 1. ]\n"),
         yaml(matrix + "1\n   cols: 1\n   dt: \"99999q\"\n   data: [ 1. ]\n"),
         yaml("isDistortionConfig: 1\nimageIntrinsic: 5\n"),
+        yaml("isDistortionConfig: 1\nimageIntrinsic: !!opencv-nd-matrix\n   sizes: [ " + repeated("1,", 99) +
+             " 1 ]\n   dt: d\n   data: [ 1. ]\n"),
+        yaml("isDistortionConfig: 1\nimageIntrinsic: !!opencv-nd-matrix\n   sizes: [ 2029953363, 219531153, "
+             "5, "
+             "109, 223, 3821, 24923, 1421227 ]\n   dt: d\n   data: [ 1. ]\n"),
         yaml("a: " + repeated("[", 100000)),
         yaml("a: " + repeated("b: ", 100000)),
         yaml("a:\n " + repeated("- ", 100000)),

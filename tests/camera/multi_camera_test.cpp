@@ -119,6 +119,13 @@ TEST_F(MultiCamera, LogicalNumbersAreMappedToSlots) {
     cams_.setCameraNumber(5);
     EXPECT_FALSE(cams_.GetImage(image, 4, false, 0));
     EXPECT_THAT(host_.takeMessages(), ElementsAre(error(kNegative))) << "slot -7";
+
+    cams_.cameraNumber = 12;  // more than there can be
+    order[0] = 10;
+    cams_.SetSortedCameraIdx(order);
+    EXPECT_FALSE(cams_.haveOpen(0));
+    EXPECT_FALSE(cams_.haveOpen(11));
+    EXPECT_THAT(host_.takeMessages(), ElementsAre(error(kTooLarge), error(kTooLarge)));
 }
 
 TEST_F(MultiCamera, WrongNumbersAreToldByEveryOperation) {

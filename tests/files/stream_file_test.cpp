@@ -95,6 +95,10 @@ TEST_F(StreamFile, ViewsAreWrittenAsTheyLieInMemory) {
     cv::Mat wide(1, 24, CV_8U, cv::Scalar(1));
     ASSERT_TRUE(orx::image2StreamFile(wide(cv::Rect(20, 0, 4, 1)), {1, 1}, path, ""));
     EXPECT_EQ(test::bytesOf(path).substr(8, 32), padded("\1\1\1\1", 32));
+    // A header over host memory owns no padding behind its last row.
+    uchar bytes[10] = {1, 2, 3, 0, 0, 4, 5, 6, 99, 99};
+    ASSERT_TRUE(orx::image2StreamFile(cv::Mat(2, 3, CV_8UC1, bytes, 5), {1, 1}, path, ""));
+    EXPECT_EQ(test::bytesOf(path).substr(8, 48), padded({"\1\2\3\0\0\4\5\6", 8}, 48));
 }
 
 TEST_F(StreamFile, ManyDimensionsCountAsOneElement) {
@@ -136,7 +140,8 @@ TEST_F(StreamFile, HostileSizesAreRefused) {
                                          {INT_MAX, INT_MAX},
                                          {1 << 20, 1 << 20},
                                          {1 << 14, (1 << 13) + 1},
-                                         {1 << 30, 1 << 30}};
+                                         {1 << 30, 1 << 30},
+                                         {1073807362, 2147352580}};  // their bytes are 64 modulo 2^64
     for (const auto& [rows, cols] : sizes) {
         test::writeBytes(path, int32(rows) + int32(cols) + std::string(40, 'x'));
         const Loaded loaded(path);

@@ -89,6 +89,20 @@ TEST(DrawLine, LinesBeyondTheImageAreSafe) {
     EXPECT_EQ(line(0.5, 1, {0, 0}), Pixels());
     EXPECT_EQ(line(5, 1, {0, 0}), Pixels());
     EXPECT_EQ(cross(0, std::numeric_limits<int>::max()).size(), 41U);
+    cv::Mat image(50, 50, CV_8UC1, cv::Scalar(0));
+    for (const double k : {0.0, 0.3, std::nan("")}) {
+        orx::drawCorss(image, {25, 25}, kWhite, std::numeric_limits<int>::max(), k, 2, cv::LINE_8, 0);
+    }
+    EXPECT_EQ(image.at<uchar>(25, 3), 255) << "thick and long";
+}
+
+TEST(Drawing, ImagesOfMoreDimensionsStayAsTheyAre) {
+    cv::Mat volume(std::vector<int>{3, 4, 5}, CV_8UC1, cv::Scalar(0));
+    orx::drawContours(volume, {{1, 1}}, 1, kWhite, 1, cv::LINE_8, 0);
+    orx::drawCorss(volume, {1, 1}, kWhite, 2, 0, 1, cv::LINE_8, 0);
+    orx::drawLine(volume, 0.5, 1, kWhite, 1, cv::LINE_8, 0);
+    orx::drawLineHough(volume, 1, 1, kWhite, 1, cv::LINE_8, 0);
+    EXPECT_EQ(cv::countNonZero(volume), 0);
 }
 
 Pixels hough(double theta, double rho) {
@@ -156,8 +170,12 @@ TEST(DrawText, OnlyOnThreeChannelsAndWithASensibleRatio) {
     orx::drawText(grey, "text", kWhite, 3, 100);
     EXPECT_EQ(cv::countNonZero(grey), 0);
     cv::Mat color = cv::Mat::zeros(100, 100, CV_8UC3);
-    for (const double ratio : {0.0, 1e-300, std::nan("")}) orx::drawText(color, "text", kWhite, 3, ratio);
+    for (const double ratio : {0.0, 1e-300, -0.01, std::nan("")})
+        orx::drawText(color, "text", kWhite, 3, ratio);
     EXPECT_EQ(cv::countNonZero(color.reshape(1)), 0);
+    cv::Mat wide = cv::Mat::zeros(10, 320, CV_8UC3);
+    orx::drawText(wide, std::string(6000, 'W'), kWhite, 3, 0.01);
+    EXPECT_EQ(cv::countNonZero(wide.reshape(1)), 0) << "a text wider than 32 bits can say";
     cv::Mat empty;
     orx::drawText(empty, "text", kWhite, 3, 100);
     EXPECT_TRUE(empty.empty());

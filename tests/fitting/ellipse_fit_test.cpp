@@ -223,6 +223,16 @@ TEST(FitEllipseNorm, AxisOutsideItsBandIsReportedUngraded) {
     }
 }
 
+// Near two parallel lines the square of the second axis is negative.
+TEST(FitEllipseNorm, AnAxisThatIsNoNumberIsInNoBand) {
+    const orx::TEllipse e = orxFit::fitEllipseNorm(
+        {{-476, -516}, {20848, 20816}, {-8476, -8516}, {-8020, -8060}, {3404, 3364}, {780, 740}}, 1e6, 0.1, 0,
+        kAny, 0, kAny);
+    ASSERT_TRUE(std::isnan(e.width) || std::isnan(e.height));
+    EXPECT_EQ(e.valid, 0);
+    EXPECT_EQ(e.inlierRatio, 0.0F);
+}
+
 TEST(FitEllipseNorm, GradesAlongTheRaysFromTheCentre) {
     Points points = TrueEllipse{300, 200, 50, 80, 25}.sample(300, 0, 360, 1.5);
     const orx::TEllipse rough = fitAll(points, 1, 0.99);

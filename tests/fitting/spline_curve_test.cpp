@@ -152,6 +152,14 @@ TEST(TSplineCurve, FindsExtremesInHundredths) {
     EXPECT_EQ(curve.getExtremeValue(20.0, 21.0, 1).x, 20);
 }
 
+TEST(TSplineCurve, LongChainsAreSearchedWhole) {
+    orx::TSplineCurve curve;
+    curve.fit({0, 40000, 80000, 110000}, {0, 0, 1, 0}, 1);
+    const cv::Point2d top = curve.getExtremeValue(1);
+    EXPECT_NEAR(top.x, 80000, 0.011);
+    EXPECT_NEAR(top.y, 1, 1e-6);
+}
+
 TEST(TSplineCurve, HugeRangesEnd) {
     const double inf = std::numeric_limits<double>::infinity();
     orx::TSplineCurve curve = waveCurve(5, 1);

@@ -74,6 +74,14 @@ TEST(RawImages, BecomeHeadersOverTheSameBuffer) {
         EXPECT_EQ(header.data, pixels);
         EXPECT_TRUE(header.isContinuous());
     }
+
+    orx::TORXImage raw;
+    raw.width = 3;
+    raw.height = 2;
+    cv::Mat header(5, 5, CV_8UC1);
+    orx::ORXImage2Mat(&raw, header);
+    EXPECT_EQ(header.size(), cv::Size(3, 2)) << "a header over no buffer";
+    EXPECT_EQ(header.data, nullptr);
 }
 
 TEST(RawImages, DescribeAMatrixWithoutCopying) {

@@ -109,6 +109,22 @@ TEST(SegmentDisplay, KeyPointsCarryTheirIndices) {
     EXPECT_EQ(painted(untouched), 0) << "not key points";
 }
 
+TEST(SegmentDisplay, LinesThatGoFarOutsideAreDrawnInside) {
+    constexpr int kFar = std::numeric_limits<int>::max();
+    TSegemetLine line = chordOf(straight({5, 20}, {40, 20}));
+    for (const auto& [from, to] : {std::pair<cv::Point, cv::Point>{{-100, -1}, {4, kFar}},
+                                   {{1000000, kFar - 1}, {-16, -kFar - 1}},
+                                   {{20, -(1 << 30)}, {20, 10}}}) {
+        line.fitStartPoint = from;
+        line.fitEndPoint = to;
+        cv::Mat image = cv::Mat::zeros(40, 40, CV_8UC1);
+        TSegmentContour::disPlayFitLinesForTest(image, {line});
+        if (to.x == 20) {
+            EXPECT_NE(image.at<cv::Vec3b>(5, 20), kBlack);
+        }
+    }
+}
+
 TEST(SegmentDisplay, DegenerateArcsAreNotDrawn) {
     TSegemetCircle infinite;
     infinite.radius = std::numeric_limits<double>::infinity();
