@@ -99,6 +99,15 @@ TEST_F(FileNameTie, FilesAreOpenedByTheNamesThatTheyAreListedBy) {
     }
 }
 
+TEST_F(FileNameTie, VariantsOfAnImageAreNamedAfterIt) {
+    std::ofstream(folder.path() / (kTieInUtf8 + L".pgm"), std::ios::binary) << "P5 1 1 255 x";
+    const orx::TAugmentationReport report =
+        orx::ImageDataAugmentation().augment(folder.name(), elsewhere.name());
+    EXPECT_GT(report.written, 0);
+    for (const auto& entry : fs::directory_iterator(elsewhere.path()))
+        EXPECT_EQ(entry.path().filename().native().rfind(kTieInUtf8 + L"_", 0), 0U) << entry.path();
+}
+
 TEST_F(FileNameTie, CalibrationFilesHaveTheNamesOfAllOthers) {
     const cv::Mat matrix = (cv::Mat_<double>(1, 2) << 0.1, -2);
     for (const std::string& ending : {std::string(".yml"), std::string(".xml.gz")}) {
