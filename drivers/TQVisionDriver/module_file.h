@@ -1,4 +1,4 @@
-// What the operating system knows about the file of this module.
+// What the operating system knows about the file of this module, and about the process.
 #ifndef DRIVERS_TQVISIONDRIVER_MODULE_FILE_H
 #define DRIVERS_TQVISIONDRIVER_MODULE_FILE_H
 
@@ -8,6 +8,9 @@ namespace vision {
 
 // The folder of the file that contains this function; empty when the system does not tell.
 std::filesystem::path moduleFolder();
+
+// The path that an environment variable names, in any characters; empty when it is not set.
+std::filesystem::path pathFromEnvironment(const char* variable);
 
 // Keeps the module in memory until the process ends, since threads of Aravis and of its own run in it. (On
 // POSIX the linker has done so already: -z nodelete.)

@@ -16,6 +16,11 @@ std::filesystem::path moduleFolder() {
     return failed ? std::filesystem::path() : file.parent_path();
 }
 
+std::filesystem::path pathFromEnvironment(const char* variable) {
+    const char* const named = std::getenv(variable);
+    return named != nullptr ? std::filesystem::path(named) : std::filesystem::path();
+}
+
 void keepModuleLoaded() {}
 
 void atProcessEnd(void (*function)()) { std::atexit(function); }

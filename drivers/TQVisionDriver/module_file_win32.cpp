@@ -1,11 +1,14 @@
 #include <windows.h>
 
+#include <cstring>
 #include <string>
 
 #include "drivers/TQVisionDriver/module_file.h"
 
 namespace vision {
 namespace {
+
+constexpr std::size_t kLongestPath = 32767;  // characters; of an environment variable, too
 
 // Any address inside the module names it.
 HMODULE thisModule(DWORD flags) {
@@ -20,12 +23,21 @@ HMODULE thisModule(DWORD flags) {
 std::filesystem::path moduleFolder() {
     const HMODULE module = thisModule(GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT);
     if (module == nullptr) return {};
-    // The longest path that Windows knows has 32,767 characters.
-    std::wstring file(32768, L'\0');
+    std::wstring file(kLongestPath + 1, L'\0');
     const DWORD length = GetModuleFileNameW(module, file.data(), static_cast<DWORD>(file.size()));
     if (length == 0 || length >= file.size()) return {};
     file.resize(length);
     return std::filesystem::path(file).parent_path();
+}
+
+std::filesystem::path pathFromEnvironment(const char* variable) {
+    // In place of getenv, whose texts lack what the code page of the process lacks.
+    const std::wstring name(variable, variable + std::strlen(variable));
+    std::wstring value(kLongestPath + 1, L'\0');
+    const DWORD length =
+        GetEnvironmentVariableW(name.c_str(), value.data(), static_cast<DWORD>(value.size()));
+    value.resize(length < value.size() ? length : 0);
+    return value;
 }
 
 void keepModuleLoaded() { thisModule(GET_MODULE_HANDLE_EX_FLAG_PIN); }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -170,10 +169,9 @@ Settings parseSettings(const std::string& text, const std::filesystem::path& bas
 
 bool readSettings(Settings& settings) {
     settings = Settings();
-    const char* const named = std::getenv("TQVISION_CONFIG");
-    const bool asked = named != nullptr && *named != '\0';
-    const std::filesystem::path file =
-        asked ? std::filesystem::path(named) : moduleFolder() / "TQVisionDriver.ini";
+    const std::filesystem::path named = pathFromEnvironment("TQVISION_CONFIG");
+    const bool asked = !named.empty();
+    const std::filesystem::path file = asked ? named : moduleFolder() / "TQVisionDriver.ini";
     std::error_code failed;
     // A folder or a device opens like a file, and a device may never end.
     if (!std::filesystem::is_regular_file(file, failed)) {

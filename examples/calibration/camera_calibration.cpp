@@ -5,6 +5,8 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "support/picture_file.h"
+
 namespace calibration {
 namespace {
 
@@ -35,7 +37,7 @@ std::vector<Photograph> readPhotographs(const std::vector<std::string>& files, c
     for (const std::string& file : files) {
         Photograph photograph;
         photograph.file = file;
-        const cv::Mat grey = cv::imread(file, cv::IMREAD_GRAYSCALE);
+        const cv::Mat grey = host::readPicture(std::filesystem::u8path(file), cv::IMREAD_GRAYSCALE);
         if (imageSize.empty()) imageSize = grey.size();
         if (!grey.empty() && grey.size() == imageSize) photograph.corners = findCorners(grey, board);
         photographs.push_back(photograph);

@@ -15,7 +15,7 @@ struct Board {
 };
 
 struct Photograph {
-    std::string file;
+    std::string file;                  // in UTF-8
     std::vector<cv::Point2f> corners;  // sub-pixel, row by row; empty where the board was not found
     double error = 0;                  // pixels, root mean square over its corners; set by calibrate
 };
@@ -31,7 +31,7 @@ struct Calibration {
 // The corners of the board in a grey picture; empty when it is not there whole.
 std::vector<cv::Point2f> findCorners(const cv::Mat& grey, const Board& board);
 
-// Looks for the board in each file. Files that are no pictures have no corners.
+// Looks for the board in each file, named in UTF-8. Files that are no pictures have no corners.
 std::vector<Photograph> readPhotographs(const std::vector<std::string>& files, const Board& board,
                                         cv::Size& imageSize);
 

@@ -1,5 +1,6 @@
 // Prints a chessboard, finds it in photographs, calibrates the camera and undoes its distortion.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,8 +9,12 @@
 
 #include "examples/calibration/camera_calibration.h"
 #include "orxFunctions/orxfunctions.h"
+#include "support/command_line.h"
+#include "support/picture_file.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 struct Options {
     std::string target;
@@ -38,7 +43,7 @@ std::string quotedForShell(const std::string& text) {
 int printTarget(const Options& options) {
     const cv::Size size(options.targetWidth, options.targetHeight);
     const cv::Mat target = orx::createCalibrateImage(size, options.targetSquare, options.targetMargin);
-    if (target.empty() || !cv::imwrite(options.target, target))
+    if (target.empty() || !host::writePicture(fs::u8path(options.target), target))
         return fail("can't write the target", options.target);
     const cv::Size corners = calibration::targetCorners(size, options.targetSquare, options.targetMargin);
     std::printf("%s: a board of %d x %d inner corners\n", options.target.c_str(), corners.width,
@@ -49,7 +54,7 @@ int printTarget(const Options& options) {
 void printReport(const std::vector<calibration::Photograph>& photographs,
                  const calibration::Calibration& result) {
     for (const calibration::Photograph& photograph : photographs) {
-        const std::string name = zul::extractFileName(photograph.file);
+        const std::string name = fs::u8path(photograph.file).filename().u8string();
         if (photograph.corners.empty()) {
             std::printf("  %-20s board not found\n", name.c_str());
         } else {
@@ -77,18 +82,34 @@ bool storeAndReload(const std::string& file, const std::string& description,
 
 bool writeUndistorted(const std::string& file, const std::string& folder,
                       const calibration::Calibration& camera) {
-    const cv::Mat image = cv::imread(file, cv::IMREAD_COLOR);
+    const cv::Mat image = host::readPicture(fs::u8path(file), cv::IMREAD_COLOR);
     cv::Mat straight;
     if (image.empty()) return false;
     cv::undistort(image, straight, camera.intrinsic, camera.distortion);
-    const std::filesystem::path name = std::filesystem::path(file).stem().string() + "-undistorted.png";
-    return cv::imwrite((std::filesystem::path(folder) / name).string(), straight);
+    fs::path target = fs::u8path(folder) / fs::u8path(file).stem();
+    target += "-undistorted.png";
+    return host::writePicture(target, straight);
+}
+
+// Not by FileOperator::listFiles, whose names are in code page 936 on Windows.
+std::vector<std::string> listPhotographs(const std::string& folder) {
+    std::vector<std::string> files;
+    std::error_code error;
+    for (fs::directory_iterator entry(fs::u8path(folder), error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const std::string extension = entry->path().extension().u8string();
+        if (extension == ".jpg" || extension == ".JPG") files.push_back(entry->path().u8string());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 int calibrateFrom(const Options& options) {
-    const std::vector<std::string> files = FileOperator::listFiles(options.photographs, ".jpg");
+    const std::vector<std::string> files = listPhotographs(options.photographs);
     if (files.empty()) return fail("no .jpg photographs in", options.photographs);
-    if (!FileOperator::createFolder(options.out)) return fail("can't create", options.out);
+    std::error_code error;
+    fs::create_directories(fs::u8path(options.out), error);
+    if (error) return fail("can't create", options.out);
     cv::Size imageSize;
     std::vector<calibration::Photograph> photographs =
         calibration::readPhotographs(files, options.board, imageSize);
@@ -97,7 +118,7 @@ int calibrateFrom(const Options& options) {
         return fail("the board is visible in fewer than 3 photographs of", options.photographs);
     printReport(photographs, camera);
 
-    const std::string file = (std::filesystem::path(options.out) / "camera.yml").string();
+    const std::string file = (fs::u8path(options.out) / "camera.yml").u8string();
     if (!storeAndReload(file, options.description, camera)) return fail("can't read back", file);
     int written = 0;
     for (const std::string& photograph : files)
@@ -108,7 +129,7 @@ int calibrateFrom(const Options& options) {
 }
 
 int fetchSample(Options& options) {
-    options.photographs = (std::filesystem::path(options.out) / "sample").string();
+    options.photographs = (fs::u8path(options.out) / "sample").u8string();
     const std::string command = quotedForShell(ORX_FETCH_SAMPLE) + " " + quotedForShell(options.photographs);
     return std::system(command.c_str()) == 0
                ? 0
@@ -121,7 +142,7 @@ int run(Options& options) {
     return options.photographs.empty() ? 0 : calibrateFrom(options);
 }
 
-int parseAndRun(int argc, char** argv) {
+int parseAndRun(int argc, const char* const* argv) {
     Options options;
     CLI::App app("Prints a chessboard target, and calibrates a camera from photographs of one.");
     app.add_option("--target", options.target, "write a chessboard to print to this PNG file");
@@ -154,7 +175,8 @@ int parseAndRun(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return parseAndRun(argc, argv);
+        const host::CommandLine arguments(argc, argv);
+        return parseAndRun(arguments.count(), arguments.texts());
     } catch (const std::exception& error) {
         std::fprintf(stderr, "orx_calibration: stopped: %s\n", error.what());
         return 1;

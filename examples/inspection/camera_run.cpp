@@ -44,7 +44,7 @@ cv::Mat greyOf(const cv::Mat& picture) {
 class CameraSession {
   public:
     CameraSession(const Options& options, std::ostream& out, std::ostream& log)
-        : options_(options), out_(out), log_(log), folder_(options.output) {}
+        : options_(options), out_(out), log_(log), folder_(std::filesystem::u8path(options.output)) {}
 
     int run() {
         std::string problem;

@@ -21,7 +21,7 @@ constexpr std::array<const char*, 13> kExtensions = {".bmp", ".dib", ".jp2", ".j
                                                      ".pgm", ".png", ".pnm", ".ppm", ".tif",  ".tiff"};
 
 bool isPicture(const fs::path& path) {
-    std::string extension = path.extension().string();
+    std::string extension = path.extension().u8string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
@@ -72,11 +72,12 @@ cv::Mat decode(const std::vector<uchar>& bytes, std::string& problem) {
 std::vector<ImageSource> listSources(const std::vector<std::string>& inputs) {
     std::vector<ImageSource> sources;
     for (const std::string& input : inputs) {
+        const fs::path path = fs::u8path(input);
         std::error_code ignored;
-        if (fs::is_directory(input, ignored))
-            listFolder(input, sources);
+        if (fs::is_directory(path, ignored))
+            listFolder(path, sources);
         else
-            sources.push_back({input, ""});
+            sources.push_back({path, ""});
     }
     return sources;
 }

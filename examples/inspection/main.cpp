@@ -3,11 +3,13 @@
 #include <iostream>
 
 #include "inspection/run.h"
+#include "support/command_line.h"
 
 int main(int argc, char** argv) {
     try {
+        const host::CommandLine arguments(argc, argv);
         int exitCode = 0;
-        const auto options = inspection::parseOptions(argc, argv, exitCode);
+        const auto options = inspection::parseOptions(arguments.count(), arguments.texts(), exitCode);
         return options ? inspection::run(*options, std::cout, std::cerr) : exitCode;
     } catch (const std::exception& error) {
         std::cerr << "orx_inspection: " << error.what() << "\n";

@@ -29,8 +29,8 @@ struct Options {
     Settings settings;
 };
 
-// Reads the command line. On help, version or bad arguments nothing is returned, the text is printed (help
-// and version to standard output, errors to standard error) and `exitCode` is 0, 0 or 2.
+// Reads the command line, which is UTF-8. On help, version or bad arguments nothing is returned, the text is
+// printed (help and version to standard output, errors to standard error) and `exitCode` is 0, 0 or 2.
 std::optional<Options> parseOptions(int argc, const char* const* argv, int& exitCode);
 
 }  // namespace inspection

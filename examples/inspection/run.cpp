@@ -37,7 +37,11 @@ std::vector<std::string> takeMessages() {
 class Session {
   public:
     Session(const Options& options, std::ostream& out, std::ostream& log)
-        : options_(options), out_(out), log_(log), folder_(options.output), json_(options.settings) {}
+        : options_(options),
+          out_(out),
+          log_(log),
+          folder_(fs::u8path(options.output)),
+          json_(options.settings) {}
 
     int run() {
         std::string problem;

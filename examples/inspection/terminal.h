@@ -4,7 +4,8 @@
 
 namespace inspection {
 
-// Whether both standard output and standard error are shown on a terminal.
+// Whether both standard output and standard error are shown on a terminal, and the latter follows control
+// sequences.
 bool isOnTerminal();
 
 }  // namespace inspection

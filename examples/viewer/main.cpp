@@ -1,11 +1,14 @@
 // orx_viewer: live pictures in two picture boxes inside a plain window. See --help.
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <opencv2/imgcodecs.hpp>
 
 #include "orxFunctions/orxfunctions.h"
+#include "support/command_line.h"
 #include "support/host_window.h"
+#include "support/picture_file.h"
 #include "viewer/belt.h"
 #include "viewer/feeds.h"
 #include "viewer/options.h"
@@ -50,7 +53,8 @@ int run(const viewer::Options& options) {
     }
     if (options.screenshot.empty()) return 0;
     const cv::Mat picture = window->capture();
-    if (!picture.empty() && cv::imwrite(options.screenshot, picture, {cv::IMWRITE_PNG_COMPRESSION, 9}))
+    if (!picture.empty() && host::writePicture(std::filesystem::u8path(options.screenshot), picture,
+                                               {cv::IMWRITE_PNG_COMPRESSION, 9}))
         return 0;
     std::cerr << "orx_viewer: the screenshot can't be written to " << options.screenshot << "\n";
     return 1;
@@ -60,8 +64,9 @@ int run(const viewer::Options& options) {
 
 int main(int argc, char** argv) {
     try {
+        const host::CommandLine arguments(argc, argv);
         int exitCode = 0;
-        const auto options = viewer::parseOptions(argc, argv, exitCode);
+        const auto options = viewer::parseOptions(arguments.count(), arguments.texts(), exitCode);
         return options ? run(*options) : exitCode;
     } catch (const std::exception& error) {
         std::cerr << "orx_viewer: " << error.what() << "\n";

@@ -10,7 +10,7 @@ namespace viewer {
 
 struct Options {
     double seconds = 0.0;    // how long to run; 0: until the window is closed
-    std::string screenshot;  // the file to write at the end; "": none
+    std::string screenshot;  // the file to write at the end, in UTF-8; "": none
     int framesPerSecond = 20;
     std::uint64_t seed = 7;  // of the parts on the belt
 };

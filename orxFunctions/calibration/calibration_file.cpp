@@ -1,11 +1,10 @@
 #include "orxFunctions/calibration/calibration_file.h"
 
-#include <zlib.h>
-
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <exception>
-#include <memory>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -24,14 +23,10 @@ constexpr const char* kImageSize = "imageSize";
 constexpr const char* kDescription = "description";
 constexpr const char* kIsConfigured = "isDistortionConfig";
 
-struct GzipCloser {
-    void operator()(gzFile file) const { gzclose(file); }
-};
-
 // The text of a file, inflated where OpenCV compressed it (names that end with .gz). False when it can't be
 // read or is too long.
 bool readText(const std::string& fileName, std::string& text) {
-    const std::unique_ptr<gzFile_s, GzipCloser> file(gzopen(platform::toRuntimeName(fileName).c_str(), "rb"));
+    const platform::GzipFile file = platform::openGzip(platform::toPath(fileName), "rb");
     if (!file) return false;
     std::vector<char> block(std::size_t{1} << 16U);
     int count = 0;
@@ -41,6 +36,31 @@ bool readText(const std::string& fileName, std::string& text) {
     }
     return count == 0;
 }
+
+// A new file for a text, compressed where its name ends with .gz. (OpenCV would open the file itself, but
+// only a name in the code page of the process.)
+class CalibrationTarget {
+  public:
+    explicit CalibrationTarget(const std::string& fileName) {
+        const std::filesystem::path path = platform::toPath(fileName);
+        if (path.extension() == ".gz") {
+            compressed_ = platform::openGzip(path, "wb3");
+        } else {
+            plain_ = platform::openToWriteText(path);
+        }
+    }
+
+    bool isOpen() const { return compressed_ || plain_; }
+
+    void write(const std::string& text) const {
+        if (compressed_) gzwrite(compressed_.get(), text.data(), static_cast<unsigned>(text.size()));
+        if (plain_) std::fwrite(text.data(), 1, text.size(), plain_.get());
+    }
+
+  private:
+    platform::GzipFile compressed_;
+    platform::File plain_;
+};
 
 // True when a matrix holds as many numbers as its size says, so that reading it takes no memory for others.
 bool isMatrix(const cv::FileNode& node) {
@@ -80,13 +100,16 @@ bool parse(const std::string& text, Calibration& calibration) {
 
 void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSize, std::string description,
                         std::string fileName) {
-    cv::FileStorage storage(platform::toRuntimeName(fileName), cv::FileStorage::WRITE);
+    const CalibrationTarget target(fileName);
+    cv::FileStorage storage;
+    // Otherwise it stays closed, and refuses what is written as it does for a file that OpenCV can't open.
+    if (target.isOpen()) storage.open(fileName, cv::FileStorage::WRITE | cv::FileStorage::MEMORY);
     storage.write(kIntrinsic, intrinsic);
     storage.write(kDistortion, distortion);
     cv::write(storage, kImageSize, imageSize);
     writeDescription(storage, kDescription, description);
     storage.write(kIsConfigured, 1);
-    storage.release();
+    target.write(storage.releaseAndGetString());
 }
 
 bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion, cv::Size& imageSize,

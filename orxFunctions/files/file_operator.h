@@ -1,8 +1,12 @@
 // Files and folders: list, measure, hide, create, delete, copy, move; and images saved in the background.
 //
-// A name is bytes: on POSIX those of the file system; on Windows UTF-8, or code page 936 where the bytes are
-// not valid UTF-8. No shell is involved: blanks, quotes and semicolons are ordinary characters of a name.
-// Symbolic links inside a folder are never followed. Nothing throws. Every function is thread-safe.
+// A name is bytes: on POSIX those of the file system; on Windows code page 936 or UTF-8, seen from the bytes.
+// What is valid in both is UTF-8 where that has a character of 3 or 4 bytes (as Chinese ones are), else code
+// page 936, unless only the UTF-8 reading exists. Names that come back are in code page 936, or in UTF-8
+// where that could not name the file again.
+//
+// No shell is involved: blanks, quotes and semicolons are ordinary characters of a name. Symbolic links
+// inside a folder are never followed. Nothing throws. Every function is thread-safe.
 #ifndef ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 #define ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 

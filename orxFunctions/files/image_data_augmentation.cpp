@@ -36,7 +36,7 @@ std::vector<std::string> imagesOf(const std::string& folder) {
 }
 
 bool readFile(const fs::path& path, std::string& bytes) {
-    const platform::File file = platform::openToRead(platform::toName(path));
+    const platform::File file = platform::openToRead(path);
     if (!file) return false;
     std::vector<char> block(std::size_t{1} << 16U);
     std::size_t count = 0;
@@ -48,7 +48,7 @@ bool readFile(const fs::path& path, std::string& bytes) {
 }
 
 bool writeFile(const fs::path& path, const void* bytes, std::size_t size) {
-    platform::File file = platform::openToWrite(platform::toName(path));
+    platform::File file = platform::openToWrite(path);
     if (!file) return false;
     const bool written = std::fwrite(bytes, 1, size, file.get()) == size;
     return std::fclose(file.release()) == 0 && written;
@@ -79,12 +79,12 @@ class Run {
         if (image.empty()) return skip("无法读取图像: ", path);
         std::optional<PolygonAnnotation> annotation;
         if (!readAnnotation(path, image.size(), annotation)) return skip("标注文件无效, 跳过图像: ", path);
-        const std::string stem = outputStem(path);
+        const fs::path stem = outputStem(path);
         ++report_.images;
         try {
             forEachVariant(image, platform::toName(path.filename()), config_,
                            [&](const AugmentedImage& variant) {
-                               write(stem + '_' + variant.name, variant, annotation);
+                               write(fs::path(stem) += '_' + variant.name, variant, annotation);
                            });
         } catch (const std::exception&) {  // OpenCV's for a picture beyond its limits, or no memory
             complain("图像增强失败: ", path);
@@ -106,23 +106,25 @@ class Run {
     static bool readAnnotation(const fs::path& imagePath, cv::Size size,
                                std::optional<PolygonAnnotation>& annotation) {
         const fs::path path = fs::path(imagePath).replace_extension(".json");
-        if (!FileOperator::fileExists(platform::toName(path))) return true;
+        std::error_code error;
+        const fs::file_status status = fs::status(path, error);
+        if (!fs::exists(status) || fs::is_directory(status)) return true;
         std::string json;
         annotation.emplace();
         return readFile(path, json) && annotation->parse(json, size);
     }
 
-    std::string outputStem(const fs::path& imagePath) {
-        std::string stem = platform::toName(imagePath.stem());
-        if (!stems_.insert(stem).second) stem += '_' + platform::toName(imagePath.extension()).substr(1);
+    fs::path outputStem(const fs::path& imagePath) {
+        fs::path stem = imagePath.stem();
+        if (!stems_.insert(stem).second) (stem += '_') += imagePath.extension().native().substr(1);
         return stem;
     }
 
-    void write(const std::string& stem, const AugmentedImage& variant,
+    void write(const fs::path& stem, const AugmentedImage& variant,
                const std::optional<PolygonAnnotation>& annotation) {
         const bool isInteger = variant.image.depth() == CV_8U || variant.image.depth() == CV_16U;
         const std::string extension = isInteger ? ".png" : ".tiff";
-        const fs::path path = outputFolder_ / platform::toPath(stem + extension);
+        const fs::path path = (outputFolder_ / stem) += extension;
         std::vector<unsigned char> encoded;
         if (!cv::imencode(extension, variant.image, encoded) ||
             !writeFile(path, encoded.data(), encoded.size())) {
@@ -130,7 +132,7 @@ class Run {
         }
         ++report_.written;
         if (!annotation) return;
-        const fs::path jsonPath = outputFolder_ / platform::toPath(stem + ".json");
+        const fs::path jsonPath = (outputFolder_ / stem) += ".json";
         const std::string json =
             annotation->moved(variant.motion, variant.image.size(), path.filename().u8string());
         if (!writeFile(jsonPath, json.data(), json.size())) complain("无法写入文件: ", jsonPath);
@@ -138,7 +140,7 @@ class Run {
 
     const TAugmentationConfig& config_;
     fs::path outputFolder_;
-    std::set<std::string> stems_;
+    std::set<fs::path> stems_;
     TAugmentationReport report_;
 };
 

@@ -31,16 +31,16 @@ std::string withPoint(const std::string& extension) {
     return extension.empty() || extension.front() == '.' ? extension : "." + extension;
 }
 
-std::string fileName(const std::string& prefix, const std::string& extension) {
+fs::path fileName(const std::string& prefix, const std::string& extension) {
     char number[24];
     std::snprintf(number, sizeof number, "_%06llu",
                   static_cast<unsigned long long>(orx::imageSaver.nextNumber() % 1000000));
-    return prefix + zul::getCurrentTime(4) + number + extension;
+    return platform::toPath(prefix) += zul::getCurrentTime(4) + number + extension;
 }
 
 // Part of a file name on every platform, and not of a path.
 bool isPlainName(const std::string& text) {
-    return text.find_first_of(std::string("/\\:*?\"<>|\0", 10)) == std::string::npos;
+    return !platform::hasAnyOf(std::string("/\\:*?\"<>|\0", 10), text);
 }
 
 bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix, const std::string& extension,
@@ -49,7 +49,7 @@ bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix,
     if (!isPlainName(extension) || !cv::haveImageWriter("image" + extension))
         return refuse("不支持的图像格式: ", extension);
     orx::ImageSaver::Job job;
-    job.path = fs::absolute(folder) / platform::toPath(fileName(prefix, extension));
+    job.path = fs::absolute(folder) / fileName(prefix, extension);
     job.extension = extension;
     // Made here and not on the thread, where a conversion of text may load a library: see WorkerThread.
     job.failure = message("图像保存失败: ", job.path);

@@ -100,7 +100,7 @@ bool allocate(std::int32_t rows, std::int32_t cols, cv::Mat& matrix) {
 
 bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std::string text) {
     if (img.data == nullptr || img.dims == 0 || img.total() == 0) return false;
-    platform::File file = platform::openToWrite(path);
+    platform::File file = platform::openToWrite(platform::toPath(path));
     if (!file) return false;
     const bool written = writePair(file.get(), img.rows, img.cols) &&
                          writeElements(file.get(), img, bytesOf(img.rows, img.cols)) &&
@@ -109,7 +109,7 @@ bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std::string 
 }
 
 bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text) {
-    const platform::File file = platform::openToRead(path);
+    const platform::File file = platform::openToRead(platform::toPath(path));
     if (!file) return false;
     const Pair dimensions = readPair(file.get());
     if (dimensions.first < 0 || dimensions.second < 0) return false;

@@ -1,10 +1,8 @@
-// Files under names that a host gives, and the few file operations that Windows and POSIX do differently.
-//
-// A name is a string of bytes: on POSIX the bytes that the file system stores; on Windows UTF-8 where the
-// bytes are valid UTF-8, else code page 936 (short texts in code page 936 that happen to be valid UTF-8 are
-// rare, and refusing UTF-8 would shut out names that code page 936 lacks).
+// The few file operations that Windows and POSIX do differently. Names of hosts become paths by toPath.
 #ifndef ORXFUNCTIONS_PLATFORM_FILE_ACCESS_INTERNAL_H
 #define ORXFUNCTIONS_PLATFORM_FILE_ACCESS_INTERNAL_H
+
+#include <zlib.h>
 
 #include <cstddef>
 #include <cstdio>
@@ -12,25 +10,34 @@
 #include <memory>
 #include <string>
 
+#include "orxFunctions/platform/file_name_internal.h"
+
 namespace orx::platform {
-
-std::filesystem::path toPath(const std::string& name);
-
-// The name of a path that toPath takes back: on Windows code page 936, UTF-8 where that has no counterpart.
-std::string toName(const std::filesystem::path& path);
-
-// The name as the C runtime, and with it OpenCV, opens it: on Windows in the process's code page.
-std::string toRuntimeName(const std::string& name);
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens a binary file for reading, or creates or empties one for writing. Null when that fails, for folders
-// too.
-File openToRead(const std::string& name);
-File openToWrite(const std::string& name);
+// Opens a binary file for reading, or creates or empties one for writing; or a text file, whose line ends
+// become those of the platform. Null when that fails, for folders too.
+File openToRead(const std::filesystem::path& path);
+File openToWrite(const std::filesystem::path& path);
+File openToWriteText(const std::filesystem::path& path);
+
+// A name must not become a path by itself, which on Windows would take each byte for a character.
+File openToRead(const std::string& name) = delete;
+File openToWrite(const std::string& name) = delete;
+File openToWriteText(const std::string& name) = delete;
+
+struct GzipCloser {
+    void operator()(gzFile file) const { gzclose(file); }
+};
+using GzipFile = std::unique_ptr<gzFile_s, GzipCloser>;
+
+// A compressed file, or one to read that may be compressed. `mode` is zlib's: "rb", "wb3". Null when it can't
+// be opened.
+GzipFile openGzip(const std::filesystem::path& path, const char* mode);
 
 // Appends text to a file, created if missing, in one operation: texts of several threads or processes never
 // mix. Line ends become those of the platform. False when the file can't be opened or written.

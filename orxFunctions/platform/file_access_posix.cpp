@@ -41,8 +41,8 @@ class Descriptor {
     int number_;
 };
 
-File open(const std::string& name, const char* mode) {
-    File file(std::fopen(name.c_str(), mode));
+File open(const fs::path& path, const char* mode) {
+    File file(std::fopen(path.c_str(), mode));
     struct stat info = {};
     // A folder opens for reading here, and fails only when it is read.
     if (file && fstat(fileno(file.get()), &info) == 0 && S_ISDIR(info.st_mode)) return nullptr;
@@ -79,12 +79,11 @@ bool giveName(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-fs::path toPath(const std::string& name) { return name; }
-std::string toName(const fs::path& path) { return path.string(); }
-std::string toRuntimeName(const std::string& name) { return name; }
+File openToRead(const fs::path& path) { return open(path, "rb"); }
+File openToWrite(const fs::path& path) { return open(path, "wb"); }
+File openToWriteText(const fs::path& path) { return open(path, "w"); }
 
-File openToRead(const std::string& name) { return open(name, "rb"); }
-File openToWrite(const std::string& name) { return open(name, "wb"); }
+GzipFile openGzip(const fs::path& path, const char* mode) { return GzipFile(gzopen(path.c_str(), mode)); }
 
 bool appendText(const std::string& name, const std::string& text) {
     const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kReadableByAll));

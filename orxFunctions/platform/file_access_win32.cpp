@@ -1,36 +1,11 @@
 #include <windows.h>
 
-#include <string_view>
-
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx::platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr UINT kAnsi = 936;
-
-// False when the bytes are not text in that code page.
-bool decode(UINT codePage, const std::string& bytes, std::wstring& wide) {
-    const int size = static_cast<int>(bytes.size());
-    const int length = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
-    wide.resize(static_cast<std::size_t>(length));
-    return MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), size, wide.data(), length) > 0;
-}
-
-// False when the code page lacks a character of the text.
-bool encode(UINT codePage, const std::wstring& wide, std::string& bytes) {
-    const bool utf8 = codePage == CP_UTF8;
-    const DWORD flags = utf8 ? 0 : WC_NO_BEST_FIT_CHARS;
-    const int size = static_cast<int>(wide.size());
-    const int length = WideCharToMultiByte(codePage, flags, wide.data(), size, nullptr, 0, nullptr, nullptr);
-    bytes.resize(static_cast<std::size_t>(length));
-    BOOL lost = FALSE;
-    WideCharToMultiByte(codePage, flags, wide.data(), size, bytes.data(), length, nullptr,
-                        utf8 ? nullptr : &lost);
-    return length > 0 && lost == FALSE;
-}
 
 class Handle {
   public:
@@ -109,26 +84,11 @@ std::string withWindowsLineEnds(const std::string& text) {
 
 }  // namespace
 
-fs::path toPath(const std::string& name) {
-    std::wstring wide;
-    if (name.empty() || (!decode(CP_UTF8, name, wide) && !decode(kAnsi, name, wide))) return {};
-    return wide;
-}
+File openToRead(const fs::path& path) { return File(_wfopen(path.c_str(), L"rb")); }
+File openToWrite(const fs::path& path) { return File(_wfopen(path.c_str(), L"wb")); }
+File openToWriteText(const fs::path& path) { return File(_wfopen(path.c_str(), L"wt")); }
 
-std::string toName(const fs::path& path) {
-    std::string name;
-    const std::wstring wide = path.wstring();
-    if (!encode(kAnsi, wide, name)) encode(CP_UTF8, wide, name);
-    return name;
-}
-
-std::string toRuntimeName(const std::string& name) {
-    std::string result;
-    return encode(GetACP(), toPath(name).wstring(), result) ? result : name;
-}
-
-File openToRead(const std::string& name) { return File(_wfopen(toPath(name).c_str(), L"rb")); }
-File openToWrite(const std::string& name) { return File(_wfopen(toPath(name).c_str(), L"wb")); }
+GzipFile openGzip(const fs::path& path, const char* mode) { return GzipFile(gzopen_w(path.c_str(), mode)); }
 
 bool appendText(const std::string& name, const std::string& text) {
     // Opened for appending alone, each write goes to the end of the file, wherever that is by then. Reading

@@ -8,6 +8,8 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
@@ -27,16 +29,17 @@ class VisionDriver : public testing::Test {
         setVariable("");
     }
 
-    static void setVariable(const std::string& value) {
+    static void setVariable(const std::filesystem::path& value) {
 #if defined(_WIN32)
-        _putenv_s("TQVISION_CONFIG", value.c_str());
+        _wputenv_s(L"TQVISION_CONFIG", value.c_str());
 #else
         setenv("TQVISION_CONFIG", value.c_str(), 1);
 #endif
     }
     void configure(const std::string& text) {
-        test::writeBytes(folder_ / "settings.ini", text);
-        setVariable(folder_ / "settings.ini");
+        const std::filesystem::path file = folder_.path() / std::filesystem::u8path("相机.ini");
+        std::ofstream(file, std::ios::binary) << text;
+        setVariable(file);
     }
     static bool opened(int index) {
         int width = 0;

@@ -114,6 +114,18 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_THAT(html, HasSubstr("</html>"));
 }
 
+TEST_F(Program, NamesMayHaveAnyCharacters) {
+    const fs::path pictures = folder.path() / fs::u8path("图片 größe");
+    const fs::path results = folder.path() / fs::u8path("结果/öä");
+    fs::create_directory(pictures);
+    fs::rename(writeDisk("disk.png"), pictures / fs::u8path("圆.PNG"));
+    const Outcome outcome = run({pictures.u8string(), "-o", results.u8string()});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.output, HasSubstr("圆-measured.png"));
+    for (const char* file : {"圆-measured.png", "report.json", "report.html"})
+        EXPECT_TRUE(fs::exists(results / fs::u8path(file))) << file;
+}
+
 TEST_F(Program, EveryAnalysisStandsInTableJsonHtmlAndAPicture) {
     const Outcome outcome =
         run({writeDisk("disk.png"), "--segment", "--edges", "--focus", "--caliper", "10,58,120,5",

@@ -8,8 +8,8 @@
 
 namespace test {
 
-// In `folder`, without input, its two outputs into files. Returns its exit code, or -1 when it did not end by
-// itself.
+// With arguments in UTF-8, in `folder`, without input, its two outputs into files. Returns its exit code, or
+// -1 when it did not end by itself.
 int runProgram(const std::string& program, const std::vector<std::string>& arguments,
                const std::filesystem::path& folder, const std::string& output, const std::string& errors);
 

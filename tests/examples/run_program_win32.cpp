@@ -6,7 +6,9 @@ namespace test {
 namespace {
 
 // The arguments of these tests hold neither quotes nor a backslash at their end.
-std::wstring inQuotes(const std::filesystem::path& argument) { return L"\"" + argument.wstring() + L"\""; }
+std::wstring inQuotes(const std::string& utf8) {
+    return L"\"" + std::filesystem::u8path(utf8).wstring() + L"\"";
+}
 
 HANDLE openInherited(const std::string& name) {
     SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};

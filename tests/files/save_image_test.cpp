@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
@@ -77,6 +78,21 @@ TEST_F(SaveImage, RefusesWhatCannotBeSaved) {
     EXPECT_EQ(messages().size(), 4U);
     FileOperator::flush();
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+// In code page 936 the second byte of a character may be that of '\' or '|'.
+TEST_F(SaveImage, PrefixesAreJudgedByTheirCharacters) {
+    std::vector<std::string> saved;
+    for (const char* prefix : {"\xd5\x5c", "\xd5\x7c_", "a\xd5\x5c\xcd\xbc", "\xe5\x9b\xbe"}) {
+        EXPECT_TRUE(
+            FileOperator::saveImage(numbered(1), folder.name(), prefix, ".bmp", &saved.emplace_back()));
+    }
+    for (const char* prefix : {"\xd5\x5c|", "\xe5\x9b\xbe\\", "\xe5\x9b\xbe|", "\xd5/", "\xcd\xbc:"}) {
+        EXPECT_FALSE(FileOperator::saveImage(numbered(1), folder.name(), prefix));
+    }
+    EXPECT_TRUE(FileOperator::flush());
+    std::sort(saved.begin(), saved.end());
+    EXPECT_EQ(FileOperator::listFiles(folder.name()), saved);
 }
 
 TEST_F(SaveImage, FailuresOnTheThreadAreReported) {

@@ -1,0 +1,28 @@
+#include "support/picture_file.h"
+
+#include <fstream>
+#include <iterator>
+#include <opencv2/imgcodecs.hpp>
+#include <system_error>
+
+namespace host {
+
+cv::Mat readPicture(const std::filesystem::path& file, int flags) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) return {};
+    std::ifstream stream(file, std::ios::binary);
+    const std::vector<uchar> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, flags);
+}
+
+bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
+                  const std::vector<int>& parameters) {
+    std::vector<uchar> bytes;
+    if (!cv::imencode(file.extension().u8string(), picture, bytes, parameters)) return false;
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    return !stream.fail();
+}
+
+}  // namespace host
