@@ -32,8 +32,9 @@ class NoErrorDialogs {
 ModuleHandle loadModule(const ModuleName& name, std::string* reason) {
     const NoErrorDialogs quiet;
     const HMODULE module = LoadLibraryW(widen(name.windows).c_str());
+    const DWORD error = GetLastError();
     if (module == nullptr && reason != nullptr) {
-        *reason = std::string(name.windows) + ": error " + std::to_string(GetLastError());
+        *reason = std::string(name.windows) + ": error " + std::to_string(error);
     }
     return module;
 }

@@ -14,13 +14,11 @@ using test::eventually;
 using test::Grabbing;
 using test::Message;
 using testing::AllOf;
-using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::Ge;
 using testing::IsEmpty;
 using testing::Lt;
-using testing::Not;
 
 constexpr const char* kReconnect = "取到的图像为空，请重连相机";
 constexpr int kReconnectColor = 4;

@@ -118,7 +118,10 @@ TEST_F(PictureBoxWindow, ALargePictureIsSentInPieces) {
     box.setHandle(host.handle());
     // 64 MB of pixels, four times what a request carries; the row tells the colour.
     cv::Mat image(16000, 1000, CV_8UC3);
-    for (int y = 0; y < image.rows; ++y) image.row(y).setTo(cv::Scalar(y % 256, y / 256, 7));
+    for (int y = 0; y < image.rows; ++y) {
+        const int high = y / 256;
+        image.row(y).setTo(cv::Scalar(y % 256, high, 7));
+    }
     box.setImage(image, false);
     box.showImage();
     EXPECT_EQ(host.pixel(999, 650), cv::Vec3b(650 % 256, 650 / 256, 7));

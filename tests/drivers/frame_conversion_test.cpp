@@ -118,7 +118,8 @@ TEST(FrameConversion, BayerPatternsAreInterpolated) {
                             const bool own = filterAt(code, x, y) == colour;
                             if (own ? (dx != 0 || dy != 0) : (colour == 1 && dx * dy != 0)) continue;
                             if (filterAt(code, x + dx, y + dy) != colour) continue;
-                            sum += bytes[static_cast<std::size_t>((y + dy) * kWidth + x + dx)];
+                            const int at = (y + dy) * kWidth + x + dx;
+                            sum += bytes[static_cast<std::size_t>(at)];
                             ++count;
                         }
                     }

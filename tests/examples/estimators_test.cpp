@@ -44,8 +44,10 @@ void paint(cv::Mat& image, const TrueEllipse& ellipse, double level) {
         for (int x = 0; x < image.cols; ++x) {
             int inside = 0;
             for (int k = 0; k < kSamples * kSamples; ++k) {
-                const double dx = x - 0.5 + (k % kSamples + 0.5) / kSamples - ellipse.center.x;
-                const double dy = y - 0.5 + (k / kSamples + 0.5) / kSamples - ellipse.center.y;
+                const int column = k % kSamples;
+                const int row = k / kSamples;
+                const double dx = x - 0.5 + (column + 0.5) / kSamples - ellipse.center.x;
+                const double dy = y - 0.5 + (row + 0.5) / kSamples - ellipse.center.y;
                 const double u = (cosine * dx + sine * dy) / ellipse.longer;
                 const double v = (cosine * dy - sine * dx) / ellipse.shorter;
                 inside += u * u + v * v <= 1.0 ? 1 : 0;
