@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <string>
 
@@ -50,12 +51,14 @@ class ImageSaver {
 
   private:
     static void writeOnThread(void* self);
-    void writeAll();
     bool take(Job& job);
     void finish(std::size_t bytes);
 
     zul::Mutex mutex_;
-    std::condition_variable_any finishedOne_;
+    // Whoever waits keeps it alive. The end of the process ends other threads wherever they are, on Windows;
+    // the destructor of a condition that such a thread waited for might never return.
+    const std::shared_ptr<std::condition_variable_any> finishedOne_ =
+        std::make_shared<std::condition_variable_any>();
     std::deque<Job> jobs_ ZUL_GUARDED_BY(mutex_);
     std::size_t bytes_ ZUL_GUARDED_BY(mutex_) = 0;  // of queued pixels
     std::uint64_t added_ ZUL_GUARDED_BY(mutex_) = 0;
