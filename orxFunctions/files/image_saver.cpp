@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cstdlib>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
@@ -51,13 +52,26 @@ ImageSaver::Answer ImageSaver::add(Job job) {
     if (jobs_.size() >= kMostImages || (!jobs_.empty() && bytes_ + bytes > kMostBytes)) {
         return std::exchange(refused_, true) ? Answer::kFullAgain : Answer::kFull;
     }
-    if (!working_ && !worker_.start(writeOnThread, this)) return Answer::kNoThread;
+    if (!isRegistered_ && !registerEnd()) return Answer::kNoThread;
+    isRegistered_ = true;
+    if (isEnding_ || (!working_ && !worker_.start(writeOnThread, this))) return Answer::kNoThread;
     working_ = true;
     refused_ = false;
     bytes_ += bytes;
     ++added_;
     jobs_.push_back(std::move(job));
     return Answer::kTaken;
+}
+
+// At the end of a process what was made last goes first. OpenCV makes its codecs when they are first asked
+// for, which is later than this object was made: to wait for the images before the codecs go, the wait is
+// registered later still.
+bool ImageSaver::registerEnd() {
+    cv::haveImageWriter(".png");
+    return std::atexit([] {
+               imageSaver.isEnding_ = true;
+               imageSaver.worker_.join();
+           }) == 0;
 }
 
 bool ImageSaver::flush(int milliseconds) {

@@ -6,6 +6,7 @@
 #ifndef ORXFUNCTIONS_FILES_IMAGE_SAVER_INTERNAL_H
 #define ORXFUNCTIONS_FILES_IMAGE_SAVER_INTERNAL_H
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,7 @@ class ImageSaver {
     std::uint64_t nextNumber();
 
   private:
+    static bool registerEnd();
     static void writeOnThread(void* self);
     bool take(Job& job);
     void finish(std::size_t bytes);
@@ -66,6 +68,8 @@ class ImageSaver {
     std::uint64_t numbers_ ZUL_GUARDED_BY(mutex_) = 0;
     bool working_ ZUL_GUARDED_BY(mutex_) = false;
     bool refused_ ZUL_GUARDED_BY(mutex_) = false;
+    bool isRegistered_ ZUL_GUARDED_BY(mutex_) = false;
+    std::atomic<bool> isEnding_{false};
     platform::WorkerThread worker_;
 };
 

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <opencv2/core.hpp>
 #include <thread>
 
@@ -19,7 +21,9 @@ constexpr const char* kFolderVariable = "ORX_TEST_IMAGE_FOLDER";
 void endWhileAThreadWaits() {
     cv::Mat noise(1000, 1000, CV_8UC3);  // takes its time to be packed
     cv::randu(noise, 0, 256);
-    for (int i = 0; i < kImages; ++i) FileOperator::saveImage(noise, std::getenv(kFolderVariable));
+    for (int i = 0; i < kImages; ++i) {
+        FileOperator::saveImage(noise, std::getenv(kFolderVariable), "", i % 3 == 0 ? ".jpg" : ".png");
+    }
     std::atomic<bool> waits{false};
     std::thread([&waits] {
         waits = true;
