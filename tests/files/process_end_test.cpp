@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iterator>
 #include <opencv2/core.hpp>
+#include <string>
 #include <thread>
 
 #include "orxFunctions/files/file_operator.h"
@@ -18,11 +19,11 @@ namespace {
 constexpr int kImages = 12;
 constexpr const char* kFolderVariable = "ORX_TEST_IMAGE_FOLDER";
 
-void endWhileAThreadWaits() {
+void endWhileAThreadWaits(const std::string& folder) {
     cv::Mat noise(1000, 1000, CV_8UC3);  // takes its time to be packed
     cv::randu(noise, 0, 256);
     for (int i = 0; i < kImages; ++i) {
-        FileOperator::saveImage(noise, std::getenv(kFolderVariable), "", i % 3 == 0 ? ".jpg" : ".png");
+        FileOperator::saveImage(noise, folder, "", i % 3 == 0 ? ".jpg" : ".png");
     }
     std::atomic<bool> waits{false};
     std::thread([&waits] {
@@ -38,8 +39,10 @@ TEST(EndOfTheProcess, SavesTheImagesThatAThreadWaitsFor) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const test::TemporaryFolder folder;
     // The process that ends runs this test from its beginning, with a folder of its own.
-    if (std::getenv(kFolderVariable) == nullptr) test::setEnvironment(kFolderVariable, folder.name());
-    EXPECT_EXIT(endWhileAThreadWaits(), testing::ExitedWithCode(0), "");
+    const char* const given = std::getenv(kFolderVariable);
+    const std::string target = given != nullptr ? given : folder.name();
+    test::setEnvironment(kFolderVariable, target);
+    EXPECT_EXIT(endWhileAThreadWaits(target), testing::ExitedWithCode(0), "");
     test::setEnvironment(kFolderVariable, "");
     // Windows ends the saving thread in the middle of its image.
     const auto saved = std::distance(std::filesystem::directory_iterator(folder.path()), {});
