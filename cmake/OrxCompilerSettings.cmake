@@ -29,7 +29,9 @@ endif()
 
 add_library(orx_settings INTERFACE)
 if(MSVC)
-  target_compile_options(orx_settings INTERFACE /utf-8 /fp:precise /W4)
+  # C4251 and C4275 tell of classes that cross the interface with members and bases of the standard library, which is
+  # meant: one compiler builds the library and its hosts.
+  target_compile_options(orx_settings INTERFACE /utf-8 /fp:precise /W4 /wd4251 /wd4275)
   if(ORX_WARNINGS_AS_ERRORS)
     target_compile_options(orx_settings INTERFACE /WX)
   endif()

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cstdlib>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
@@ -16,7 +17,7 @@ constexpr int kErrorColor = 1;
 
 std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSize(); }
 
-bool write(const ImageSaver::Job& job) {
+bool tryToWrite(const ImageSaver::Job& job) {
     try {
         std::vector<unsigned char> encoded;
         if (!cv::imencode(job.extension, job.image, encoded)) return false;
@@ -29,15 +30,20 @@ bool write(const ImageSaver::Job& job) {
     }
 }
 
+void write(const ImageSaver::Job& job) {
+    if (!tryToWrite(job)) APPshowMessage(job.failure, kErrorColor);
+}
+
 }  // namespace
 
 ImageSaver::~ImageSaver() {
     worker_.join();
     // On POSIX nothing is left now. On Windows the end of the process ends the thread at any point: if it did
-    // not hold the lock, the images behind it are written here.
+    // not hold the lock, the images behind it are written here. Nobody is told: who waited is gone, too, and
+    // a condition must not be used any more then.
     if (!mutex_.native().try_lock()) return;
     mutex_.native().unlock();
-    writeAll();
+    for (Job job; take(job);) write(job);
 }
 
 ImageSaver::Answer ImageSaver::add(Job job) {
@@ -46,7 +52,9 @@ ImageSaver::Answer ImageSaver::add(Job job) {
     if (jobs_.size() >= kMostImages || (!jobs_.empty() && bytes_ + bytes > kMostBytes)) {
         return std::exchange(refused_, true) ? Answer::kFullAgain : Answer::kFull;
     }
-    if (!working_ && !worker_.start(writeOnThread, this)) return Answer::kNoThread;
+    if (!isRegistered_ && !registerEnd()) return Answer::kNoThread;
+    isRegistered_ = true;
+    if (isEnding_ || (!working_ && !worker_.start(writeOnThread, this))) return Answer::kNoThread;
     working_ = true;
     refused_ = false;
     bytes_ += bytes;
@@ -55,14 +63,26 @@ ImageSaver::Answer ImageSaver::add(Job job) {
     return Answer::kTaken;
 }
 
+// At the end of a process what was made last goes first. OpenCV makes its codecs when they are first asked
+// for, which is later than this object was made: to wait for the images before the codecs go, the wait is
+// registered later still.
+bool ImageSaver::registerEnd() {
+    cv::haveImageWriter(".png");
+    return std::atexit([] {
+               imageSaver.isEnding_ = true;
+               imageSaver.worker_.join();
+           }) == 0;
+}
+
 bool ImageSaver::flush(int milliseconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const std::shared_ptr<std::condition_variable_any> finishedOne = finishedOne_;
     const zul::LockGuard lock(mutex_);
     const std::uint64_t last = added_;
     while (finished_ < last) {
         if (milliseconds < 0) {
-            finishedOne_.wait(mutex_);
-        } else if (finishedOne_.wait_until(mutex_, end) == std::cv_status::timeout) {
+            finishedOne->wait(mutex_);
+        } else if (finishedOne->wait_until(mutex_, end) == std::cv_status::timeout) {
             return finished_ >= last;
         }
     }
@@ -74,13 +94,11 @@ std::uint64_t ImageSaver::nextNumber() {
     return numbers_++;
 }
 
-void ImageSaver::writeOnThread(void* self) { static_cast<ImageSaver*>(self)->writeAll(); }
-
-void ImageSaver::writeAll() {
-    Job job;
-    while (take(job)) {
-        if (!write(job)) APPshowMessage(job.failure, kErrorColor);
-        finish(bytesOf(job.image));
+void ImageSaver::writeOnThread(void* self) {
+    auto& saver = *static_cast<ImageSaver*>(self);
+    for (Job job; saver.take(job);) {
+        write(job);
+        saver.finish(bytesOf(job.image));
     }
 }
 
@@ -98,7 +116,7 @@ void ImageSaver::finish(std::size_t bytes) {
     const zul::LockGuard lock(mutex_);
     bytes_ -= bytes;
     ++finished_;
-    finishedOne_.notify_all();
+    finishedOne_->notify_all();
 }
 
 }  // namespace orx

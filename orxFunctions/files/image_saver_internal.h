@@ -6,11 +6,13 @@
 #ifndef ORXFUNCTIONS_FILES_IMAGE_SAVER_INTERNAL_H
 #define ORXFUNCTIONS_FILES_IMAGE_SAVER_INTERNAL_H
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <string>
 
@@ -49,13 +51,16 @@ class ImageSaver {
     std::uint64_t nextNumber();
 
   private:
+    static bool registerEnd();
     static void writeOnThread(void* self);
-    void writeAll();
     bool take(Job& job);
     void finish(std::size_t bytes);
 
     zul::Mutex mutex_;
-    std::condition_variable_any finishedOne_;
+    // Whoever waits keeps it alive. The end of the process ends other threads wherever they are, on Windows;
+    // the destructor of a condition that such a thread waited for might never return.
+    const std::shared_ptr<std::condition_variable_any> finishedOne_ =
+        std::make_shared<std::condition_variable_any>();
     std::deque<Job> jobs_ ZUL_GUARDED_BY(mutex_);
     std::size_t bytes_ ZUL_GUARDED_BY(mutex_) = 0;  // of queued pixels
     std::uint64_t added_ ZUL_GUARDED_BY(mutex_) = 0;
@@ -63,6 +68,8 @@ class ImageSaver {
     std::uint64_t numbers_ ZUL_GUARDED_BY(mutex_) = 0;
     bool working_ ZUL_GUARDED_BY(mutex_) = false;
     bool refused_ ZUL_GUARDED_BY(mutex_) = false;
+    bool isRegistered_ ZUL_GUARDED_BY(mutex_) = false;
+    std::atomic<bool> isEnding_{false};
     platform::WorkerThread worker_;
 };
 

@@ -16,18 +16,18 @@ bool has(DWORD attributes, DWORD attribute) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & attribute) != 0;
 }
 
-// Files that may not be written can't be deleted either, unless that is changed first.
+// Files and folders that may not be written can't be deleted either, unless that is changed first.
 void makeWritable(const fs::path& path, DWORD attributes) {
     if (has(attributes, FILE_ATTRIBUTE_READONLY)) SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 bool deleteEntry(const fs::path& path) {
     const DWORD attributes = attributesOf(path);
+    const bool isFolder = has(attributes, FILE_ATTRIBUTE_DIRECTORY);
+    if (isFolder && !has(attributes, FILE_ATTRIBUTE_REPARSE_POINT)) return deleteFolder(path);
     makeWritable(path, attributes);
-    if (!has(attributes, FILE_ATTRIBUTE_DIRECTORY)) return DeleteFileW(path.c_str()) != FALSE;
     // A link to a folder is deleted like an empty folder.
-    return has(attributes, FILE_ATTRIBUTE_REPARSE_POINT) ? RemoveDirectoryW(path.c_str()) != FALSE
-                                                         : deleteFolder(path);
+    return (isFolder ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str())) != FALSE;
 }
 
 // Listed before anything is deleted: a folder that changes while it is read may be read wrongly.
@@ -49,6 +49,7 @@ bool copyFile(const fs::path& from, const fs::path& to, bool overwrite) {
 }
 
 bool deleteFolder(const fs::path& folder) {
+    makeWritable(folder, attributesOf(folder));
     bool complete = true;
     for (const fs::path& entry : entriesOf(folder)) complete = deleteEntry(entry) && complete;
     return complete && RemoveDirectoryW(folder.c_str()) != FALSE;

@@ -3,6 +3,7 @@
 #include "orxFunctions/platform/mouse_message_win32_internal.h"
 
 #include <opencv2/highgui/highgui_c.h>
+#include <atomic>
 #include <exception>
 #include <mutex>
 #include <opencv2/highgui.hpp>
@@ -41,7 +42,7 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
   public:
     explicit State(std::string name) : name_(std::move(name)) {}
 
-    bool open();
+    bool openIfClosed();
     bool moveInto(HWND newParent);
     void show(const cv::Mat& picture);
     void close();
@@ -61,11 +62,13 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
 
   private:
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    void subclass(HWND window);
+    bool open();
+    bool subclass(HWND window);
     void showStored();
     void showHere(const cv::Mat& picture);
     void destroy();
     void forgetWindow();
+    void forgetFrame(HWND frame);
     bool takeMouse(HWND window, const MouseEvent& event);
     bool isOwnedByThisThread(HWND window) const {
         return GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId();
@@ -73,6 +76,7 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     void traceOnce(const char* utf8Reason);
 
     const std::string name_;
+    std::atomic<bool> isOpening_{false};
     WNDPROC highguiProcedure_ = nullptr;  // written before the window is known to anybody
 
     mutable zul::Mutex lock_;
@@ -88,6 +92,15 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     MouseListener* listener_ = nullptr;
 };
 
+// Of threads that come at once, one opens the window; the others have none yet.
+bool HighguiWindow::State::openIfClosed() {
+    if (window() != nullptr) return true;
+    if (isOpening_.exchange(true)) return false;
+    const bool isOpen = window() != nullptr || open();
+    isOpening_ = false;
+    return isOpen;
+}
+
 bool HighguiWindow::State::open() {
     try {
         cv::namedWindow(name_, cv::WINDOW_AUTOSIZE);
@@ -95,6 +108,10 @@ bool HighguiWindow::State::open() {
         const HWND window = static_cast<HWND>(cvGetWindowHandle(name_.c_str()));
         if (IsWindow(window) == FALSE) {
             traceOnce("窗口已经失效");
+            return false;
+        }
+        if (!subclass(window)) {
+            traceOnce("无法创建窗口");
             return false;
         }
         const HWND frame = GetParent(window);
@@ -106,8 +123,8 @@ bool HighguiWindow::State::open() {
             cursor = cursor_;
             frame_ = frame;
             window_ = window;
+            hasPicture_ = false;  // the message that an older one posted is gone with the window before this
         }
-        subclass(window);
         setCursor(cursor);
         return true;
     } catch (const std::exception&) {  // highgui's, when the system gives it no window
@@ -116,14 +133,19 @@ bool HighguiWindow::State::open() {
     }
 }
 
-void HighguiWindow::State::subclass(HWND window) {
+// False for a window that is another box's: boxes may have the same name.
+bool HighguiWindow::State::subclass(HWND window) {
+    if (const auto* owner = static_cast<std::shared_ptr<State>*>(GetPropW(window, kStateProperty))) {
+        return owner->get() == this;
+    }
     auto* const reference = new std::shared_ptr<State>(shared_from_this());
     highguiProcedure_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
     if (SetPropW(window, kStateProperty, reference) == FALSE) {
         delete reference;
-        return;
+        return false;
     }
     SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&State::procedure));
+    return true;
 }
 
 LRESULT CALLBACK HighguiWindow::State::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -166,7 +188,7 @@ bool HighguiWindow::State::takeMouse(HWND window, const MouseEvent& event) {
 }
 
 bool HighguiWindow::State::moveInto(HWND newParent) {
-    if (window() == nullptr && !open()) return false;
+    if (!openIfClosed()) return false;
     const HWND moved = window();
     const HWND parent = newParent != nullptr ? newParent : frame();
     if (IsWindow(parent) == FALSE || (GetParent(moved) != parent && SetParent(moved, parent) == nullptr)) {
@@ -233,14 +255,19 @@ void HighguiWindow::State::setCursor(TCursorShape shape) {
 // Only the creating thread can destroy a window. One that does not answer does it when it comes to it.
 void HighguiWindow::State::close() {
     HWND target = window();
-    if (target == nullptr) target = frame();  // the host took the drawing window with it
+    UINT message = kCloseMessage;
+    if (target == nullptr) {  // the host took the drawing window with it
+        target = frame();
+        message = WM_CLOSE;
+    }
     if (target == nullptr) return;
     DWORD_PTR ignored = 0;
     if (isOwnedByThisThread(target)) {
         destroy();
-    } else if (SendMessageTimeoutW(target, window() != nullptr ? kCloseMessage : WM_CLOSE, 0, 0, SMTO_NORMAL,
-                                   kMilliseconds, &ignored) == 0) {
-        PostMessageW(target, kCloseMessage, 0, 0);
+    } else if (SendMessageTimeoutW(target, message, 0, 0, SMTO_NORMAL, kMilliseconds, &ignored) == 0) {
+        PostMessageW(target, message, 0, 0);
+    } else if (message == WM_CLOSE) {
+        forgetFrame(target);
     }
 }
 
@@ -256,12 +283,19 @@ void HighguiWindow::State::destroy() {
     } catch (const std::exception&) {  // closed already, by another box's destroyAllWindows
     }
     if (IsWindow(frameWindow) != FALSE) DestroyWindow(frameWindow);
+    forgetFrame(frameWindow);
 }
 
 void HighguiWindow::State::forgetWindow() {
     const zul::LockGuard lock(lock_);
     window_ = nullptr;
     hasPicture_ = false;
+}
+
+// Its number may become another window's.
+void HighguiWindow::State::forgetFrame(HWND frame) {
+    const zul::LockGuard lock(lock_);
+    if (frame_ == frame) frame_ = nullptr;
 }
 
 void HighguiWindow::State::traceOnce(const char* utf8Reason) {
@@ -274,7 +308,7 @@ void HighguiWindow::State::traceOnce(const char* utf8Reason) {
 
 HighguiWindow::HighguiWindow(std::string name) : state_(std::make_shared<State>(std::move(name))) {
     nativeWindows.add(this);
-    state_->open();
+    state_->openIfClosed();
 }
 
 HighguiWindow::~HighguiWindow() {
@@ -299,5 +333,8 @@ void HighguiWindow::show(const cv::Mat& picture) { state_->show(picture); }
 void HighguiWindow::setCursor(TCursorShape shape) { state_->setCursor(shape); }
 void HighguiWindow::setMouseListener(MouseListener* listener) { state_->setListener(listener); }
 void HighguiWindow::close() { state_->close(); }
+std::function<void()> HighguiWindow::closer() const {
+    return [state = state_] { state->close(); };
+}
 
 }  // namespace orx::platform

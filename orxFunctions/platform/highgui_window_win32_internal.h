@@ -8,6 +8,7 @@
 #ifndef ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_INTERNAL_H
 #define ORXFUNCTIONS_PLATFORM_HIGHGUI_WINDOW_INTERNAL_H
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,6 +29,9 @@ class HighguiWindow final : public NativeWindow {
     void setCursor(TCursorShape shape) override;
     void setMouseListener(MouseListener* listener) override;
     void close() override;
+
+    // Does what close does, even when this object has gone meanwhile.
+    std::function<void()> closer() const;
 
     class State;  // shared with the window procedure, which may outlive this object
 

@@ -21,9 +21,11 @@ class NativeWindowList {
         const zul::LockGuard lock(mutex_);
         windows_.erase(std::remove(windows_.begin(), windows_.end(), window), windows_.end());
     }
-    void closeAll() {
+    // Calls visit(window) for each; none goes meanwhile, so it must not wait for another thread.
+    template <typename Visit>
+    void forEach(const Visit& visit) {
         const zul::LockGuard lock(mutex_);
-        for (NativeWindow* window : windows_) window->close();
+        for (NativeWindow* window : windows_) visit(*window);
     }
 
   private:

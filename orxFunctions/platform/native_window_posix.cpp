@@ -29,6 +29,8 @@ std::unique_ptr<NativeWindow> createNativeWindow(const std::string& name) {
 
 // Not of highgui: on Debian it is Qt, which can't be embedded from threads, and closing "all windows" there
 // closes those of a Qt host, too.
-void destroyAllNativeWindows() { nativeWindows.closeAll(); }
+void destroyAllNativeWindows() {
+    nativeWindows.forEach([](NativeWindow& window) { window.close(); });
+}
 
 }  // namespace orx::platform

@@ -4,8 +4,10 @@
 #include <windows.h>
 
 #include <exception>
+#include <functional>
 #include <opencv2/highgui.hpp>
 #include <string_view>
+#include <vector>
 
 #include "orxFunctions/platform/highgui_window_win32_internal.h"
 #include "orxFunctions/platform/native_window_list_internal.h"
@@ -32,6 +34,14 @@ BOOL CALLBACK closeIfOfOtherThread(HWND window, LPARAM allClosed) {
     return TRUE;
 }
 
+// Without the list's lock: a thread that is asked to close its window may be waiting for that lock.
+void closeOwnWindows() {
+    std::vector<std::function<void()>> closers;
+    nativeWindows.forEach(
+        [&](NativeWindow& window) { closers.push_back(static_cast<HighguiWindow&>(window).closer()); });
+    for (const auto& close : closers) close();
+}
+
 bool closeWindowsOfOtherThreads() {
     bool allClosed = true;
     EnumWindows(&closeIfOfOtherThread, reinterpret_cast<LPARAM>(&allClosed));
@@ -54,7 +64,7 @@ std::unique_ptr<NativeWindow> createNativeWindow(const std::string& name) {
 // With them every other window of highgui's in this process, as intended. highgui itself would wait for ever
 // for windows of another thread: it holds its lock meanwhile, which that thread needs to close them.
 void destroyAllNativeWindows() {
-    nativeWindows.closeAll();
+    closeOwnWindows();
     if (!closeWindowsOfOtherThreads()) return;
     try {
         cv::destroyAllWindows();

@@ -11,6 +11,11 @@
 #ifndef ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
 #define ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
 
+// Visual C++ before 17.0 fuses a product and a sum under /fp:precise wherever /arch:AVX2 lets it.
+#if defined(_MSC_VER) && !defined(__clang__)
+#pragma fp_contract(off)
+#endif
+
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,3 @@
-#include <process.h>
 #include <windows.h>
 
 #include "orxFunctions/platform/worker_thread_internal.h"
@@ -12,12 +11,11 @@ struct Task {
     HMODULE library;
 };
 
-unsigned __stdcall runTask(void* argument) {
+DWORD WINAPI runTask(void* argument) {
     const Task task = *static_cast<Task*>(argument);
     delete static_cast<Task*>(argument);  // here: nothing is destroyed on the way out below
     task.body(task.context);
     FreeLibraryAndExitThread(task.library, 0);
-    return 0;
 }
 
 // A reference of its own to the library that this code lies in.
@@ -40,7 +38,8 @@ bool WorkerThread::start(void (*body)(void*), void* context) {
     join();
     auto task = std::make_unique<Task>(Task{body, context, acquireLibrary()});
     if (task->library == nullptr) return false;
-    thread_->handle = reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, &runTask, task.get(), 0, nullptr));
+    // Not _beginthreadex: Visual C++'s takes a reference of its own, which leaving as runTask does keeps.
+    thread_->handle = CreateThread(nullptr, 0, &runTask, task.get(), 0, nullptr);
     if (thread_->handle == nullptr) {
         FreeLibrary(task->library);
         return false;

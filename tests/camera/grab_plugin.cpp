@@ -5,7 +5,11 @@
 
 #include "orxFunctions/orxfunctions.h"
 
+#if defined(_WIN32)
+#define PLUGIN_API __declspec(dllexport)
+#else
 #define PLUGIN_API __attribute__((visibility("default")))
+#endif
 
 namespace {
 
@@ -36,3 +40,10 @@ extern "C" PLUGIN_API bool grabAndReturn(unsigned char* memory) {
     }
     return !image.empty();
 }
+
+// The threads go on without calling this module.
+extern "C" PLUGIN_API void dropCallbacks() {
+    for (int i = 0; i < 2; ++i) orx::imgThreadManager.setDrawImgCallbackFunc(false, nullptr, i);
+}
+
+extern "C" PLUGIN_API void endGrabbing() { orx::imgThreadManager.closeAllThread(); }

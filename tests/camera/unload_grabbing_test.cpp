@@ -1,10 +1,14 @@
 // Unloads the library while it grabs. This program does not link the library.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "tests/fake_driver/fake_driver.h"
 #include "tests/support/loaded_module.h"
 
 namespace {
@@ -16,18 +20,30 @@ struct Leftovers {
 // Neither does this program when it ends, so that what hangs on it is no leak.
 std::vector<Leftovers>& leftovers = *new std::vector<Leftovers>(21);
 
-bool grabAndUnload(Leftovers& memory) {
-    const test::LoadedModule plugin(ORX_TEST_PLUGIN);
+bool grab(const test::LoadedModule& plugin, Leftovers& memory) {
     const auto needed = reinterpret_cast<std::size_t (*)()>(plugin.function("bytesNeeded"));
-    const auto grab = reinterpret_cast<bool (*)(unsigned char*)>(plugin.function("grabAndReturn"));
-    return needed() <= sizeof memory.bytes && grab(memory.bytes);
+    const auto start = reinterpret_cast<bool (*)(unsigned char*)>(plugin.function("grabAndReturn"));
+    return needed() <= sizeof memory.bytes && start(memory.bytes);
 }
 
-TEST(UnloadWhileGrabbing, EndsTheThreadsFirst) {
-    const test::LoadedModule driver(std::string(FAKE_MODULES) + "/complete/" FAKE_PREFIX
-                                                                "TQVisionDriver" FAKE_SUFFIX);
-    ASSERT_TRUE(driver.loaded());
-    ASSERT_TRUE(grabAndUnload(leftovers[0]));  // what OpenCV starts once for good is not ours to count
+bool grabAndUnload(Leftovers& memory) {
+    const test::LoadedModule plugin(ORX_TEST_PLUGIN);
+    return grab(plugin, memory);
+}
+
+void call(const test::LoadedModule& plugin, const char* name) {
+    reinterpret_cast<void (*)()>(plugin.function(name))();
+}
+
+// Waits up to ten seconds.
+bool eventually(const std::function<bool()>& condition) {
+    for (int i = 0; i < 1000 && !condition(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return condition();
+}
+
+void expectThreadsEndFirst() {
+    // What OpenCV starts once for good is not ours to count.
+    ASSERT_TRUE(grabAndUnload(leftovers[0]));
     const std::ptrdiff_t threadsBefore = test::threads();
     const std::ptrdiff_t handlesBefore = test::handles();
     for (std::size_t i = 1; i < leftovers.size(); ++i) {
@@ -36,6 +52,37 @@ TEST(UnloadWhileGrabbing, EndsTheThreadsFirst) {
         EXPECT_EQ(test::threads(), threadsBefore);
     }
     EXPECT_EQ(test::handles(), handlesBefore);
+}
+
+void expectThreadsKeepTheLibrary(const fake::Camera& camera) {
+    for (std::size_t i = 0; i < 5; ++i) {
+        {
+            const test::LoadedModule plugin(ORX_TEST_PLUGIN);
+            ASSERT_TRUE(grab(plugin, leftovers[i]));
+            call(plugin, "dropCallbacks");
+        }
+        EXPECT_FALSE(test::isLoaded(ORX_TEST_PLUGIN));
+        const int fetches = camera.fetches;
+        EXPECT_TRUE(eventually([&] { return camera.fetches > fetches + 10; }));
+        EXPECT_TRUE(test::isLoaded(ORX_TEST_LIBRARY));
+        {
+            const test::LoadedModule plugin(ORX_TEST_PLUGIN);
+            call(plugin, "endGrabbing");
+        }
+        EXPECT_TRUE(eventually([] { return !test::isLoaded(ORX_TEST_LIBRARY); }));
+    }
+}
+
+TEST(UnloadWhileGrabbing, NoThreadOutlivesTheLibrary) {
+    const test::LoadedModule driver(std::string(FAKE_MODULES) + "/complete/" FAKE_PREFIX
+                                                                "TQVisionDriver" FAKE_SUFFIX);
+    ASSERT_TRUE(driver.loaded());
+    if (test::kUnloadsLater) {
+        const auto fakeDriver = reinterpret_cast<fake::Driver* (*)()>(driver.function("fakeDriver"));
+        expectThreadsKeepTheLibrary(fakeDriver()->cameras[1]);
+    } else {
+        expectThreadsEndFirst();
+    }
 }
 
 }  // namespace

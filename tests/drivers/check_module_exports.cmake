@@ -1,5 +1,5 @@
 # Fails when a module exports anything else than the interface says. VDGetCameraType is the one procedure of LumoCfg,
-# the others are those of TQVisionDriver.
+# the others are those of TQVisionDriver. NM lists the names of ELF files, OBJDUMP those of Windows.
 file(READ "${HEADER}" header)
 string(REGEX MATCHALL "VD_EXPORT [a-z]+ VD[A-Za-z]+\\(" declarations "${header}")
 set(expected "")
@@ -14,9 +14,15 @@ foreach(declaration IN LISTS declarations)
   endif()
 endforeach()
 
-execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix "${MODULE}"
-  OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
+if(OBJDUMP)
+  execute_process(COMMAND ${OBJDUMP} -p "${MODULE}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [A-Za-z_][^\n]*" symbols "${symbols}")
+  list(TRANSFORM symbols REPLACE "\n\t\\[ *[0-9]+\\] " "")
+else()
+  execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix "${MODULE}"
+    OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
+endif()
 set(exported "")
 foreach(symbol IN LISTS symbols)
   string(REGEX REPLACE " .*$" "" symbol "${symbol}")

@@ -41,9 +41,11 @@ TEST_F(FileOperatorTest, HidingIsAnAttribute) {
     EXPECT_EQ(GetFileAttributesA(file.c_str()), before);
 }
 
-TEST_F(FileOperatorTest, FilesThatMayNotBeWrittenAreDeletedWithTheirFolder) {
+TEST_F(FileOperatorTest, FilesAndFoldersThatMayNotBeWrittenAreDeleted) {
     const std::string file = make("tree/sub/locked");
     SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+    for (const char* name : {"tree/sub", "tree"})
+        SetFileAttributesA((folder / name).c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_TRUE(FileOperator::deleteFolder(folder / "tree"));
     EXPECT_FALSE(isThere(folder.path() / "tree"));
 }

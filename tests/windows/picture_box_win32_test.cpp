@@ -1,7 +1,9 @@
 // Picture boxes in windows of a host, seen through the window system: pixels, focus, messages.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <opencv2/highgui.hpp>
 #include <thread>
@@ -256,6 +258,79 @@ TEST_F(PictureBoxInAHost, DestroyingABoxClosesTheWindowsOfTheOthers) {
     kept->setImage(image, false);
     kept.host().run([&] { kept->setHandle(kept.host().handle()); });
     EXPECT_TRUE(kept.shows(kWhite, 397, 297));
+}
+
+// Boxes are numbered by how many there are, so that a number may be given twice.
+TEST_F(PictureBoxInAHost, ABoxWithTheNameOfAnotherShowsNothingAndHarmsNobody) {
+    HostedBox first(100, 80);
+    HostedBox kept(200, 150);
+    first.destroy();
+    HostedBox namesake(400, 300);
+    ASSERT_EQ(namesake->getCvWinName(), kept->getCvWinName());
+    kept.host().run([&] { kept->setHandle(kept.host().handle()); });
+    EXPECT_EQ(kept.window(), nullptr);
+    cv::Mat image = quarters(400, 300);
+    namesake->setImage(image, false);
+    EXPECT_TRUE(namesake.shows(kWhite, 397, 297));
+    kept.destroy();
+    EXPECT_TRUE(eventually([&] { return !IsWindow(namesake.window()); }));  // as that of any other
+}
+
+// Calls both at once, each on the thread of its host.
+template <typename First, typename Second>
+void runAtOnce(const HostWindow& firstHost, const First& first, const HostWindow& secondHost,
+               const Second& second) {
+    std::atomic<int> arrived{0};
+    const auto meet = [&arrived] {
+        ++arrived;
+        while (arrived < 2) std::this_thread::yield();
+    };
+    std::thread other([&] {
+        secondHost.run([&] {
+            meet();
+            second();
+        });
+    });
+    firstHost.run([&] {
+        meet();
+        first();
+    });
+    other.join();
+}
+
+TEST_F(PictureBoxInAHost, TwoThreadsMayReopenABoxAtOnce) {
+    HostedBox box(400, 300);
+    const HostWindow another(400, 300);
+    cv::Mat image = quarters(400, 300);
+    box->setImage(image, false);
+    for (int i = 0; i < 20; ++i) {
+        const HWND window = box.window();
+        HostedBox(100, 80).destroy();  // closes all
+        ASSERT_TRUE(eventually([&] { return !IsWindow(window); }));
+        runAtOnce(
+            box.host(), [&] { box->setHandle(box.host().handle()); }, another,
+            [&] { box->setHandle(another.handle()); });
+    }
+    box.host().run([&] { box->setHandle(box.host().handle()); });
+    EXPECT_TRUE(box.shows(kWhite, 397, 297));
+}
+
+// The thread of the second host can't close its other box while it destroys the first one.
+TEST_F(PictureBoxInAHost, TwoThreadsMayDestroyBoxesAtOnce) {
+    using Clock = std::chrono::steady_clock;
+    Clock::duration longest{0};
+    for (int i = 0; i < 10; ++i) {
+        HostedBox left(100, 80);
+        HostedBox right(100, 80);
+        std::unique_ptr<TPictureBox> otherRight;
+        right.host().run([&] { otherRight = std::make_unique<TPictureBox>(); });
+        const auto start = Clock::now();
+        runAtOnce(
+            left.host(), [&] { left.destroy(); }, right.host(), [&] { right.destroy(); });
+        longest = std::max(longest, Clock::now() - start);
+        right.host().run([&] { otherRight.reset(); });
+    }
+    EXPECT_LT(longest, std::chrono::milliseconds(2500));  // a window that does not answer is given 3 s
 }
 
 TEST_F(PictureBoxInAHost, AHostThatGoesFirstLeavesABoxThatShowsNothing) {

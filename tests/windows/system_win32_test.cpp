@@ -45,6 +45,8 @@ TEST(WindowsModules, FoldersAndVersionsAreThoseOfTheFile) {
                                 "." + std::to_string(ORX_VERSION_PATCH) + ".0";
     EXPECT_EQ(orx::getFileVersion(folder + "orxFunctions.dll"), version);
     EXPECT_EQ(orx::getFileVersion(folder + "ZULLib.dll"), version);
+    EXPECT_EQ(orx::getFileVersion(folder + "modules\\TQVisionDriver.dll"), version);
+    EXPECT_EQ(orx::getFileVersion(folder + "modules\\LumoCfg.dll"), version);
     EXPECT_EQ(orx::getFileVersion(folder + "no such.dll"), "");
     EXPECT_EQ(orx::getFileVersion(orx::getExeFileName()), "");
 }
