@@ -150,7 +150,6 @@ TEST(CpuTrsfMat, SumsInDouble) {
                        static_cast<float>(std::round(p.y * 64)), static_cast<float>(std::round(p.z * 64)));
     }
     std::vector<cv::Point3f> b;  // a quarter turn about z, exact in floats
-    b.reserve(a.size());
     for (const cv::Point3f& p : a) b.emplace_back(-p.y, p.x, p.z);
     const cv::Matx33d expected(0, -1, 0, 1, 0, 0, 0, 0, 1);
     EXPECT_LT(distance(orx::cpuTrsfMat(a, b), cv::Mat(expected)), 1e-12);

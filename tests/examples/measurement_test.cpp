@@ -157,10 +157,8 @@ TEST(Measurement, ABadFitIsMarkedWeak) {
 TEST(Measurement, FlatteningRescuesObjectsThatUnevenLightSwallows) {
     // The light falls so far that the tray at the left is brighter than the disks at the right.
     cv::Mat ideal(240, 720, CV_32F, cv::Scalar(110.0));
-    constexpr int kCount = 6;
     std::vector<scenes::Disk> disks;
-    disks.reserve(kCount);
-    for (int i = 0; i < kCount; ++i) disks.push_back({{60.3 + 119.7 * i, 119.6}, 35.0});
+    for (int i = 0; i < 6; ++i) disks.push_back({{60.3 + 119.7 * i, 119.6}, 35.0});
     for (const auto& disk : disks) scenes::paint(ideal, disk, 200.0);
     const cv::Mat grey = scenes::expose(ideal, {0.75, 0.8, 1.0, 3});
     Settings settings;

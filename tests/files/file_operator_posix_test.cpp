@@ -12,9 +12,7 @@ using testing::ElementsAre;
 TEST_F(FileOperatorTest, AnyBytesAreAName) {
     for (const std::string name :
          {"quote\"s", "*", "new\nline", "\xe5\x9b\xbe\xe5\x83\x8f", "\xcd\xbc\xcf\xf1", "back\\slash"}) {
-        std::string file = name;
-        file.append("/").append(name);
-        test::expectOnlyAName(folder, make(file), name);
+        test::expectOnlyAName(folder, make(name + "/" + name), name);
     }
 }
 

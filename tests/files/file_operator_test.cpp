@@ -34,9 +34,7 @@ TEST_F(FileOperatorTest, ListsSortedFilteredAndRecursively) {
 TEST_F(FileOperatorTest, NamesAreOnlyNames) {
     for (const std::string name :
          {"a; touch pwned", "quote's and `ticks`", "$(touch pwned)", "%PATH%", "-rf", "a&b^c"}) {
-        std::string file = name;
-        file.append("/").append(name);
-        test::expectOnlyAName(folder, make(file), name);
+        test::expectOnlyAName(folder, make(name + "/" + name), name);
     }
 }
 

@@ -21,7 +21,8 @@ class BothKernels : public testing::TestWithParam<bool> {
 inline testing::AssertionResult sameValues(const std::vector<double>& a, const std::vector<double>& b) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         // Any not-a-number equals any other.
-        if (std::memcmp(&a[i], &b[i], sizeof(double)) != 0 && !(a[i] != a[i] && b[i] != b[i])) {
+        const void* const bits = &a[i];
+        if (std::memcmp(bits, &b[i], sizeof(double)) != 0 && !(a[i] != a[i] && b[i] != b[i])) {
             return testing::AssertionFailure() << "value " << i << ": " << a[i] << " and " << b[i];
         }
     }
