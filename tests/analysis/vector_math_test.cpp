@@ -159,8 +159,9 @@ TEST(VectorMath, EveryInstructionSetGivesTheSameBits) {
         Numbers avx2(kCount);
         evaluate(vector_math::kBaseline, baseline.data());
         evaluate(vector_math::kAvx2, avx2.data());
-        const void* const bytes = baseline.data();
-        EXPECT_EQ(std::memcmp(bytes, avx2.data(), kCount * sizeof(double)), 0);
+        const void* const expected = baseline.data();
+        const void* const actual = avx2.data();
+        EXPECT_EQ(std::memcmp(expected, actual, kCount * sizeof(double)), 0);
     };
     expectSame([&](const Functions& f, double* result) { f.arcTangent(q.data(), kCount, result); });
     expectSame([&](const Functions& f, double* result) { f.coarseArcTangent(q.data(), kCount, result); });

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <opencv2/core/utility.hpp>
 #include <vector>
@@ -18,11 +19,16 @@ class BothKernels : public testing::TestWithParam<bool> {
     void TearDown() override { cv::setUseOptimized(true); }
 };
 
+inline std::uint64_t bitsOf(double v) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &v, sizeof bits);
+    return bits;
+}
+
 inline testing::AssertionResult sameValues(const std::vector<double>& a, const std::vector<double>& b) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         // Any not-a-number equals any other.
-        const void* const bits = &a[i];
-        if (std::memcmp(bits, &b[i], sizeof(double)) != 0 && !(a[i] != a[i] && b[i] != b[i])) {
+        if (bitsOf(a[i]) != bitsOf(b[i]) && !(a[i] != a[i] && b[i] != b[i])) {
             return testing::AssertionFailure() << "value " << i << ": " << a[i] << " and " << b[i];
         }
     }
