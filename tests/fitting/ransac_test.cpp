@@ -256,7 +256,7 @@ TEST_P(CircleWinner, IsTheLastThatBeatsTheFirst) {
     for (std::size_t c = 0; c < 3; ++c) {
         const Points all = exactCircle({100 + 400 * int(c), 100});
         // Every third point: no two of a circle's points lie opposite to each other all the time.
-        for (int i = 0; i < GetParam().counts[c]; ++i) points.push_back(all[std::size_t(i * 3)]);
+        for (int i = 0; i < GetParam().counts[c]; ++i) points.push_back(all[3 * std::size_t(i)]);
         circleOf.resize(points.size(), c);
     }
     const auto samplesComeInOrder = [&](unsigned seed) {

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -105,11 +106,8 @@ ArvGvFakeCamera* listening(const Options& options) {
     return camera;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     Options options;
-    std::string format;
     CLI::App app("A GigE Vision camera in software");
     app.add_option("--address", options.address, "an address of this machine");
     app.add_option("--serial", options.serial, "serial number");
@@ -133,4 +131,15 @@ int main(int argc, char** argv) {
     }
     g_object_unref(camera);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "software_camera: %s\n", error.what());
+        return 1;
+    }
 }
