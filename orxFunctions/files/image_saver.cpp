@@ -1,5 +1,4 @@
 #include <chrono>
-#include <cstdlib>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
@@ -52,8 +51,7 @@ ImageSaver::Answer ImageSaver::add(Job job) {
     if (jobs_.size() >= kMostImages || (!jobs_.empty() && bytes_ + bytes > kMostBytes)) {
         return std::exchange(refused_, true) ? Answer::kFullAgain : Answer::kFull;
     }
-    if (!isRegistered_ && !registerEnd()) return Answer::kNoThread;
-    isRegistered_ = true;
+    waitAtTheEnd();
     if (isEnding_ || (!working_ && !worker_.start(writeOnThread, this))) return Answer::kNoThread;
     working_ = true;
     refused_ = false;
@@ -64,14 +62,19 @@ ImageSaver::Answer ImageSaver::add(Job job) {
 }
 
 // At the end of a process what was made last goes first. OpenCV makes its codecs when they are first asked
-// for, which is later than this object was made: to wait for the images before the codecs go, the wait is
-// registered later still.
-bool ImageSaver::registerEnd() {
-    cv::haveImageWriter(".png");
-    return std::atexit([] {
-               imageSaver.isEnding_ = true;
-               imageSaver.worker_.join();
-           }) == 0;
+// for, which is later than this object was made: to wait for the images before the codecs go, the object
+// that waits is made later still, and so here and not among the other process-wide ones.
+void ImageSaver::waitAtTheEnd() {
+    struct Wait {
+        Wait() { cv::haveImageWriter(".png"); }
+        ~Wait() {
+            imageSaver.isEnding_ = true;
+            imageSaver.worker_.join();
+        }
+        Wait(const Wait&) = delete;
+        Wait& operator=(const Wait&) = delete;
+    };
+    static const Wait wait;
 }
 
 bool ImageSaver::flush(int milliseconds) {

@@ -51,7 +51,7 @@ class ImageSaver {
     std::uint64_t nextNumber();
 
   private:
-    static bool registerEnd();
+    static void waitAtTheEnd();
     static void writeOnThread(void* self);
     bool take(Job& job);
     void finish(std::size_t bytes);
@@ -68,7 +68,6 @@ class ImageSaver {
     std::uint64_t numbers_ ZUL_GUARDED_BY(mutex_) = 0;
     bool working_ ZUL_GUARDED_BY(mutex_) = false;
     bool refused_ ZUL_GUARDED_BY(mutex_) = false;
-    bool isRegistered_ ZUL_GUARDED_BY(mutex_) = false;
     std::atomic<bool> isEnding_{false};
     platform::WorkerThread worker_;
 };
