@@ -79,9 +79,12 @@ void ImageSaver::waitAtTheEnd() {
 
 bool ImageSaver::flush(int milliseconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    const std::shared_ptr<std::condition_variable_any> finishedOne = finishedOne_;
     const zul::LockGuard lock(mutex_);
     const std::uint64_t last = added_;
+    if (finished_ < last && finishedOne_ == nullptr) {
+        finishedOne_ = std::make_shared<std::condition_variable_any>();
+    }
+    const std::shared_ptr<std::condition_variable_any> finishedOne = finishedOne_;
     while (finished_ < last) {
         if (milliseconds < 0) {
             finishedOne->wait(mutex_);
@@ -119,7 +122,7 @@ void ImageSaver::finish(std::size_t bytes) {
     const zul::LockGuard lock(mutex_);
     bytes_ -= bytes;
     ++finished_;
-    finishedOne_->notify_all();
+    if (finishedOne_ != nullptr) finishedOne_->notify_all();
 }
 
 }  // namespace orx

@@ -57,10 +57,10 @@ class ImageSaver {
     void finish(std::size_t bytes);
 
     zul::Mutex mutex_;
-    // Whoever waits keeps it alive. The end of the process ends other threads wherever they are, on Windows;
-    // the destructor of a condition that such a thread waited for might never return.
-    const std::shared_ptr<std::condition_variable_any> finishedOne_ =
-        std::make_shared<std::condition_variable_any>();
+    // Made when somebody waits for the first time, and kept alive by whoever waits. The end of the process
+    // ends other threads wherever they are, on Windows; the destructor of a condition that such a thread
+    // waited for, or that was never used while such a thread began to use its own, might never return.
+    std::shared_ptr<std::condition_variable_any> finishedOne_ ZUL_GUARDED_BY(mutex_);
     std::deque<Job> jobs_ ZUL_GUARDED_BY(mutex_);
     std::size_t bytes_ ZUL_GUARDED_BY(mutex_) = 0;  // of queued pixels
     std::uint64_t added_ ZUL_GUARDED_BY(mutex_) = 0;
