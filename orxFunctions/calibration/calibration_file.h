@@ -15,8 +15,7 @@ namespace orx {
 
 // Writes the file, replacing one that exists. The matrices, of two dimensions, keep their type and size;
 // doubles keep all their digits (a negative zero becomes zero). Two of a million doubles are too long to be
-// read again. OpenCV's exceptions pass through, one for a file that can't be
-// opened among them.
+// read again. OpenCV's exceptions pass through, one for a file that can't be opened among them.
 //
 // A description comes back byte for byte whatever it holds. OpenCV's formats can't carry every text as a
 // string (one that begins or ends with a blank or a quotation mark or begins with '$', one with control

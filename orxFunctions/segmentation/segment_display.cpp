@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ZULLib/zullib.h"
+#include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/platform/native_window.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 
@@ -36,7 +37,7 @@ const cv::Scalar kTextColour(0, 255, 255);
 // Makes three channels of one. False for an image that can't be drawn on: an empty one, more than two
 // dimensions, a kind of pixel that OpenCV can't convert or draw.
 bool prepare(cv::Mat& image) {
-    if (image.empty() || image.dims != 2) return false;
+    if (!isDrawable(image)) return false;
     if (image.channels() > 1) return image.channels() <= 4;
     if (image.depth() != CV_8U && image.depth() != CV_16U && image.depth() != CV_32F) return false;
     cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
