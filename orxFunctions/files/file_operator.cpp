@@ -116,11 +116,7 @@ std::int64_t folderSize(std::string folder) {
 }
 
 bool fileExists(std::string path) {
-    return guarded(false, [&] {
-        std::error_code error;
-        const fs::file_status status = fs::status(platform::toPath(path), error);
-        return fs::exists(status) && !fs::is_directory(status);
-    });
+    return guarded(false, [&] { return platform::leadsToFile(platform::toPath(path)); });
 }
 
 bool folderExists(std::string path) {

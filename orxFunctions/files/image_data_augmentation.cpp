@@ -106,9 +106,7 @@ class Run {
     static bool readAnnotation(const fs::path& imagePath, cv::Size size,
                                std::optional<PolygonAnnotation>& annotation) {
         const fs::path path = fs::path(imagePath).replace_extension(".json");
-        std::error_code error;
-        const fs::file_status status = fs::status(path, error);
-        if (!fs::exists(status) || fs::is_directory(status)) return true;
+        if (!platform::leadsToFile(path)) return true;
         std::string json;
         annotation.emplace();
         return readFile(path, json) && annotation->parse(json, size);

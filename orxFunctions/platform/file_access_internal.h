@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "orxFunctions/platform/file_name_internal.h"
 
@@ -29,6 +30,13 @@ File openToWriteText(const std::filesystem::path& path);
 File openToRead(const std::string& name) = delete;
 File openToWrite(const std::string& name) = delete;
 File openToWriteText(const std::string& name) = delete;
+
+// Whether the path leads to something that is no folder.
+inline bool leadsToFile(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+}
 
 struct GzipCloser {
     void operator()(gzFile file) const { gzclose(file); }
