@@ -6,9 +6,9 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-#include "orxFunctions/analysis/edge_gradient_internal.h"
-#include "orxFunctions/analysis/edge_refinement_internal.h"
-#include "orxFunctions/analysis/edge_suppression_internal.h"
+#include "orxFunctions/analysis/edges/gradient.h"
+#include "orxFunctions/analysis/edges/refinement.h"
+#include "orxFunctions/analysis/edges/suppression.h"
 
 namespace ORXEdge {
 namespace {

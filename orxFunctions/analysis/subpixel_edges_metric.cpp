@@ -7,12 +7,12 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-#include "orxFunctions/analysis/edge_aliasing_internal.h"
-#include "orxFunctions/analysis/edge_blocks_internal.h"
-#include "orxFunctions/analysis/edge_gradient_internal.h"
-#include "orxFunctions/analysis/edge_pieces_internal.h"
-#include "orxFunctions/analysis/edge_suppression_internal.h"
-#include "orxFunctions/analysis/image_noise_internal.h"
+#include "orxFunctions/analysis/edges/aliasing.h"
+#include "orxFunctions/analysis/edges/blocks.h"
+#include "orxFunctions/analysis/edges/gradient.h"
+#include "orxFunctions/analysis/edges/image_noise.h"
+#include "orxFunctions/analysis/edges/pieces.h"
+#include "orxFunctions/analysis/edges/suppression.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace ORXEdge {

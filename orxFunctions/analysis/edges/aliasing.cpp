@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_aliasing_internal.h"
+#include "orxFunctions/analysis/edges/aliasing.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
-#include "orxFunctions/analysis/edge_threshold_internal.h"
+#include "orxFunctions/analysis/edges/threshold.h"
 
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/analysis/edge_gradient_internal.h"
+#include "orxFunctions/analysis/edges/gradient.h"
 #include "orxFunctions/analysis/subpixel_edges.h"
 
 namespace orx::edges {

@@ -1,8 +1,8 @@
-// The inner loops declared in edge_kernels_internal.h, written once for every instruction set.
+// The inner loops declared in edges/kernels.h, written once for every instruction set.
 #ifndef ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_BODY_INTERNAL_H
 #define ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_BODY_INTERNAL_H
 
-#include "orxFunctions/analysis/edge_kernels_internal.h"
+#include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/platform/simd_math_internal.h"
 #include "orxFunctions/platform/simd_narrow_internal.h"
 

@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_pieces_internal.h"
+#include "orxFunctions/analysis/edges/pieces.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "orxFunctions/analysis/edge_blocks_internal.h"
+#include "orxFunctions/analysis/edges/blocks.h"
 #include "orxFunctions/analysis/subpixel_edges.h"
 
 namespace orx::edges {

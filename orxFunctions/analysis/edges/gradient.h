@@ -7,7 +7,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/analysis/edge_kernels_internal.h"
+#include "orxFunctions/analysis/edges/kernels.h"
 
 namespace orx::edges {
 

@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_gradient_internal.h"
+#include "orxFunctions/analysis/edges/gradient.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_suppression_internal.h"
+#include "orxFunctions/analysis/edges/suppression.h"
 
 #include <algorithm>
 #include <array>

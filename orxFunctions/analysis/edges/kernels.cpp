@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_kernels_body_internal.h"
+#include "orxFunctions/analysis/edges/kernels_impl.h"
 
 namespace orx::edges {
 

@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/edge_refinement_internal.h"
+#include "orxFunctions/analysis/edges/refinement.h"
 
 #include <cmath>
 

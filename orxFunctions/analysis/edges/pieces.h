@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "orxFunctions/analysis/edge_blocks_internal.h"
-#include "orxFunctions/analysis/edge_suppression_internal.h"
+#include "orxFunctions/analysis/edges/blocks.h"
+#include "orxFunctions/analysis/edges/suppression.h"
 
 namespace orx::edges {
 

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/analysis/edge_gradient_internal.h"
+#include "orxFunctions/analysis/edges/gradient.h"
 
 namespace orx::edges {
 

@@ -7,7 +7,7 @@
 #include <opencv2/core/utility.hpp>
 #include <vector>
 
-#include "orxFunctions/analysis/edge_gradient_internal.h"
+#include "orxFunctions/analysis/edges/gradient.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {

@@ -1,4 +1,4 @@
-#include "orxFunctions/analysis/image_noise_internal.h"
+#include "orxFunctions/analysis/edges/image_noise.h"
 
 #include <algorithm>
 #include <cstdint>
