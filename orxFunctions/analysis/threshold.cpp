@@ -1,7 +1,7 @@
 #include "orxFunctions/analysis/threshold.h"
 
 #include "orxFunctions/analysis/histogram_internal.h"
-#include "orxFunctions/analysis/threshold_methods_internal.h"
+#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 

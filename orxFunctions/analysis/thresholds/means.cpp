@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/threshold_methods_internal.h"
+#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/shortlist_internal.h"
-#include "orxFunctions/analysis/threshold_methods_internal.h"
+#include "orxFunctions/analysis/thresholds/methods.h"
+#include "orxFunctions/analysis/thresholds/shortlist.h"
 
 namespace orx {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "orxFunctions/analysis/threshold_methods_internal.h"
+#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {

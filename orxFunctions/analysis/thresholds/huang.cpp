@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/threshold_methods_internal.h"
+#include "orxFunctions/analysis/thresholds/methods.h"
 #include "orxFunctions/platform/simd_internal.h"
 
 namespace orx {
