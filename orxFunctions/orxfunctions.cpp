@@ -11,7 +11,7 @@
 #include "orxFunctions/foundation/image_exchange_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
 #include "orxFunctions/platform/module_internal.h"
-#include "orxFunctions/platform/native_window_list_internal.h"
+#include "orxFunctions/platform/window/native_window_list.h"
 
 namespace orx {
 

@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/display/view_state_internal.h"
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 namespace orx::display {
 

@@ -12,7 +12,7 @@
 #include "orxFunctions/display/interaction_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/display/view_state_internal.h"
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 // Locks, in the order in which they are taken: mouse, image, size, overlay.
 class TPictureBox::Core final : public orx::platform::MouseListener {

@@ -6,7 +6,7 @@
 
 #include "ZULLib/zullib.h"
 #include "orxFunctions/fitting/drawing_internal.h"
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 
 namespace orx {

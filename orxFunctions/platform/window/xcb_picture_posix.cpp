@@ -1,4 +1,4 @@
-#include "orxFunctions/platform/xcb_picture_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_picture_posix.h"
 
 #include <algorithm>
 #include <cstdint>

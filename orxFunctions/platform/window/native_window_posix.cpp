@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "orxFunctions/platform/native_window_list_internal.h"
-#include "orxFunctions/platform/xcb_window_posix_internal.h"
+#include "orxFunctions/platform/window/native_window_list.h"
+#include "orxFunctions/platform/window/xcb_window_posix.h"
 
 namespace orx::platform {
 

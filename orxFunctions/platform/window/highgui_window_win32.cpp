@@ -1,6 +1,6 @@
-#include "orxFunctions/platform/highgui_window_win32_internal.h"
+#include "orxFunctions/platform/window/highgui_window_win32.h"
 
-#include "orxFunctions/platform/mouse_message_win32_internal.h"
+#include "orxFunctions/platform/window/mouse_message_win32.h"
 
 #include <opencv2/highgui/highgui_c.h>
 #include <atomic>
@@ -11,7 +11,7 @@
 
 #include "ZULLib/sync_internal.h"
 #include "ZULLib/zullib.h"
-#include "orxFunctions/platform/native_window_list_internal.h"
+#include "orxFunctions/platform/window/native_window_list.h"
 
 namespace orx::platform {
 namespace {

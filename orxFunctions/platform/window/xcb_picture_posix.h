@@ -6,7 +6,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "orxFunctions/platform/xcb_display_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_display_posix.h"
 
 namespace orx::platform {
 

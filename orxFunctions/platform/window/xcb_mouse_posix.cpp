@@ -1,4 +1,4 @@
-#include "orxFunctions/platform/xcb_mouse_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_mouse_posix.h"
 
 #include <cstdint>
 #include <cstdlib>

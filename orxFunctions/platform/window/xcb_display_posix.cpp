@@ -1,4 +1,4 @@
-#include "orxFunctions/platform/xcb_display_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_display_posix.h"
 
 #include <cstdint>
 #include <cstring>

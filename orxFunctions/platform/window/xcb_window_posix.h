@@ -14,10 +14,10 @@
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
-#include "orxFunctions/platform/native_window.h"
-#include "orxFunctions/platform/xcb_display_posix_internal.h"
-#include "orxFunctions/platform/xcb_mouse_posix_internal.h"
-#include "orxFunctions/platform/xcb_picture_posix_internal.h"
+#include "orxFunctions/platform/window/native_window.h"
+#include "orxFunctions/platform/window/xcb_display_posix.h"
+#include "orxFunctions/platform/window/xcb_mouse_posix.h"
+#include "orxFunctions/platform/window/xcb_picture_posix.h"
 
 namespace orx::platform {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ZULLib/sync_internal.h"
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 namespace orx::platform {
 

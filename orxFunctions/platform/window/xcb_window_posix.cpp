@@ -1,10 +1,10 @@
-#include "orxFunctions/platform/xcb_window_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_window_posix.h"
 
 #include <system_error>
 #include <utility>
 
 #include "ZULLib/zullib.h"
-#include "orxFunctions/platform/native_window_list_internal.h"
+#include "orxFunctions/platform/window/native_window_list.h"
 
 namespace orx::platform {
 namespace {

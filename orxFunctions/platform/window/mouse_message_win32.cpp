@@ -1,4 +1,4 @@
-#include "orxFunctions/platform/mouse_message_win32_internal.h"
+#include "orxFunctions/platform/window/mouse_message_win32.h"
 
 #include <opencv2/highgui.hpp>
 

@@ -1,7 +1,7 @@
 // The event thread of a picture window on X.
 #include <signal.h>
 
-#include "orxFunctions/platform/xcb_window_posix_internal.h"
+#include "orxFunctions/platform/window/xcb_window_posix.h"
 
 namespace orx::platform {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <optional>
 
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 namespace orx::platform {
 

@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 namespace orx::platform {
 

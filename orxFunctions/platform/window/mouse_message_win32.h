@@ -7,7 +7,7 @@
 #endif
 #include <windows.h>
 
-#include "orxFunctions/platform/native_window.h"
+#include "orxFunctions/platform/window/native_window.h"
 
 namespace orx::platform {
 

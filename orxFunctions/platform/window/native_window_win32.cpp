@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "orxFunctions/platform/highgui_window_win32_internal.h"
-#include "orxFunctions/platform/native_window_list_internal.h"
+#include "orxFunctions/platform/window/highgui_window_win32.h"
+#include "orxFunctions/platform/window/native_window_list.h"
 
 namespace orx::platform {
 namespace {
