@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "orxFunctions/platform/cpu_internal.h"
+#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx {
 namespace {

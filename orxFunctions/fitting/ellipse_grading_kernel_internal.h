@@ -2,7 +2,7 @@
 #ifndef ORXFUNCTIONS_FITTING_ELLIPSE_GRADING_KERNEL_INTERNAL_H
 #define ORXFUNCTIONS_FITTING_ELLIPSE_GRADING_KERNEL_INTERNAL_H
 
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx {
 

@@ -1,5 +1,5 @@
 #include "orxFunctions/fitting/fit_kernels_body_internal.h"
-#include "orxFunctions/platform/cpu_internal.h"
+#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx::fit_kernels {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "orxFunctions/fitting/fit_kernels_internal.h"
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx::ORX_SIMD::fits {
 

@@ -1,5 +1,5 @@
 #include "orxFunctions/fitting/point_kernels_body_internal.h"
-#include "orxFunctions/platform/cpu_internal.h"
+#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx {
 

@@ -3,7 +3,7 @@
 #define ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
 
 #include "orxFunctions/fitting/point_kernels_internal.h"
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx::ORX_SIMD::consensus {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "orxFunctions/platform/cpu_internal.h"
+#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx {
 namespace {

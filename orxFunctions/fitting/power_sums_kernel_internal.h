@@ -6,7 +6,7 @@
 #ifndef ORXFUNCTIONS_FITTING_POWER_SUMS_KERNEL_INTERNAL_H
 #define ORXFUNCTIONS_FITTING_POWER_SUMS_KERNEL_INTERNAL_H
 
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx {
 

@@ -2,7 +2,7 @@
 #ifndef TESTS_ANALYSIS_VECTOR_MATH_BODY_H
 #define TESTS_ANALYSIS_VECTOR_MATH_BODY_H
 
-#include "orxFunctions/platform/simd_math_internal.h"
+#include "orxFunctions/platform/simd/vector_math.h"
 #include "vector_math.h"
 
 namespace orx::ORX_SIMD {

@@ -6,8 +6,8 @@
 #include <limits>
 #include <opencv2/core/utility.hpp>
 
-#include "orxFunctions/platform/cpu_internal.h"
 #include "orxFunctions/platform/parallel_internal.h"
+#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx::edges {
 namespace {

@@ -3,8 +3,8 @@
 #define ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_BODY_INTERNAL_H
 
 #include "orxFunctions/analysis/edges/kernels.h"
-#include "orxFunctions/platform/simd_math_internal.h"
-#include "orxFunctions/platform/simd_narrow_internal.h"
+#include "orxFunctions/platform/simd/narrow_vectors.h"
+#include "orxFunctions/platform/simd/vector_math.h"
 
 namespace orx::ORX_SIMD {
 

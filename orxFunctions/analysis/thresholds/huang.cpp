@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "orxFunctions/analysis/thresholds/methods.h"
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx {
 namespace {

@@ -1,9 +1,9 @@
-// Elementary functions of vectors of doubles, each as exact as its callers need; the rules of simd_internal.h
+// Elementary functions of vectors of doubles, each as exact as its callers need; the rules of simd/vectors.h
 // hold here too. Every instruction set gives the same bits.
 #ifndef ORXFUNCTIONS_PLATFORM_SIMD_MATH_INTERNAL_H
 #define ORXFUNCTIONS_PLATFORM_SIMD_MATH_INTERNAL_H
 
-#include "orxFunctions/platform/simd_narrow_internal.h"
+#include "orxFunctions/platform/simd/narrow_vectors.h"
 
 namespace orx::ORX_SIMD {
 

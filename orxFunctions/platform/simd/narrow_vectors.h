@@ -1,10 +1,10 @@
 // Vectors of 16-bit and 32-bit integers for kernels over image rows, and the ways between them and the
-// doubles of simd_internal.h; the rules of that header hold here too. Integer arithmetic wraps around, per
+// doubles of simd/vectors.h; the rules of that header hold here too. Integer arithmetic wraps around, per
 // lane.
 #ifndef ORXFUNCTIONS_PLATFORM_SIMD_NARROW_INTERNAL_H
 #define ORXFUNCTIONS_PLATFORM_SIMD_NARROW_INTERNAL_H
 
-#include "orxFunctions/platform/simd_internal.h"
+#include "orxFunctions/platform/simd/vectors.h"
 
 #if defined(_MSC_VER)
 #include <intrin.h>
