@@ -8,11 +8,11 @@
 #include <utility>
 
 #include "orxFunctions/fitting/circle_blocks_internal.h"
-#include "orxFunctions/fitting/fit_kernels_internal.h"
 #include "orxFunctions/fitting/fit_parameters_internal.h"
 #include "orxFunctions/fitting/fit_weights_internal.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/inlier_tests_internal.h"
+#include "orxFunctions/fitting/kernels/fit_kernels.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/point_columns_internal.h"
 #include "orxFunctions/fitting/point_list.h"

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "orxFunctions/fitting/ellipse_conic_internal.h"
-#include "orxFunctions/fitting/ellipse_grading_internal.h"
+#include "orxFunctions/fitting/kernels/ellipse_grading.h"
 #include "orxFunctions/fitting/random_numbers.h"
 
 namespace orxFit {

@@ -5,7 +5,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "orxFunctions/fitting/point_kernels_internal.h"
+#include "orxFunctions/fitting/kernels/point_kernels.h"
 
 namespace orx {
 

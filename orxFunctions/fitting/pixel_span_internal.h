@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/fit_kernels_internal.h"
+#include "orxFunctions/fitting/kernels/fit_kernels.h"
 
 namespace orx {
 

@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-#include "orxFunctions/fitting/point_kernels_internal.h"
+#include "orxFunctions/fitting/kernels/point_kernels.h"
 
 namespace orx {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <opencv2/core.hpp>
 
-#include "orxFunctions/fitting/power_sums_kernel_internal.h"
+#include "orxFunctions/fitting/kernels/power_sums_impl.h"
 
 namespace orx {
 

@@ -1,4 +1,4 @@
-#include "orxFunctions/fitting/ellipse_grading_internal.h"
+#include "orxFunctions/fitting/kernels/ellipse_grading.h"
 
 #include <algorithm>
 

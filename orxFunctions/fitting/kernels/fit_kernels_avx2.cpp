@@ -1,5 +1,5 @@
 // The kernels for processors with AVX2; see orx_avx2_sources for what may be included here.
-#include "orxFunctions/fitting/fit_kernels_body_internal.h"
+#include "orxFunctions/fitting/kernels/fit_kernels_impl.h"
 
 namespace orx::fit_kernels {
 

@@ -1,5 +1,5 @@
 // Compiled for AVX2: includes kernel headers only.
-#include "orxFunctions/fitting/power_sums_kernel_internal.h"
+#include "orxFunctions/fitting/kernels/power_sums_impl.h"
 
 namespace orx {
 

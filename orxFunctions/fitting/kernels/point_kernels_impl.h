@@ -1,8 +1,8 @@
-// The loops of point_kernels_internal.h, compiled once for each instruction set.
+// The loops of kernels/point_kernels.h, compiled once for each instruction set.
 #ifndef ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
 #define ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
 
-#include "orxFunctions/fitting/point_kernels_internal.h"
+#include "orxFunctions/fitting/kernels/point_kernels.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx::ORX_SIMD::consensus {

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/ellipse_grading_kernel_internal.h"
+#include "orxFunctions/fitting/kernels/ellipse_grading_impl.h"
 
 namespace orx {
 

@@ -1,4 +1,4 @@
-#include "orxFunctions/fitting/fit_kernels_body_internal.h"
+#include "orxFunctions/fitting/kernels/fit_kernels_impl.h"
 #include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx::fit_kernels {

@@ -1,4 +1,4 @@
-#include "orxFunctions/fitting/polynomial_solve_internal.h"
+#include "orxFunctions/fitting/kernels/polynomial_solve.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "orxFunctions/fitting/point_kernels_body_internal.h"
+#include "orxFunctions/fitting/kernels/point_kernels_impl.h"
 #include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx {

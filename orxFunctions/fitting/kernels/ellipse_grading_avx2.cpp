@@ -1,5 +1,5 @@
 // Compiled for AVX2: includes kernel headers only.
-#include "orxFunctions/fitting/ellipse_grading_kernel_internal.h"
+#include "orxFunctions/fitting/kernels/ellipse_grading_impl.h"
 
 namespace orx {
 

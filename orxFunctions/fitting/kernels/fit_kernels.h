@@ -1,6 +1,6 @@
 // Loops over points that the circle estimators share, in vectors of the widest kind that the processor
 // offers. Most fits pass over their points a few times only, so these loops read the points as they are
-// stored; searches that pass a thousand times use the columns of point_kernels_internal.h.
+// stored; searches that pass a thousand times use the columns of kernels/point_kernels.h.
 //
 // Points are stored as x, y, x, y, ... in 32-bit integers (std::vector<cv::Point>). Each result has the bits
 // of the plain loop that its comment describes; sums run in the order of the points.

@@ -1,11 +1,11 @@
-// The kernels of fit_kernels_internal.h, compiled once for each instruction set.
+// The kernels of kernels/fit_kernels.h, compiled once for each instruction set.
 #ifndef ORXFUNCTIONS_FITTING_FIT_KERNELS_BODY_INTERNAL_H
 #define ORXFUNCTIONS_FITTING_FIT_KERNELS_BODY_INTERNAL_H
 
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/fitting/fit_kernels_internal.h"
+#include "orxFunctions/fitting/kernels/fit_kernels.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx::ORX_SIMD::fits {
