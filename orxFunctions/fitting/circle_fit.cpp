@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "orxFunctions/fitting/circle_blocks_internal.h"
+#include "orxFunctions/fitting/circle_algebra_internal.h"
 #include "orxFunctions/fitting/fit_parameters_internal.h"
 #include "orxFunctions/fitting/fit_weights_internal.h"
 #include "orxFunctions/fitting/geometry.h"

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "orxFunctions/fitting/circle_blocks_internal.h"
+#include "orxFunctions/fitting/circle_algebra_internal.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
