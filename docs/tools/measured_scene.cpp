@@ -5,10 +5,10 @@
 #include <iostream>
 #include <string>
 
-#include "inspection/annotate.h"
-#include "inspection/measurement.h"
-#include "inspection/output_folder.h"
-#include "inspection/preparation.h"
+#include "inspection/measure/measurement.h"
+#include "inspection/measure/preparation.h"
+#include "inspection/report/annotate.h"
+#include "inspection/run/output_folder.h"
 #include "support/synthetic_scene.h"
 
 int main(int argc, char** argv) {

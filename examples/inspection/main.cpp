@@ -2,7 +2,7 @@
 #include <exception>
 #include <iostream>
 
-#include "inspection/run.h"
+#include "inspection/run/run.h"
 #include "support/command_line.h"
 
 int main(int argc, char** argv) {

@@ -1,5 +1,5 @@
 // Splitting, edges and calipers as the inspection program uses them, on shapes of known truth.
-#include "inspection/analyses.h"
+#include "inspection/analyse/analyses.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "inspection/analyses_sections.h"
-#include "inspection/places.h"
+#include "inspection/analyse/analyses_sections.h"
+#include "inspection/run/places.h"
 #include "support/synthetic_scene.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "inspection/fit_estimators.h"
-#include "inspection/measurement.h"
+#include "inspection/measure/fit_estimators.h"
+#include "inspection/measure/measurement.h"
 #include "support/synthetic_scene.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "inspection/measurement.h"
+#include "inspection/measure/measurement.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <opencv2/imgproc.hpp>
 #include <tuple>
 
-#include "inspection/methods.h"
-#include "inspection/truth_check.h"
+#include "inspection/measure/methods.h"
+#include "inspection/measure/truth_check.h"
 #include "support/synthetic_scene.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "inspection/image_source.h"
+#include "inspection/run/image_source.h"
 #include "tests/examples/program_fixture.h"
 
 namespace {

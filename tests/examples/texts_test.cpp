@@ -3,10 +3,10 @@
 #include <limits>
 #include <sstream>
 
-#include "inspection/data_uri.h"
-#include "inspection/progress.h"
-#include "inspection/table.h"
-#include "inspection/utf8.h"
+#include "inspection/report/data_uri.h"
+#include "inspection/report/table.h"
+#include "inspection/report/utf8.h"
+#include "inspection/run/progress.h"
 
 namespace {
 

@@ -1,0 +1,227 @@
+#include "inspection/measure/measurement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "inspection/measure/consensus.h"
+#include "inspection/measure/contour_edges.h"
+#include "inspection/measure/ellipse_measure.h"
+#include "inspection/measure/fit_estimators.h"
+#include "inspection/measure/least_squares.h"
+#include "orxFunctions/fitting/point_list.h"
+
+namespace inspection {
+namespace {
+
+constexpr double kElongated = 2.5;
+constexpr std::size_t kLeastPoints = 8;
+// The second side of an object supports its axis when it holds at least this part of the first side's points.
+constexpr double kSecondSide = 0.3;
+// How far the rounding of a blurred corner reaches along a side, pixels.
+constexpr double kCorner = 5.0;
+constexpr double kHalfPixel = 0.5;
+
+// The edge along a straight side. Its ends are left out, because a blurred corner is round; a side too short
+// for that is used whole.
+std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outward, const Context& context) {
+    const auto along = [&](const cv::Point& pixel) { return side.line.direction.dot(cv::Point2d(pixel)); };
+    const auto [least, most] =
+        std::minmax_element(side.inliers.begin(), side.inliers.end(),
+                            [&](const cv::Point& a, const cv::Point& b) { return along(a) < along(b); });
+    const bool isLong = along(*most) - along(*least) > 4.0 * kCorner;
+    const double from = along(*least) + (isLong ? kCorner : 0.0);
+    const double to = along(*most) - (isLong ? kCorner : 0.0);
+
+    std::vector<cv::Point2d> edges;
+    edges.reserve(side.inliers.size());
+    for (const cv::Point& pixel : side.inliers)
+        if (along(pixel) >= from && along(pixel) <= to) edges.push_back(edgeAt(pixel, outward, context));
+    return edges;
+}
+
+SearchSettings searchSettings(const Settings& settings) {
+    return {settings.trials, settings.tolerance, settings.seed};
+}
+
+std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const Context& context) {
+    // The search computes in 32-bit integers: near the origin its products stay small.
+    const cv::Rect box = cv::boundingRect(points);
+    std::vector<cv::Point> local = points;
+    for (cv::Point& p : local) p -= box.tl();
+    const auto found = searchCircle(local, std::max(box.width, box.height), searchSettings(context.settings));
+    if (!found) return std::nullopt;
+
+    const cv::Point2d corner = box.tl();
+    Circle circle{found->circle.center + corner, found->circle.radius};
+    for (int pass = 0; pass < 2; ++pass) {
+        std::vector<cv::Point2d> inliers;
+        for (const cv::Point2d& edge : edgesOfCircle(points, circle.center, context))
+            if (circle.distance(edge) <= context.settings.tolerance) inliers.push_back(edge);
+        const auto fitted = fitCircleFrom(circle, inliers);
+        if (!fitted) break;
+        circle = *fitted;
+    }
+    return circle;
+}
+
+std::optional<Circle> estimatedCircle(const std::vector<cv::Point>& points, const Context& context) {
+    auto circle = estimateCircle(points, context.settings);
+    if (circle) circle->radius += kHalfPixel;
+    return circle;
+}
+
+std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const Context& context) {
+    const bool searches = context.settings.circle == CircleEstimator::kSearch;
+    const auto circle = searches ? searchedCircle(points, context) : estimatedCircle(points, context);
+    if (!circle) return std::nullopt;
+    Feature feature;
+    feature.shape = Shape::kCircle;
+    feature.center = circle->center;
+    feature.radius = circle->radius;
+    Residuals residuals(context.settings.tolerance);
+    for (const cv::Point2d& edge : edgesOfCircle(points, circle->center, context))
+        residuals.add(circle->distance(edge));
+    residuals.writeTo(feature, context.settings.minInliers);
+    return feature;
+}
+
+cv::Point2d meanOf(const std::vector<cv::Point>& points) {
+    cv::Point2d sum;
+    for (const cv::Point& p : points) sum += cv::Point2d(p);
+    return sum / static_cast<double>(points.size());
+}
+
+// The normal of `line` that points away from the object's middle.
+cv::Point2d outwardOf(const Line& line, cv::Point2d middle) {
+    return line.signedDistance(middle) > 0.0 ? -line.normal() : line.normal();
+}
+
+// The axis between the two long sides, or the one side that was found.
+std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const Context& context) {
+    const SearchSettings search = searchSettings(context.settings);
+    const auto first = searchLine(points, nullptr, search);
+    if (!first) return std::nullopt;
+    const cv::Point2d middle = meanOf(points);
+    const cv::Point2d outward = outwardOf(first->line, middle);
+    const auto firstEdges = edgesOfSide(*first, outward, context);
+
+    if (const auto second = searchLine(first->others, &first->line, search)) {
+        const auto secondEdges = edgesOfSide(*second, -outward, context);
+        const auto pair = fitParallelLines(firstEdges, secondEdges);
+        const bool isOpposite =
+            first->line.signedDistance(second->line.point) * outward.dot(first->line.normal()) <
+            -2.0 * context.settings.tolerance;
+        const double share = static_cast<double>(secondEdges.size()) / static_cast<double>(firstEdges.size());
+        if (pair && isOpposite && share >= kSecondSide) return pair;
+    }
+    const auto single = fitLineThrough(firstEdges);
+    if (!single) return std::nullopt;
+    return ParallelLines{*single, 0.0};
+}
+
+std::optional<ParallelLines> estimatedSides(const std::vector<cv::Point>& points, const Context& context) {
+    auto sides = estimateSides(points, context.settings);
+    if (sides && sides->width > 0.0) sides->width += 2.0 * kHalfPixel;
+    return sides;
+}
+
+std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const Context& context) {
+    const bool searches = context.settings.line == LineEstimator::kSearch;
+    const auto sides = searches ? searchedSides(points, context) : estimatedSides(points, context);
+    if (!sides) return std::nullopt;
+
+    const Line& axis = sides->axis;
+    Feature feature;
+    feature.shape = Shape::kLine;
+    feature.angle = axis.angle();
+    feature.width = sides->width;
+    Residuals residuals(context.settings.tolerance);
+    double least = 0.0;
+    double most = 0.0;
+    for (const cv::Point& pixel : points) {
+        const double across = axis.signedDistance(pixel);
+        const cv::Point2d outward = across < 0.0 ? -axis.normal() : axis.normal();
+        const cv::Point2d edge = sides->width > 0.0 ? edgeAt(pixel, outward, context) : cv::Point2d(pixel);
+        residuals.add(std::abs(std::abs(axis.signedDistance(edge)) - 0.5 * sides->width));
+        const double along = axis.direction.dot(cv::Point2d(pixel) - axis.point);
+        least = std::min(least, along);
+        most = std::max(most, along);
+    }
+    residuals.writeTo(feature, context.settings.minInliers);
+    feature.center = axis.point + 0.5 * (least + most) * axis.direction;
+    feature.length = most - least + 1.0;
+    return feature;
+}
+
+bool isElongated(const std::vector<cv::Point>& contour, ShapeChoice choice) {
+    if (choice != ShapeChoice::kAuto) return choice == ShapeChoice::kLine;
+    const cv::Size2f size = cv::minAreaRect(contour).size;
+    const float shorter = std::max(1.0F, std::min(size.width, size.height));
+    return static_cast<double>(std::max(size.width, size.height) / shorter) >= kElongated;
+}
+
+std::optional<Feature> measureContour(const std::vector<cv::Point>& points, bool isLine, const cv::Mat& grey,
+                                      const Preparation& prepared, const Settings& settings) {
+    const bool usesPixels =
+        isLine ? settings.line != LineEstimator::kSearch : settings.circle != CircleEstimator::kSearch;
+    const Context context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels};
+    if (isLine) return measureLine(points, context);
+    return settings.ellipse == EllipseEstimator::kNone ? measureCircle(points, context)
+                                                       : measureEllipse(points, context);
+}
+
+double extentOf(const Feature& feature) {
+    const cv::Rect box = cv::boundingRect(feature.contour);
+    return std::max(box.width, box.height);
+}
+
+// Rows from top to bottom, each from left to right. A row takes in what lies less than three quarters of a
+// usual object below its topmost centre.
+void sortForReading(std::vector<Feature>& features) {
+    if (features.empty()) return;
+    std::vector<double> extents;
+    extents.reserve(features.size());
+    for (const Feature& feature : features) extents.push_back(extentOf(feature));
+    const auto median = extents.begin() + static_cast<std::ptrdiff_t>(extents.size() / 2);
+    std::nth_element(extents.begin(), median, extents.end());
+
+    const auto isAbove = [](const Feature& a, const Feature& b) { return a.center.y < b.center.y; };
+    const auto isLeft = [](const Feature& a, const Feature& b) { return a.center.x < b.center.x; };
+    std::sort(features.begin(), features.end(), isAbove);
+    for (auto row = features.begin(); row != features.end();) {
+        const double bottom = row->center.y + 0.75 * *median;
+        const auto end = std::find_if(row, features.end(),
+                                      [&](const Feature& feature) { return feature.center.y > bottom; });
+        std::sort(row, end, isLeft);
+        row = end;
+    }
+}
+
+}  // namespace
+
+const char* nameOf(Shape shape) {
+    return shape == Shape::kCircle ? "circle" : shape == Shape::kLine ? "line" : "ellipse";
+}
+
+std::vector<Feature> measure(const cv::Mat& grey, const Preparation& prepared, const Settings& settings) {
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(prepared.objects, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    std::vector<Feature> features;
+    for (const std::vector<cv::Point>& contour : contours) {
+        const double area = cv::contourArea(contour);
+        if (area < settings.minArea) continue;
+        std::vector<cv::Point> points = contour;
+        orx::deleteImageSidePoints(points, grey.size(), 1);
+        if (points.size() < kLeastPoints) continue;
+        auto feature = measureContour(points, isElongated(contour, settings.shape), grey, prepared, settings);
+        if (!feature) continue;
+        feature->area = area;
+        feature->contour = contour;
+        features.push_back(std::move(*feature));
+    }
+    sortForReading(features);
+    return features;
+}
+
+}  // namespace inspection

@@ -1,0 +1,84 @@
+#include "inspection/run/camera_feed.h"
+
+#include <atomic>
+#include <string_view>
+#include <utility>
+
+namespace inspection {
+namespace {
+
+std::atomic<CameraFeed*> current{nullptr};
+
+// The camera that a trace line reports a failed fetch of; -1 for other lines.
+int failedCamera(std::string_view line) {
+    for (const std::string_view start : {"camera getImg fail ", "Get empty image "}) {
+        if (line.substr(0, start.size()) == start)
+            return zul::strToInt(std::string(line.substr(start.size())));
+    }
+    return -1;
+}
+
+}  // namespace
+
+double CameraCount::rate() const {
+    const double seconds = std::chrono::duration<double>(last - first).count();
+    return seconds > 0.0 ? (delivered - 1) / seconds : 0.0;
+}
+
+CameraFeed::CameraFeed() {
+    current = this;
+    zul::setTraceSink(readTrace, this);
+}
+
+CameraFeed::~CameraFeed() {
+    zul::setTraceSink(nullptr, nullptr);
+    current = nullptr;
+}
+
+void CameraFeed::receive(cv::Mat& picture, int camera) {
+    CameraFeed* const feed = current;
+    if (feed == nullptr) return;
+    const auto slot = static_cast<std::size_t>(camera);
+    const auto now = std::chrono::steady_clock::now();
+    {
+        const std::lock_guard<std::mutex> lock(feed->mutex_);
+        CameraCount& count = feed->counts_[slot];
+        if (count.delivered++ == 0) count.first = now;
+        count.last = now;
+        if (!feed->newest_[slot].empty()) ++count.dropped;
+        feed->newest_[slot] = picture;
+    }
+    feed->arrived_.notify_one();
+}
+
+void CameraFeed::readTrace(const char* line, void* self) {
+    const int camera = failedCamera(line);
+    if (camera < 0 || camera >= orx::MAXCameraNum) return;
+    auto* const feed = static_cast<CameraFeed*>(self);
+    const std::lock_guard<std::mutex> lock(feed->mutex_);
+    ++feed->counts_[static_cast<std::size_t>(camera)].failed;
+}
+
+bool CameraFeed::take(std::chrono::steady_clock::time_point end, cv::Mat& picture, int& camera) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    return arrived_.wait_until(lock, end, [&] { return takeNow(picture, camera); });
+}
+
+bool CameraFeed::takeNow(cv::Mat& picture, int& camera) {
+    for (std::size_t i = 0; i < newest_.size(); ++i) {
+        const std::size_t slot = (next_ + i) % newest_.size();
+        if (newest_[slot].empty()) continue;
+        picture = std::exchange(newest_[slot], cv::Mat());
+        camera = static_cast<int>(slot);
+        next_ = slot + 1;
+        return true;
+    }
+    return false;
+}
+
+CameraCount CameraFeed::count(int camera) const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return counts_[static_cast<std::size_t>(camera)];
+}
+
+}  // namespace inspection

@@ -1,0 +1,191 @@
+#include "inspection/run/camera_run.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+#include <string>
+#include <vector>
+
+#include "inspection/measure/measurement.h"
+#include "inspection/measure/preparation.h"
+#include "inspection/report/annotate.h"
+#include "inspection/report/table.h"
+#include "inspection/report/utf8.h"
+#include "inspection/run/camera_feed.h"
+#include "inspection/run/image_source.h"
+#include "inspection/run/interrupt.h"
+#include "inspection/run/output_folder.h"
+#include "orxFunctions/orxfunctions.h"
+
+namespace inspection {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kTargetRate = 30;  // pictures per second, where the camera has as many
+
+// The last measured picture of a camera.
+struct LastPicture {
+    cv::Mat grey;
+    std::vector<Feature> features;
+    int measured = 0;  // pictures
+    std::string problem;
+};
+
+cv::Mat greyOf(const cv::Mat& picture) {
+    cv::Mat grey = picture;
+    if (picture.channels() == 3) cv::cvtColor(picture, grey, cv::COLOR_BGR2GRAY);
+    if (picture.channels() == 4) cv::cvtColor(picture, grey, cv::COLOR_BGRA2GRAY);
+    return grey;
+}
+
+class CameraSession {
+  public:
+    CameraSession(const Options& options, std::ostream& out, std::ostream& log)
+        : options_(options), out_(out), log_(log), folder_(std::filesystem::u8path(options.output)) {}
+
+    int run() {
+        std::string problem;
+        if (!folder_.create(problem)) {
+            log_ << "orx_inspection: the output folder " << cleanUtf8(options_.output)
+                 << " can't be used: " << problem << "\n";
+            return 1;
+        }
+        watchForInterrupt();
+        const bool areOpen = openCameras();
+        if (areOpen) grab();
+        close();
+        showMessages();
+        return areOpen && report() ? 0 : 1;
+    }
+
+  private:
+    int cameras() const { return options_.camera.cameras; }
+
+    bool openCameras() {
+        std::string missing;
+        if (!cams_.CheckCameraDriverValid(options_.camera.type, &missing)) {
+            log_ << "orx_inspection: " << zul::toUtf8(missing) << "\n";
+        }
+        if (!cams_.InitCamera(options_.camera.type, nullptr, false, false)) return false;
+        cams_.setCameraNumber(cameras());
+        bool areOpen = true;
+        for (int i = 0; i < cameras(); ++i) areOpen = cams_.open(i, options_.camera.type) && areOpen;
+        return areOpen;
+    }
+
+    void grab() {
+        config_.frameRate = kTargetRate;
+        for (int i = 0; i < cameras(); ++i) {
+            orx::imgThreadManager.startThread(&cams_, &config_, i);
+            orx::imgThreadManager.setDrawImgCallbackFunc(true, CameraFeed::receive, i);
+        }
+        orx::APPaddOrSetParamBool("cameraReady", true);
+        log_ << "grabbing from " << cameras() << (cameras() == 1 ? " camera for " : " cameras for ")
+             << fixedText(options_.camera.seconds, 1) << " s; Ctrl-C ends it" << std::endl;
+        const auto end =
+            Clock::now() + std::chrono::milliseconds(std::lround(options_.camera.seconds * 1000));
+        while (Clock::now() < end && !isInterrupted()) {
+            cv::Mat picture;
+            int camera = 0;
+            const auto soon = std::min(end, Clock::now() + std::chrono::milliseconds(100));
+            if (feed_.take(soon, picture, camera))
+                measurePicture(picture, last_[static_cast<std::size_t>(camera)]);
+            if (!orx::APPgetParamBool("cameraReady")) reconnect();
+        }
+        orx::imgThreadManager.closeAllThread();
+    }
+
+    void measurePicture(const cv::Mat& picture, LastPicture& last) {
+        const cv::Mat grey = greyOf(picture);
+        const auto prepared = prepare(grey, options_.settings, last.problem);
+        if (!prepared) return;
+        last.features = measure(grey, *prepared, options_.settings);
+        last.grey = grey;
+        ++last.measured;
+    }
+
+    // The driver reconnects by itself; what it needs is to be asked again.
+    void reconnect() {
+        for (int i = 0; i < cameras(); ++i) cams_.connectCamera(i, options_.camera.type);
+        orx::APPaddOrSetParamBool("cameraReady", true);
+    }
+
+    void close() {
+        for (int i = 0; i < cams_.cameraNumber; ++i) {
+            sizes_.push_back(cams_.getImgSize(i));
+            lost_.push_back(cams_.GetParam(i, kFramesLost));
+        }
+        cams_.DestoryCamera();
+        cams_.freeDll();
+    }
+
+    void showMessages() {
+        std::string text;
+        int color = 0;
+        while (orx::APPgetMessage(text, color)) log_ << "message: " << cleanUtf8(zul::toUtf8(text)) << "\n";
+    }
+
+    // False when a camera delivered nothing that could be measured, or a picture can't be written.
+    bool report() {
+        std::vector<std::vector<std::string>> rows = {
+            {"camera", "size", "rate", "delivered", "measured", "dropped", "failed", "lost", "objects"}};
+        std::vector<std::string> pictures;
+        bool isComplete = true;
+        for (int i = 0; i < cameras(); ++i) {
+            const auto slot = static_cast<std::size_t>(i);
+            const CameraCount count = feed_.count(i);
+            const LastPicture& last = last_[slot];
+            rows.push_back({std::to_string(i + 1),
+                            std::to_string(sizes_[slot].width) + "x" + std::to_string(sizes_[slot].height),
+                            fixedText(count.rate(), 1), std::to_string(count.delivered),
+                            std::to_string(last.measured), std::to_string(count.dropped),
+                            std::to_string(count.failed),
+                            std::isnan(lost_[slot]) ? "-" : fixedText(lost_[slot], 0),
+                            std::to_string(last.features.size())});
+            isComplete = writePicture(i, last, pictures) && isComplete;
+        }
+        printAligned(out_, rows);
+        for (const std::string& picture : pictures) out_ << "picture  " << picture << "\n";
+        return isComplete;
+    }
+
+    bool writePicture(int camera, const LastPicture& last, std::vector<std::string>& pictures) {
+        const std::string name = "camera" + std::to_string(camera + 1);
+        if (last.measured == 0) {
+            log_ << "orx_inspection: " << name << ": "
+                 << (last.problem.empty() ? "no picture came" : last.problem) << "\n";
+            return false;
+        }
+        const std::filesystem::path file = folder_.pictureFor(name, "-measured");
+        if (!writePng(file, annotate(last.grey, last.features, options_.settings.tolerance))) {
+            log_ << "orx_inspection: the picture " << displayName(file) << " can't be written\n";
+            return false;
+        }
+        pictures.push_back(displayName(file));
+        return true;
+    }
+
+    static constexpr int kFramesLost = 102;  // a driver's parameter: frames that did not arrive whole
+
+    const Options& options_;
+    std::ostream& out_;
+    std::ostream& log_;
+    OutputFolder folder_;
+    CameraFeed feed_;
+    orx::TMultiCamera cams_;
+    orx::TCameraConfig config_;
+    std::array<LastPicture, orx::MAXCameraNum> last_;
+    std::vector<cv::Size> sizes_;
+    std::vector<float> lost_;
+};
+
+}  // namespace
+
+int runCameras(const Options& options, std::ostream& out, std::ostream& log) {
+    return CameraSession(options, out, log).run();
+}
+
+}  // namespace inspection

@@ -1,0 +1,104 @@
+#include "inspection/run/image_source.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <opencv2/imgcodecs.hpp>
+#include <system_error>
+
+#include "inspection/report/utf8.h"
+
+namespace inspection {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<const char*, 13> kExtensions = {".bmp", ".dib", ".jp2", ".jpe", ".jpeg", ".jpg", ".pbm",
+                                                     ".pgm", ".png", ".pnm", ".ppm", ".tif",  ".tiff"};
+
+bool isPicture(const fs::path& path) {
+    std::string extension = path.extension().u8string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+}
+
+void listFolder(const fs::path& folder, std::vector<ImageSource>& sources) {
+    std::error_code failure;
+    std::vector<fs::path> files;
+    fs::directory_iterator entry(folder, failure);
+    for (; !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
+        std::error_code ignored;
+        if (isPicture(entry->path()) && !entry->is_directory(ignored)) files.push_back(entry->path());
+    }
+    std::sort(files.begin(), files.end());
+    for (const fs::path& file : files) sources.push_back({file, ""});
+    if (failure)
+        sources.push_back({folder, "the folder can't be read: " + failure.message()});
+    else if (files.empty())
+        sources.push_back({folder, "no picture in this folder"});
+}
+
+constexpr const char* kNoPermission = "no permission to read it";
+
+// Why the file can't be opened, found before opening it: reading a pipe would wait for ever.
+std::string problemOf(const fs::path& path) {
+    std::error_code failure;
+    const fs::file_status status = fs::status(path, failure);
+    if (status.type() == fs::file_type::not_found) return "no such file";
+    if (failure) return failure == std::errc::permission_denied ? kNoPermission : failure.message();
+    if (fs::is_directory(status)) return "is a folder";
+    if (!fs::is_regular_file(status)) return "not a regular file";
+    return "";
+}
+
+cv::Mat decode(const std::vector<uchar>& bytes, std::string& problem) {
+    try {
+        cv::Mat grey = cv::imdecode(bytes, cv::IMREAD_GRAYSCALE);
+        if (grey.empty()) problem = "not an image, or of a kind that can't be read";
+        return grey;
+    } catch (const std::exception&) {  // OpenCV's limit of pixels, or no memory
+        problem = "damaged, or too large to read";
+        return {};
+    }
+}
+
+}  // namespace
+
+std::vector<ImageSource> listSources(const std::vector<std::string>& inputs) {
+    std::vector<ImageSource> sources;
+    for (const std::string& input : inputs) {
+        const fs::path path = fs::u8path(input);
+        std::error_code ignored;
+        if (fs::is_directory(path, ignored))
+            listFolder(path, sources);
+        else
+            sources.push_back({path, ""});
+    }
+    return sources;
+}
+
+cv::Mat readGrey(const fs::path& path, std::string& problem) {
+    problem = problemOf(path);
+    if (!problem.empty()) return {};
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        problem = errno == EACCES ? kNoPermission : std::string("can't be opened: ") + std::strerror(errno);
+        return {};
+    }
+    const std::vector<uchar> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (bytes.empty()) {
+        problem = "the file is empty";
+        return {};
+    }
+    return decode(bytes, problem);
+}
+
+std::string displayName(const fs::path& path) { return cleanUtf8(path.u8string()); }
+
+}  // namespace inspection

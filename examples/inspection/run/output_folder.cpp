@@ -1,0 +1,52 @@
+#include "inspection/run/output_folder.h"
+
+#include <fstream>
+#include <opencv2/imgcodecs.hpp>
+#include <system_error>
+#include <vector>
+
+namespace inspection {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool writeBytes(const fs::path& path, const char* bytes, std::size_t count) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes, static_cast<std::streamsize>(count));
+    file.close();
+    return !file.fail();
+}
+
+}  // namespace
+
+bool OutputFolder::create(std::string& problem) const {
+    std::error_code failure;
+    fs::create_directories(path_, failure);
+    if (failure) {
+        problem = failure.message();
+        return false;
+    }
+    if (!fs::is_directory(path_, failure)) problem = "it is not a folder";
+    return problem.empty();
+}
+
+fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suffix) {
+    const fs::path stem = source.stem();
+    for (int count = 1;; ++count) {
+        fs::path name = stem;
+        name += suffix + (count == 1 ? ".png" : "-" + std::to_string(count) + ".png");
+        if (taken_.insert(name).second) return path_ / name;
+    }
+}
+
+bool writeFile(const fs::path& path, const std::string& text) {
+    return writeBytes(path, text.data(), text.size());
+}
+
+bool writePng(const fs::path& path, const cv::Mat& picture) {
+    std::vector<uchar> bytes;
+    if (!cv::imencode(".png", picture, bytes)) return false;
+    return writeBytes(path, reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+}  // namespace inspection

@@ -1,0 +1,43 @@
+#include "inspection/run/picture_window.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "orxFunctions/orxfunctions.h"
+#include "support/host_window.h"
+
+namespace inspection {
+namespace {
+
+constexpr double kWidest = 1200.0;  // of a window when it opens
+constexpr double kHighest = 800.0;
+
+cv::Size windowSizeFor(cv::Size picture) {
+    const double scale = std::min({1.0, kWidest / picture.width, kHighest / picture.height});
+    return {std::max(200, cvRound(scale * picture.width)), std::max(150, cvRound(scale * picture.height))};
+}
+
+}  // namespace
+
+bool showInWindow(const cv::Mat& picture, const std::string& utf8Title, double seconds) {
+    if (picture.empty()) return true;
+    const auto window = host::openHostWindow(utf8Title, 1, windowSizeFor(picture.size()));
+    if (!window) return false;
+    cv::Mat shown = picture;
+    TPictureBox box;
+    box.setHandle(window->pane(0));
+    box.start();
+    const auto start = std::chrono::steady_clock::now();
+    cv::Size size;
+    while (window->handleEvents(20)) {
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+        if (seconds > 0.0 && time.count() > seconds) break;
+        if (size == window->paneSize()) continue;
+        size = window->paneSize();
+        box.setWindowSize(size.width, size.height);
+        box.setImage(shown, false);
+    }
+    return true;
+}
+
+}  // namespace inspection

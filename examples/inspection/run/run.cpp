@@ -1,0 +1,196 @@
+#include "inspection/run/run.h"
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "inspection/analyse/analyses_sections.h"
+#include "inspection/report/annotate.h"
+#include "inspection/report/report_html.h"
+#include "inspection/report/report_json.h"
+#include "inspection/report/result.h"
+#include "inspection/report/table.h"
+#include "inspection/report/utf8.h"
+#include "inspection/run/camera_run.h"
+#include "inspection/run/image_source.h"
+#include "inspection/run/output_folder.h"
+#include "inspection/run/picture_window.h"
+#include "inspection/run/progress.h"
+#include "inspection/run/terminal.h"
+#include "orxFunctions/orxfunctions.h"
+
+namespace inspection {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> takeMessages() {
+    std::vector<std::string> messages;
+    std::string text;
+    int color = 0;
+    while (orx::APPgetMessage(text, color)) messages.push_back(cleanUtf8(zul::toUtf8(text)));
+    return messages;
+}
+
+// What all pictures of a run share.
+class Session {
+  public:
+    Session(const Options& options, std::ostream& out, std::ostream& log)
+        : options_(options),
+          out_(out),
+          log_(log),
+          folder_(fs::u8path(options.output)),
+          json_(options.settings) {}
+
+    int run() {
+        std::string problem;
+        if (!folder_.create(problem)) return refuse("the output folder", options_.output, problem);
+        const fs::path htmlFile = folder_.file("report.html");
+        std::ofstream htmlStream(htmlFile, std::ios::binary | std::ios::trunc);
+        if (!htmlStream) return refuse("the report", displayName(htmlFile), "it can't be written");
+        HtmlReport html(htmlStream, options_.settings);
+
+        measureAll(html);
+        html.finish();
+        htmlStream.close();
+        const fs::path jsonFile = folder_.file("report.json");
+        if (htmlStream.fail()) return refuse("the report", displayName(htmlFile), "it can't be written");
+        if (!writeFile(jsonFile, json_.text()))
+            return refuse("the report", displayName(jsonFile), "it can't be written");
+        printEnd(htmlFile, jsonFile);
+        return failed_ == 0 ? 0 : 1;
+    }
+
+  private:
+    int refuse(const char* what, const std::string& name, const std::string& problem) {
+        log_ << "orx_inspection: " << what << " " << cleanUtf8(name) << " can't be used: " << problem << "\n";
+        return 1;
+    }
+
+    void measureAll(HtmlReport& html) {
+        const std::vector<ImageSource> sources = listSources(options_.inputs);
+        const std::size_t total = sources.size() + (options_.syntheticSeed ? 1 : 0);
+        Progress progress(log_, total, isOnTerminal());
+        std::size_t done = 0;
+        for (const ImageSource& source : sources) {
+            progress.show(done++, displayName(source.path.filename()));
+            ImageResult result;
+            result.name = displayName(source.path);
+            result.problem = source.problem;
+            cv::Mat annotated;
+            if (result.measured()) {
+                const cv::Mat grey = readGrey(source.path, result.problem);
+                if (!grey.empty()) annotated = measurePicture(grey, source.path, nullptr, result);
+            }
+            progress.wipe();
+            keep(result, annotated, html);
+        }
+        if (options_.syntheticSeed) measureScene(*options_.syntheticSeed, html);
+    }
+
+    void measureScene(std::uint64_t seed, HtmlReport& html) {
+        scenes::SceneSettings settings;
+        settings.seed = seed;
+        const scenes::Scene scene = scenes::renderScene(settings);
+        ImageResult result;
+        result.name = "scene-" + std::to_string(seed);
+        const fs::path file = folder_.file(result.name + ".png");
+        const cv::Mat annotated = measurePicture(scene.image, file, &scene, result);
+        if (!writePng(file, scene.image)) result.problem = "the scene's picture can't be written";
+        keep(result, annotated, html);
+    }
+
+    // Fills the result; the annotated picture is empty when there is no level.
+    cv::Mat measurePicture(const cv::Mat& grey, const fs::path& source, const scenes::Scene* scene,
+                           ImageResult& result) {
+        result.size = grey.size();
+        const auto prepared = prepare(grey, options_.settings, result.problem);
+        result.messages = takeMessages();
+        if (!prepared) {
+            result.size = {};
+            return {};
+        }
+        result.level = prepared->level;
+        result.brightObjects = prepared->brightObjects;
+        result.histogram = prepared->histogram;
+        result.features = measure(grey, *prepared, options_.settings);
+        if (scene != nullptr) checkTruth(*scene, result);
+        result.analyses = analyse(grey, result.features, options_.settings);
+        result.sections = sectionsOf(grey, result.analyses);
+        const std::vector<std::string> messages = takeMessages();
+        result.messages.insert(result.messages.end(), messages.begin(), messages.end());
+
+        cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
+        result.annotatedFile = writePicture(source, "-measured", annotated, result.problem);
+        for (const Section& section : result.sections) {
+            if (section.picture.empty()) continue;
+            const std::string file = writePicture(source, section.suffix, section.picture, result.problem);
+            if (!file.empty()) result.moreFiles.push_back(file);
+        }
+        return annotated;
+    }
+
+    // The name of the file; "" when it can't be written, and the reason in `problem`.
+    std::string writePicture(const fs::path& source, const std::string& suffix, const cv::Mat& picture,
+                             std::string& problem) {
+        const fs::path file = folder_.pictureFor(source, suffix);
+        if (writePng(file, picture)) return displayName(file);
+        problem = "the picture " + displayName(file) + " can't be written";
+        return "";
+    }
+
+    static void checkTruth(const scenes::Scene& scene, ImageResult& result) {
+        result.hasTruth = true;
+        result.truth = compareWithTruth(result.features, scene);
+        const auto missed = std::count_if(result.truth.begin(), result.truth.end(),
+                                          [](const TruthError& error) { return error.feature < 0; });
+        if (missed > 0)
+            result.problem = std::to_string(missed) + " of " + std::to_string(result.truth.size()) +
+                             " true shapes were not found";
+    }
+
+    void keep(const ImageResult& result, const cv::Mat& annotated, HtmlReport& html) {
+        ++(result.measured() ? measured_ : failed_);
+        if (!result.measured()) log_ << "orx_inspection: " << result.name << ": " << result.problem << "\n";
+        printResult(out_, result, options_.settings.method);
+        for (const std::string& message : result.messages) out_ << "message: " << message << "\n";
+        if (!result.annotatedFile.empty()) pictures_.push_back(result.annotatedFile);
+        pictures_.insert(pictures_.end(), result.moreFiles.begin(), result.moreFiles.end());
+        html.add(result, annotated);
+        json_.add(result);
+        if (options_.window && hasDisplay_) show(result, annotated);
+    }
+
+    void show(const ImageResult& result, const cv::Mat& annotated) {
+        hasDisplay_ = showInWindow(annotated, result.name, options_.windowSeconds);
+        if (!hasDisplay_)
+            log_ << "orx_inspection: no display can be opened, so that --window shows nothing\n";
+    }
+
+    void printEnd(const fs::path& htmlFile, const fs::path& jsonFile) {
+        out_ << "\n" << measured_ << " measured, " << failed_ << " failed\n";
+        for (const std::string& picture : pictures_) out_ << "picture  " << picture << "\n";
+        out_ << "report   " << displayName(htmlFile) << "\n"
+             << "report   " << displayName(jsonFile) << "\n";
+    }
+
+    const Options& options_;
+    std::ostream& out_;
+    std::ostream& log_;
+    OutputFolder folder_;
+    JsonReport json_;
+    std::vector<std::string> pictures_;
+    int measured_ = 0;
+    int failed_ = 0;
+    bool hasDisplay_ = true;
+};
+
+}  // namespace
+
+int run(const Options& options, std::ostream& out, std::ostream& log) {
+    if (options.camera.wanted) return runCameras(options, out, log);
+    return Session(options, out, log).run();
+}
+
+}  // namespace inspection

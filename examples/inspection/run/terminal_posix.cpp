@@ -1,0 +1,9 @@
+#include <unistd.h>
+
+#include "inspection/run/terminal.h"
+
+namespace inspection {
+
+bool isOnTerminal() { return isatty(STDOUT_FILENO) != 0 && isatty(STDERR_FILENO) != 0; }
+
+}  // namespace inspection

@@ -1,9 +1,0 @@
-#include <unistd.h>
-
-#include "inspection/terminal.h"
-
-namespace inspection {
-
-bool isOnTerminal() { return isatty(STDOUT_FILENO) != 0 && isatty(STDERR_FILENO) != 0; }
-
-}  // namespace inspection
