@@ -13,9 +13,9 @@ namespace {
 using namespace segment_shapes;
 using orx::TSegemetCircle;
 using orx::TSegemetLine;
-using orx::splitting::growArcs;
-using orx::splitting::mergeArcs;
-using orx::splitting::swallowLines;
+using orx::splitting::generateCircles;
+using orx::splitting::mergeCircles2;
+using orx::splitting::mergeCirclesAndLines;
 
 const cv::Point2d kCenter(500, 500);
 
@@ -40,7 +40,7 @@ TSegemetCircle arcOver(cv::Point2d center, double from, double to) {
 TEST(GrowArcs, ThreeChordsGiveAnArcThatGrows) {
     std::vector<TSegemetLine> lines = chords({0, 40, 80, 120});
     std::vector<TSegemetCircle> circles;
-    growArcs(lines, circles, false, {});
+    generateCircles(lines, circles, false, {});
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_FALSE(circles[0].isCircle) << "absorbed by the larger one";
     EXPECT_TRUE(circles[1].isCircle);
@@ -52,7 +52,7 @@ TEST(GrowArcs, ACornerGivesNoArc) {
     std::vector<TSegemetLine> lines{chordBetween({100, 100}, {300, 100}),
                                     chordBetween({300, 100}, {300, 300})};
     std::vector<TSegemetCircle> circles;
-    growArcs(lines, circles, false, {});
+    generateCircles(lines, circles, false, {});
     EXPECT_TRUE(circles.empty());
     EXPECT_FALSE(lines[0].usedByCircle || lines[1].usedByCircle);
 }
@@ -64,7 +64,7 @@ TEST(GrowArcs, AfterARejectedGrowthAFreshPairStartsAtTheNextChord) {
     lines.push_back(chordBetween(end, {end.x - 20, end.y + 400}));
     for (TSegemetLine& line : chords({100, 140, 180})) lines.push_back(line);
     std::vector<TSegemetCircle> circles;
-    growArcs(lines, circles, false, {});
+    generateCircles(lines, circles, false, {});
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_TRUE(circles[0].isCircle && circles[1].isCircle);
     EXPECT_FALSE(lines[2].usedByCircle);
@@ -78,7 +78,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({900, 560}, {900, 100}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        growArcs(lines, circles, true, {});
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 1U);
         EXPECT_EQ(circles[0].firstPoints, lines.back().points);
         EXPECT_EQ(circles[0].secondPoints, lines.front().points);
@@ -90,7 +90,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({400, 900}, {900, 900}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        growArcs(lines, circles, true, {});
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_FALSE(circles[0].isCircle);
         EXPECT_TRUE(circles[1].isCircle);
@@ -103,7 +103,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({577, 564}, {900, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        growArcs(lines, circles, true, {});
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_EQ(circles[1].secondPoints, lines.front().points);
         EXPECT_TRUE(lines.front().usedByCircle);
@@ -114,7 +114,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween(lines.back().points.back(), {400, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        growArcs(lines, circles, true, {});
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 3U);
         EXPECT_FALSE(circles[0].isCircle || circles[1].isCircle);
         EXPECT_EQ(circles[2].firstPoints, circles[1].points)
@@ -124,7 +124,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         SCOPED_TRACE("one arc all the way round: nothing is left to join");
         std::vector<TSegemetLine> lines = chords({0, 90, 180, 270, 359});
         std::vector<TSegemetCircle> circles;
-        growArcs(lines, circles, true, {});
+        generateCircles(lines, circles, true, {});
         EXPECT_EQ(circles.size(), 3U);
         EXPECT_TRUE(circles.back().isCircle);
     }
@@ -133,7 +133,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
 TEST(GrowArcs, NoLinesGiveNothing) {
     std::vector<TSegemetLine> lines;
     std::vector<TSegemetCircle> circles;
-    growArcs(lines, circles, true, {});
+    generateCircles(lines, circles, true, {});
     EXPECT_TRUE(circles.empty());
 }
 
@@ -142,7 +142,7 @@ TEST(MergeArcs, NeedTouchingEndsAndNearCentres) {
         std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 90), arcOver(kCenter, 90 + gapAngle, 180)};
         const double gapPixels = cv::norm(circles[0].secondPoints.back() - circles[1].firstPoints.front());
         ASSERT_NEAR(gapPixels, expected ? 7.0 : 9.0, 0.9);
-        mergeArcs(circles, {});
+        mergeCircles2(circles, {});
         EXPECT_EQ(circles.size(), expected ? 3U : 2U);
     };
     expectMerged(3.7, true);
@@ -152,7 +152,7 @@ TEST(MergeArcs, NeedTouchingEndsAndNearCentres) {
     TSegemetCircle second = arcOver(kCenter + cv::Point2d(0, 60), 270, 200);
     second.firstPoints.insert(second.firstPoints.begin(), cv::Point(500, 603));
     std::vector<TSegemetCircle> circles{first, second};
-    mergeArcs(circles, {});
+    mergeCircles2(circles, {});
     EXPECT_EQ(circles.size(), 2U) << "centres 60 pixels apart";
 }
 
@@ -161,7 +161,7 @@ TEST(MergeArcs, TheMergedPointsRunAlongTheContour) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 91, 180), arcOver(kCenter, 0, 90)};
     const TSegemetCircle later = circles[0];
     const TSegemetCircle earlier = circles[1];
-    mergeArcs(circles, {});
+    mergeCircles2(circles, {});
     ASSERT_EQ(circles.size(), 3U);
     EXPECT_EQ(circles[2].firstPoints, earlier.points);
     EXPECT_EQ(circles[2].secondPoints, later.points);
@@ -172,7 +172,7 @@ TEST(MergeArcs, TheMergedPointsRunAlongTheContour) {
 TEST(MergeArcs, AMergedArcMergesOn) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80), arcOver(kCenter, 81, 160),
                                         arcOver(kCenter, 161, 240)};
-    mergeArcs(circles, {});
+    mergeCircles2(circles, {});
     const auto live =
         std::count_if(circles.begin(), circles.end(), [](const TSegemetCircle& c) { return c.isCircle; });
     EXPECT_EQ(live, 1);
@@ -183,7 +183,7 @@ TEST(SwallowLines, AnArcSwallowsTheChordsThatTouchItOneByOne) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80)};
     std::vector<TSegemetLine> lines = chords({-30, 0});
     for (TSegemetLine& line : chords({80, 110, 140})) lines.push_back(line);
-    swallowLines(circles, lines, {});
+    mergeCirclesAndLines(circles, lines, {});
     EXPECT_EQ(circles.size(), 4U);
     EXPECT_TRUE(circles.back().isCircle);
     for (const TSegemetLine& line : lines) EXPECT_TRUE(line.usedByCircle);
@@ -199,7 +199,7 @@ TEST(SwallowLines, AChordTwoPixelsAwayIsNotSwallowed) {
         while (!next.empty() && cv::norm(next.front() - end) < gapPixels) next.erase(next.begin());
         next.front() = end + cv::Point(-gapPixels, 0);
         std::vector<TSegemetLine> lines{chordOf(next)};
-        swallowLines(circles, lines, {});
+        mergeCirclesAndLines(circles, lines, {});
         EXPECT_EQ(lines[0].usedByCircle, gapPixels == 1);
     }
 }
@@ -209,8 +209,8 @@ TEST(SwallowLines, EndsWithoutPointsTouchNothing) {
     hollow.isCircle = true;
     std::vector<TSegemetCircle> circles{hollow, hollow};
     std::vector<TSegemetLine> lines(2);
-    swallowLines(circles, lines, {});
-    mergeArcs(circles, {});
+    mergeCirclesAndLines(circles, lines, {});
+    mergeCircles2(circles, {});
     EXPECT_EQ(circles.size(), 2U);
 }
 
@@ -250,7 +250,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         std::vector<TSegemetCircle> expected = circles;
         std::vector<TSegemetLine> expectedLines = lines;
         segment_reference::swallowAllPairs(expected, expectedLines, {});
-        swallowLines(circles, lines, {});
+        mergeCirclesAndLines(circles, lines, {});
         expectSame(circles, expected);
         for (std::size_t l = 0; l < lines.size(); ++l)
             EXPECT_EQ(lines[l].usedByCircle, expectedLines[l].usedByCircle) << l;
@@ -258,7 +258,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
 
         const std::size_t between = circles.size();
         segment_reference::mergeAllPairs(expected, {});
-        mergeArcs(circles, {});
+        mergeCircles2(circles, {});
         expectSame(circles, expected);
         mergers += circles.size() - between;
     }

@@ -28,7 +28,7 @@ TEST(Splitter, RunsAreTheStretchesThatNoArcCovers) {
     std::vector<TSegemetLine> lines{chord({0, 0}, {10, 0}, false), chord({10, 0}, {10, 10}, false),
                                     chord({10, 10}, {0, 10}, true), chord({0, 10}, {0, 20}, false),
                                     chord({50, 50}, {60, 50}, false)};
-    const auto runs = orx::splitting::freeRuns(lines);
+    const auto runs = orx::splitting::getSecondContours(lines);
     ASSERT_EQ(runs.size(), 3U);
     EXPECT_EQ(runs[0].size(), 20U);
     EXPECT_EQ(runs[0].front(), cv::Point(0, 0));

@@ -27,7 +27,7 @@ bool hasEnd(const TSegemetCircle& arc) { return !arc.secondPoints.empty(); }
 cv::Point startOf(const TSegemetCircle& arc) { return arc.firstPoints.front(); }
 cv::Point endOf(const TSegemetCircle& arc) { return arc.secondPoints.back(); }
 
-bool runsInto(const TSegemetCircle& c1, const TSegemetCircle& c2) {
+bool isNeigbor(const TSegemetCircle& c1, const TSegemetCircle& c2) {
     return hasEnd(c1) && hasStart(c2) && distance(endOf(c1), startOf(c2)) < kArcGap;
 }
 
@@ -75,8 +75,8 @@ void closeSeam(Lines& lines, Circles& circles, bool inRun, bool firstWasCircle,
 }
 
 bool mergePair(Circles& circles, std::size_t i, std::size_t j, const TSegemetParams& params) {
-    const bool forward = runsInto(circles[i], circles[j]);
-    if (!forward && !runsInto(circles[j], circles[i])) return false;
+    const bool forward = isNeigbor(circles[i], circles[j]);
+    if (!forward && !isNeigbor(circles[j], circles[i])) return false;
     if (!(distance(circles[i].center, circles[j].center) <= params.mergeCenterDist)) return false;
     // In this order the points run along the contour.
     return appendIfAccepted(circles, joined(circles[forward ? i : j], circles[forward ? j : i], params));
@@ -92,7 +92,7 @@ bool swallowLine(Circles& circles, std::size_t i, TSegemetLine& line, const TSeg
 
 }  // namespace
 
-void growArcs(Lines& lines, Circles& circles, bool closed, const TSegemetParams& params) {
+void generateCircles(Lines& lines, Circles& circles, bool closed, const TSegemetParams& params) {
     const std::size_t n = lines.size();
     bool inRun = false;
     bool firstWasCircle = false;
@@ -105,7 +105,7 @@ void growArcs(Lines& lines, Circles& circles, bool closed, const TSegemetParams&
     if (n > 0 && closed) closeSeam(lines, circles, inRun, firstWasCircle, params);
 }
 
-void mergeArcs(Circles& circles, const TSegemetParams& params) {
+void mergeCircles2(Circles& circles, const TSegemetParams& params) {
     if (circles.size() < 2) return;
     // Every merger leaves one live arc less, so that the list at most doubles.
     EndIndex starts(2 * circles.size());
@@ -131,7 +131,7 @@ void mergeArcs(Circles& circles, const TSegemetParams& params) {
     }
 }
 
-void swallowLines(Circles& circles, Lines& lines, const TSegemetParams& params) {
+void mergeCirclesAndLines(Circles& circles, Lines& lines, const TSegemetParams& params) {
     if (circles.empty() || lines.empty()) return;
     EndIndex starts(lines.size());
     EndIndex ends(lines.size());

@@ -11,16 +11,16 @@ namespace orx::splitting {
 
 // Walks the chords of a pass in order: two that bend alike become an arc, which then grows by the next ones.
 // Where the contour is closed, the seam between the last chord and the first is tried once, too. Reentrant.
-void growArcs(std::vector<TSegemetLine>& lines, std::vector<TSegemetCircle>& circles, bool closed,
-              const TSegemetParams& params);
+void generateCircles(std::vector<TSegemetLine>& lines, std::vector<TSegemetCircle>& circles, bool closed,
+                     const TSegemetParams& params);
 
 // Joins arcs of which one runs into the other (ends nearer than 8 pixels) about nearly the same centre.
 // Reentrant.
-void mergeArcs(std::vector<TSegemetCircle>& circles, const TSegemetParams& params);
+void mergeCircles2(std::vector<TSegemetCircle>& circles, const TSegemetParams& params);
 
 // Lets each arc grow by the free chords that touch one of its ends (up to sqrt(2) pixels). Reentrant.
-void swallowLines(std::vector<TSegemetCircle>& circles, std::vector<TSegemetLine>& lines,
-                  const TSegemetParams& params);
+void mergeCirclesAndLines(std::vector<TSegemetCircle>& circles, std::vector<TSegemetLine>& lines,
+                          const TSegemetParams& params);
 
 }  // namespace orx::splitting
 

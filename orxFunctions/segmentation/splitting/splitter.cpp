@@ -74,14 +74,14 @@ Pieces withoutAbsorbed(Pieces all) {
 Pieces split(const std::vector<cv::Point>& contour, const TSegemetParams& params,
              const PassObserver& observer) {
     const auto pass = [&](const std::vector<cv::Point>& points, double epsilon) {
-        Pieces found = splitOnce(points, epsilon, params);
+        Pieces found = segment(points, epsilon, params);
         if (observer) observer(found);
         return found;
     };
     if (contour.empty()) return {};
     Pieces pieces = pass(contour, params.firstEpsilon);
     if (params.useSecondPass) {
-        const std::vector<std::vector<cv::Point>> runs = freeRuns(pieces.lines);
+        const std::vector<std::vector<cv::Point>> runs = getSecondContours(pieces.lines);
         pieces.lines.clear();
         for (const std::vector<cv::Point>& run : runs) {
             Pieces finer = pass(run, params.secondEpsilon);
@@ -89,23 +89,23 @@ Pieces split(const std::vector<cv::Point>& contour, const TSegemetParams& params
             append(pieces.circles, std::move(finer.circles));
         }
     }
-    swallowLines(pieces.circles, pieces.lines, params);
-    mergeArcs(pieces.circles, params);
+    mergeCirclesAndLines(pieces.circles, pieces.lines, params);
+    mergeCircles2(pieces.circles, params);
     return withoutAbsorbed(std::move(pieces));
 }
 
-Pieces splitOnce(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params) {
+Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params) {
     Pieces pieces;
     if (contour.empty()) return pieces;
     const bool closed = endsTouch(contour);
     pieces.keyPoints = keyPointsOf(contour, epsilon, closed);
     pieces.lines = chordsBetween(pieces.keyPoints, contour, epsilon, closed);
-    if (params.useCircles) growArcs(pieces.lines, pieces.circles, closed, params);
-    mergeArcs(pieces.circles, params);
+    if (params.useCircles) generateCircles(pieces.lines, pieces.circles, closed, params);
+    mergeCircles2(pieces.circles, params);
     return pieces;
 }
 
-std::vector<std::vector<cv::Point>> freeRuns(const std::vector<TSegemetLine>& lines) {
+std::vector<std::vector<cv::Point>> getSecondContours(const std::vector<TSegemetLine>& lines) {
     std::vector<std::vector<cv::Point>> runs;
     std::vector<cv::Point> run;
     const auto emitRun = [&] {

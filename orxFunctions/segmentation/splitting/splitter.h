@@ -27,11 +27,11 @@ Pieces split(const std::vector<cv::Point>& contour, const TSegemetParams& params
 
 // One pass: key points to the given accuracy, the chords between them, the arcs that these grow into. Chords
 // and arcs that have been absorbed are still among the pieces, and no chord's line is fitted yet. Reentrant.
-Pieces splitOnce(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params);
+Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params);
 
 // The points of each run of neighbouring lines that no arc stands for: what the second pass splits.
 // Reentrant.
-std::vector<std::vector<cv::Point>> freeRuns(const std::vector<TSegemetLine>& lines);
+std::vector<std::vector<cv::Point>> getSecondContours(const std::vector<TSegemetLine>& lines);
 
 }  // namespace orx::splitting
 
