@@ -1,11 +1,12 @@
-// FileOperator's background saving: names and refusals; the queue and its thread are ImageSaver.
+// Names and refusals; the queue and its thread are ImageSaver.
+#include "orxFunctions/files/save_image.h"
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <utility>
 
-#include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/file_access_internal.h"
