@@ -1,8 +1,8 @@
 // Exact areas of a pixel under a disk and under a rotated rectangle.
+#include "support/synthetic_scene.h"
+
 #include <array>
 #include <cmath>
-
-#include "support/synthetic_scene.h"
 
 namespace scenes {
 namespace {

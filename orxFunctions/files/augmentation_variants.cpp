@@ -1,10 +1,10 @@
+#include "orxFunctions/files/augmentation_variants_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <opencv2/imgproc.hpp>
-
-#include "orxFunctions/files/augmentation_variants_internal.h"
 
 namespace orx {
 namespace {

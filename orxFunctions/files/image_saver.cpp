@@ -1,3 +1,5 @@
+#include "orxFunctions/files/image_saver_internal.h"
+
 #include <chrono>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
@@ -5,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/file_access_internal.h"
 

@@ -1,4 +1,6 @@
 // Drawing of segmented contours.
+#include "orxFunctions/segmentation/segment_contour.h"
+
 #include <cstdint>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
@@ -7,7 +9,6 @@
 #include "ZULLib/zullib.h"
 #include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
-#include "orxFunctions/segmentation/segment_contour.h"
 
 namespace orx {
 namespace {

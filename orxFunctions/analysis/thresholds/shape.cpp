@@ -1,9 +1,9 @@
 // The methods that read the level off the shape of the histogram: triangle, required number.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-
-#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {
