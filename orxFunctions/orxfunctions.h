@@ -62,6 +62,7 @@
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/image_convert.h"
+#include "orxFunctions/foundation/quadrilateral.h"
 #include "orxFunctions/foundation/records.h"
 #include "orxFunctions/foundation/rect.h"
 #include "orxFunctions/foundation/registry.h"

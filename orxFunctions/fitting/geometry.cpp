@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <utility>
 
 #include "orxFunctions/foundation/wrapping_internal.h"
@@ -14,22 +13,6 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 
 double degrees(double radians) { return radians * 180 / kPi; }
-
-// A point whose coordinates calculate in 32-bit integers that wrap.
-struct WrapPoint {
-    explicit WrapPoint(cv::Point p) : x(p.x), y(p.y) {}
-
-    Wrap32 x;
-    Wrap32 y;
-};
-
-// The z component of (b - a) x (p - a).
-std::int32_t turn(cv::Point from, cv::Point to, cv::Point toPoint) {
-    const WrapPoint a(from);
-    const WrapPoint b(to);
-    const WrapPoint p(toPoint);
-    return ((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x)).value();
-}
 
 // The offset that centres the points: the middle of their extents, towards zero.
 cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
@@ -117,14 +100,6 @@ double pointDistance2Line(cv::Point p, cv::Point a, cv::Point b) {
     const double footX = (c - (ay - ax * k)) / (k - kp);
     const double footY = footX * kp + c;
     return std::sqrt((px - footX) * (px - footX) + (py - footY) * (py - footY));
-}
-
-bool isPointInRect(cv::Point p, cv::Point a, cv::Point b, cv::Point c, cv::Point d) {
-    const std::int32_t turns[] = {turn(a, b, p), turn(b, c, p), turn(c, d, p), turn(d, a, p)};
-    const auto positive = [](std::int32_t t) { return t > 0; };
-    const auto negative = [](std::int32_t t) { return t < 0; };
-    return std::all_of(std::begin(turns), std::end(turns), positive) ||
-           std::all_of(std::begin(turns), std::end(turns), negative);
 }
 
 bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
