@@ -87,7 +87,7 @@ cv::Point2d Ellipse::at(double parameter) const {
            shorter * std::sin(parameter) * cv::Point2d(-along.y, along.x);
 }
 
-std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const cv::Rect box = cv::boundingRect(points);
     const cv::Point2d middle = 0.5 * cv::Point2d(box.tl() + box.br());
     const double extent = std::hypot(box.width, box.height);
