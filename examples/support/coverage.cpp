@@ -4,10 +4,10 @@
 #include <array>
 #include <cmath>
 
+#include "support/angles.h"
+
 namespace scenes {
 namespace {
-
-constexpr double kDegree = 3.141592653589793 / 180.0;
 
 double cross(cv::Point2d a, cv::Point2d b) { return a.x * b.y - a.y * b.x; }
 

@@ -8,12 +8,11 @@
 #include <vector>
 
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr int kErrorColor = 1;
 
 std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSize(); }
 

@@ -9,6 +9,7 @@
 
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace FileOperator {
@@ -17,14 +18,12 @@ namespace {
 namespace fs = std::filesystem;
 namespace platform = orx::platform;
 
-constexpr int kErrorColor = 1;
-
 std::string message(const std::string& utf8Text, const fs::path& path) {
     return zul::toAnsi(utf8Text + path.u8string());
 }
 
 bool refuse(const std::string& utf8Text, const fs::path& path) {
-    orx::APPshowMessage(message(utf8Text, path), kErrorColor);
+    orx::APPshowMessage(message(utf8Text, path), orx::kErrorColor);
     return false;
 }
 

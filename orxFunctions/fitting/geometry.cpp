@@ -5,14 +5,12 @@
 #include <cstddef>
 #include <utility>
 
+#include "orxFunctions/fitting/three_points_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr double kPi = 3.141592653589793;
-
-double degrees(double radians) { return radians * 180 / kPi; }
 
 // The offset that centres the points: the middle of their extents, towards zero.
 cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
@@ -121,14 +119,9 @@ bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& o
 
 bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
     const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = p3.x, y3 = p3.y;
-    const double a = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
-    const double b = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
-    const double det = (x1 - x3) * (y1 - y2) - (y1 - y3) * (x1 - x2);
-    if (std::abs(det) < 1e-5) return false;
-    const double cx = -(b * (y1 - y3) - a * (y1 - y2)) / det;
-    const double cy = -(a * (x1 - x2) - b * (x1 - x3)) / det;
-    out = cv::Point3d(cx, cy, std::hypot(x1 - cx, y1 - cy));
-    return true;
+    const double overThird = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
+    const double overSecond = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
+    return circleThrough({p1, p2, p3, overThird, overSecond}, out);
 }
 
 bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {

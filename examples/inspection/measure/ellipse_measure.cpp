@@ -5,11 +5,13 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/fitting/ellipse_fit.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
+using scenes::kDegree;
+
 constexpr double kSmallestAxis = 4.0;
 constexpr double kRoom = 1.5;
 
