@@ -1,11 +1,12 @@
 // The watcher of a camera session: notices that the camera is gone, and brings it back.
+#include "drivers/TQVisionDriver/camera_session.h"
+
 #include <algorithm>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "drivers/TQVisionDriver/camera_probe.h"
-#include "drivers/TQVisionDriver/camera_session.h"
 #include "drivers/TQVisionDriver/trace.h"
 
 namespace vision {

@@ -14,6 +14,7 @@
 #include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/analysis/edges/pieces.h"
 #include "orxFunctions/analysis/edges/suppression.h"
+#include "orxFunctions/analysis/edges/threshold.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace ORXEdge {

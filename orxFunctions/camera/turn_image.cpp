@@ -1,11 +1,11 @@
+#include "orxFunctions/camera/turn_image_internal.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <opencv2/core/hal/intrin.hpp>
 #include <utility>
-
-#include "orxFunctions/camera/turn_image_internal.h"
 
 namespace orx {
 namespace {

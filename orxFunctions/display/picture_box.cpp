@@ -9,6 +9,7 @@
 #include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 
 using namespace orx::display;
 
@@ -17,7 +18,6 @@ namespace {
 constexpr int kSmallestSide = 5;
 constexpr int kLargestSide = 32767;
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 27;
-constexpr int kErrorColor = 1;
 
 bool isWindowSize(int w, int h) {
     return w >= kSmallestSide && h >= kSmallestSide && w <= kLargestSide && h <= kLargestSide &&
@@ -99,7 +99,7 @@ void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {
         if (!noRedraw) redraw = true;
     } catch (const std::exception&) {
         const std::string text = zul::toAnsi("设置图片失败!");
-        orx::APPshowMessage(text, kErrorColor);
+        orx::APPshowMessage(text, orx::kErrorColor);
         orx::outPutDebugString(text);
     }
 }

@@ -1,7 +1,7 @@
+#include "orxFunctions/display/view_state_internal.h"
+
 #include <chrono>
 #include <thread>
-
-#include "orxFunctions/display/view_state_internal.h"
 
 namespace orx::display {
 

@@ -1,3 +1,5 @@
+#include "orxFunctions/files/image_saver_internal.h"
+
 #include <chrono>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
@@ -5,14 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr int kErrorColor = 1;
 
 std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSize(); }
 

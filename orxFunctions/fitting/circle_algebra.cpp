@@ -1,8 +1,9 @@
+#include "orxFunctions/fitting/circle_algebra_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
-#include "orxFunctions/fitting/circle_algebra_internal.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"

@@ -13,12 +13,11 @@
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/fitting/reweighted_line_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 using orx::TLine;
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // Slope and intercept; a vertical direction gives a finite slope.
 TLine slopeForm(const orx::DirectedLine& line) {
@@ -71,7 +70,7 @@ bool TLineFit_Ransac::drawSample(int seed, cv::Point* sample) const {
 }
 
 bool TLineFit_Ransac::hasWantedAngle(const TLine& line) const {
-    const double angle = std::atan(line.k) * 180 / kPi;
+    const double angle = orx::degrees(std::atan(line.k));
     double difference = std::abs(angle - targetAngle_);
     if (difference >= 90) difference = std::abs(180 - difference);
     return difference < angleTolerance_;

@@ -1,3 +1,5 @@
+#include "orxFunctions/fitting/reweighted_line_internal.h"
+
 #include <algorithm>
 #include <array>
 #include <cfloat>
@@ -6,7 +8,6 @@
 #include <opencv2/core/hal/intrin.hpp>
 
 #include "orxFunctions/fitting/fit_weights_internal.h"
-#include "orxFunctions/fitting/reweighted_line_internal.h"
 
 namespace orx {
 namespace {

@@ -54,9 +54,6 @@ GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std:
 GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<edge_kernels::GaussTap>& taps);
 std::vector<edge_kernels::GaussTap> gaussianTaps(double sigma);
 
-// The automatic high threshold: see ORXEdge::calcEdgeThresVal.
-double automaticThreshold(const GradientImage& gradient);
-
 // Rows that a thread takes at a time, and how many such stripes there are.
 constexpr int kStripeRows = 64;
 constexpr int stripeCount(int rows) { return (rows + kStripeRows - 1) / kStripeRows; }
