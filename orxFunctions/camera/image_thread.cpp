@@ -68,8 +68,8 @@ void TImageThread::waitForEnd() {
 bool TImageThread::endAtUnload() {
     isUnloading_ = true;
     exitRequested = true;
-    if (sleepMutex_.native().try_lock()) {
-        sleepMutex_.native().unlock();
+    if (sleepMutex_.try_lock()) {
+        sleepMutex_.unlock();
         changed_.notify_all();
     }
     worker_.join();
