@@ -8,7 +8,6 @@
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
-#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
@@ -43,7 +42,7 @@ void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox
 bool TImageThread::start() {
     running = true;
     failCount_ = 0;
-    frameCounter = 0;
+    pace_.frameCounter = 0;
     if (worker_.start(runOnThread, this)) return true;
     running = false;
     pictureBox = nullptr;
@@ -111,18 +110,18 @@ bool TImageThread::turn() {
     }
     if (!fetch() || !handOver()) {
         ++failCount_;
-        frameCounter = 0;
+        pace_.frameCounter = 0;
         return true;
     }
     failCount_ = 0;
-    ++frameCounter;
-    pace();
+    ++pace_.frameCounter;
+    keepPace();
     return true;
 }
 
 void TImageThread::pause() {
-    sleepMs = std::max(sleepMs, 1);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sleepMs);
+    pace_.sleepMs = std::max(pace_.sleepMs, 1);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(pace_.sleepMs);
     const zul::LockGuard lock(sleepMutex_);
     while (!exitRequested && changed_.wait_until(sleepMutex_, end) == std::cv_status::no_timeout) {
     }
@@ -218,23 +217,13 @@ void TImageThread::storeLatest() {
     threadImage.copyTo(latestImage_);
 }
 
-void TImageThread::pace() {
-    const std::int32_t wanted = config == nullptr ? kDefaultFps : int{config->frameRate};
-    if (wanted != targetFps) {  // as intended, always true of a rate below 1, which stays at one a second
-        targetFps = std::max<std::int32_t>(wanted, 1);
-        measuredFps = int{targetFps};
-        sleepMs = 1000 / targetFps;
+void TImageThread::keepPace() {
+    // As intended, a rate below 1 is a new one with every picture, and stays at one a second. No measurement
+    // starts where the rate changes: where this was the first picture of eight, their time counts from an
+    // older picture, and they are found too slow.
+    if (display::keepPace(pace_, config == nullptr ? kDefaultFps : int{config->frameRate})) {
         zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
-        // As intended, no measurement starts here: where this was the first picture of eight, their time
-        // counts from an older picture, and they are found too slow.
-        return;
     }
-    if (frameCounter == 1) tStart = static_cast<double>(cv::getTickCount());
-    if (frameCounter != measureFrames) return;
-    elapsedMs = (static_cast<double>(cv::getTickCount()) - tStart) * 1000 / cv::getTickFrequency();
-    measuredFps = display::measuredRate(measureFrames, elapsedMs);
-    sleepMs = display::nextPause(sleepMs, measuredFps < targetFps);
-    frameCounter = 0;
 }
 
 void TImageThread::showStatus(int code) {

@@ -6,13 +6,13 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <limits>
 #include <opencv2/core.hpp>
 #include <string>
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
 #include "orxFunctions/camera/image_thread_manager.h"
+#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/platform/worker_thread_internal.h"
 
 namespace orx {
@@ -48,10 +48,11 @@ class TImageThread {
     cv::Mat copyLatest();
     bool isThisThread() const { return threadId_.load() == std::this_thread::get_id(); }
 
+    std::int32_t measuredFps() const { return pace_.measuredFps; }
+
     const std::int32_t cameraIdx;
     std::atomic<bool> threadWork{true};
     std::atomic<bool> camUpdateImg{true};
-    std::atomic<std::int32_t> measuredFps{0};
 
   private:
     static void runOnThread(void* self);
@@ -63,7 +64,7 @@ class TImageThread {
     bool handOver();
     bool callBack();
     void storeLatest();
-    void pace();
+    void keepPace();
     void pickBuffer();
     template <typename Work>
     void withSlotMutex(const Work& work);
@@ -76,13 +77,7 @@ class TImageThread {
 
     // The grab thread's own.
     int failCount_ = 0;
-    std::int32_t frameCounter = 0;  // pictures since the last measurement
-    double tStart = 0.0;            // tick count at the first picture of a measurement
-    double elapsedMs = 0.0;         // duration of the last measurement
-    std::int32_t sleepMs = 50;      // pause before each turn
-    const std::int32_t measureFrames = 8;
-    // Aimed at, as last taken from the configuration; at first no rate that is asked for.
-    std::int32_t targetFps = std::numeric_limits<std::int32_t>::min();
+    display::FramePace pace_;      // its measured rate is read by anybody
     cv::Mat threadImage;           // of the last fetch
     std::array<cv::Mat, 2> idle_;  // buffers that may have become free for the next fetch
 

@@ -134,7 +134,7 @@ cv::Mat TImageThreadManager::getThreadImage(int idx) {
 }
 
 int TImageThreadManager::getCurrentFrameRate(int idx) {
-    return checkValid(idx) ? int{slotOf(idx)->measuredFps} : 0;
+    return checkValid(idx) ? slotOf(idx)->measuredFps() : 0;
 }
 
 int TImageThreadManager::threadIdx2CameraIdx(int i) {
