@@ -81,7 +81,7 @@ class ORX_API TImageThreadManager {
     void endFrom(int first);
     void endAtUnload();
 
-    std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread{};
+    std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread_{};
 };
 
 // The one manager of the process.
