@@ -17,7 +17,6 @@ namespace {
 
 constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
-constexpr const char* kReadyParameter = "cameraReady";
 
 // Whether this thread is a grab thread in its callback.
 thread_local bool isInCallback = false;
@@ -42,6 +41,7 @@ void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox
 bool TImageThread::start() {
     running_ = true;
     failCount_ = 0;
+    failedFetches = 0;
     pace_.frameCounter = 0;
     if (worker_.start(runOnThread, this)) return true;
     running_ = false;
@@ -104,7 +104,7 @@ bool TImageThread::turn() {
     if (exitRequested_ || !mayFetch()) return true;
     if (failCount_ >= kMostFailures) {
         zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
-        zul::APPaddOrSetParamBool(kReadyParameter, false);
+        zul::APPaddOrSetParamBool(kCameraReady, false);
         failCount_ = 0;
         return true;
     }
@@ -132,8 +132,7 @@ bool TImageThread::mayFetch() {
         zul::APPshowMessage("FCameras==NULL", kErrorColor);
         return false;
     }
-    return threadWork && camUpdateImg && zul::APPgetParamBool(kReadyParameter) &&
-           cameras_->haveOpen(cameraIdx);
+    return threadWork && camUpdateImg && zul::APPgetParamBool(kCameraReady) && cameras_->haveOpen(cameraIdx);
 }
 
 bool TImageThread::fetch() {
@@ -151,7 +150,9 @@ bool TImageThread::fetch() {
     } else if (threadImage_.empty()) {
         zul::outPutDebugString("Get empty image", cameraIdx);
     }
-    return isFetched && !threadImage_.empty();
+    const bool hasPicture = isFetched && !threadImage_.empty();
+    if (!hasPicture) ++failedFetches;
+    return hasPicture;
 }
 
 // Puts a buffer that nobody looks at any more into threadImage_, for GetImage to fill; the box, the callback

@@ -59,6 +59,7 @@ class TImageThread {
     const std::int32_t cameraIdx;
     std::atomic<bool> threadWork{true};
     std::atomic<bool> camUpdateImg{true};
+    std::atomic<std::int32_t> failedFetches{0};  // since the last start
 
   private:
     static void runOnThread(void* self);

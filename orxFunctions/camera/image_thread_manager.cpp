@@ -138,6 +138,10 @@ int TImageThreadManager::getCurrentFrameRate(int idx) {
     return checkValid(idx) ? slotOf(idx)->measuredFps() : 0;
 }
 
+int TImageThreadManager::getFailedFetches(int idx) {
+    return checkValid(idx) ? int{slotOf(idx)->failedFetches} : 0;
+}
+
 int TImageThreadManager::threadIdx2CameraIdx(int i) {
     const TImageThread* const thread = slotOf(i);
     return thread == nullptr ? 0 : thread->cameraIdx;
