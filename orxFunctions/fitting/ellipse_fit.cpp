@@ -7,16 +7,16 @@
 #include <limits>
 
 #include "orxFunctions/fitting/ellipse_conic_internal.h"
-#include "orxFunctions/fitting/kernels/ellipse_grading.h"
+#include "orxFunctions/fitting/ellipse_grading_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
 
 namespace orxFit {
 namespace {
 
-using orx::CentredConic;
 using orx::Conic;
 using orx::EllipseGrade;
 using orx::TEllipse;
+using orx::ellipse_kernels::CentredConic;
 
 constexpr double kPi = 3.141592653589793;
 constexpr std::size_t kSampleSize = 6;

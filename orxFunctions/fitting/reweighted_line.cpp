@@ -20,6 +20,8 @@ constexpr std::size_t kStartPoints = 10;
 // that a single one would wait for each addition.
 constexpr std::size_t kLanes = 4;
 
+// OpenCV's vectors, not a family of kernels: the four lanes are in the baseline already, and the code around
+// them belongs to this search alone.
 using Floats = cv::v_float32x4;
 
 struct Doubles {

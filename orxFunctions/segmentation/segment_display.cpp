@@ -167,8 +167,8 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
                                           bool drawTheArcs, bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
     if (!contourLines.empty()) {
-        const TLineList& lines = contourLines.back();
-        const TCircleList& circles = contourCircles.back();
+        const std::vector<TSegemetLine>& lines = contourLines.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles.back();
         if (drawTheLines) {
             for (const TSegemetLine& line : lines) {
                 drawLine(image, toPoint(line.startPoint), toPoint(line.endPoint), kLineColour, 2);
@@ -198,8 +198,8 @@ void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool d
                                       bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
     if (!contourLines.empty()) {
-        const TLineList& lines = contourLines.back();
-        const TCircleList& circles = contourCircles.back();
+        const std::vector<TSegemetLine>& lines = contourLines.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles.back();
         ColourSequence colours;
         if (drawThePoints && drawTheArcs) {
             for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
@@ -215,16 +215,6 @@ void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool d
 void TSegmentContour::disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool /*unused*/,
                                                 bool /*unused*/, bool /*unused*/) {
     if (prepare(image) && showWindow) show(kResultCaption, image);
-}
-
-void TSegmentContour::showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles) {
-    cv::Mat withKeyPoints = srcImage.clone();
-    disPlayKeyPointsForTest(withKeyPoints, keyPoints, true);
-    keyPointImage = withKeyPoints;
-    cv::Mat withLines = srcImage.clone();
-    disPlayLinesForTest(withLines, lines);
-    cv::Mat withCircles = srcImage.clone();
-    disPlayCircleForTest(withCircles, circles);
 }
 
 }  // namespace orx

@@ -292,9 +292,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "or line for each contour. Writes annotated pictures, a JSON and an HTML report.",
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
-    app.footer("Methods: " + CLI::detail::join(methodNames(), ", ") +
-               ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not, 2 for "
-               "bad arguments.");
+    app.footer(
+        "Methods: " + CLI::detail::join(methodNames(), ", ") +
+        ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not or an output "
+        "could not be written, 2 for bad arguments.");
     addInputs(app, options);
     addCameraOptions(app, options.camera);
     addObjectOptions(app, options.settings, words);

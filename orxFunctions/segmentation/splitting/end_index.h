@@ -1,13 +1,13 @@
 // The ends of arcs or chords by their place in the image.
-#ifndef ORXFUNCTIONS_SEGMENTATION_END_INDEX_INTERNAL_H
-#define ORXFUNCTIONS_SEGMENTATION_END_INDEX_INTERNAL_H
+#ifndef ORXFUNCTIONS_SEGMENTATION_SPLITTING_END_INDEX_H
+#define ORXFUNCTIONS_SEGMENTATION_SPLITTING_END_INDEX_H
 
 #include <cstddef>
 #include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace orx {
+namespace orx::splitting {
 
 // Finds the ends near a point without a look at all of them: a hash table of square cells. What it names is a
 // superset, so that the caller's own test of the distance decides. One thread at a time.
@@ -73,6 +73,6 @@ class EndIndex {
     std::vector<Entry> entries_;
 };
 
-}  // namespace orx
+}  // namespace orx::splitting
 
 #endif

@@ -1,6 +1,6 @@
-// The inside of a picture box: its window, its thread, and the way from the shared image to the window.
-#ifndef ORXFUNCTIONS_DISPLAY_PICTURE_BOX_CORE_INTERNAL_H
-#define ORXFUNCTIONS_DISPLAY_PICTURE_BOX_CORE_INTERNAL_H
+// What is behind a picture box: its window, its thread, and the way from the shared image to the window.
+#ifndef ORXFUNCTIONS_DISPLAY_PICTURE_VIEW_INTERNAL_H
+#define ORXFUNCTIONS_DISPLAY_PICTURE_VIEW_INTERNAL_H
 
 #include <atomic>
 #include <condition_variable>
@@ -15,9 +15,13 @@
 #include "orxFunctions/platform/window/native_window.h"
 
 // Locks, in the order in which they are taken: mouse, image, size, overlay.
-class TPictureBox::Core final : public orx::platform::MouseListener {
+class TPictureBox::View final : public orx::platform::MouseListener {
   public:
-    explicit Core(TPictureBox& box);
+    // What a picture is shown for: an image that came in, a drag of the mouse, or to be seen as it is, with
+    // neither zoom nor drawings.
+    enum class Occasion { kNewImage, kDrag, kPlain };
+
+    explicit View(TPictureBox& box);
 
     // The display thread.
     void start();
@@ -32,9 +36,8 @@ class TPictureBox::Core final : public orx::platform::MouseListener {
     bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
-    // Showing.
-    void showImage();
-    void showImageLast();
+    // Shows the shared image now, on the calling thread.
+    void show(Occasion occasion);
     orx::display::ViewMapping mapping() const ZUL_REQUIRES(orx::display::viewState.sizeLock);
     void keepScale(const orx::display::ViewMapping& mapping);
 
@@ -46,14 +49,9 @@ class TPictureBox::Core final : public orx::platform::MouseListener {
     zul::Mutex overlayLock;  // the box's rects, circles and texts
 
   private:
-    enum class Occasion { kNewImage, kDrag };
-
     void run();
 
     bool mayShow(Occasion occasion) ZUL_REQUIRES(orx::display::viewState.imageLock);
-    void showPicture(Occasion occasion);
-    void showPlain();
-    void present(Occasion occasion) ZUL_REQUIRES(orx::display::viewState.imageLock);
     cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(orx::display::viewState.imageLock);
     const cv::Mat& background() ZUL_REQUIRES(orx::display::viewState.sizeLock);
     void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(orx::display::viewState.imageLock);

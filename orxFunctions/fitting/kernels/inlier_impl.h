@@ -1,11 +1,13 @@
-// The loops of kernels/point_kernels.h, compiled once for each instruction set.
-#ifndef ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_POINT_KERNELS_BODY_INTERNAL_H
+// The loops of kernels/inlier.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_INLIER_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_INLIER_IMPL_H
 
-#include "orxFunctions/fitting/kernels/point_kernels.h"
+#include "orxFunctions/fitting/kernels/inlier.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
-namespace orx::ORX_SIMD::consensus {
+namespace orx::inlier_kernels::ORX_SIMD {
+
+using namespace orx::ORX_SIMD;
 
 static_assert(kPointsPerStep % VecD::kLanes == 0);
 
@@ -150,8 +152,8 @@ inline std::size_t listOnCircle(const PointSpan& points, const CircleTest& test,
     return list(points, CircleInliers(test), indices);
 }
 
-inline constexpr PointKernels kKernels{countOnLine, countOnCircle, listOnLine, listOnCircle};
+inline constexpr Kernels kKernels = {countOnLine, countOnCircle, listOnLine, listOnCircle};
 
-}  // namespace orx::ORX_SIMD::consensus
+}  // namespace orx::inlier_kernels::ORX_SIMD
 
 #endif

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/kernels/ellipse_grading_impl.h"
+#include "orxFunctions/fitting/kernels/ellipse.h"
 
 namespace orx {
 
@@ -16,11 +16,8 @@ struct EllipseGrade {
 
 // Grades by all points; there is at least one. False as soon as the mean error is known to exceed
 // `worstMean`; `out` is then untouched.
-bool gradeEllipse(const CentredConic& conic, const std::vector<cv::Point2f>& points, float threshold,
-                  double worstMean, EllipseGrade& out);
-
-// The kernel of gradeEllipse for AVX2; called only where the processor has it.
-void radialErrorsAvx2(const CentredConic& conic, const float* xy, std::size_t count, double* errors);
+bool gradeEllipse(const ellipse_kernels::CentredConic& conic, const std::vector<cv::Point2f>& points,
+                  float threshold, double worstMean, EllipseGrade& out);
 
 }  // namespace orx
 

@@ -1,26 +1,13 @@
-#include "orxFunctions/fitting/kernels/ellipse_grading.h"
+#include "orxFunctions/fitting/ellipse_grading_internal.h"
 
 #include <algorithm>
 
-#include "orxFunctions/platform/simd/cpu.h"
-
 namespace orx {
-namespace {
 
-using RadialErrors = void (*)(const CentredConic&, const float*, std::size_t, double*);
-
-RadialErrors bestKernel() {
-#if defined(ORX_HAS_AVX2_KERNELS)
-    if (platform::useAvx2()) return radialErrorsAvx2;
-#endif
-    return ORX_SIMD::radialErrors;
-}
-
-}  // namespace
-
-bool gradeEllipse(const CentredConic& conic, const std::vector<cv::Point2f>& points, float threshold,
-                  double worstMean, EllipseGrade& out) {
-    const RadialErrors radialErrors = bestKernel();
+bool gradeEllipse(const ellipse_kernels::CentredConic& conic, const std::vector<cv::Point2f>& points,
+                  float threshold, double worstMean, EllipseGrade& out) {
+    using ellipse_kernels::kGradingBlock;
+    const ellipse_kernels::Kernels& kernels = ellipse_kernels::chosen();
     const auto limit = static_cast<double>(threshold);
     const auto n = static_cast<double>(points.size());
     double sum = 0;
@@ -28,7 +15,7 @@ bool gradeEllipse(const CentredConic& conic, const std::vector<cv::Point2f>& poi
     double errors[kGradingBlock];
     for (std::size_t start = 0; start < points.size(); start += kGradingBlock) {
         const std::size_t count = std::min(kGradingBlock, points.size() - start);
-        radialErrors(conic, &points[start].x, count, errors);
+        kernels.radialErrors(conic, &points[start].x, count, errors);
         for (std::size_t i = 0; i < count; ++i) {
             sum += errors[i];
             inliers += errors[i] < limit ? 1U : 0U;

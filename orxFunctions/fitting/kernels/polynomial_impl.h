@@ -1,31 +1,19 @@
-// The vectorised part of a polynomial's normal equations; compiled for each instruction set.
+// The loop of kernels/polynomial.h, compiled once for each instruction set.
 //
 // Each power is the exact one rounded once, which is what pow() gives but for a rare last bit: a running
 // product that carries its rounding error along as a second number. Running products alone would be faster
 // and up to half a unit worse at each step.
-#ifndef ORXFUNCTIONS_FITTING_POWER_SUMS_KERNEL_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_POWER_SUMS_KERNEL_INTERNAL_H
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_POLYNOMIAL_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_POLYNOMIAL_IMPL_H
 
+#include <cstddef>
+
+#include "orxFunctions/fitting/kernels/polynomial.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
-namespace orx {
+namespace orx::polynomial_kernels::ORX_SIMD {
 
-// Samples handled at a time; a multiple of every vector length.
-constexpr std::size_t kPowerBlock = 32;
-// Sums are handled in groups of this size; a table of terms has so many more rows, all zero, as fill its
-// last.
-constexpr std::size_t kSumGroup = 4;
-
-// A polynomial's order, and the smallest and largest |x| whose powers and their error terms stay normal.
-struct PowerBlock {
-    std::size_t order;
-    double smallest;
-    double largest;
-};
-
-}  // namespace orx
-
-namespace orx::ORX_SIMD {
+using namespace orx::ORX_SIMD;
 
 #if defined(__AVX2__) && defined(__FMA__)
 
@@ -165,9 +153,6 @@ inline bool readSamples(const PowerBlock& block, const double* samples, std::siz
     return inside.lanes() == (1U << VecD::kLanes) - 1;
 }
 
-// Adds a block of samples, stored as x, y, x, y, ...: sums[e] += x^e for e = 0 .. 2 order, then the sums of
-// x^e y for e = 0 .. order. `terms` is a table of kPowerBlock columns with a row for each sum. False, with
-// nothing added, when an x is out of range; with `powersKnown` the table begins with the powers of any x.
 inline bool addPowerBlock(const PowerBlock& block, const double* samples, std::size_t count, bool powersKnown,
                           double* terms, double* sums) {
     const std::size_t powerRows = 2 * block.order + 1;
@@ -184,6 +169,8 @@ inline bool addPowerBlock(const PowerBlock& block, const double* samples, std::s
     return true;
 }
 
-}  // namespace orx::ORX_SIMD
+inline constexpr Kernels kKernels = {addPowerBlock};
+
+}  // namespace orx::polynomial_kernels::ORX_SIMD
 
 #endif

@@ -1,31 +1,16 @@
-// The vectorised part of grading an ellipse; compiled for each instruction set.
-#ifndef ORXFUNCTIONS_FITTING_ELLIPSE_GRADING_KERNEL_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_ELLIPSE_GRADING_KERNEL_INTERNAL_H
+// The loop of kernels/ellipse.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_ELLIPSE_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_ELLIPSE_IMPL_H
 
+#include <cstddef>
+
+#include "orxFunctions/fitting/kernels/ellipse.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
-namespace orx {
+namespace orx::ellipse_kernels::ORX_SIMD {
 
-// An ellipse about its centre: a u^2 + b uv + c v^2 + g = 0 with u = x - x0, v = y - y0. About the centre,
-// because the distance between the roots of a steep ray would drown in the rounding of absolute coordinates.
-struct CentredConic {
-    double x0;
-    double y0;
-    double a;
-    double b;
-    double c;
-    double g;
-};
+using namespace orx::ORX_SIMD;
 
-// Points handled at a time; a multiple of every vector length.
-constexpr std::size_t kGradingBlock = 64;
-
-}  // namespace orx
-
-namespace orx::ORX_SIMD {
-
-// errors[i] = the distance along the ray from the centre between point i and the ellipse, for `count` <=
-// kGradingBlock points, x and y alternating. `errors` has room for a whole block.
 inline void radialErrors(const CentredConic& conic, const float* xy, std::size_t count, double* errors) {
     double us[kGradingBlock];
     double vs[kGradingBlock];
@@ -60,6 +45,8 @@ inline void radialErrors(const CentredConic& conic, const float* xy, std::size_t
     }
 }
 
-}  // namespace orx::ORX_SIMD
+inline constexpr Kernels kKernels = {radialErrors};
+
+}  // namespace orx::ellipse_kernels::ORX_SIMD
 
 #endif

@@ -1,15 +1,14 @@
 // Inner loops over points that decide which of them lie on a line or a circle.
 //
-// The loops exist twice, for the baseline processor and for AVX2; pointKernels() chooses. Both give the same
-// results, bit by bit those of the plain expressions. What a loop compares with is prepared outside it, once
-// per line or circle, by the functions of inlier_tests_internal.h.
-#ifndef ORXFUNCTIONS_FITTING_POINT_KERNELS_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_POINT_KERNELS_INTERNAL_H
+// Every instruction set gives the same results, bit by bit those of the plain expressions. What a loop
+// compares with is prepared outside it, once per line or circle, by the functions of inlier_tests_internal.h.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_INLIER_H
+#define ORXFUNCTIONS_FITTING_KERNELS_INLIER_H
 
 #include <cstddef>
 #include <cstdint>
 
-namespace orx {
+namespace orx::inlier_kernels {
 
 // Columns are padded to a multiple of this with not-a-number, which is no inlier of anything: no loop needs a
 // tail.
@@ -44,7 +43,7 @@ struct CircleTest {
     double farthest;
 };
 
-struct PointKernels {
+struct Kernels {
     // The number of inliers when it is above `floor`; otherwise any number up to `floor`, found sooner.
     std::size_t (*countOnLine)(const PointSpan& points, const LineTest& test, std::size_t floor);
     std::size_t (*countOnCircle)(const PointSpan& points, const CircleTest& test, std::size_t floor);
@@ -55,12 +54,11 @@ struct PointKernels {
     std::size_t (*listOnCircle)(const PointSpan& points, const CircleTest& test, std::int32_t* indices);
 };
 
-extern const PointKernels kBaselinePointKernels;
-extern const PointKernels kAvx2PointKernels;
+extern const Kernels kAvx2;
 
-// The fastest that the processor (and cv::setUseOptimized) allows. Ask once per search, not per line.
-const PointKernels& pointKernels();
+// Ask once per search, not per line.
+const Kernels& chosen();
 
-}  // namespace orx
+}  // namespace orx::inlier_kernels
 
 #endif

@@ -1,21 +1,15 @@
-#include "orxFunctions/fitting/kernels/polynomial_solve.h"
+#include "orxFunctions/fitting/polynomial_solve_internal.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "orxFunctions/platform/simd/cpu.h"
+#include "orxFunctions/fitting/kernels/polynomial.h"
 
 namespace orx {
 namespace {
 
-using AddPowerBlock = bool (*)(const PowerBlock&, const double*, std::size_t, bool, double*, double*);
-
-AddPowerBlock bestKernel() {
-#if defined(ORX_HAS_AVX2_KERNELS)
-    if (platform::useAvx2() && cv::checkHardwareSupport(CV_CPU_FMA3)) return addPowerBlockAvx2;
-#endif
-    return ORX_SIMD::addPowerBlock;
-}
+using polynomial_kernels::kPowerBlock;
+using polynomial_kernels::kSumGroup;
 
 // Sums of x^e and of x^e y over the samples, each x^e computed once a sample and added in sample order.
 class PowerSums {
@@ -23,7 +17,7 @@ class PowerSums {
     PowerSums(const cv::Point2d* samples, std::size_t count, std::size_t order)
         : block_{order, order == 0 ? 0 : std::exp2(-400.0 / static_cast<double>(order)),
                  order == 0 ? HUGE_VAL : std::exp2(450.0 / static_cast<double>(order))},
-          addPowerBlock_(bestKernel()),
+          kernels_(polynomial_kernels::chosen()),
           terms_((3 * order + 2 + kSumGroup) * kPowerBlock),
           sums_(3 * order + 2 + kSumGroup) {
         // The rows after the last sum only fill its group.
@@ -41,9 +35,9 @@ class PowerSums {
     void addBlock(const cv::Point2d* samples, std::size_t count) {
         static_assert(sizeof(cv::Point2d) == 2 * sizeof(double), "kernels read samples as pairs of doubles");
         const double* const pairs = &samples->x;
-        if (addPowerBlock_(block_, pairs, count, false, terms_.data(), sums_.data())) return;
+        if (kernels_.addPowerBlock(block_, pairs, count, false, terms_.data(), sums_.data())) return;
         powersByPow(samples, count);
-        addPowerBlock_(block_, pairs, count, true, terms_.data(), sums_.data());
+        kernels_.addPowerBlock(block_, pairs, count, true, terms_.data(), sums_.data());
     }
 
     void powersByPow(const cv::Point2d* samples, std::size_t count) {
@@ -54,8 +48,8 @@ class PowerSums {
         }
     }
 
-    PowerBlock block_;
-    AddPowerBlock addPowerBlock_;
+    polynomial_kernels::PowerBlock block_;
+    const polynomial_kernels::Kernels& kernels_;
     // On the stack up to order 4.
     cv::AutoBuffer<double, 18 * kPowerBlock> terms_;
     cv::AutoBuffer<double, 18> sums_;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <random>
 
+#include "orxFunctions/segmentation/splitting/arcs.h"
 #include "segment_reference.h"
 #include "segment_shapes.h"
 
@@ -12,8 +13,9 @@ namespace {
 using namespace segment_shapes;
 using orx::TSegemetCircle;
 using orx::TSegemetLine;
-using orx::TSegmentContour;
-using orx::TSegmentContourProbe;
+using orx::splitting::generateCircles;
+using orx::splitting::mergeCircles2;
+using orx::splitting::mergeCirclesAndLines;
 
 const cv::Point2d kCenter(500, 500);
 
@@ -35,11 +37,10 @@ TSegemetCircle arcOver(cv::Point2d center, double from, double to) {
     return {l1, l2, 300, 60, 3.5};
 }
 
-TEST(GenerateCircles, ThreeChordsGiveAnArcThatGrows) {
+TEST(GrowArcs, ThreeChordsGiveAnArcThatGrows) {
     std::vector<TSegemetLine> lines = chords({0, 40, 80, 120});
     std::vector<TSegemetCircle> circles;
-    TSegmentContour splitter;
-    TSegmentContourProbe::generateCircles(splitter, lines, circles, false);
+    generateCircles(lines, circles, false, {});
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_FALSE(circles[0].isCircle) << "absorbed by the larger one";
     EXPECT_TRUE(circles[1].isCircle);
@@ -47,32 +48,29 @@ TEST(GenerateCircles, ThreeChordsGiveAnArcThatGrows) {
     for (const TSegemetLine& line : lines) EXPECT_TRUE(line.usedByCircle);
 }
 
-TEST(GenerateCircles, ACornerGivesNoArc) {
+TEST(GrowArcs, ACornerGivesNoArc) {
     std::vector<TSegemetLine> lines{chordBetween({100, 100}, {300, 100}),
                                     chordBetween({300, 100}, {300, 300})};
     std::vector<TSegemetCircle> circles;
-    TSegmentContour splitter;
-    TSegmentContourProbe::generateCircles(splitter, lines, circles, false);
+    generateCircles(lines, circles, false, {});
     EXPECT_TRUE(circles.empty());
     EXPECT_FALSE(lines[0].usedByCircle || lines[1].usedByCircle);
 }
 
-TEST(GenerateCircles, AfterARejectedGrowthAFreshPairStartsAtTheNextChord) {
+TEST(GrowArcs, AfterARejectedGrowthAFreshPairStartsAtTheNextChord) {
     // An arc of two chords, a long straight piece that it can't swallow, and another arc.
     std::vector<TSegemetLine> lines = chords({0, 40, 80});
     const cv::Point end = lines.back().points.back();
     lines.push_back(chordBetween(end, {end.x - 20, end.y + 400}));
     for (TSegemetLine& line : chords({100, 140, 180})) lines.push_back(line);
     std::vector<TSegemetCircle> circles;
-    TSegmentContour splitter;
-    TSegmentContourProbe::generateCircles(splitter, lines, circles, false);
+    generateCircles(lines, circles, false, {});
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_TRUE(circles[0].isCircle && circles[1].isCircle);
     EXPECT_FALSE(lines[2].usedByCircle);
 }
 
-TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
-    TSegmentContour splitter;
+TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
     {
         SCOPED_TRACE("no arc yet: a pair over the seam");
         std::vector<TSegemetLine> lines = chords({0, 40});
@@ -80,7 +78,7 @@ TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({900, 560}, {900, 100}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 1U);
         EXPECT_EQ(circles[0].firstPoints, lines.back().points);
         EXPECT_EQ(circles[0].secondPoints, lines.front().points);
@@ -92,7 +90,7 @@ TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({400, 900}, {900, 900}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_FALSE(circles[0].isCircle);
         EXPECT_TRUE(circles[1].isCircle);
@@ -105,7 +103,7 @@ TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({577, 564}, {900, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_EQ(circles[1].secondPoints, lines.front().points);
         EXPECT_TRUE(lines.front().usedByCircle);
@@ -116,7 +114,7 @@ TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween(lines.back().points.back(), {400, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+        generateCircles(lines, circles, true, {});
         ASSERT_EQ(circles.size(), 3U);
         EXPECT_FALSE(circles[0].isCircle || circles[1].isCircle);
         EXPECT_EQ(circles[2].firstPoints, circles[1].points)
@@ -126,27 +124,25 @@ TEST(GenerateCircles, TheSeamJoinsTheLastChordToTheFirst) {
         SCOPED_TRACE("one arc all the way round: nothing is left to join");
         std::vector<TSegemetLine> lines = chords({0, 90, 180, 270, 359});
         std::vector<TSegemetCircle> circles;
-        TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+        generateCircles(lines, circles, true, {});
         EXPECT_EQ(circles.size(), 3U);
         EXPECT_TRUE(circles.back().isCircle);
     }
 }
 
-TEST(GenerateCircles, NoLinesGiveNothing) {
+TEST(GrowArcs, NoLinesGiveNothing) {
     std::vector<TSegemetLine> lines;
     std::vector<TSegemetCircle> circles;
-    TSegmentContour splitter;
-    TSegmentContourProbe::generateCircles(splitter, lines, circles, true);
+    generateCircles(lines, circles, true, {});
     EXPECT_TRUE(circles.empty());
 }
 
-TEST(MergeCircles, NeedTouchingEndsAndNearCentres) {
-    TSegmentContour splitter;
+TEST(MergeArcs, NeedTouchingEndsAndNearCentres) {
     const auto expectMerged = [&](double gapAngle, bool expected) {
         std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 90), arcOver(kCenter, 90 + gapAngle, 180)};
         const double gapPixels = cv::norm(circles[0].secondPoints.back() - circles[1].firstPoints.front());
         ASSERT_NEAR(gapPixels, expected ? 7.0 : 9.0, 0.9);
-        TSegmentContourProbe::mergeCircles2(splitter, circles);
+        mergeCircles2(circles, {});
         EXPECT_EQ(circles.size(), expected ? 3U : 2U);
     };
     expectMerged(3.7, true);
@@ -156,17 +152,16 @@ TEST(MergeCircles, NeedTouchingEndsAndNearCentres) {
     TSegemetCircle second = arcOver(kCenter + cv::Point2d(0, 60), 270, 200);
     second.firstPoints.insert(second.firstPoints.begin(), cv::Point(500, 603));
     std::vector<TSegemetCircle> circles{first, second};
-    TSegmentContourProbe::mergeCircles2(splitter, circles);
+    mergeCircles2(circles, {});
     EXPECT_EQ(circles.size(), 2U) << "centres 60 pixels apart";
 }
 
-TEST(MergeCircles, TheMergedPointsRunAlongTheContour) {
-    TSegmentContour splitter;
+TEST(MergeArcs, TheMergedPointsRunAlongTheContour) {
     // Given in the wrong order: the second arc runs into the first.
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 91, 180), arcOver(kCenter, 0, 90)};
     const TSegemetCircle later = circles[0];
     const TSegemetCircle earlier = circles[1];
-    TSegmentContourProbe::mergeCircles2(splitter, circles);
+    mergeCircles2(circles, {});
     ASSERT_EQ(circles.size(), 3U);
     EXPECT_EQ(circles[2].firstPoints, earlier.points);
     EXPECT_EQ(circles[2].secondPoints, later.points);
@@ -174,23 +169,21 @@ TEST(MergeCircles, TheMergedPointsRunAlongTheContour) {
     EXPECT_TRUE(circles[2].isCircle);
 }
 
-TEST(MergeCircles, AMergedArcMergesOn) {
-    TSegmentContour splitter;
+TEST(MergeArcs, AMergedArcMergesOn) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80), arcOver(kCenter, 81, 160),
                                         arcOver(kCenter, 161, 240)};
-    TSegmentContourProbe::mergeCircles2(splitter, circles);
+    mergeCircles2(circles, {});
     const auto live =
         std::count_if(circles.begin(), circles.end(), [](const TSegemetCircle& c) { return c.isCircle; });
     EXPECT_EQ(live, 1);
     EXPECT_EQ(circles.size(), 5U);
 }
 
-TEST(MergeCirclesAndLines, AnArcSwallowsTheChordsThatTouchItOneByOne) {
-    TSegmentContour splitter;
+TEST(SwallowLines, AnArcSwallowsTheChordsThatTouchItOneByOne) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80)};
     std::vector<TSegemetLine> lines = chords({-30, 0});
     for (TSegemetLine& line : chords({80, 110, 140})) lines.push_back(line);
-    TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
+    mergeCirclesAndLines(circles, lines, {});
     EXPECT_EQ(circles.size(), 4U);
     EXPECT_TRUE(circles.back().isCircle);
     for (const TSegemetLine& line : lines) EXPECT_TRUE(line.usedByCircle);
@@ -198,8 +191,7 @@ TEST(MergeCirclesAndLines, AnArcSwallowsTheChordsThatTouchItOneByOne) {
     EXPECT_NEAR(circles.back().endAngle, 140, 2);
 }
 
-TEST(MergeCirclesAndLines, AChordTwoPixelsAwayIsNotSwallowed) {
-    TSegmentContour splitter;
+TEST(SwallowLines, AChordTwoPixelsAwayIsNotSwallowed) {
     for (const int gapPixels : {1, 2}) {
         std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80)};
         Points next = arc(kCenter, 100, 80, 110);
@@ -207,19 +199,18 @@ TEST(MergeCirclesAndLines, AChordTwoPixelsAwayIsNotSwallowed) {
         while (!next.empty() && cv::norm(next.front() - end) < gapPixels) next.erase(next.begin());
         next.front() = end + cv::Point(-gapPixels, 0);
         std::vector<TSegemetLine> lines{chordOf(next)};
-        TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
+        mergeCirclesAndLines(circles, lines, {});
         EXPECT_EQ(lines[0].usedByCircle, gapPixels == 1);
     }
 }
 
-TEST(MergeCirclesAndLines, EndsWithoutPointsTouchNothing) {
-    TSegmentContour splitter;
+TEST(SwallowLines, EndsWithoutPointsTouchNothing) {
     TSegemetCircle hollow;
     hollow.isCircle = true;
     std::vector<TSegemetCircle> circles{hollow, hollow};
     std::vector<TSegemetLine> lines(2);
-    TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
-    TSegmentContourProbe::mergeCircles2(splitter, circles);
+    mergeCirclesAndLines(circles, lines, {});
+    mergeCircles2(circles, {});
     EXPECT_EQ(circles.size(), 2U);
 }
 
@@ -236,7 +227,6 @@ void expectSame(const std::vector<TSegemetCircle>& circles, const std::vector<TS
 TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
     std::mt19937 random(5);
     const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
-    TSegmentContour splitter;
     std::size_t mergers = 0;
     std::size_t swallowed = 0;
     for (int round = 0; round < 8; ++round) {
@@ -260,7 +250,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         std::vector<TSegemetCircle> expected = circles;
         std::vector<TSegemetLine> expectedLines = lines;
         segment_reference::swallowAllPairs(expected, expectedLines, {});
-        TSegmentContourProbe::mergeCirclesAndLines(splitter, circles, lines);
+        mergeCirclesAndLines(circles, lines, {});
         expectSame(circles, expected);
         for (std::size_t l = 0; l < lines.size(); ++l)
             EXPECT_EQ(lines[l].usedByCircle, expectedLines[l].usedByCircle) << l;
@@ -268,7 +258,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
 
         const std::size_t between = circles.size();
         segment_reference::mergeAllPairs(expected, {});
-        TSegmentContourProbe::mergeCircles2(splitter, circles);
+        mergeCircles2(circles, {});
         expectSame(circles, expected);
         mergers += circles.size() - between;
     }

@@ -1,10 +1,10 @@
-#include "orxFunctions/segmentation/chord_points_internal.h"
+#include "orxFunctions/segmentation/splitting/chord_points.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace orx {
+namespace orx::splitting {
 namespace {
 
 constexpr std::size_t kSmallestBlock = 16;
@@ -38,8 +38,6 @@ class ChordTest {
     double left_, top_, right_, bottom_;
 };
 
-cv::Point toPoint(cv::Vec2i v) { return {v[0], v[1]}; }
-
 int saturated(double v) {
     constexpr double kLow = std::numeric_limits<int>::min();
     constexpr double kHigh = std::numeric_limits<int>::max();
@@ -47,11 +45,6 @@ int saturated(double v) {
 }
 
 }  // namespace
-
-void TSegemetLine::findLinePoints(std::vector<cv::Point>& contour, double tolerance) {
-    const ChordPointFinder finder(contour, {toPoint(startPoint), toPoint(endPoint)});
-    finder.collect(*this, tolerance);
-}
 
 ChordPointFinder::ChordPointFinder(const std::vector<cv::Point>& contour,
                                    const std::vector<cv::Point>& keyPoints)
@@ -161,8 +154,8 @@ std::size_t ChordPointFinder::blockOutside(std::size_t i, std::size_t end, const
 }
 
 void ChordPointFinder::collect(TSegemetLine& line, double tolerance) const {
-    const cv::Point start = toPoint(line.startPoint);
-    const cv::Point end = toPoint(line.endPoint);
+    const cv::Point start(line.startPoint);
+    const cv::Point end(line.endPoint);
     const ChordTest test(line, tolerance);
     // A qualifying point lies within the tolerance of the chord's box; one pixel more covers rounding.
     const double reach = std::isnan(tolerance) ? 0.0 : std::max(tolerance, 0.0) + 1.0;
@@ -189,4 +182,4 @@ void ChordPointFinder::collect(TSegemetLine& line, double tolerance) const {
     line.maxDist = farthest;
 }
 
-}  // namespace orx
+}  // namespace orx::splitting

@@ -1,6 +1,6 @@
 // The contour points along a chord, found without walking the whole contour for each chord.
-#ifndef ORXFUNCTIONS_SEGMENTATION_CHORD_POINTS_INTERNAL_H
-#define ORXFUNCTIONS_SEGMENTATION_CHORD_POINTS_INTERNAL_H
+#ifndef ORXFUNCTIONS_SEGMENTATION_SPLITTING_CHORD_POINTS_H
+#define ORXFUNCTIONS_SEGMENTATION_SPLITTING_CHORD_POINTS_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 #include "orxFunctions/segmentation/segment_line.h"
 
-namespace orx {
+namespace orx::splitting {
 
 // Where each key point occurs in a contour, and bounding boxes over stretches of it. Building takes one pass;
 // asking for a chord then costs the points near it, not the contour's length, also where an outline one pixel
@@ -54,6 +54,6 @@ class ChordPointFinder {
     std::vector<std::vector<Box>> boxes_;   // level l: boxes of 16 << 4 l points
 };
 
-}  // namespace orx
+}  // namespace orx::splitting
 
 #endif

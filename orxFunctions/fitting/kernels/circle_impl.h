@@ -1,22 +1,19 @@
-// The kernels of kernels/fit_kernels.h, compiled once for each instruction set.
-#ifndef ORXFUNCTIONS_FITTING_FIT_KERNELS_BODY_INTERNAL_H
-#define ORXFUNCTIONS_FITTING_FIT_KERNELS_BODY_INTERNAL_H
+// The loops of kernels/circle.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
 
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/fitting/kernels/fit_kernels.h"
+#include "orxFunctions/fitting/kernels/circle.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
-namespace orx::ORX_SIMD::fits {
+namespace orx::circle_kernels::ORX_SIMD {
 
-using fit_kernels::Circle;
-using fit_kernels::GradientSums;
-using fit_kernels::Loss;
-using fit_kernels::PixelSpan;
-using fit_kernels::PowerSums;
+using namespace orx::ORX_SIMD;
 
 constexpr std::size_t kLanes = VecD::kLanes;
+
 // Calls visit(x, y, first) for vectors of points. The last vector, when not full, is filled up with zeros.
 template <class Visit>
 void forEachVector(PixelSpan points, Visit visit) {
@@ -193,9 +190,8 @@ inline GradientSums circleGradient(PixelSpan points, Circle circle, Loss loss) {
     return sums;
 }
 
-inline constexpr fit_kernels::Kernels kKernels = {exactPowerSums, weightedPowerSums, circleResiduals,
-                                                  circleGradient};
+inline constexpr Kernels kKernels = {exactPowerSums, weightedPowerSums, circleResiduals, circleGradient};
 
-}  // namespace orx::ORX_SIMD::fits
+}  // namespace orx::circle_kernels::ORX_SIMD
 
 #endif
