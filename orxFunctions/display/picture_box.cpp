@@ -115,21 +115,7 @@ void TPictureBox::setShowFrame(int fps) { targetFps = fps > 0 ? fps : 1; }
 
 int TPictureBox::getShowFrame() { return measuredFps; }
 
-void TPictureBox::calShowFrame() {
-    if (targetFps != appliedFps) {
-        appliedFps = std::max(targetFps.load(), 1);
-        measuredFps = appliedFps.load();
-        sleepMs = 1000 / appliedFps;
-        return;
-    }
-    const auto now = static_cast<double>(cv::getTickCount());
-    if (frameCounter == 1) startTick = now;
-    if (frameCounter != measureFrames) return;
-    elapsedMs = (now - startTick) * 1000.0 / cv::getTickFrequency();
-    measuredFps = measuredRate(measureFrames, elapsedMs);
-    sleepMs = nextPause(sleepMs, measuredFps < appliedFps);
-    frameCounter = 0;
-}
+void TPictureBox::calShowFrame() { orx::display::keepPace(*this, targetFps); }
 
 void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage); }
 

@@ -40,8 +40,8 @@ ImageSaver::~ImageSaver() {
     // On POSIX nothing is left now. On Windows the end of the process ends the thread at any point: if it did
     // not hold the lock, the images behind it are written here. Nobody is told: who waited is gone, too, and
     // a condition must not be used any more then.
-    if (!mutex_.native().try_lock()) return;
-    mutex_.native().unlock();
+    if (!mutex_.try_lock()) return;
+    mutex_.unlock();
     for (Job job; take(job);) write(job);
 }
 

@@ -12,19 +12,19 @@ std::pair<std::vector<TSegemetLine>, std::vector<TSegemetCircle>> TSegmentContou
     std::vector<cv::Point> contour, TSegemetParams params) {
     if (contour.empty()) return {};
     addPieces(contour, params);
-    return {contourLines.back(), contourCircles.back()};
+    return {contourLines_.back(), contourCircles_.back()};
 }
 
 void TSegmentContour::addPieces(const std::vector<cv::Point>& contour, const TSegemetParams& params) {
     if (contour.empty()) return;
     splitting::Pieces pieces = splitting::split(contour, params);
-    contourLines.push_back(std::move(pieces.lines));
-    contourCircles.push_back(std::move(pieces.circles));
+    contourLines_.push_back(std::move(pieces.lines));
+    contourCircles_.push_back(std::move(pieces.circles));
     lastKeyPoints_ = std::move(pieces.keyPoints);
 }
 
-std::vector<std::vector<TSegemetLine>> TSegmentContour::getLines() { return contourLines; }
+std::vector<std::vector<TSegemetLine>> TSegmentContour::getLines() { return contourLines_; }
 
-std::vector<std::vector<TSegemetCircle>> TSegmentContour::getCircles() { return contourCircles; }
+std::vector<std::vector<TSegemetCircle>> TSegmentContour::getCircles() { return contourCircles_; }
 
 }  // namespace orx

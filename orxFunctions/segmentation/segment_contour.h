@@ -88,8 +88,8 @@ class ORX_API TSegmentContour {
     // Splits a contour and appends its pieces; an empty one adds nothing.
     void addPieces(const std::vector<cv::Point>& contour, const TSegemetParams& params);
 
-    std::vector<std::vector<TSegemetLine>> contourLines;
-    std::vector<std::vector<TSegemetCircle>> contourCircles;
+    std::vector<std::vector<TSegemetLine>> contourLines_;
+    std::vector<std::vector<TSegemetCircle>> contourCircles_;
     cv::Mat lastKeyPoints_;  // of the last contour's first pass
 };
 

@@ -165,9 +165,9 @@ void TSegmentContour::disPlayKeyPoints(cv::Mat& image, bool drawIndices) {
 void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bool drawTheLines,
                                           bool drawTheArcs, bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
-    if (!contourLines.empty()) {
-        const std::vector<TSegemetLine>& lines = contourLines.back();
-        const std::vector<TSegemetCircle>& circles = contourCircles.back();
+    if (!contourLines_.empty()) {
+        const std::vector<TSegemetLine>& lines = contourLines_.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         if (drawTheLines) {
             for (const TSegemetLine& line : lines) {
                 drawLine(image, cv::Point(line.startPoint), cv::Point(line.endPoint), kLineColour, 2);
@@ -196,9 +196,9 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
 void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool drawTheLines, bool drawTheArcs,
                                       bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
-    if (!contourLines.empty()) {
-        const std::vector<TSegemetLine>& lines = contourLines.back();
-        const std::vector<TSegemetCircle>& circles = contourCircles.back();
+    if (!contourLines_.empty()) {
+        const std::vector<TSegemetLine>& lines = contourLines_.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         ColourSequence colours;
         if (drawThePoints && drawTheArcs) {
             for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
