@@ -29,11 +29,15 @@ die() {
 # Every unexpected failure names the command that failed.
 trap 'status=$?; printf "%s: failed (exit code %d) at: %s\n" "$script_name" "$status" "$BASH_COMMAND" >&2' ERR
 
-# Scripts call each other: the log of the first one serves all.
-open_log() {
-    if [ -n "${ORX_LOG-}" ]; then return 0; fi
+# Scripts call each other: the log of the first one serves all. It begins with the first step.
+if [ -z "${ORX_LOG-}" ]; then
     export ORX_LOG=$root/build/logs/$script_name.log
-    mkdir -p "$root/build/logs"
+    rm -f "$ORX_LOG"
+fi
+
+open_log() {
+    if [ -e "$ORX_LOG" ]; then return 0; fi
+    mkdir -p "$(dirname "$ORX_LOG")"
     : >"$ORX_LOG"
     printf '== %s: the whole output goes to %s\n' "$script_name" "${ORX_LOG#"$root/"}"
 }
@@ -108,14 +112,13 @@ update_package_lists() {
 
 # fetch_package PACKAGE FOLDER TEXT: a step TEXT that downloads it there, installing nothing.
 fetch_package() {
-    local package=$1 folder=$2 text=$3
     command -v apt-get >/dev/null || die "this needs Debian's apt-get"
-    mkdir -p "$folder"
-    download_there() { (cd "$folder" && apt-get download -q "$package"); }
-    if ! apt-cache show "$package" >/dev/null 2>&1; then update_package_lists; fi
-    if step "$text" download_there; then return 0; fi
+    mkdir -p "$2"
+    download_there() { (cd "$2" && apt-get download -q "$1"); }
+    if ! apt-cache show "$1" >/dev/null 2>&1; then update_package_lists; fi
+    if step "$3" download_there "$@"; then return 0; fi
     update_package_lists # they may be old
-    step "$text" download_there || die "can't download the package $package: is the network there?"
+    step "$3" download_there "$@" || die "can't download the package $1: is the network there?"
 }
 
 first_archive() {
