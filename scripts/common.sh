@@ -161,3 +161,17 @@ build_preset() {
     configure_preset "$1"
     build_configured "$@"
 }
+
+# count_tests PRESET: what GoogleTest's programs reported in the last run, of which CTest may know only the programs: how
+# many tests passed, and why some did not run.
+count_tests() {
+    tr -d '\r' <"build/$1/Testing/Temporary/LastTest.log" | awk '
+        /^\[  PASSED  \] [0-9]+ test/ { passed += $4 }
+        /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4 }
+        reason { reasons[$0]++; reason = 0 }
+        /: Skipped$/ { reason = 1 }
+        END {
+            printf "\n== GoogleTest: %d tests passed, %d skipped\n", passed, skipped
+            for (r in reasons) printf "   %d skipped: %s\n", reasons[r], r
+        }'
+}
