@@ -165,6 +165,7 @@ build_preset() {
 # count_tests PRESET: what GoogleTest's programs reported in the last run, of which CTest may know only the programs: how
 # many tests passed, and why some did not run.
 count_tests() {
+    [ -f "build/$1/Testing/Temporary/LastTest.log" ] || return 0
     tr -d '\r' <"build/$1/Testing/Temporary/LastTest.log" | awk '
         /^\[  PASSED  \] [0-9]+ test/ { passed += $4 }
         /^\[  SKIPPED \] [0-9]+ test/ { skipped += $4 }
