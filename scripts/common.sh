@@ -162,6 +162,9 @@ build_preset() {
     build_configured "$@"
 }
 
+# How many tests run at once: one more than there are processors, since some only wait.
+tests_at_once() { echo $(($(nproc) + 1)); }
+
 # count_tests PRESET: what GoogleTest's programs reported in the last run, of which CTest may know only the programs: how
 # many tests passed, and why some did not run.
 count_tests() {
