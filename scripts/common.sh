@@ -26,8 +26,13 @@ die() {
     exit 1
 }
 
-# Every unexpected failure names the command that failed.
-trap 'status=$?; printf "%s: failed (exit code %d) at: %s\n" "$script_name" "$status" "$BASH_COMMAND" >&2' ERR
+# Every unexpected failure names the command that failed; a script of ours has said why itself.
+report_failure() {
+    local status=$1 command=$2
+    if [[ $command == scripts/* ]]; then return 0; fi
+    printf '%s: failed (exit code %d) at: %s\n' "$script_name" "$status" "$command" >&2
+}
+trap 'report_failure $? "$BASH_COMMAND"' ERR
 
 # Scripts call each other: the log of the first one serves all. It begins with the first step.
 if [ -z "${ORX_LOG-}" ]; then

@@ -11,10 +11,13 @@ make_program bin id 'echo 1000'
 make_program bin dpkg-query 'exit 1'
 make_program bin apt-get 'echo "apt-get $*"'
 install_packages() {
-    output=$(PATH=$work/bin scripts/install-packages demo 2>&1)
+    output=$(PATH=$work/bin scripts/needy 2>&1)
     status=$?
 }
 
+# As the scripts call it that need packages.
+make_program scripts needy 'source scripts/common.sh
+scripts/install-packages demo'
 request='install-packages: packages are missing, .*; ask for: apt-get install --no-install-recommends apt dpkg tar'
 install_packages
 expect_equal 1 "$status"
@@ -29,5 +32,5 @@ expect_line "$request" "$output"
 make_program bin sudo 'exec "$@"'
 install_packages
 expect_equal 0 "$status"
-expect_line '.*apt-get .* install -y --no-install-recommends apt dpkg tar' "$(cat build/logs/install-packages.log)"
+expect_line '.*apt-get .* install -y --no-install-recommends apt dpkg tar' "$(cat build/logs/needy.log)"
 finish
