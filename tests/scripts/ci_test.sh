@@ -11,15 +11,15 @@ output=$(.ci/run 2>&1)
 expect_equal 0 $?
 expect_line "tried --carry $work/compilations:/root/.cache/ccache scripts/demo scripts/test" "$output"
 expect_line 'tested asan' "$output"
-expect_line '####  +[0-9]+  scripts/check-headers windows' "$output"
+expect_line '####  +[0-9]+  +[0-9]+  scripts/check-headers windows' "$output"
 expect_line '#### all checks passed' "$output"
 
 make_program scripts test 'exit 3'
 output=$(.ci/run 2>&1)
 expect_equal 3 $?
-expect_line '####  +[0-9]+  readme_commands' "$output"
-expect_line '####  +[0-9]+ FAILED  scripts/test asan' "$output"
-expect_line '####  +-  scripts/test-windows' "$output"
+expect_line '####  +[0-9]+  +[0-9]+  readme_commands' "$output"
+expect_line '####  +[0-9]+  +[0-9]+  FAILED  scripts/test asan' "$output"
+expect_line '####  +-  +-  scripts/test-windows' "$output"
 expect_no_line '#### all checks passed' "$output"
 
 # A bare machine that fails is a failure; only without root the commands run here.
