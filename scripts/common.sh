@@ -16,8 +16,9 @@ fi
 # What takes long to make or to fetch, and serves every checkout of this project.
 readonly cache=${ORX_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/orxFunctions}
 
-# Compilations are shared between checkouts of this project (ccache, where it is installed).
-export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+# Compilations are shared between checkouts of this project (ccache, where it is installed). What a source includes is
+# known from the compiler itself, which spares ccache a run of the preprocessor beside each compilation.
+export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1
 
 say() { printf '\n== %s\n' "$*"; }
 
