@@ -14,6 +14,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/fake_driver/fake_driver.h"
+#include "tests/fake_driver/fake_module.h"
 #include "tests/support/loaded_module.h"
 
 namespace {
@@ -31,7 +32,7 @@ void count(cv::Mat& image, int /*camera*/) {
 class Cameras {
   public:
     explicit Cameras(int number)
-        : module_(std::string(FAKE_MODULES) + "/complete/" FAKE_PREFIX "TQVisionDriver" FAKE_SUFFIX),
+        : module_(test::fakeModule("complete", "TQVisionDriver")),
           driver_(reinterpret_cast<decltype(&fakeDriver)>(module_.function("fakeDriver"))()) {
         for (fake::Camera& camera : driver_->cameras) {
             camera.width = kWidth;

@@ -8,6 +8,12 @@ function(orx_sources target)
   endforeach()
 endfunction()
 
+# orx_define(<definition> FILE...): a definition that holds a path, for the sources alone that name it: the others are
+# compiled alike in every checkout, and ccache needs to compile them but once.
+function(orx_define definition)
+  set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_DEFINITIONS "${definition}")
+endfunction()
+
 # orx_public_headers(FILE...): headers that hosts include; they are installed
 # under their path in this tree and compiled one by one by scripts/check-headers.
 function(orx_public_headers)

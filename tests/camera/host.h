@@ -12,6 +12,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/fake_driver/fake_driver.h"
+#include "tests/fake_driver/fake_module.h"
 #include "tests/support/loaded_module.h"
 #include "tests/support/trace_log.h"
 
@@ -53,10 +54,6 @@ class Host {
   private:
     TraceLog traces_;
 };
-
-inline std::string fakeModule(const std::string& variant, const std::string& name) {
-    return std::string(FAKE_MODULES) + "/" + variant + "/" + FAKE_PREFIX + name + FAKE_SUFFIX;
-}
 
 // Waits for what another thread is to bring about; false when that takes too long.
 template <typename Condition>

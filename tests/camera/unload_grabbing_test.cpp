@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/fake_driver/fake_driver.h"
+#include "tests/fake_driver/fake_module.h"
 #include "tests/support/loaded_module.h"
 
 namespace {
@@ -74,8 +75,7 @@ void expectThreadsKeepTheLibrary(const fake::Camera& camera) {
 }
 
 TEST(UnloadWhileGrabbing, NoThreadOutlivesTheLibrary) {
-    const test::LoadedModule driver(std::string(FAKE_MODULES) + "/complete/" FAKE_PREFIX
-                                                                "TQVisionDriver" FAKE_SUFFIX);
+    const test::LoadedModule driver(test::fakeModule("complete", "TQVisionDriver"));
     ASSERT_TRUE(driver.loaded());
     if (test::kUnloadsLater) {
         const auto fakeDriver = reinterpret_cast<fake::Driver* (*)()>(driver.function("fakeDriver"));

@@ -1,17 +1,17 @@
 // A GigE Vision camera in software, for the tests beside it: real packets on a real socket, made by Aravis.
 //
-//   software_camera --address A --serial S --vendor V --width W --height H --format HEX --rate F --loss R
+//   software_camera --address A --serial S --vendor V --width W --height H --format CODE --rate F --loss R
 //
 // Prints "ready" once it listens, and runs until it is killed or its standard input ends.
 #include <arv.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 #include "tests/gige/test_pattern.h"
@@ -23,15 +23,39 @@ constexpr guint32 kVendorRegister = 0x48;
 constexpr std::size_t kVendorLength = 32;
 
 struct Options {
-    std::string address = "127.0.0.1";
-    std::string serial = "S1";
-    std::string vendor = "Aravis";
+    const char* address = "127.0.0.1";
+    const char* serial = "S1";
+    const char* vendor = "Aravis";
     int width = 64;
     int height = 48;
-    guint32 format = ARV_PIXEL_FORMAT_MONO_8;
+    int format = ARV_PIXEL_FORMAT_MONO_8;
     double rate = 25.0;
     double loss = 0.0;
 };
+
+// By GLib, which Aravis brings: what the programs parse theirs with takes long to compile.
+void parse(int argc, char** argv, Options& options) {
+    const GOptionEntry entries[] = {
+        {"address", 0, 0, G_OPTION_ARG_STRING, &options.address, "an address of this machine", "A"},
+        {"serial", 0, 0, G_OPTION_ARG_STRING, &options.serial, "serial number", "S"},
+        {"vendor", 0, 0, G_OPTION_ARG_STRING, &options.vendor, "vendor name", "V"},
+        {"width", 0, 0, G_OPTION_ARG_INT, &options.width, "pixels", "W"},
+        {"height", 0, 0, G_OPTION_ARG_INT, &options.height, "pixels", "H"},
+        {"format", 0, 0, G_OPTION_ARG_INT, &options.format, "of the pixels", "CODE"},
+        {"rate", 0, 0, G_OPTION_ARG_DOUBLE, &options.rate, "pictures per second", "F"},
+        {"loss", 0, 0, G_OPTION_ARG_DOUBLE, &options.loss, "share of the packets that are not sent", "R"},
+        {}};
+    GOptionContext* const context = g_option_context_new(nullptr);
+    g_option_context_add_main_entries(context, entries, nullptr);
+    GError* error = nullptr;
+    g_option_context_parse(context, &argc, &argv, &error);
+    g_option_context_free(context);
+    if (error != nullptr) {
+        const std::string message = error->message;
+        g_error_free(error);
+        throw std::runtime_error(message);
+    }
+}
 
 void insertBefore(std::string& text, const std::string& mark, const std::string& addition) {
     const std::size_t at = text.find(mark);
@@ -82,13 +106,14 @@ void fill(ArvBuffer* buffer, void* camera, guint32 exposure, guint32 gain, ArvPi
 
 void configure(ArvFakeCamera* camera, const Options& options) {
     char vendor[kVendorLength] = {};
-    std::strncpy(vendor, options.vendor.c_str(), sizeof(vendor) - 1);
+    std::strncpy(vendor, options.vendor, sizeof(vendor) - 1);
     arv_fake_camera_write_memory(camera, kVendorRegister, sizeof(vendor), vendor);
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_WIDTH,
                                    static_cast<guint32>(options.width));
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_HEIGHT,
                                    static_cast<guint32>(options.height));
-    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_PIXEL_FORMAT, options.format);
+    arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_PIXEL_FORMAT,
+                                   static_cast<guint32>(options.format));
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US,
                                    static_cast<guint32>(1e6 / options.rate));
     arv_fake_camera_set_fill_pattern(camera, fill, camera);
@@ -100,28 +125,19 @@ ArvGvFakeCamera* listening(const Options& options) {
         std::filesystem::temp_directory_path() / ("software-camera-" + std::to_string(getpid()) + ".xml");
     std::ofstream(file) << description();
     auto* const camera = static_cast<ArvGvFakeCamera*>(g_object_new(
-        ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address.c_str(), "serial-number",
-        options.serial.c_str(), "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
+        ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address, "serial-number", options.serial,
+        "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
     std::filesystem::remove(file);
     return camera;
 }
 
 int run(int argc, char** argv) {
-    Options options;
-    CLI::App app("A GigE Vision camera in software");
-    app.add_option("--address", options.address, "an address of this machine");
-    app.add_option("--serial", options.serial, "serial number");
-    app.add_option("--vendor", options.vendor, "vendor name");
-    app.add_option("--width", options.width, "pixels");
-    app.add_option("--height", options.height, "pixels");
-    app.add_option("--format", options.format, "code of the pixel format");
-    app.add_option("--rate", options.rate, "pictures per second");
-    app.add_option("--loss", options.loss, "share of the packets that are not sent");
-    CLI11_PARSE(app, argc, argv);
+    static Options options;  // lasts as long as the texts that GLib puts there
+    parse(argc, argv, options);
 
     ArvGvFakeCamera* const camera = listening(options);
     if (!arv_gv_fake_camera_is_running(camera)) {
-        std::fprintf(stderr, "can't listen at %s\n", options.address.c_str());
+        std::fprintf(stderr, "can't listen at %s\n", options.address);
         return 1;
     }
     configure(arv_gv_fake_camera_get_fake_camera(camera), options);
