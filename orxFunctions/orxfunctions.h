@@ -50,6 +50,8 @@
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/ellipse_fit.h"
 #include "orxFunctions/fitting/fit_factories.h"
+#include "orxFunctions/fitting/fit_report.h"
+#include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/line_fit.h"
 #include "orxFunctions/fitting/point_list.h"

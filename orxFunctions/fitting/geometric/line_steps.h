@@ -1,0 +1,39 @@
+// The line of least orthogonal distances from prepared points, in their units: what the public fit, consensus
+// searches and others stand on. Nothing here allocates. Reentrant.
+#ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_LINE_STEPS_H
+#define ORXFUNCTIONS_FITTING_GEOMETRIC_LINE_STEPS_H
+
+#include <opencv2/core.hpp>
+
+#include "orxFunctions/fitting/fit_report.h"
+#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+
+namespace orx::geometric {
+
+// Through two points. False where they are one.
+bool lineThrough(cv::Point2d a, cv::Point2d b, Line& line);
+
+// Through the weighted centroid along the largest moment. False where all weight is in one place.
+bool momentsLine(const Moments& moments, Line& line);
+
+struct LineSolution {
+    Line line;
+    LineSums sums;  // of the last pass, taken where `line` is but for the last step, too small to matter
+    int iterations;
+    TFitStatus status;  // fsOk, fsCoincident or fsNotConverged
+};
+
+// Passes from `start` to the least sum of the loss with its scale fixed, at most `maxIterations`.
+LineSolution refineLine(const Columns& points, const Line& start, const Loss& loss, int maxIterations,
+                        double rounding);
+
+// As robustCircleStart, by samples of two.
+bool robustLineStart(const Columns& points, Line& line, double& scale);
+
+// As settleCircleScale.
+bool settleLineScale(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
+                     int& iterations);
+
+}  // namespace orx::geometric
+
+#endif

@@ -1,0 +1,158 @@
+// fitCircleGeometric and fitArcGeometric of geometric_fit.h.
+#include <algorithm>
+#include <cmath>
+
+#include "orxFunctions/fitting/geometric/arc_coverage.h"
+#include "orxFunctions/fitting/geometric/circle_steps.h"
+#include "orxFunctions/fitting/geometric/fit_points.h"
+#include "orxFunctions/fitting/geometric/robust_loss.h"
+#include "orxFunctions/fitting/geometric/uncertainty.h"
+#include "orxFunctions/fitting/geometric_fit.h"
+
+namespace orx {
+namespace {
+
+using namespace geometric;
+
+constexpr double kDegrees = 180.0 / CV_PI;
+
+struct Fitted {
+    CircleSolution solution{};
+    Loss loss{};
+    double scale = 0.0;  // the inliers' noise in columns; robust losses only
+    int iterations = 0;
+};
+
+TFitStatus solve(const FitPoints& points, const TFitOptions& options, Fitted& fit) {
+    const Columns columns = points.columns();
+    Circle start{};
+    fit.loss = leastSquares();
+    if (options.loss == flLeastSquares) {
+        if (!taubinCircle(geometricKernels().moments(columns), start)) return fsCollinear;
+    } else {
+        if (!robustCircleStart(columns, start, fit.scale)) return fsCollinear;
+        if (!toldScale(points, options, fit.scale) &&
+            !settleCircleScale(columns, options.maxIterations, points.rounding() * std::max(1.0, start.r),
+                               start, fit.scale, fit.iterations)) {
+            return fsCollinear;
+        }
+        fit.loss = lossAt(options, fit.scale);
+    }
+    fit.solution = refineCircle(columns, start, fit.loss, options.maxIterations, points.rounding());
+    fit.iterations += fit.solution.iterations;
+    return fit.solution.status;
+}
+
+cv::Matx33d normalMatrix(const CircleSums& s) {
+    const double w = s.distances.w;
+    return {s.uu, s.uv, s.u, s.uv, w - s.uu, s.v, s.u, s.v, w};
+}
+
+// What the curvature of the distances in the parameters adds to them on average: -1/2 A^-1 sum of J tr(C H),
+// with J = -(u, v, 1) and H = (1 - (u, v)(u, v)') / r (Box).
+cv::Vec3d boxBias(const CircleSums& s, double radius, const Judgement<3>& judgement) {
+    const cv::Matx33d& covariance = judgement.covariance;
+    const double uvv = s.u - s.uuu;
+    const double vvv = s.v - s.uuv;
+    const double vv = s.distances.w - s.uu;
+    const auto trace = [&](double uu, double uv, double vvSum) {
+        return (covariance(0, 0) * vvSum - 2.0 * covariance(0, 1) * uv + covariance(1, 1) * uu) / radius;
+    };
+    const cv::Vec3d sums(trace(s.uuu, s.uuv, uvv), trace(s.uuv, uvv, vvv), trace(s.uu, s.uv, vv));
+    return 0.5 * (judgement.inverse * sums);
+}
+
+void describe(const FitPoints& points, const Fitted& fit, const cv::Vec3d& bias, TMeasuredCircle& result) {
+    const Circle& circle = fit.solution.circle;
+    const Columns columns = points.columns();
+    result.center = points.toPixels({circle.x - bias[0], circle.y - bias[1]});
+    result.radius = (circle.r - bias[2]) * points.scale();
+    std::vector<unsigned char> used;
+    if (fit.loss.kind != lkLeastSquares) {
+        std::vector<double> distances(columns.count);
+        geometricKernels().circleDistances(columns, circle, distances.data());
+        used = usedPoints(points, fit.loss, distances);
+    }
+    points.markUsed(used, result);
+    const ArcCoverage cover = arcCoverage(columns, used, {circle.x - bias[0], circle.y - bias[1]});
+    result.startAngle = cover.start;
+    result.sweep = cover.sweep;
+}
+
+template <class Point>
+void fitCircle(const std::vector<Point>& given, const TFitOptions& options, TMeasuredCircle& result) {
+    FitPoints points;
+    result.points = countOf(given.size());
+    result.status = points.take(given, options, 4);
+    if (result.status != fsOk) return;
+    Fitted fit;
+    result.status = solve(points, options, fit);
+    result.iterations = fit.iterations;
+    if (result.status == fsCollinear || result.status == fsCoincident) return;
+
+    const Circle& circle = fit.solution.circle;
+    const CircleSums& sums = fit.solution.sums;
+    const auto derivatives = [&](cv::Point2d p, cv::Vec3d& row) {
+        const cv::Point2d arm = p - cv::Point2d(circle.x, circle.y);
+        const double rho = std::sqrt(arm.dot(arm));
+        row = rho > 0.0 ? cv::Vec3d(arm.x / rho, arm.y / rho, 1.0) : cv::Vec3d(1.0, 0.0, 1.0);
+        return rho - circle.r;
+    };
+    Judgement<3> judgement;
+    const bool told = judge<3>(points, options, sums.distances, fit.loss, fit.scale, normalMatrix(sums),
+                               derivatives, judgement);
+    const double relative = told ? std::sqrt(judgement.covariance(2, 2)) / circle.r : 2.0;
+    constexpr double kArcTold = 0.5;
+    if (relative > kArcTold) result.status = relative > 1.0 ? fsCollinear : fsArcTooShort;
+    if (result.status != fsOk) return;
+
+    const double noise = judgement.figures.noise;
+    cv::Vec3d bias = boxBias(sums, circle.r, judgement);
+    if (options.noise == pnIndependent) bias[2] += noise * noise / (2.0 * circle.r);
+    describe(points, fit, bias, result);
+    fillReport(points, sums.distances, judgement.figures, result);
+    result.covariance = judgement.covariance * (points.scale() * points.scale());
+    result.xDeviation = std::sqrt(result.covariance(0, 0));
+    result.yDeviation = std::sqrt(result.covariance(1, 1));
+    result.radiusDeviation = std::sqrt(result.covariance(2, 2));
+}
+
+template <class Point>
+TMeasuredArc fitArc(const std::vector<Point>& points, const TFitOptions& options) {
+    TMeasuredArc arc;
+    fitCircle(points, options, arc);
+    if (!arc.valid()) return arc;
+    arc.start = arc.at(arc.startAngle);
+    arc.middle = arc.at(arc.startAngle + arc.sweep / 2.0);
+    arc.end = arc.at(arc.startAngle + arc.sweep);
+    arc.length = arc.radius * arc.sweep / kDegrees;
+    return arc;
+}
+
+}  // namespace
+
+cv::Point2d TMeasuredCircle::at(double angle) const {
+    return {center.x + radius * std::cos(angle / kDegrees), center.y + radius * std::sin(angle / kDegrees)};
+}
+
+TMeasuredCircle fitCircleGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
+    TMeasuredCircle circle;
+    fitCircle(points, options, circle);
+    return circle;
+}
+
+TMeasuredCircle fitCircleGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
+    TMeasuredCircle circle;
+    fitCircle(points, options, circle);
+    return circle;
+}
+
+TMeasuredArc fitArcGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
+    return fitArc(points, options);
+}
+
+TMeasuredArc fitArcGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
+    return fitArc(points, options);
+}
+
+}  // namespace orx

@@ -1,0 +1,155 @@
+// fitLineGeometric of geometric_fit.h.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "orxFunctions/fitting/geometric/fit_points.h"
+#include "orxFunctions/fitting/geometric/line_steps.h"
+#include "orxFunctions/fitting/geometric/robust_loss.h"
+#include "orxFunctions/fitting/geometric/uncertainty.h"
+#include "orxFunctions/fitting/geometric_fit.h"
+
+namespace orx {
+namespace {
+
+using namespace geometric;
+
+constexpr double kDegrees = 180.0 / CV_PI;
+
+// True when the direction (ny, -nx) leads from the earlier used points to the later ones.
+bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
+    double balance = 0.0;
+    const double middle = (static_cast<double>(points.count) - 1.0) / 2.0;
+    for (std::size_t i = 0; i < points.count; ++i) {
+        const double dx = points.x[i] - line.x;
+        const double dy = points.y[i] - line.y;
+        const double d = dx * line.nx + dy * line.ny;
+        const double weight = points.weights == nullptr ? 1.0 : points.weights[i];
+        if (weight * d * d > loss.reach2) continue;
+        balance += (static_cast<double>(i) - middle) * (dx * line.ny - dy * line.nx);
+    }
+    return balance >= 0.0;
+}
+
+struct Fitted {
+    LineSolution solution{};
+    Loss loss{};
+    double scale = 0.0;  // the inliers' noise in columns; robust losses only
+    int iterations = 0;
+};
+
+TFitStatus solve(const FitPoints& points, const TFitOptions& options, Fitted& fit) {
+    const Columns columns = points.columns();
+    Line start{};
+    fit.loss = leastSquares();
+    if (options.loss == flLeastSquares) {
+        if (!momentsLine(geometricKernels().moments(columns), start)) return fsCoincident;
+    } else {
+        if (!robustLineStart(columns, start, fit.scale)) return fsCoincident;
+        if (!toldScale(points, options, fit.scale) &&
+            !settleLineScale(columns, options.maxIterations, points.rounding(), start, fit.scale,
+                             fit.iterations)) {
+            return fsCoincident;
+        }
+        fit.loss = lossAt(options, fit.scale);
+    }
+    fit.solution = refineLine(columns, start, fit.loss, options.maxIterations, points.rounding());
+    fit.iterations += fit.solution.iterations;
+    return fit.solution.status;
+}
+
+void describe(const FitPoints& points, const Fitted& fit, TMeasuredLine& result) {
+    const Columns columns = points.columns();
+    Line line = fit.solution.line;
+    const LineSums& sums = fit.solution.sums;
+    double from = sums.from;
+    double to = sums.to;
+    if (!leadsOnwards(columns, line, fit.loss)) {
+        line.nx = -line.nx;
+        line.ny = -line.ny;
+        std::swap(from, to);
+        from = -from;
+        to = -to;
+    }
+    result.point = points.toPixels({line.x, line.y});
+    result.direction = {line.ny, -line.nx};
+    result.angle = kDegrees * std::atan2(result.direction.y, result.direction.x);
+    if (result.angle <= -180.0) result.angle = 180.0;
+    result.from = from * points.scale();
+    result.to = to * points.scale();
+    std::vector<unsigned char> used;
+    if (fit.loss.kind != lkLeastSquares) {
+        std::vector<double> distances(columns.count);
+        geometricKernels().lineDistances(columns, line, distances.data());
+        used = usedPoints(points, fit.loss, distances);
+    }
+    points.markUsed(used, result);
+}
+
+template <class Point>
+TMeasuredLine fitLine(const std::vector<Point>& given, const TFitOptions& options) {
+    TMeasuredLine result;
+    FitPoints points;
+    result.points = countOf(given.size());
+    result.status = points.take(given, options, 3);
+    if (result.status != fsOk) return result;
+    Fitted fit;
+    result.status = solve(points, options, fit);
+    result.iterations = fit.iterations;
+    if (result.status != fsOk) return result;
+
+    const Line& line = fit.solution.line;
+    const LineSums& sums = fit.solution.sums;
+    const double w = sums.distances.w;
+    const double along = sums.x * line.ny - sums.y * line.nx;
+    const double along2 =
+        sums.xx * line.ny * line.ny - 2.0 * sums.xy * line.nx * line.ny + sums.yy * line.nx * line.nx;
+    const cv::Matx22d normal(w, along, along, along2);
+    const auto derivatives = [&](cv::Point2d p, cv::Vec2d& row) {
+        const double dx = p.x - line.x;
+        const double dy = p.y - line.y;
+        row = {1.0, dx * line.ny - dy * line.nx};
+        return dx * line.nx + dy * line.ny;
+    };
+    Judgement<2> judgement;
+    if (!judge<2>(points, options, sums.distances, fit.loss, fit.scale, normal, derivatives, judgement)) {
+        result.status = fsTooFewPoints;
+        return result;
+    }
+    describe(points, fit, result);
+    fillReport(points, sums.distances, judgement.figures, result);
+    // The same for both senses of the direction: offset and angle turn about together.
+    const double scale = points.scale();
+    const cv::Matx22d units(scale, 0, 0, kDegrees);
+    result.covariance = units * judgement.covariance * units;
+    result.offsetDeviation = std::sqrt(result.covariance(0, 0));
+    result.angleDeviation = std::sqrt(result.covariance(1, 1));
+    return result;
+}
+
+}  // namespace
+
+double TMeasuredLine::deviationAt(double along) const {
+    const double lever = along / kDegrees;
+    return std::sqrt(
+        std::max(0.0, covariance(0, 0) + 2.0 * lever * covariance(0, 1) + lever * lever * covariance(1, 1)));
+}
+
+TLine TMeasuredLine::slopeForm() const {
+    TLine line;
+    line.valid = valid();
+    if (!line.valid) return line;
+    line.k = direction.y / direction.x;
+    line.b = point.y - line.k * point.x;
+    return line;
+}
+
+TMeasuredLine fitLineGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
+    return fitLine(points, options);
+}
+
+TMeasuredLine fitLineGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
+    return fitLine(points, options);
+}
+
+}  // namespace orx

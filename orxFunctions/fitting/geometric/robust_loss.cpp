@@ -1,0 +1,101 @@
+#include "orxFunctions/fitting/geometric/robust_loss.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace orx::geometric {
+namespace {
+
+// Used points of losses that never end; Tukey's ends at its bend.
+constexpr double kReach = 5.0;
+
+Loss bentAt(LossKind kind, double tuning, double scale) {
+    const double bend = tuning * scale;
+    const double reach = kind == lkTukey ? bend : kReach * scale;
+    return {kind, bend * bend, reach * reach};
+}
+
+}  // namespace
+
+double defaultTuning(TFitLoss loss) {
+    switch (loss) {
+        case flHuber:
+            return 1.345;
+        case flCauchy:
+            return 2.385;
+        case flTukey:
+            return 4.685;
+        case flGemanMcClure:
+            return 3.787;
+        case flLeastSquares:
+            break;
+    }
+    return 0.0;
+}
+
+Loss leastSquares() {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    return {lkLeastSquares, kInfinite, kInfinite};
+}
+
+Loss lossAt(const TFitOptions& options, double scale) {
+    if (options.loss == flLeastSquares) return leastSquares();
+    const double tuning = options.tuning > 0.0 ? options.tuning : defaultTuning(options.loss);
+    return bentAt(static_cast<LossKind>(options.loss), tuning, scale);
+}
+
+Loss searchLoss(double scale) { return bentAt(lkTukey, defaultTuning(flTukey), scale); }
+
+double omega(const Loss& loss, double q) {
+    const double t = q / loss.bend2;
+    switch (loss.kind) {
+        case lkHuber:
+            return t <= 1.0 ? 1.0 : 1.0 / std::sqrt(t);
+        case lkCauchy:
+            return 1.0 / (1.0 + t);
+        case lkTukey:
+            return t < 1.0 ? (1.0 - t) * (1.0 - t) : 0.0;
+        case lkGemanMcClure:
+            return 1.0 / ((1.0 + t) * (1.0 + t));
+        case lkLeastSquares:
+            break;
+    }
+    return 1.0;
+}
+
+double noiseOf(const DistanceSums& sums, int parameters) {
+    // Of the standard normal distribution: the mean of omega(u) u^2 over that of omega(u), and the latter.
+    constexpr double kSquare = 0.8280730033893832;
+    constexpr double kWeight = 0.9151076239875536;
+    const double inliers = sums.omega / kWeight;
+    const double correction = inliers / std::max(1.0, inliers - parameters);
+    return std::sqrt(sums.dd / (sums.omega * kSquare) * correction);
+}
+
+double noiseOfMedian(double* distances, std::size_t count, int parameters) {
+    for (std::size_t i = 0; i < count; ++i) distances[i] = std::abs(distances[i]);
+    double* middle = distances + count / 2;
+    std::nth_element(distances, middle, distances + count);
+    // Rousseeuw and Leroy's correction for few points.
+    const double spare = std::max(1.0, static_cast<double>(count) - parameters);
+    return 1.4826 * (1.0 + 5.0 / spare) * *middle;
+}
+
+bool toldScale(const FitPoints& points, const TFitOptions& options, double& scale) {
+    if (options.scale == 0.0 && !options.absoluteDeviations) return false;
+    const double inDeviations = options.scale > 0.0 ? options.scale : 1.0;
+    scale = inDeviations * points.unitDeviation() / points.scale();
+    return true;
+}
+
+std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
+                                      const std::vector<double>& distances) {
+    std::vector<unsigned char> used(distances.size());
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        used[i] = points.weight(i) * distances[i] * distances[i] <= loss.reach2 ? 1 : 0;
+    }
+    return used;
+}
+
+}  // namespace orx::geometric

@@ -1,0 +1,43 @@
+// What a robust loss makes of distances: its constants, and the scale to judge distances by.
+#ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_LOSS_H
+#define ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_LOSS_H
+
+#include <cstddef>
+#include <vector>
+
+#include "orxFunctions/fitting/fit_report.h"
+#include "orxFunctions/fitting/geometric/fit_points.h"
+#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+
+namespace orx::geometric {
+
+// The constant of 95 % efficiency under Gaussian noise; 0 for least squares.
+double defaultTuning(TFitLoss loss);
+
+Loss leastSquares();
+// The loss of these options for inliers of standard deviation `scale`, in columns.
+Loss lossAt(const TFitOptions& options, double scale);
+// Tukey's loss, by which the scale is found whatever the loss asked for.
+Loss searchLoss(double scale);
+
+// omega(q / bend2) of one distance with q = weight d^2.
+double omega(const Loss& loss, double q);
+
+// The noise of inliers that the sums of a pass with searchLoss tell; `parameters` of the shape.
+double noiseOf(const DistanceSums& sums, int parameters);
+
+// The same from the distances alone, each times the root of its weight, with half of them bearing outliers:
+// their median. Reorders them.
+double noiseOfMedian(double* distances, std::size_t count, int parameters);
+
+// The noise of inliers in columns where the options tell it. False, and `scale` untouched, where they leave
+// it to the points.
+bool toldScale(const FitPoints& points, const TFitOptions& options, double& scale);
+
+// For each point 1 where it has a say under `loss` at these signed distances; empty where all have.
+std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
+                                      const std::vector<double>& distances);
+
+}  // namespace orx::geometric
+
+#endif
