@@ -1,11 +1,12 @@
 // Between UTF-8 and code page 936: what is not well-formed is replaced here, alike on every platform, before
 // the platform's tables see it.
+#include "ZULLib/zullib.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "ZULLib/code_page_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

@@ -1,12 +1,12 @@
 // The conversion tables of code page 936 on POSIX: iconv. A descriptor is opened for each call (texts without
 // Chinese never come here): one kept per thread would be gone while a thread's last destructors still trace.
+#include "ZULLib/code_page_internal.h"
+
 #include <iconv.h>
 
 #include <cerrno>
 #include <string>
 #include <string_view>
-
-#include "ZULLib/code_page_internal.h"
 
 namespace zul::code_page {
 namespace {

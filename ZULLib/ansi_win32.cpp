@@ -1,8 +1,9 @@
 // The conversion tables of code page 936 on Windows, which come with the system. Unlike iconv's they give the
 // user-defined areas of the code page characters of Unicode's private area.
+#include "ZULLib/code_page_internal.h"
+
 #include <string>
 
-#include "ZULLib/code_page_internal.h"
 #include "ZULLib/win32_internal.h"
 
 namespace zul {

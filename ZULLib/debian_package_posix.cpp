@@ -1,11 +1,12 @@
 // The package that owns a file, from dpkg's database: info/PACKAGE.list names the files of a package, status
 // its version. Diversions are not followed.
+#include "ZULLib/file_version_internal.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "ZULLib/file_version_internal.h"
 #include "ZULLib/files_posix_internal.h"
 #include "ZULLib/zullib.h"
 

@@ -1,12 +1,13 @@
 // The shared-object name in an ELF file, of either width and byte order. Nothing in the file is trusted: each
 // offset is checked against the file before it is followed, and each loop has a bound of its own.
+#include "ZULLib/file_version_internal.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "ZULLib/file_version_internal.h"
 #include "ZULLib/files_posix_internal.h"
 
 namespace zul::posix {

@@ -1,8 +1,9 @@
 // The version of a file on POSIX.
+#include "ZULLib/file_version_internal.h"
+
 #include <algorithm>
 #include <string>
 
-#include "ZULLib/file_version_internal.h"
 #include "ZULLib/files_posix_internal.h"
 #include "ZULLib/zullib.h"
 

@@ -1,3 +1,5 @@
+#include "ZULLib/files_posix_internal.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,8 +10,6 @@
 #include <iterator>
 #include <memory>
 #include <string>
-
-#include "ZULLib/files_posix_internal.h"
 
 namespace zul::posix {
 

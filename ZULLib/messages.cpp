@@ -1,10 +1,11 @@
 // The queue of messages for the user.
+#include "ZULLib/zullib.h"
+
 #include <deque>
 #include <string>
 #include <utility>
 
 #include "ZULLib/sync_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

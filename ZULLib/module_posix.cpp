@@ -1,4 +1,6 @@
 // Where a loaded module lies, on POSIX.
+#include "ZULLib/zullib.h"
+
 #include <dlfcn.h>
 #include <link.h>
 
@@ -9,8 +11,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

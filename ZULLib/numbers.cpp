@@ -1,4 +1,6 @@
 // Numbers as text, the same in every locale.
+#include "ZULLib/zullib.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -6,8 +8,6 @@
 #include <string>
 #include <string_view>
 #include <system_error>
-
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

@@ -1,10 +1,11 @@
 // The parameter store: one ordered map for each type of value.
+#include "ZULLib/zullib.h"
+
 #include <map>
 #include <string>
 #include <utility>
 
 #include "ZULLib/sync_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

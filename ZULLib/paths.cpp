@@ -1,7 +1,8 @@
 // The parts of a path, by its text alone.
+#include "ZULLib/paths_internal.h"
+
 #include <string>
 
-#include "ZULLib/paths_internal.h"
 #include "ZULLib/zullib.h"
 
 namespace zul {

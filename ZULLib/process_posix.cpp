@@ -1,8 +1,9 @@
 // The running processes, on POSIX: the folders of /proc.
+#include "ZULLib/zullib.h"
+
 #include <string>
 
 #include "ZULLib/files_posix_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

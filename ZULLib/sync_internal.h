@@ -16,35 +16,41 @@
 #define ZUL_REQUIRES(...) ZUL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define ZUL_ACQUIRE(...) ZUL_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define ZUL_RELEASE(...) ZUL_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
-#define ZUL_NO_ANALYSIS ZUL_THREAD_ANNOTATION(no_thread_safety_analysis)
+#define ZUL_TRY_ACQUIRE(...) ZUL_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 
 namespace zul {
 
-class ZUL_CAPABILITY("mutex") Mutex {
+// A condition variable waits on it as it is (std::condition_variable_any), in a plain loop: to the analysis a
+// predicate is a function of its own, which holds nothing.
+template <typename Standard>
+class ZUL_CAPABILITY("mutex") BasicMutex {
   public:
-    Mutex() = default;
-    Mutex(const Mutex&) = delete;
-    Mutex& operator=(const Mutex&) = delete;
+    BasicMutex() = default;
+    BasicMutex(const BasicMutex&) = delete;
+    BasicMutex& operator=(const BasicMutex&) = delete;
 
     void lock() ZUL_ACQUIRE() { mutex_.lock(); }
+    bool try_lock() ZUL_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
     void unlock() ZUL_RELEASE() { mutex_.unlock(); }
 
-    // The standard mutex beneath, for a condition variable; the caller holds this lock.
-    std::mutex& native() { return mutex_; }
-
   private:
-    std::mutex mutex_;
+    Standard mutex_;
 };
 
+using Mutex = BasicMutex<std::mutex>;
+// For a callback that may come back to its caller.
+using RecursiveMutex = BasicMutex<std::recursive_mutex>;
+
+template <typename AnyMutex>
 class ZUL_SCOPED_CAPABILITY LockGuard {
   public:
-    explicit LockGuard(Mutex& mutex) ZUL_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
+    explicit LockGuard(AnyMutex& mutex) ZUL_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
     ~LockGuard() ZUL_RELEASE() { mutex_.unlock(); }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
 
   private:
-    Mutex& mutex_;
+    AnyMutex& mutex_;
 };
 
 }  // namespace zul

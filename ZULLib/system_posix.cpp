@@ -1,4 +1,6 @@
 // Files, the program, time and trace output on POSIX.
+#include "ZULLib/platform_internal.h"
+
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -7,7 +9,6 @@
 #include <string>
 
 #include "ZULLib/files_posix_internal.h"
-#include "ZULLib/platform_internal.h"
 #include "ZULLib/zullib.h"
 
 namespace zul {

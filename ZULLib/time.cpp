@@ -1,10 +1,11 @@
 // The local time as text.
+#include "ZULLib/zullib.h"
+
 #include <chrono>
 #include <ctime>
 #include <string>
 
 #include "ZULLib/platform_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

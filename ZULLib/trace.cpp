@@ -1,4 +1,6 @@
 // Trace lines and the sink that receives them.
+#include "ZULLib/zullib.h"
+
 #include <condition_variable>
 #include <memory>
 #include <string>
@@ -6,7 +8,6 @@
 
 #include "ZULLib/platform_internal.h"
 #include "ZULLib/sync_internal.h"
-#include "ZULLib/zullib.h"
 
 namespace zul {
 namespace {

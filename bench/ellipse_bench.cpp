@@ -12,13 +12,12 @@
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kAnyAxis = 1e6;
 
 std::vector<cv::Point2f> noisyEllipse(std::int64_t count, double sigma) {
     std::mt19937 random(7);
     std::normal_distribution<double> noise(0, sigma);
-    std::uniform_real_distribution<double> angle(0, 2 * kPi);
+    std::uniform_real_distribution<double> angle(0, 2 * CV_PI);
     std::vector<cv::Point2f> points;
     for (std::int64_t i = 0; i < count; ++i) {
         const double t = angle(random);
@@ -57,7 +56,7 @@ void fitEllipseRansac(benchmark::State& state) {
 
 // The distance of each point from the ellipse along the ray from its centre.
 double meanRadialError(const cv::RotatedRect& ellipse, const std::vector<cv::Point2f>& points) {
-    const double angle = static_cast<double>(ellipse.angle) * kPi / 180;
+    const double angle = static_cast<double>(ellipse.angle) * CV_PI / 180;
     const double c = std::cos(angle);
     const double s = std::sin(angle);
     const double a = static_cast<double>(ellipse.size.width) / 2;

@@ -19,8 +19,6 @@ namespace {
 
 using Points = std::vector<cv::Point>;
 
-constexpr double kPi = 3.141592653589793;
-
 void addPixel(Points& points, double x, double y) {
     const cv::Point p(cvRound(x), cvRound(y));
     if (points.empty() || points.back() != p) points.push_back(p);
@@ -36,9 +34,9 @@ Points serpentine(std::size_t count) {
         const double y = 2.0 * kRadius * row;
         const double from = row % 2 == 0 ? left : left + kRow;
         for (int i = 0; i < kRow; ++i) addPixel(points, from + way * i, y);
-        const int steps = static_cast<int>(kPi * kRadius);
+        const int steps = static_cast<int>(CV_PI * kRadius);
         for (int i = 0; i < steps; ++i) {
-            const double a = kPi * i / steps - kPi / 2;
+            const double a = CV_PI * i / steps - CV_PI / 2;
             addPixel(points, from + way * (kRow + kRadius * std::cos(a)),
                      y + kRadius + kRadius * std::sin(a));
         }
@@ -50,11 +48,11 @@ Points serpentine(std::size_t count) {
 Points wavyRing(std::size_t count) {
     // Its radius grows with the number of points; each wave is about 600 pixels long.
     Points points;
-    const double radius = static_cast<double>(count) / (2 * kPi);
-    const double waves = std::max(3.0, std::floor(2 * kPi * radius / 600));
+    const double radius = static_cast<double>(count) / (2 * CV_PI);
+    const double waves = std::max(3.0, std::floor(2 * CV_PI * radius / 600));
     const std::size_t steps = count + count / 2;
     for (std::size_t i = 0; i < steps; ++i) {
-        const double a = 2 * kPi * static_cast<double>(i) / static_cast<double>(steps);
+        const double a = 2 * CV_PI * static_cast<double>(i) / static_cast<double>(steps);
         const double r = radius + 60 * std::cos(waves * a);
         addPixel(points, r * std::cos(a), r * std::sin(a));
     }

@@ -17,12 +17,17 @@ function(orx_public_headers)
   endforeach()
 endfunction()
 
-# orx_avx2_sources(<target> FILE...): kernels compiled for AVX2 and called only
-# after a run-time check. Such a file includes nothing but *_internal.h kernel
-# headers: an inline function compiled here must never be shared with the rest.
-function(orx_avx2_sources target)
+# orx_avx2_flags(<variable>): what compiles a source for AVX2 and FMA3; empty where the processor or the tools lack it.
+function(orx_avx2_flags variable)
+  set(${variable} "" PARENT_SCOPE)
   if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
     return()
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "MSVC")
+    # Without the macro __FMA__: kernels that ask for it take their other way, to the same result.
+    set(flags /arch:AVX2)
+  else()
+    set(flags -mavx2 -mfma)
   endif()
   if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # This compiler moves 32-byte registers to and from the stack as if it lay on a multiple of 32, which Windows does
@@ -32,14 +37,23 @@ function(orx_avx2_sources target)
     if(NOT ORX_ASSEMBLER_UNALIGNS)
       return()
     endif()
-    set(unaligned -Wa,-muse-unaligned-vector-move)
+    list(APPEND flags -Wa,-muse-unaligned-vector-move)
   endif()
-  orx_sources(${target} ${ARGN})
-  target_compile_definitions(${target} PRIVATE ORX_HAS_AVX2_KERNELS)
-  foreach(file IN LISTS ARGN)
-    set_property(SOURCE "${CMAKE_CURRENT_SOURCE_DIR}/${file}"
+  set(${variable} "${flags}" PARENT_SCOPE)
+endfunction()
+
+# orx_kernels(<target> FAMILY...): families of kernels (platform/simd/choose_kernels.h), each the path of its files
+# without an ending. FAMILY.cpp is compiled for the baseline, FAMILY_avx2.cpp for AVX2 and called only after a run-time
+# check: an inline function compiled there must never be shared with the rest, so such a file includes nothing but its
+# family's headers and those of vectors in platform/simd. Where there are no flags for AVX2 it is compiled for the
+# baseline, too, and its table holds the same functions as the other.
+function(orx_kernels target)
+  orx_avx2_flags(avx2)
+  foreach(family IN LISTS ARGN)
+    orx_sources(${target} ${family}.cpp ${family}_avx2.cpp)
+    set_property(SOURCE "${CMAKE_CURRENT_SOURCE_DIR}/${family}_avx2.cpp"
       TARGET_DIRECTORY ${target}
-      APPEND PROPERTY COMPILE_OPTIONS $<IF:$<CXX_COMPILER_ID:MSVC>,/arch:AVX2,-mavx2> ${unaligned})
+      APPEND PROPERTY COMPILE_OPTIONS ${avx2})
   endforeach()
 endfunction()
 

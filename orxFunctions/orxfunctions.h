@@ -2,8 +2,18 @@
 //
 // The one header that a host includes. Images are 8-bit cv::Mat (grey, or colour in BGR order) unless a
 // function says otherwise; coordinates are pixels, x to the right and y down, the centre of the top-left
-// pixel at (0, 0); angles are degrees unless a function says radians. Nothing here throws for bad input: it
-// gives false, -1, an empty matrix or an invalid record, as each function states.
+// pixel at (0, 0); angles are degrees unless a function says radians.
+//
+// Nothing here throws for bad input: it gives false, -1, an empty matrix or an invalid record, as each
+// function states. But for these, whose headers say what brings it about:
+//
+//     EdgesSubPix             analysis/subpixel_edges.h       OpenCV's exceptions pass
+//     calcEdgeThresVal        analysis/subpixel_edges.h       OpenCV's exceptions pass
+//     OTSUfourPartsThreshold  analysis/threshold.h            OpenCV's exceptions pass
+//     calibrateData2File      calibration/calibration_file.h  OpenCV's exceptions pass
+//     Point6D2Matrix44        calibration/pose.h              ends the process
+//     start                   display/picture_box.h           ends the process
+//     ~TPictureBox            display/picture_box.h           ends the process
 //
 // Where to begin: getThresholdValue (analysis/threshold.h) finds a grey level, TRansacCircle and TRansacLine
 // (fitting/ransac.h) find shapes in noisy points, APPgetMessage (foundation/host_bridge.h) says what went
@@ -44,6 +54,7 @@
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_data_augmentation.h"
+#include "orxFunctions/files/save_image.h"
 #include "orxFunctions/files/stream_file.h"
 #include "orxFunctions/files/text_log.h"
 #include "orxFunctions/fitting/circle_fit.h"
@@ -63,6 +74,7 @@
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/image_convert.h"
+#include "orxFunctions/foundation/quadrilateral.h"
 #include "orxFunctions/foundation/records.h"
 #include "orxFunctions/foundation/rect.h"
 #include "orxFunctions/foundation/registry.h"

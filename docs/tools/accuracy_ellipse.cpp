@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr int kScenes = 200;
 constexpr int kPoints = 200;
 constexpr double kShorter = 60;
@@ -30,12 +29,12 @@ struct Scene {
 Scene makeScene(std::mt19937& random, double arc, double noise, double outliers) {
     std::uniform_real_distribution<double> unit(0, 1);
     std::normal_distribution<double> gauss(0, 1);
-    Scene scene{300 + 40 * unit(random), 220 + 40 * unit(random), kPi * unit(random), {}};
-    const double start = 2 * kPi * unit(random);
+    Scene scene{300 + 40 * unit(random), 220 + 40 * unit(random), CV_PI * unit(random), {}};
+    const double start = 2 * CV_PI * unit(random);
     const double c = std::cos(scene.angle);
     const double s = std::sin(scene.angle);
     for (int i = 0; i < kPoints; ++i) {
-        const double t = start + arc * kPi / 180 * i / kPoints;
+        const double t = start + arc * CV_PI / 180 * i / kPoints;
         const double u = kShorter * std::cos(t);
         const double v = kLonger * std::sin(t);
         double x = scene.x + u * c - v * s + noise * gauss(random);
@@ -82,7 +81,7 @@ void printRow(const char* name, double arc, double noise, double outliers, const
         centre.add(std::hypot(static_cast<double>(e.x) - scene.x, static_cast<double>(e.y) - scene.y));
         shorter.add(static_cast<double>(e.width) - 2 * kShorter);
         longer.add(static_cast<double>(e.height) - 2 * kLonger);
-        angle.add(std::remainder(static_cast<double>(e.angle) - scene.angle * 180 / kPi, 180));
+        angle.add(std::remainder(static_cast<double>(e.angle) - scene.angle * 180 / CV_PI, 180));
     }
     if (centre.count() == 0) {
         std::printf("| %s | %.0f | %.2f | %.0f %% | 0 %% | | | | |\n", name, arc, noise, outliers * 100);

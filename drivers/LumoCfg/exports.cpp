@@ -1,10 +1,11 @@
 // The one procedure of LumoCfg. No exception leaves it.
+#include "drivers/vision_driver.h"
+
 #include <exception>
 #include <vector>
 
 #include "drivers/devices/brands.h"
 #include "drivers/devices/device_list.h"
-#include "drivers/vision_driver.h"
 
 extern "C" int VDGetCameraType(void) {
     try {

@@ -50,6 +50,7 @@ class CameraSession {
     bool isPatient();
 
     void watch();
+    void rest(std::chrono::milliseconds duration);  // shorter when the host closes
     void inspect(const std::shared_ptr<CameraLink>& link);
     void reconnect();
     bool findAgain();
@@ -57,7 +58,7 @@ class CameraSession {
     const DeviceSettings settings_;
     const std::shared_ptr<FrameCounters> counters_ = std::make_shared<FrameCounters>();
     std::thread watcher_;
-    std::condition_variable wake_;
+    std::condition_variable_any wake_;
     std::atomic<bool> closing_{false};
     std::atomic<bool> triggered_{false};
 

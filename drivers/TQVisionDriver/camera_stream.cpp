@@ -158,14 +158,20 @@ void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer) {
     if (frame.buffer) arv_stream_push_buffer(stream, frame.buffer.release());
 }
 
-void CameraStream::awaitFrame(std::chrono::milliseconds wait) ZUL_NO_ANALYSIS {
-    std::unique_lock<std::mutex> lock(mutex_.native());
-    arrived_.wait_for(lock, wait, [this]() ZUL_NO_ANALYSIS { return newest_.buffer != nullptr; });
+void CameraStream::awaitFrame(std::chrono::milliseconds wait) {
+    const zul::LockGuard lock(mutex_);
+    waitForNewest(wait);
 }
 
-bool CameraStream::take(std::chrono::milliseconds wait, ReceivedFrame& frame) ZUL_NO_ANALYSIS {
-    std::unique_lock<std::mutex> lock(mutex_.native());
-    arrived_.wait_for(lock, wait, [this]() ZUL_NO_ANALYSIS { return newest_.buffer != nullptr; });
+void CameraStream::waitForNewest(std::chrono::milliseconds wait) {
+    const Clock::time_point end = Clock::now() + wait;
+    while (!newest_.buffer && arrived_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
+    }
+}
+
+bool CameraStream::take(std::chrono::milliseconds wait, ReceivedFrame& frame) {
+    const zul::LockGuard lock(mutex_);
+    waitForNewest(wait);
     if (!newest_.buffer) return false;
     frame = std::move(newest_);
     return true;

@@ -47,14 +47,15 @@ class CameraStream {
     static void onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     void drain();
     void keep(ArvStream* stream, Ref<ArvBuffer> buffer);
+    void waitForNewest(std::chrono::milliseconds wait) ZUL_REQUIRES(mutex_);
 
     const std::shared_ptr<FrameCounters> counters_;
     Ref<ArvStream> owned_;
     std::atomic<ArvStream*> stream_{nullptr};  // owned_, for the receiving thread
     GMainContext* context_ = nullptr;          // the receiving thread's own
-    std::condition_variable arrived_;
 
     zul::Mutex mutex_;
+    std::condition_variable_any arrived_;
     ReceivedFrame newest_ ZUL_GUARDED_BY(mutex_);
 };
 

@@ -1,11 +1,12 @@
 // The watcher of a camera session: notices that the camera is gone, and brings it back.
+#include "drivers/TQVisionDriver/camera_session.h"
+
 #include <algorithm>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "drivers/TQVisionDriver/camera_probe.h"
-#include "drivers/TQVisionDriver/camera_session.h"
 #include "drivers/TQVisionDriver/trace.h"
 
 namespace vision {
@@ -39,8 +40,14 @@ void CameraSession::watch() {
         } catch (const std::exception& failure) {
             trace(std::string("watching a camera: ") + failure.what());
         }
-        std::unique_lock<std::mutex> lock(mutex_.native());
-        wake_.wait_for(lock, kTurn, [this] { return closing_.load(); });
+        rest(kTurn);
+    }
+}
+
+void CameraSession::rest(std::chrono::milliseconds duration) {
+    const zul::LockGuard lock(mutex_);
+    const Clock::time_point end = Clock::now() + duration;
+    while (!closing_ && wake_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
     }
 }
 
@@ -84,8 +91,7 @@ bool CameraSession::findAgain() {
 
 void CameraSession::reconnect() {
     if (!findAgain()) {
-        std::unique_lock<std::mutex> lock(mutex_.native());
-        wake_.wait_for(lock, kBetweenReconnections, [this] { return closing_.load(); });
+        rest(kBetweenReconnections);
         return;
     }
     const std::shared_ptr<CameraLink> back = CameraLink::open(device_, settings_, closing_);

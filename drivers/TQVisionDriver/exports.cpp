@@ -1,4 +1,6 @@
 // The procedures that the module exports. No exception leaves them.
+#include "drivers/vision_driver.h"
+
 #include <exception>
 #include <string>
 
@@ -6,7 +8,6 @@
 #include "drivers/TQVisionDriver/releaser.h"
 #include "drivers/TQVisionDriver/slots.h"
 #include "drivers/TQVisionDriver/trace.h"
-#include "drivers/vision_driver.h"
 
 namespace {
 

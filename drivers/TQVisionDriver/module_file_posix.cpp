@@ -1,9 +1,9 @@
+#include "drivers/TQVisionDriver/module_file.h"
+
 #include <dlfcn.h>
 
 #include <cstdlib>
 #include <system_error>
-
-#include "drivers/TQVisionDriver/module_file.h"
 
 namespace vision {
 

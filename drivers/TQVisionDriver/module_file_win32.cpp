@@ -1,9 +1,9 @@
+#include "drivers/TQVisionDriver/module_file.h"
+
 #include <windows.h>
 
 #include <cstring>
 #include <string>
-
-#include "drivers/TQVisionDriver/module_file.h"
 
 namespace vision {
 namespace {

@@ -1,3 +1,5 @@
+#include "drivers/TQVisionDriver/network.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -11,8 +13,6 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
-
-#include "drivers/TQVisionDriver/network.h"
 
 namespace vision {
 namespace {

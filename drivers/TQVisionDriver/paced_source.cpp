@@ -49,10 +49,12 @@ bool PacedSource::start(PictureFormat& format) {
     return true;
 }
 
-void PacedSource::awaitFirst() ZUL_NO_ANALYSIS {
-    std::unique_lock<std::mutex> lock(mutex_.native());
-    changed_.wait_for(lock, kLongestStart,
-                      [this]() ZUL_NO_ANALYSIS { return fresh_ || ended_ || lost_ > 0 || isTriggered(); });
+void PacedSource::awaitFirst() {
+    const zul::LockGuard lock(mutex_);
+    const Clock::time_point end = Clock::now() + kLongestStart;
+    while (!fresh_ && !ended_ && lost_ == 0 && !isTriggered() &&
+           changed_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
+    }
 }
 
 void PacedSource::stop() {
@@ -65,7 +67,8 @@ void PacedSource::stop() {
     thread_.join();
 }
 
-bool PacedSource::waitForTurn(std::unique_lock<std::mutex>& lock, Clock::time_point& due) ZUL_NO_ANALYSIS {
+bool PacedSource::waitForTurn(Clock::time_point& due) {
+    const zul::LockGuard lock(mutex_);
     while (!stopping_) {
         if (isTriggered()) {
             if (triggers_ > 0) {
@@ -73,7 +76,7 @@ bool PacedSource::waitForTurn(std::unique_lock<std::mutex>& lock, Clock::time_po
                 due = Clock::now();
                 return true;
             }
-            changed_.wait(lock);
+            changed_.wait(mutex_);
         } else if (const Clock::time_point now = Clock::now(); now >= due) {
             // A source that can't keep up does not try to catch up.
             due = std::max(due + periodOf(rate_), now);
@@ -81,47 +84,50 @@ bool PacedSource::waitForTurn(std::unique_lock<std::mutex>& lock, Clock::time_po
         } else {
             // Anything may have changed when this ends: the rate, the trigger.
             due = std::min(due, now + periodOf(rate_));
-            changed_.wait_until(lock, due);
+            changed_.wait_until(mutex_, due);
         }
     }
     return false;
 }
 
-void PacedSource::run() ZUL_NO_ANALYSIS {
-    Clock::time_point due = Clock::now();
-    std::int64_t number = 0;
-    std::unique_lock<std::mutex> lock(mutex_.native());
-    while (waitForTurn(lock, due)) {
-        lock.unlock();
-        Made result = Made::kNothing;
-        try {
-            result = maker_->make(++number, drawing_);
-        } catch (const std::exception& failure) {
-            trace("picture " + std::to_string(number) + ": " + failure.what());
-        }
-        lock.lock();
-        if (result == Made::kEnd) {
-            ended_ = true;
-            changed_.notify_all();
-            return;
-        }
-        if (result == Made::kNothing) {
-            ++lost_;
-            changed_.notify_all();
-            continue;
-        }
+Made PacedSource::makeNext(std::int64_t number) {
+    try {
+        return maker_->make(number, drawing_);
+    } catch (const std::exception& failure) {
+        trace("picture " + std::to_string(number) + ": " + failure.what());
+        return Made::kNothing;
+    }
+}
+
+bool PacedSource::keep(Made result) {
+    const zul::LockGuard lock(mutex_);
+    if (result == Made::kEnd) {
+        ended_ = true;
+    } else if (result == Made::kNothing) {
+        ++lost_;
+    } else {
         cv::swap(drawing_, newest_);
         newestMade_ = Clock::now();
         fresh_ = true;
         ++made_;
         bytes_ += static_cast<double>(newest_.total() * newest_.elemSize());
-        changed_.notify_all();
+    }
+    changed_.notify_all();
+    return !ended_;
+}
+
+void PacedSource::run() {
+    Clock::time_point due = Clock::now();
+    std::int64_t number = 0;
+    while (waitForTurn(due) && keep(makeNext(++number))) {
     }
 }
 
-bool PacedSource::fetch(VDImage& image) ZUL_NO_ANALYSIS {
-    std::unique_lock<std::mutex> lock(mutex_.native());
-    changed_.wait_for(lock, kLongestFetch, [this]() ZUL_NO_ANALYSIS { return fresh_; });
+bool PacedSource::fetch(VDImage& image) {
+    const zul::LockGuard lock(mutex_);
+    const Clock::time_point end = Clock::now() + kLongestFetch;
+    while (!fresh_ && changed_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
+    }
     if (fresh_) {
         cv::swap(given_, newest_);
         givenMade_ = waitingSince_ = newestMade_;

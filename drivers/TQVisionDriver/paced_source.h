@@ -58,16 +58,19 @@ class PacedSource : public Source {
     void awaitFirst();
     // Waits for the moment of the next picture; false when the source is to stop. `due` is that moment while
     // the source runs freely, and is kept in step with the rate.
-    bool waitForTurn(std::unique_lock<std::mutex>& lock, Clock::time_point& due);
+    bool waitForTurn(Clock::time_point& due);
+    Made makeNext(std::int64_t number);
+    // False when there is nothing more to come.
+    bool keep(Made result);
     bool isTriggered() const ZUL_REQUIRES(mutex_) { return triggerMode_ != VD_TRIGGER_OFF; }
 
     const std::unique_ptr<PictureMaker> maker_;
     std::thread thread_;
     cv::Mat drawing_;  // the thread's own
     cv::Mat given_;    // what the last fetch handed out; the fetching thread's own
-    std::condition_variable changed_;
 
     zul::Mutex mutex_;
+    std::condition_variable_any changed_;
     double rate_ ZUL_GUARDED_BY(mutex_);
     long triggerMode_ ZUL_GUARDED_BY(mutex_) = VD_TRIGGER_OFF;
     long triggers_ ZUL_GUARDED_BY(mutex_) = 0;  // not served yet

@@ -1,9 +1,10 @@
+#include "drivers/TQVisionDriver/real_camera.h"
+
 #include <algorithm>
 #include <vector>
 
 #include "drivers/TQVisionDriver/camera_probe.h"
 #include "drivers/TQVisionDriver/camera_session.h"
-#include "drivers/TQVisionDriver/real_camera.h"
 #include "drivers/TQVisionDriver/trace.h"
 
 namespace vision {

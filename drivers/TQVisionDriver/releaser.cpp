@@ -19,8 +19,20 @@ struct Release {
 
 class Releases {
   public:
-    void begin(std::function<void()> work) {
+    void begin(const std::function<void()>& work) {
         joinFinished();
+        if (!beginThread(work)) work();  // not under the lock: it may take long, and come back here
+    }
+
+    void finish() {
+        for (List leaving = take(false); !leaving.empty(); leaving = take(false)) join(leaving);
+    }
+
+  private:
+    using List = std::list<std::unique_ptr<Release>>;
+
+    // False when there is no thread to be had.
+    bool beginThread(const std::function<void()>& work) {
         auto release = std::make_unique<Release>();
         Release* const begun = release.get();
         const zul::LockGuard lock(mutex_);
@@ -30,18 +42,11 @@ class Releases {
                 begun->done = true;
             });
         } catch (const std::system_error&) {
-            work();
-            return;
+            return false;
         }
         releases_.push_back(std::move(release));
+        return true;
     }
-
-    void finish() {
-        for (List leaving = take(false); !leaving.empty(); leaving = take(false)) join(leaving);
-    }
-
-  private:
-    using List = std::list<std::unique_ptr<Release>>;
 
     void joinFinished() {
         List leaving = take(true);
@@ -75,7 +80,7 @@ Releases& releases() {
 
 }  // namespace
 
-void releaseLater(std::function<void()> work) { releases().begin(std::move(work)); }
+void releaseLater(const std::function<void()>& work) { releases().begin(work); }
 
 void finishReleases() { releases().finish(); }
 

@@ -6,9 +6,9 @@
 
 namespace vision {
 
-// Runs `work` on a thread of its own; here and now when there is none to be had. `work` must not throw.
-// Thread-safe.
-void releaseLater(std::function<void()> work);
+// Runs `work` on a thread of its own; here and now when there is none to be had. `work` must not throw, and
+// may call this again. Thread-safe.
+void releaseLater(const std::function<void()>& work);
 
 // Waits for all that was begun, also for what that begins. Thread-safe.
 void finishReleases();

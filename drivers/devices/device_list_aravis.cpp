@@ -1,9 +1,9 @@
+#include "drivers/devices/device_list.h"
+
 #include <arv.h>
 
 #include <algorithm>
 #include <tuple>
-
-#include "drivers/devices/device_list.h"
 
 namespace vision {
 namespace {

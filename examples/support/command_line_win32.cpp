@@ -1,8 +1,8 @@
+#include "support/command_line.h"
+
 #include <windows.h>
 
 #include <shellapi.h>
-
-#include "support/command_line.h"
 
 namespace host {
 namespace {

@@ -1,13 +1,13 @@
 // Exact areas of a pixel under a disk and under a rotated rectangle.
+#include "support/synthetic_scene.h"
+
 #include <array>
 #include <cmath>
 
-#include "support/synthetic_scene.h"
+#include "support/angles.h"
 
 namespace scenes {
 namespace {
-
-constexpr double kDegree = 3.141592653589793 / 180.0;
 
 double cross(cv::Point2d a, cv::Point2d b) { return a.x * b.y - a.y * b.x; }
 

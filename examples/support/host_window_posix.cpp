@@ -1,4 +1,6 @@
 // X, without a toolkit.
+#include "support/host_window.h"
+
 #include <poll.h>
 #include <xcb/xcb.h>
 
@@ -7,8 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <vector>
-
-#include "support/host_window.h"
 
 namespace host {
 namespace {

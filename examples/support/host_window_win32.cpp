@@ -1,4 +1,6 @@
 // Win32, without a toolkit.
+#include "support/host_window.h"
+
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
@@ -6,8 +8,6 @@
 
 #include <algorithm>
 #include <vector>
-
-#include "support/host_window.h"
 
 namespace host {
 namespace {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <random>
 
+#include "support/angles.h"
+
 namespace scenes {
 
 class RandomSource {
@@ -20,7 +22,7 @@ class RandomSource {
     // Mean 0, deviation 1 (Box and Muller 1958).
     double normal() {
         const double radius = std::sqrt(-2.0 * std::log(1.0 - uniform(0.0, 1.0)));
-        return radius * std::cos(uniform(0.0, 2.0 * 3.141592653589793));
+        return radius * std::cos(uniform(0.0, 2.0 * kPi));
     }
 
   private:

@@ -6,6 +6,7 @@
 
 #include "orxFunctions/analysis/caliper_profile_internal.h"
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
 namespace {
@@ -127,7 +128,7 @@ Caliper radialCaliper(cv::Point2d centre, double radius, double angle, const TCi
 double angleOf(int index, const TCircleCaliperOptions& options) {
     const bool fullTurn = std::fabs(options.sweep) == 360.0;
     const int steps = std::max(1, fullTurn ? options.count : options.count - 1);
-    return (options.startAngle + options.sweep * index / steps) * CV_PI / 180;
+    return radians(options.startAngle + options.sweep * index / steps);
 }
 
 }  // namespace
@@ -164,7 +165,7 @@ std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, const cv::Rect& 
 
 std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, const cv::RotatedRect& rect,
                                             const TCaliperOptions& options) {
-    const cv::Point2d half = unitVector(rect.angle * CV_PI / 180) * (rect.size.width / 2.0);
+    const cv::Point2d half = unitVector(radians(rect.angle)) * (rect.size.width / 2.0);
     const cv::Point2d centre(rect.center);
     return getContrastEdges(img, centre - half, centre + half, rect.size.height, options);
 }

@@ -1,6 +1,6 @@
-#include <opencv2/imgproc.hpp>
-
 #include "orxFunctions/analysis/grey_input_internal.h"
+
+#include <opencv2/imgproc.hpp>
 
 namespace orx {
 

@@ -1,10 +1,10 @@
+#include "orxFunctions/analysis/histogram_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <opencv2/imgproc.hpp>
-
-#include "orxFunctions/analysis/histogram_internal.h"
 
 namespace orx {
 namespace {

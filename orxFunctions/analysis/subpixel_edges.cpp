@@ -9,6 +9,7 @@
 #include "orxFunctions/analysis/edges/gradient.h"
 #include "orxFunctions/analysis/edges/refinement.h"
 #include "orxFunctions/analysis/edges/suppression.h"
+#include "orxFunctions/analysis/edges/threshold.h"
 
 namespace ORXEdge {
 namespace {
@@ -61,5 +62,7 @@ bool EdgesSubPix(cv::Mat& gray, std::vector<std::vector<cv::Point2f>>& contours,
                    [](TContour& contour) { return std::move(contour.points); });
     return true;
 }
+
+double calcEdgeThresVal(cv::Mat gx, cv::Mat gy) { return automaticThreshold(gx, gy); }
 
 }  // namespace ORXEdge

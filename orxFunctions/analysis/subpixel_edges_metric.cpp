@@ -11,14 +11,18 @@
 #include "orxFunctions/analysis/edges/blocks.h"
 #include "orxFunctions/analysis/edges/gradient.h"
 #include "orxFunctions/analysis/edges/image_noise.h"
+#include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/analysis/edges/pieces.h"
 #include "orxFunctions/analysis/edges/suppression.h"
+#include "orxFunctions/analysis/edges/threshold.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace ORXEdge {
 namespace {
 
 using namespace orx::edges;
+using orx::edge_kernels::GaussTap;
+using orx::edge_kernels::MetricBlock;
 
 // An edge farther from its pixel than this belongs to something else.
 constexpr double kLargestOffset = 1.0;
@@ -217,7 +221,7 @@ class PieceMeter {
 
   private:
     void refine(std::size_t from, std::size_t to) {
-        const EdgeKernels& kernels = edgeKernels();
+        const orx::edge_kernels::Kernels& kernels = orx::edge_kernels::chosen();
         crossings_.resize(to - from);
         for (std::size_t start = from; start < to; start += kBlock) {
             const cv::Point* pixels = all_.pieces.pixels.data() + start;

@@ -29,9 +29,9 @@ namespace orx {
 // tmTriangle
 //     The level farthest from the line between the peak and the far end of the histogram. For one dominant
 //     class, most often a background, with a small object class in its long tail; where Otsu cuts into the
-//     background. Computed in unsigned 32-bit integers, intended: a bin that rises above the line by more
-//     than the offset of the line wraps around and is taken as very far. On equal distances the lowest level,
-//     or the highest when the tail lies above the peak.
+//     background. On equal distances the lowest level, or the highest when the tail lies above the peak. A
+//     bin so high that its distance is not positive is never chosen; where all are, as when every level
+//     occurs equally often, the answer is the end of the line, and may be -1 or 256.
 //     G. Zack, W. Rogers, S. Latt, "Automatic measurement of sister chromatid exchange frequency",
 //     J. Histochem. Cytochem. 25 (1977).
 // tmMinimum (254), tmIntermodes (254)

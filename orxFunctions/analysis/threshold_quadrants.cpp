@@ -1,10 +1,11 @@
+#include "orxFunctions/analysis/threshold.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
 #include "orxFunctions/analysis/contour_center.h"
-#include "orxFunctions/analysis/threshold.h"
 
 namespace orx {
 namespace {

@@ -1,8 +1,8 @@
+#include "orxFunctions/calibration/description_internal.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
-
-#include "orxFunctions/calibration/description_internal.h"
 
 namespace orx {
 namespace {

@@ -3,11 +3,10 @@
 #include <cstddef>
 
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr int kErrorColor = 1;
 
 template <typename T>
 cv::Point3d centroid(const std::vector<cv::Point3_<T>>& points) {

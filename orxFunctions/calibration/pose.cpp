@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "orxFunctions/foundation/angles_internal.h"
+
 namespace orx {
 namespace {
-
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 cv::Matx33d rotationAbout(char axis, const cv::Matx13d& degrees) {
     const double angle = degrees(axis - 'x') * kRadiansPerDegree;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "orxFunctions/camera/camera_messages.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 
 namespace orx {
 
@@ -34,9 +35,6 @@ using CameraMessages = std::array<std::string, static_cast<std::size_t>(CameraMe
 
 // Defined in orxfunctions.cpp, filled by LoadORXdriverLanguageStr.
 extern CameraMessages cameraMessages;
-
-constexpr int kErrorColor = 1;
-constexpr int kReconnectColor = 4;
 
 inline const std::string& textOf(CameraMessage message) {
     return cameraMessages[static_cast<std::size_t>(message)];

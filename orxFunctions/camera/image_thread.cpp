@@ -8,7 +8,6 @@
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
-#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
@@ -18,7 +17,6 @@ namespace {
 
 constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
-constexpr const char* kReadyParameter = "cameraReady";
 
 // Whether this thread is a grab thread in its callback.
 thread_local bool isInCallback = false;
@@ -32,48 +30,49 @@ cv::Mat statusImage(int code) {
 
 }  // namespace
 
-TImageThread::TImageThread(int idx) : cameraIdx(idx) {}
+TImageThread::TImageThread(int idx, zul::Mutex& slotMutex) : cameraIdx(idx), slotMutex_(slotMutex) {}
 
 void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box) {
-    cameras = cams;
-    config = cfg;
-    pictureBox = box;
+    cameras_ = cams;
+    config_ = cfg;
+    pictureBox_ = box;
 }
 
 bool TImageThread::start() {
-    running = true;
+    running_ = true;
     failCount_ = 0;
-    frameCounter = 0;
+    failedFetches = 0;
+    pace_.frameCounter = 0;
     if (worker_.start(runOnThread, this)) return true;
-    running = false;
-    pictureBox = nullptr;
+    running_ = false;
+    pictureBox_ = nullptr;
     return false;
 }
 
 void TImageThread::askToEnd() {
     const zul::LockGuard lock(sleepMutex_);
-    exitRequested = true;
+    exitRequested_ = true;
     changed_.notify_all();
 }
 
 void TImageThread::waitForEnd() {
     {
         const zul::LockGuard lock(sleepMutex_);
-        while (running) changed_.wait(sleepMutex_);
+        while (running_) changed_.wait(sleepMutex_);
     }
     worker_.join();
-    exitRequested = false;  // not later: what asks from now on means the next thread
+    exitRequested_ = false;  // not later: what asks from now on means the next thread
 }
 
 bool TImageThread::endAtUnload() {
     isUnloading_ = true;
-    exitRequested = true;
-    if (sleepMutex_.native().try_lock()) {
-        sleepMutex_.native().unlock();
+    exitRequested_ = true;
+    if (sleepMutex_.try_lock()) {
+        sleepMutex_.unlock();
         changed_.notify_all();
     }
     worker_.join();
-    return !running;
+    return !running_;
 }
 
 void TImageThread::runOnThread(void* self) { static_cast<TImageThread*>(self)->run(); }
@@ -85,81 +84,83 @@ void TImageThread::run() {
         while (turn()) {
         }
     }
-    threadImage.release();
+    threadImage_.release();
     idle_ = {};
-    pictureBox = nullptr;  // the host may destroy it now
+    pictureBox_ = nullptr;  // the host may destroy it now
     threadId_ = std::thread::id();
     const zul::LockGuard lock(sleepMutex_);
-    running = false;
+    running_ = false;
     changed_.notify_all();
 }
 
 // One turn of the grab loop. False when the thread has to end.
 bool TImageThread::turn() {
-    if (exitRequested) {
+    if (exitRequested_) {
         // Not while the library is being unloaded: writing the text may load a table of characters.
         if (!isUnloading_) zul::outPutDebugString(textOf(CameraMessage::kThreadEnded));
         return false;
     }
     pause();
-    if (exitRequested || !mayFetch()) return true;
+    if (exitRequested_ || !mayFetch()) return true;
     if (failCount_ >= kMostFailures) {
         zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
-        zul::APPaddOrSetParamBool(kReadyParameter, false);
+        zul::APPaddOrSetParamBool(kCameraReady, false);
         failCount_ = 0;
         return true;
     }
     if (!fetch() || !handOver()) {
         ++failCount_;
-        frameCounter = 0;
+        pace_.frameCounter = 0;
         return true;
     }
     failCount_ = 0;
-    ++frameCounter;
-    pace();
+    ++pace_.frameCounter;
+    keepPace();
     return true;
 }
 
 void TImageThread::pause() {
-    sleepMs = std::max(sleepMs, 1);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sleepMs);
+    pace_.sleepMs = std::max(pace_.sleepMs, 1);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(pace_.sleepMs);
     const zul::LockGuard lock(sleepMutex_);
-    while (!exitRequested && changed_.wait_until(sleepMutex_, end) == std::cv_status::no_timeout) {
+    while (!exitRequested_ && changed_.wait_until(sleepMutex_, end) == std::cv_status::no_timeout) {
     }
 }
 
 bool TImageThread::mayFetch() {
-    if (cameras == nullptr) {
+    if (cameras_ == nullptr) {
         zul::APPshowMessage("FCameras==NULL", kErrorColor);
         return false;
     }
-    return threadWork && camUpdateImg && zul::APPgetParamBool(kReadyParameter) &&
-           cameras->haveOpen(cameraIdx);
+    return threadWork && camUpdateImg && zul::APPgetParamBool(kCameraReady) && cameras_->haveOpen(cameraIdx);
 }
 
 bool TImageThread::fetch() {
     pickBuffer();
     bool isFetched = false;
     try {
-        const bool scales = config != nullptr && config->scaleEnable;
-        isFetched = cameras->GetImage(threadImage, cameraIdx, scales, scales ? int{config->scaleFactor} : 0);
+        const bool scales = config_ != nullptr && config_->scaleEnable;
+        isFetched =
+            cameras_->GetImage(threadImage_, cameraIdx, scales, scales ? int{config_->scaleFactor} : 0);
     } catch (const std::exception& error) {  // no memory for the picture
         zul::outPutDebugString("camera getImg", error.what());
     }
     if (!isFetched) {
         zul::outPutDebugString("camera getImg fail", cameraIdx);
-    } else if (threadImage.empty()) {
+    } else if (threadImage_.empty()) {
         zul::outPutDebugString("Get empty image", cameraIdx);
     }
-    return isFetched && !threadImage.empty();
+    const bool hasPicture = isFetched && !threadImage_.empty();
+    if (!hasPicture) ++failedFetches;
+    return hasPicture;
 }
 
-// Puts a buffer that nobody looks at any more into threadImage, for GetImage to fill; the box, the callback
+// Puts a buffer that nobody looks at any more into threadImage_, for GetImage to fill; the box, the callback
 // and the latest image may still refer to the one of the last fetch.
 void TImageThread::pickBuffer() {
-    if (isExclusive(threadImage)) return;
+    if (isExclusive(threadImage_)) return;
     const auto free = std::find_if(idle_.begin(), idle_.end(), isExclusive);
-    std::swap(threadImage, free == idle_.end() ? idle_.front() : *free);
+    std::swap(threadImage_, free == idle_.end() ? idle_.front() : *free);
 }
 
 // A callback may come back here for its own slot, whose mutex it runs under, and for another one, whose
@@ -170,29 +171,29 @@ void TImageThread::withSlotMutex(const Work& work) {
         work();
         return;
     }
-    const zul::LockGuard lock(slotMutexes[static_cast<std::size_t>(cameraIdx)]);
+    const zul::LockGuard lock(slotMutex_);
     work();
 }
 
 // False when the callback failed.
 bool TImageThread::handOver() {
     // Closed or paused meanwhile: the picture would take the place of the status picture.
-    if (!cameras->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
-    TPictureBox* const box = pictureBox;
-    if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage, false);
-    const zul::LockGuard lock(slotMutexes[static_cast<std::size_t>(cameraIdx)]);
+    if (!cameras_->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
+    TPictureBox* const box = pictureBox_;
+    if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage_, false);
+    const zul::LockGuard lock(slotMutex_);
     if (!callBack()) return false;
     storeLatest();
     return true;
 }
 
 bool TImageThread::callBack() {
-    const TDrawImgCallback call = drawImgCallback;
-    if (!callbackEnabled || call == nullptr) return true;
+    const TDrawImgCallback call = drawImgCallback_;
+    if (!callbackEnabled_ || call == nullptr) return true;
     std::string problem;
     isInCallback = true;
     try {
-        call(threadImage, cameraIdx);
+        call(threadImage_, cameraIdx);
         isInCallback = false;
         return true;
     } catch (const std::exception& error) {
@@ -210,31 +211,21 @@ bool TImageThread::callBack() {
 // another buffer.
 void TImageThread::storeLatest() {
     const zul::LockGuard lock(latestMutex_);
-    if (isExclusive(threadImage)) {
-        latestImage_ = threadImage;
+    if (isExclusive(threadImage_)) {
+        latestImage_ = threadImage_;
         return;
     }
     if (!isExclusive(latestImage_)) latestImage_.release();
-    threadImage.copyTo(latestImage_);
+    threadImage_.copyTo(latestImage_);
 }
 
-void TImageThread::pace() {
-    const std::int32_t wanted = config == nullptr ? kDefaultFps : int{config->frameRate};
-    if (wanted != targetFps) {  // as intended, always true of a rate below 1, which stays at one a second
-        targetFps = std::max<std::int32_t>(wanted, 1);
-        measuredFps = int{targetFps};
-        sleepMs = 1000 / targetFps;
+void TImageThread::keepPace() {
+    // As intended, a rate below 1 is a new one with every picture, and stays at one a second. No measurement
+    // starts where the rate changes: where this was the first picture of eight, their time counts from an
+    // older picture, and they are found too slow.
+    if (display::keepPace(pace_, config_ == nullptr ? kDefaultFps : int{config_->frameRate})) {
         zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
-        // As intended, no measurement starts here: where this was the first picture of eight, their time
-        // counts from an older picture, and they are found too slow.
-        return;
     }
-    if (frameCounter == 1) tStart = static_cast<double>(cv::getTickCount());
-    if (frameCounter != measureFrames) return;
-    elapsedMs = (static_cast<double>(cv::getTickCount()) - tStart) * 1000 / cv::getTickFrequency();
-    measuredFps = display::measuredRate(measureFrames, elapsedMs);
-    sleepMs = display::nextPause(sleepMs, measuredFps < targetFps);
-    frameCounter = 0;
 }
 
 void TImageThread::showStatus(int code) {
@@ -243,7 +234,7 @@ void TImageThread::showStatus(int code) {
         const zul::LockGuard lock(latestMutex_);
         latestImage_ = image.clone();
     });
-    TPictureBox* const box = pictureBox;
+    TPictureBox* const box = pictureBox_;
     if (box == nullptr || box->getParentHand() == nullptr) return;
     box->setImage(image, true);
     box->showImageLast();
@@ -251,8 +242,8 @@ void TImageThread::showStatus(int code) {
 
 void TImageThread::setCallback(bool enable, TDrawImgCallback f) {
     withSlotMutex([&] {
-        drawImgCallback = f;
-        callbackEnabled = enable;
+        drawImgCallback_ = f;
+        callbackEnabled_ = enable;
     });
 }
 

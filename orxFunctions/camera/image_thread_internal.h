@@ -6,18 +6,19 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <limits>
 #include <opencv2/core.hpp>
 #include <string>
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
 #include "orxFunctions/camera/image_thread_manager.h"
+#include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/platform/worker_thread_internal.h"
 
 namespace orx {
 
-// By slot: held while the callback runs and the latest image is stored. Defined in orxfunctions.cpp.
+// By slot, each lent to the TImageThread that the manager creates there: they exist before anything else of
+// the library, and outlive every slot. Defined in orxfunctions.cpp.
 extern std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 // Serialises the starting and ending of grab threads. Defined there too.
 extern zul::Mutex grabLifecycleMutex;
@@ -25,9 +26,14 @@ extern zul::Mutex grabLifecycleMutex;
 using TDrawImgCallback = void (*)(cv::Mat&, int);
 
 // A slot of the thread manager; it lives from the first start of its thread until the library is unloaded.
+//
+// Locks, in the order in which they are taken: grabLifecycleMutex, the slot's mutex, then latestMutex_ or
+// sleepMutex_, under which nothing more is locked. A callback runs under its slot's mutex and takes neither
+// of the first two here, not even that of its own slot; what else it calls (cameras, picture boxes, the host
+// bridge) locks after the slot's mutex and never comes back for it.
 class TImageThread {
   public:
-    explicit TImageThread(int idx);
+    TImageThread(int idx, zul::Mutex& slotMutex);
     TImageThread(const TImageThread&) = delete;
     TImageThread& operator=(const TImageThread&) = delete;
 
@@ -48,10 +54,12 @@ class TImageThread {
     cv::Mat copyLatest();
     bool isThisThread() const { return threadId_.load() == std::this_thread::get_id(); }
 
+    std::int32_t measuredFps() const { return pace_.measuredFps; }
+
     const std::int32_t cameraIdx;
     std::atomic<bool> threadWork{true};
     std::atomic<bool> camUpdateImg{true};
-    std::atomic<std::int32_t> measuredFps{0};
+    std::atomic<std::int32_t> failedFetches{0};  // since the last start
 
   private:
     static void runOnThread(void* self);
@@ -60,37 +68,37 @@ class TImageThread {
     void pause();
     bool mayFetch();
     bool fetch();
-    bool handOver();
-    bool callBack();
-    void storeLatest();
-    void pace();
     void pickBuffer();
+    bool handOver();
+    bool callBack() ZUL_REQUIRES(slotMutex_);
+    void storeLatest() ZUL_REQUIRES(slotMutex_);
+    void keepPace();
     template <typename Work>
     void withSlotMutex(const Work& work);
 
-    std::atomic<bool> callbackEnabled{false};
-    std::atomic<TDrawImgCallback> drawImgCallback{nullptr};
-    TMultiCamera* cameras = nullptr;
-    TCameraConfig* config = nullptr;
-    std::atomic<TPictureBox*> pictureBox{nullptr};
+    // Held while the callback runs and the latest image is stored.
+    zul::Mutex& slotMutex_;
+
+    // Atomic, as callbacks set them without that lock.
+    std::atomic<bool> callbackEnabled_{false};
+    std::atomic<TDrawImgCallback> drawImgCallback_{nullptr};
+
+    // Changed while the thread does not run, apart from the box, which it lets go as it ends.
+    TMultiCamera* cameras_ = nullptr;
+    TCameraConfig* config_ = nullptr;
+    std::atomic<TPictureBox*> pictureBox_{nullptr};
 
     // The grab thread's own.
     int failCount_ = 0;
-    std::int32_t frameCounter = 0;  // pictures since the last measurement
-    double tStart = 0.0;            // tick count at the first picture of a measurement
-    double elapsedMs = 0.0;         // duration of the last measurement
-    std::int32_t sleepMs = 50;      // pause before each turn
-    const std::int32_t measureFrames = 8;
-    // Aimed at, as last taken from the configuration; at first no rate that is asked for.
-    std::int32_t targetFps = std::numeric_limits<std::int32_t>::min();
-    cv::Mat threadImage;           // of the last fetch
+    display::FramePace pace_;      // its measured rate is read by anybody
+    cv::Mat threadImage_;          // of the last fetch
     std::array<cv::Mat, 2> idle_;  // buffers that may have become free for the next fetch
 
-    zul::Mutex latestMutex_;  // taken last, so that callbacks may ask for any slot
+    zul::Mutex latestMutex_;
     cv::Mat latestImage_ ZUL_GUARDED_BY(latestMutex_);
 
-    std::atomic<bool> running{false};
-    std::atomic<bool> exitRequested{false};
+    std::atomic<bool> running_{false};
+    std::atomic<bool> exitRequested_{false};
     std::atomic<bool> isUnloading_{false};
     std::atomic<std::thread::id> threadId_{};
     zul::Mutex sleepMutex_;  // of the pause and of the end

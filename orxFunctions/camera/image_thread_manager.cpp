@@ -24,7 +24,7 @@ TImageThreadManager::~TImageThreadManager() { endAtUnload(); }
 
 // Null for a slot that is out of range or was never started.
 TImageThread* TImageThreadManager::slotOf(int idx) const {
-    return isInRange(idx) ? imageThread[static_cast<std::size_t>(idx)].load() : nullptr;
+    return isInRange(idx) ? imageThread_[static_cast<std::size_t>(idx)].load() : nullptr;
 }
 
 bool TImageThreadManager::checkValid(int idx) {
@@ -43,7 +43,7 @@ bool TImageThreadManager::checkValid(int idx) {
 // Whether the caller is a callback. It must not wait for threads: one of them is its own, and another one's
 // end may be waiting for it.
 bool TImageThreadManager::isGrabThread() const {
-    return std::any_of(imageThread.begin(), imageThread.end(), [](const std::atomic<TImageThread*>& slot) {
+    return std::any_of(imageThread_.begin(), imageThread_.end(), [](const std::atomic<TImageThread*>& slot) {
         const TImageThread* const thread = slot;
         return thread != nullptr && thread->isThisThread();
     });
@@ -61,7 +61,8 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
     }
     const zul::LockGuard lock(grabLifecycleMutex);
     if (isInRange(idx) && slotOf(idx) == nullptr) {
-        imageThread[static_cast<std::size_t>(idx)] = new TImageThread(idx);
+        const auto slot = static_cast<std::size_t>(idx);
+        imageThread_[slot] = new TImageThread(idx, slotMutexes[slot]);
     }
     if (!checkValid(idx)) return;
     TImageThread& thread = *slotOf(idx);
@@ -102,7 +103,7 @@ void TImageThreadManager::endFrom(int first) {
 GrabbingEnd::~GrabbingEnd() { imgThreadManager.endAtUnload(); }
 
 void TImageThreadManager::endAtUnload() {
-    for (std::atomic<TImageThread*>& slot : imageThread) {
+    for (std::atomic<TImageThread*>& slot : imageThread_) {
         const TImageThread* const thread = slot;
         if (thread != nullptr && slot.load()->endAtUnload()) delete slot.exchange(nullptr);
     }
@@ -134,7 +135,11 @@ cv::Mat TImageThreadManager::getThreadImage(int idx) {
 }
 
 int TImageThreadManager::getCurrentFrameRate(int idx) {
-    return checkValid(idx) ? int{slotOf(idx)->measuredFps} : 0;
+    return checkValid(idx) ? slotOf(idx)->measuredFps() : 0;
+}
+
+int TImageThreadManager::getFailedFetches(int idx) {
+    return checkValid(idx) ? int{slotOf(idx)->failedFetches} : 0;
 }
 
 int TImageThreadManager::threadIdx2CameraIdx(int i) {

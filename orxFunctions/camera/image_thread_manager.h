@@ -16,11 +16,14 @@ namespace orx {
 
 class TImageThread;
 
+// The host's parameter that lets the grab threads fetch.
+constexpr const char* kCameraReady = "cameraReady";
+
 // Runs one grab thread per camera. A thread fetches pictures at the frame rate that its TCameraConfig asks
 // for, gives each to a picture box and to a callback of the host, keeps a copy for getThreadImage, and
 // measures the rate that it reaches over 8 pictures.
 //
-// Nothing is fetched while the host's parameter "cameraReady" is false; a host sets it with
+// Nothing is fetched while the host's parameter "cameraReady" (kCameraReady) is false; a host sets it with
 // APPaddOrSetParamBool once its cameras are open. After six failed fetches in a row a thread asks the user to
 // reconnect and sets the parameter to false; the host sets it again when it has.
 //
@@ -69,6 +72,9 @@ class ORX_API TImageThreadManager {
     cv::Mat getThreadImage(int idx);
     // Pictures per second as last measured; 0 for a refused slot.
     int getCurrentFrameRate(int idx);
+    // Fetches without a picture since the slot's thread was started last, also after its end; 0 for a refused
+    // slot. Pictures that a camera lost on the way are counted by its driver (GetParam).
+    int getFailedFetches(int idx);
     // The logical camera of a slot; 0, without a message, where there is none.
     int threadIdx2CameraIdx(int i);
 
@@ -81,7 +87,7 @@ class ORX_API TImageThreadManager {
     void endFrom(int first);
     void endAtUnload();
 
-    std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread{};
+    std::array<std::atomic<TImageThread*>, MAXCameraNum> imageThread_{};
 };
 
 // The one manager of the process.

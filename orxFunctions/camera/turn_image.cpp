@@ -1,11 +1,11 @@
+#include "orxFunctions/camera/turn_image_internal.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <opencv2/core/hal/intrin.hpp>
 #include <utility>
-
-#include "orxFunctions/camera/turn_image_internal.h"
 
 namespace orx {
 namespace {
@@ -34,6 +34,7 @@ using TargetRows = Rows<uchar>;
 
 #if CV_SIMD128
 // Four rounds in which the first half of the rows is interleaved with the second transpose 16 by 16 bytes.
+// With OpenCV's vectors, not as a family of kernels: rows of 16 bytes fill those of the baseline.
 void exchangeBlock(const SourceRows& from, int y, int x, const TargetRows& to) {
     cv::v_uint8x16 a[kStrip];
     cv::v_uint8x16 b[kStrip];

@@ -1,6 +1,6 @@
-#include <cmath>
-
 #include "orxFunctions/display/fit_geometry_internal.h"
+
+#include <cmath>
 
 namespace orx::display {
 namespace {

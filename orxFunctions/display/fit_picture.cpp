@@ -1,8 +1,8 @@
+#include "orxFunctions/display/fit_picture_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
-
-#include "orxFunctions/display/fit_picture_internal.h"
 
 namespace orx::display {
 namespace {

@@ -1,8 +1,9 @@
+#include "orxFunctions/display/overlay_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/display/overlay_internal.h"
 #include "orxFunctions/foundation/rounding_internal.h"
 
 namespace orx::display {

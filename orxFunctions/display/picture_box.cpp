@@ -7,8 +7,9 @@
 #include <stdexcept>
 
 #include "orxFunctions/display/frame_pacing_internal.h"
-#include "orxFunctions/display/picture_box_core_internal.h"
+#include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 
 using namespace orx::display;
 
@@ -17,7 +18,6 @@ namespace {
 constexpr int kSmallestSide = 5;
 constexpr int kLargestSide = 32767;
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 27;
-constexpr int kErrorColor = 1;
 
 bool isWindowSize(int w, int h) {
     return w >= kSmallestSide && h >= kSmallestSide && w <= kLargestSide && h <= kLargestSide &&
@@ -30,23 +30,23 @@ bool isFinite(const cv::Rect2d& r) { return std::isfinite(r.x + r.y + r.width + 
 
 TPictureBox::TPictureBox() {
     winName = "pictrueBox1" + std::to_string(++mCount);
-    core_ = std::make_unique<Core>(*this);
+    view_ = std::make_unique<View>(*this);
     setFunction(function);
 }
 
 TPictureBox::~TPictureBox() {
     --mCount;
     killThread();
-    core_->join();
-    core_->installHandler(FUNC_NONE);
-    core_->forgetSelection();
+    view_->join();
+    view_->installHandler(FUNC_NONE);
+    view_->forgetSelection();
     orx::outPutDebugString(zul::toAnsi("更改父窗体"));
     if (host != cvFrame) {
         host = cvFrame.load();
-        core_->moveInto(host);
+        view_->moveInto(host);
     }
     orx::outPutDebugString(zul::toAnsi("删除指定opencv 窗体"));
-    core_->window().close();
+    view_->window().close();
     orx::platform::destroyAllNativeWindows();  // those of other boxes too, as intended
     orx::outPutDebugString(zul::toAnsi("删除所有opencv 窗体后"));
     cvWindow = nullptr;
@@ -58,7 +58,7 @@ void TPictureBox::setHandle(void* hwnd) {
     // A box that is not inside the window tries again: it may have come to be, or be a new one of that
     // number.
     const bool isNew = hwnd != host.exchange(hwnd);
-    if (isNew || (hwnd != nullptr && !core_->isPlaced())) core_->moveInto(hwnd);
+    if (isNew || (hwnd != nullptr && !view_->isPlaced())) view_->moveInto(hwnd);
 }
 
 void TPictureBox::setHandle(void* hwnd, int w, int h) {
@@ -99,53 +99,39 @@ void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {
         if (!noRedraw) redraw = true;
     } catch (const std::exception&) {
         const std::string text = zul::toAnsi("设置图片失败!");
-        orx::APPshowMessage(text, kErrorColor);
+        orx::APPshowMessage(text, orx::kErrorColor);
         orx::outPutDebugString(text);
     }
 }
 
-void TPictureBox::start() { core_->start(); }
+void TPictureBox::start() { view_->start(); }
 
 void TPictureBox::killThread() {
     killFlag = true;
-    core_->wakeUp();
+    view_->wakeUp();
 }
 
 void TPictureBox::setShowFrame(int fps) { targetFps = fps > 0 ? fps : 1; }
 
 int TPictureBox::getShowFrame() { return measuredFps; }
 
-void TPictureBox::calShowFrame() {
-    if (targetFps != appliedFps) {
-        appliedFps = std::max(targetFps.load(), 1);
-        measuredFps = appliedFps.load();
-        sleepMs = 1000 / appliedFps;
-        return;
-    }
-    const auto now = static_cast<double>(cv::getTickCount());
-    if (frameCounter == 1) startTick = now;
-    if (frameCounter != measureFrames) return;
-    elapsedMs = (now - startTick) * 1000.0 / cv::getTickFrequency();
-    measuredFps = measuredRate(measureFrames, elapsedMs);
-    sleepMs = nextPause(sleepMs, measuredFps < appliedFps);
-    frameCounter = 0;
-}
+void TPictureBox::calShowFrame() { orx::display::keepPace(*this, targetFps); }
 
-void TPictureBox::showImage() { core_->showImage(); }
+void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage); }
 
-void TPictureBox::showImageLast() { core_->showImageLast(); }
+void TPictureBox::showImageLast() { view_->show(View::Occasion::kPlain); }
 
 cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) {
     const zul::LockGuard lock(viewState.sizeLock);
-    const ViewMapping mapping = core_->mapping();
-    core_->keepScale(mapping);
+    const ViewMapping mapping = view_->mapping();
+    view_->keepScale(mapping);
     return mapping.toWindow(p);
 }
 
 cv::Point2d TPictureBox::show2OrigPoint(cv::Point2d p) {
     const zul::LockGuard lock(viewState.sizeLock);
-    const ViewMapping mapping = core_->mapping();
-    core_->keepScale(mapping);
+    const ViewMapping mapping = view_->mapping();
+    view_->keepScale(mapping);
     return mapping.toImage(p);
 }
 
@@ -156,38 +142,38 @@ void TPictureBox::getOrig2ShowImgScaleXY(double& sx, double& sy) {
 }
 
 void TPictureBox::setDrawRect(TDrawRect rect) {
-    const zul::LockGuard lock(core_->overlayLock);
+    const zul::LockGuard lock(view_->overlayLock);
     rects.push_back(rect);
 }
 
 void TPictureBox::setDrawCircle(TDrawCircle circle) {
-    const zul::LockGuard lock(core_->overlayLock);
+    const zul::LockGuard lock(view_->overlayLock);
     circles.push_back(circle);
 }
 
 void TPictureBox::setDrawText(TDrawTexts& lines) {
-    const zul::LockGuard lock(core_->overlayLock);
+    const zul::LockGuard lock(view_->overlayLock);
     texts = lines;
 }
 
 void TPictureBox::clearDraw() {
-    const zul::LockGuard lock(core_->overlayLock);
+    const zul::LockGuard lock(view_->overlayLock);
     rects.clear();
     circles.clear();
     texts.texts.clear();
 }
 
 void TPictureBox::setCursor(TCursorShape shape) {
-    if (cvWindow != nullptr) core_->window().setCursor(shape);
+    if (cvWindow != nullptr) view_->window().setCursor(shape);
 }
 
 void TPictureBox::setFunction(TFunction f) {
     function = f;
     if (f == FUNC_EDIT_RECT || f == FUNC_EDIT_CIRCLE || f == FUNC_ZOOM_PAN || f == FUNC_NONE)
-        core_->installHandler(f);
+        view_->installHandler(f);
 }
 
-void TPictureBox::mouseEvent(int event, int x, int y, int flags) { core_->onMouse({event, x, y, flags}); }
+void TPictureBox::mouseEvent(int event, int x, int y, int flags) { view_->onMouse({event, x, y, flags}); }
 
 std::string TPictureBox::getCvWinName() { return winName; }
 

@@ -189,8 +189,8 @@ class ORX_API TPictureBox {
     static std::atomic<std::int32_t> mCount;  // boxes alive
 
   private:
-    class ORX_PRIVATE Core;
-    std::unique_ptr<Core> core_;
+    class ORX_PRIVATE View;
+    std::unique_ptr<View> view_;
 };
 
 #endif

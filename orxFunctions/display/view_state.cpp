@@ -1,17 +1,17 @@
+#include "orxFunctions/display/view_state_internal.h"
+
 #include <chrono>
 #include <thread>
-
-#include "orxFunctions/display/view_state_internal.h"
 
 namespace orx::display {
 
 // Never waits for long: the end of a Windows process may have ended the thread that holds the lock.
-ViewState::~ViewState() ZUL_NO_ANALYSIS {
+ViewState::~ViewState() {
     for (int attempt = 0; attempt < 200; ++attempt) {
-        if (imageLock.native().try_lock()) {
+        if (imageLock.try_lock()) {
             image.release();
             lastShown.release();
-            imageLock.native().unlock();
+            imageLock.unlock();
             return;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

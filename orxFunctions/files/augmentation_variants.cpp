@@ -1,16 +1,17 @@
+#include "orxFunctions/files/augmentation_variants_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/files/augmentation_variants_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
 namespace {
 
 constexpr int kMostVariants = 1000;
-constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 double limited(double amount, double low, double high) {
     return std::isnan(amount) ? std::clamp(0.0, low, high) : std::clamp(amount, low, high);

@@ -1,4 +1,5 @@
-// Files and folders: list, measure, hide, create, delete, copy, move; and images saved in the background.
+// Files and folders: list, measure, hide, create, delete, copy, move; and images saved in the background,
+// which save_image.h declares.
 //
 // A name is bytes: on POSIX those of the file system; on Windows code page 936 or UTF-8, seen from the bytes.
 // What is valid in both is UTF-8 where that has a character of 3 or 4 bytes (as Chinese ones are), else code
@@ -11,11 +12,11 @@
 #define ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 
 #include <cstdint>
-#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/files/save_image.h"
 
 namespace FileOperator {
 
@@ -56,26 +57,6 @@ ORX_API bool deleteFolder(std::string path);
 // unless `overwrite`.
 ORX_API bool copyFile(std::string from, std::string to, bool overwrite = false);
 ORX_API bool moveFile(std::string from, std::string to, bool overwrite = false);
-
-// Saves a copy of the image on a background thread, into `folder` (created if missing) as
-// PREFIXyyyymmdd_hhmmss_mmm_nnnnnn.EXT: the time of the call and a running number, so that names sort in the
-// order of the calls. `path`, if given, receives the full name. `extension` chooses the format (".png",
-// ".bmp", ".jpg",
-// ".tif" ...).
-//
-// Never waits for the disk. At most 64 images wait, of 1 GiB together; one more is refused, with a message
-// for the first of a row of refusals. False, and nothing saved, for a full queue, an empty image, an unknown
-// format, or an empty folder or one in the prefix. What fails later, on the thread (a full disk, a name that
-// exists: it is never overwritten), is reported by a message in colour 1.
-//
-// Unloading the library, and on POSIX the end of the process, wait for the images still queued. On Windows
-// call flush before the process ends: it ends the thread in the middle of its image.
-ORX_API bool saveImage(cv::Mat img, std::string folder, std::string prefix = "",
-                       std::string extension = ".png", std::string* path = nullptr);
-
-// Waits until the images given to saveImage before this call are written or reported. With `milliseconds` of
-// 0 or more it waits no longer than that, and returns false when the time ran out.
-ORX_API bool flush(int milliseconds = -1);
 
 }  // namespace FileOperator
 

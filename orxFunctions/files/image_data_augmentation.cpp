@@ -13,6 +13,7 @@
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/polygon_annotation_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
@@ -20,7 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kErrorColor = 1;
 constexpr std::size_t kMostFileBytes = std::size_t{1} << 30U;
 constexpr std::array kImageExtensions = {".bmp", ".jpg", ".jpeg", ".jp2",  ".png",
                                          ".pgm", ".ppm", ".tif",  ".tiff", ".webp"};

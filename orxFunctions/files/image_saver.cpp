@@ -1,3 +1,5 @@
+#include "orxFunctions/files/image_saver_internal.h"
+
 #include <chrono>
 #include <exception>
 #include <opencv2/imgcodecs.hpp>
@@ -5,14 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr int kErrorColor = 1;
 
 std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSize(); }
 
@@ -40,8 +40,8 @@ ImageSaver::~ImageSaver() {
     // On POSIX nothing is left now. On Windows the end of the process ends the thread at any point: if it did
     // not hold the lock, the images behind it are written here. Nobody is told: who waited is gone, too, and
     // a condition must not be used any more then.
-    if (!mutex_.native().try_lock()) return;
-    mutex_.native().unlock();
+    if (!mutex_.try_lock()) return;
+    mutex_.unlock();
     for (Job job; take(job);) write(job);
 }
 

@@ -1,9 +1,9 @@
+#include "orxFunctions/files/polygon_annotation_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <exception>
 #include <memory>
-
-#include "orxFunctions/files/polygon_annotation_internal.h"
 
 namespace orx {
 namespace {

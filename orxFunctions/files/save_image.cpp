@@ -1,13 +1,15 @@
-// FileOperator's background saving: names and refusals; the queue and its thread are ImageSaver.
+// Names and refusals; the queue and its thread are ImageSaver.
+#include "orxFunctions/files/save_image.h"
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <utility>
 
-#include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace FileOperator {
@@ -16,14 +18,12 @@ namespace {
 namespace fs = std::filesystem;
 namespace platform = orx::platform;
 
-constexpr int kErrorColor = 1;
-
 std::string message(const std::string& utf8Text, const fs::path& path) {
     return zul::toAnsi(utf8Text + path.u8string());
 }
 
 bool refuse(const std::string& utf8Text, const fs::path& path) {
-    orx::APPshowMessage(message(utf8Text, path), kErrorColor);
+    orx::APPshowMessage(message(utf8Text, path), orx::kErrorColor);
     return false;
 }
 

@@ -1,8 +1,9 @@
+#include "orxFunctions/fitting/circle_algebra_internal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
-#include "orxFunctions/fitting/circle_algebra_internal.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
@@ -10,10 +11,11 @@
 namespace orx::circle_blocks {
 namespace {
 
-fit_kernels::PowerSums powerSums(const std::vector<cv::Point>& points, const std::vector<double>& weights) {
-    const fit_kernels::Kernels& kernels = fit_kernels::kernels();
+circle_kernels::PowerSums powerSums(const std::vector<cv::Point>& points,
+                                    const std::vector<double>& weights) {
+    const circle_kernels::Kernels& kernels = circle_kernels::chosen();
     if (!weights.empty()) return kernels.weightedPowerSums(spanOf(points), weights.data());
-    fit_kernels::PowerSums sums = {};
+    circle_kernels::PowerSums sums = {};
     if (kernels.exactPowerSums(spanOf(points), sums)) return sums;
     const std::vector<double> ones(points.size(), 1.0);
     return kernels.weightedPowerSums(spanOf(points), ones.data());
@@ -22,7 +24,7 @@ fit_kernels::PowerSums powerSums(const std::vector<cv::Point>& points, const std
 }  // namespace
 
 TCircle algebraicCircle(const std::vector<cv::Point>& points, const std::vector<double>& weights) {
-    const fit_kernels::PowerSums s = powerSums(points, weights);
+    const circle_kernels::PowerSums s = powerSums(points, weights);
     const double x = s.x / s.w;
     const double y = s.y / s.w;
     const double xx = s.xx / s.w;
@@ -44,14 +46,14 @@ TCircle algebraicCircle(const std::vector<cv::Point>& points, const std::vector<
 }
 
 double residualSum(const std::vector<cv::Point>& points, const TCircle& circle) {
-    return fit_kernels::kernels().circleResiduals(spanOf(points), {circle.x, circle.y, circle.r}, nullptr);
+    return circle_kernels::chosen().circleResiduals(spanOf(points), {circle.x, circle.y, circle.r}, nullptr);
 }
 
 double residualList(const std::vector<cv::Point>& points, const TCircle& circle,
                     std::vector<double>& residuals) {
     residuals.resize(points.size());
-    return fit_kernels::kernels().circleResiduals(spanOf(points), {circle.x, circle.y, circle.r},
-                                                  residuals.data());
+    return circle_kernels::chosen().circleResiduals(spanOf(points), {circle.x, circle.y, circle.r},
+                                                    residuals.data());
 }
 
 double inlierRatio(const std::vector<double>& residuals, double threshold) {

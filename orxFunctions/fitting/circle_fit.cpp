@@ -12,13 +12,13 @@
 #include "orxFunctions/fitting/fit_weights_internal.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/inlier_tests_internal.h"
-#include "orxFunctions/fitting/kernels/fit_kernels.h"
+#include "orxFunctions/fitting/kernels/circle.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/point_columns_internal.h"
 #include "orxFunctions/fitting/point_list.h"
 
 namespace blocks = orx::circle_blocks;
-namespace fit_kernels = orx::fit_kernels;
+namespace circle_kernels = orx::circle_kernels;
 using orx::TCircle;
 
 bool TCircleFit::setPoints(std::vector<cv::Point> points) {
@@ -42,10 +42,10 @@ bool TCircleFit_Ransac::setParams(std::vector<double> values) {
 std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
     if (points_.size() < 3) return {};  // every sample would fail
     const orx::PointColumns columns(points_);
-    const orx::PointKernels& kernels = orx::pointKernels();
+    const orx::inlier_kernels::Kernels& kernels = orx::inlier_kernels::chosen();
     const double many = 0.8 * static_cast<double>(points_.size());
     std::size_t bestCount = 0;
-    orx::CircleTest best{};
+    orx::inlier_kernels::CircleTest best{};
     std::int64_t stored = 0;
     std::array<cv::Point, 3> sample;
     for (int remaining = iterationCount_; remaining >= 1;) {
@@ -54,7 +54,8 @@ std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
         cv::Point3d circle;
         orx::threePoints2circle(sample[0], sample[1], sample[2], circle);
         if (!(minimumRadius_ < circle.z && circle.z < maximumRadius_)) continue;
-        const orx::CircleTest test = orx::circleCloserThan(circle.x, circle.y, circle.z, inlierDistance_);
+        const orx::inlier_kernels::CircleTest test =
+            orx::circleCloserThan(circle.x, circle.y, circle.z, inlierDistance_);
         // A set that can't become the largest can't reach 0.8 of the points either: it need not be counted
         // out.
         const std::size_t count = kernels.countOnCircle(columns.span(), test, bestCount);
@@ -101,10 +102,10 @@ TCircle TCircleFit_Robust::fit() {
     constexpr double kSmallestChange = 0.001;
     const TCircle start = blocks::algebraicCircle(points_);
     // The influence asks for type 4, the loss for type 0: intended.
-    const fit_kernels::Loss loss{lossConstant_, lossType_ == 4, lossType_ == 0};
+    const circle_kernels::Loss loss{lossConstant_, lossType_ == 4, lossType_ == 0};
     const auto count = static_cast<double>(points_.size());
-    fit_kernels::Circle at{start.x, start.y, start.r};
-    fit_kernels::GradientSums step{};
+    circle_kernels::Circle at{start.x, start.y, start.r};
+    circle_kernels::GradientSums step{};
     double previousLoss = kNoLoss;
     for (budget_ = kBudget; budget_ > 0;) {
         --budget_;
@@ -112,8 +113,8 @@ TCircle TCircleFit_Robust::fit() {
         at.y -= stepSize_ * step.y;
         at.r -= stepSize_ * step.r;
         if (at.r <= 0) return start;
-        const fit_kernels::GradientSums sums =
-            fit_kernels::kernels().circleGradient(orx::spanOf(points_), at, loss);
+        const circle_kernels::GradientSums sums =
+            circle_kernels::chosen().circleGradient(orx::spanOf(points_), at, loss);
         const double meanLoss = sums.loss / count;
         if (meanLoss > previousLoss) {
             // The halved step stays for later calls, and the move is not undone: intended.

@@ -5,11 +5,10 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/fitting/drawing_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // To the nearest integer, ties to even.
 int nearest(double v) { return static_cast<int>(std::lrint(limitedCoordinate(v))); }

@@ -7,18 +7,18 @@
 #include <limits>
 
 #include "orxFunctions/fitting/ellipse_conic_internal.h"
-#include "orxFunctions/fitting/kernels/ellipse_grading.h"
+#include "orxFunctions/fitting/ellipse_grading_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 namespace orxFit {
 namespace {
 
-using orx::CentredConic;
 using orx::Conic;
 using orx::EllipseGrade;
 using orx::TEllipse;
+using orx::ellipse_kernels::CentredConic;
 
-constexpr double kPi = 3.141592653589793;
 constexpr std::size_t kSampleSize = 6;
 
 // The axes that a caller accepts.
@@ -55,7 +55,7 @@ FittedEllipse ellipseOf(const Conic& conic) {
     const double q = std::sqrt((A - C) * (A - C) + B * B);
     const double a1 = std::sqrt(g / (A + C - q));
     const double a2 = std::sqrt(g / (A + C + q));
-    const double angle = std::atan2(B, A - C) * 0.5 * 180 / kPi + (a2 > a1 ? 90 : 0);
+    const double angle = orx::degrees(std::atan2(B, A - C) * 0.5) + (a2 > a1 ? 90 : 0);
     FittedEllipse out;
     out.record.x = toFloat(x0);
     out.record.y = toFloat(y0);

@@ -3,33 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <utility>
 
+#include "orxFunctions/fitting/three_points_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr double kPi = 3.141592653589793;
-
-double degrees(double radians) { return radians * 180 / kPi; }
-
-// A point whose coordinates calculate in 32-bit integers that wrap.
-struct WrapPoint {
-    explicit WrapPoint(cv::Point p) : x(p.x), y(p.y) {}
-
-    Wrap32 x;
-    Wrap32 y;
-};
-
-// The z component of (b - a) x (p - a).
-std::int32_t turn(cv::Point from, cv::Point to, cv::Point toPoint) {
-    const WrapPoint a(from);
-    const WrapPoint b(to);
-    const WrapPoint p(toPoint);
-    return ((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x)).value();
-}
 
 // The offset that centres the points: the middle of their extents, towards zero.
 cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
@@ -119,14 +100,6 @@ double pointDistance2Line(cv::Point p, cv::Point a, cv::Point b) {
     return std::sqrt((px - footX) * (px - footX) + (py - footY) * (py - footY));
 }
 
-bool isPointInRect(cv::Point p, cv::Point a, cv::Point b, cv::Point c, cv::Point d) {
-    const std::int32_t turns[] = {turn(a, b, p), turn(b, c, p), turn(c, d, p), turn(d, a, p)};
-    const auto positive = [](std::int32_t t) { return t > 0; };
-    const auto negative = [](std::int32_t t) { return t < 0; };
-    return std::all_of(std::begin(turns), std::end(turns), positive) ||
-           std::all_of(std::begin(turns), std::end(turns), negative);
-}
-
 bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
     const Wrap32 x1(p1.x), y1(p1.y), x2(p2.x), y2(p2.y), x3(p3.x), y3(p3.y), two(2);
     const Wrap32 a = x1 * x1 - x2 * x2 - y2 * y2 + y1 * y1;
@@ -146,14 +119,9 @@ bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& o
 
 bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out) {
     const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = p3.x, y3 = p3.y;
-    const double a = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
-    const double b = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
-    const double det = (x1 - x3) * (y1 - y2) - (y1 - y3) * (x1 - x2);
-    if (std::abs(det) < 1e-5) return false;
-    const double cx = -(b * (y1 - y3) - a * (y1 - y2)) / det;
-    const double cy = -(a * (x1 - x2) - b * (x1 - x3)) / det;
-    out = cv::Point3d(cx, cy, std::hypot(x1 - cx, y1 - cy));
-    return true;
+    const double overThird = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
+    const double overSecond = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
+    return circleThrough({p1, p2, p3, overThird, overSecond}, out);
 }
 
 bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {

@@ -12,6 +12,7 @@
 
 #include "orxFunctions/api.h"
 #include "orxFunctions/foundation/enumerations.h"
+#include "orxFunctions/foundation/quadrilateral.h"  // isPointInRect, one of these primitives
 
 namespace orx {
 
@@ -33,10 +34,6 @@ ORX_API bool isCollinear(cv::Point a, cv::Point b, cv::Point c);
 // The distance of p from the infinite line through a and b, by the foot of the perpendicular; |p.x - a.x|
 // when a and b share their column (equal points included), |p.y - a.y| when they share their row.
 ORX_API double pointDistance2Line(cv::Point p, cv::Point a, cv::Point b);
-
-// True when p lies strictly inside the convex quadrilateral a-b-c-d, whatever its winding. Points on an edge
-// or a corner are outside. Products are 32-bit and wrap.
-ORX_API bool isPointInRect(cv::Point p, cv::Point a, cv::Point b, cv::Point c, cv::Point d);
 
 // The circle through three points in 32-bit integers that wrap, as (centre x, centre y, radius). Always true:
 // there is deliberately no guard, and collinear points give an infinite or not-a-number centre. Coordinates

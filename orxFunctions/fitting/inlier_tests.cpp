@@ -55,11 +55,13 @@ double lastThatHolds(double guess, Predicate holds) {
     return fromBits(good);
 }
 
-LineTest plainLine(double a, double b, double c, double limit) { return {a, b, c, limit, limit, 0, 0, 0, 0}; }
+inlier_kernels::LineTest plainLine(double a, double b, double c, double limit) {
+    return {a, b, c, limit, limit, 0, 0, 0, 0};
+}
 
 }  // namespace
 
-LineTest lineThrough(cv::Point p, cv::Point q, double extent, double threshold) {
+inlier_kernels::LineTest lineThrough(cv::Point p, cv::Point q, double extent, double threshold) {
     const double px = p.x, py = p.y, qx = q.x, qy = q.y;
     if (p.x == q.x) return plainLine(1, 0, -px, threshold);
     if (p.y == q.y) return plainLine(0, 1, -py, threshold);
@@ -88,14 +90,14 @@ LineTest lineThrough(cv::Point p, cv::Point q, double extent, double threshold) 
             threshold};
 }
 
-LineTest lineCloserThan(double slope, double intercept, double tolerance) {
+inlier_kernels::LineTest lineCloserThan(double slope, double intercept, double tolerance) {
     const double length = std::sqrt(slope * slope + 1);
     const auto holds = [&](double residual) { return residual / length < tolerance; };
     const double limit = holds(0) ? lastThatHolds(std::max(tolerance * length, 0.0), holds) : -kInfinity;
     return plainLine(slope, -1, intercept, limit);
 }
 
-CircleTest circleWithin(double x, double y, double r, double threshold) {
+inlier_kernels::CircleTest circleWithin(double x, double y, double r, double threshold) {
     // Rounded square roots and differences grow with their operands, so the squared distances of the inliers
     // fill an interval, whose ends are found here once instead of a square root per point.
     const auto notBeyond = [&](double squared) { return std::sqrt(squared) - r <= threshold; };
@@ -107,7 +109,7 @@ CircleTest circleWithin(double x, double y, double r, double threshold) {
     return {x, y, fromBits(toBits(last) + 1), farthest};
 }
 
-CircleTest circleCloserThan(double x, double y, double r, double tolerance) {
+inlier_kernels::CircleTest circleCloserThan(double x, double y, double r, double tolerance) {
     return circleWithin(x, y, r, std::nextafter(tolerance, -kInfinity));
 }
 

@@ -5,21 +5,21 @@
 
 #include <opencv2/core.hpp>
 
-#include "orxFunctions/fitting/kernels/point_kernels.h"
+#include "orxFunctions/fitting/kernels/inlier.h"
 
 namespace orx {
 
 // pointDistance2Line(point, p, q) <= threshold, for points whose coordinates are at most `extent` in size.
-LineTest lineThrough(cv::Point p, cv::Point q, double extent, double threshold);
+inlier_kernels::LineTest lineThrough(cv::Point p, cv::Point q, double extent, double threshold);
 
 // |(slope * x - y) + intercept| / sqrt(slope * slope + 1) < tolerance.
-LineTest lineCloserThan(double slope, double intercept, double tolerance);
+inlier_kernels::LineTest lineCloserThan(double slope, double intercept, double tolerance);
 
 // |sqrt((x - point.x)^2 + (y - point.y)^2) - r| <= threshold.
-CircleTest circleWithin(double x, double y, double r, double threshold);
+inlier_kernels::CircleTest circleWithin(double x, double y, double r, double threshold);
 
 // |sqrt((x - point.x)^2 + (y - point.y)^2) - r| < tolerance.
-CircleTest circleCloserThan(double x, double y, double r, double tolerance);
+inlier_kernels::CircleTest circleCloserThan(double x, double y, double r, double tolerance);
 
 }  // namespace orx
 

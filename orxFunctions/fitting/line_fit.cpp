@@ -13,12 +13,11 @@
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/fitting/reweighted_line_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 using orx::TLine;
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // Slope and intercept; a vertical direction gives a finite slope.
 TLine slopeForm(const orx::DirectedLine& line) {
@@ -71,7 +70,7 @@ bool TLineFit_Ransac::drawSample(int seed, cv::Point* sample) const {
 }
 
 bool TLineFit_Ransac::hasWantedAngle(const TLine& line) const {
-    const double angle = std::atan(line.k) * 180 / kPi;
+    const double angle = orx::degrees(std::atan(line.k));
     double difference = std::abs(angle - targetAngle_);
     if (difference >= 90) difference = std::abs(180 - difference);
     return difference < angleTolerance_;
@@ -81,10 +80,10 @@ bool TLineFit_Ransac::hasWantedAngle(const TLine& line) const {
 std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
     constexpr std::size_t kTooSmall = 3;
     const orx::PointColumns columns(points_);
-    const orx::PointKernels& kernels = orx::pointKernels();
+    const orx::inlier_kernels::Kernels& kernels = orx::inlier_kernels::chosen();
     const double many = 0.8 * static_cast<double>(points_.size());
     std::size_t bestCount = kTooSmall;
-    orx::LineTest best{};
+    orx::inlier_kernels::LineTest best{};
     std::int64_t stored = 0;
     cv::Point sample[3];
     for (int remaining = iterationCount_; remaining >= 1;) {
@@ -92,7 +91,7 @@ std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
         if (!drawSample(remaining, sample)) continue;
         const TLine line = slopeForm(orx::fitLineL1(sample, static_cast<std::size_t>(sampleSize_)));
         if (!hasWantedAngle(line)) continue;
-        const orx::LineTest test = orx::lineCloserThan(line.k, line.b, inlierDistance_);
+        const orx::inlier_kernels::LineTest test = orx::lineCloserThan(line.k, line.b, inlierDistance_);
         // A set that can't become the largest can't reach 0.8 of the points either: it need not be counted
         // out, unless it is not clear yet that it is large enough to be stored.
         std::size_t count = kernels.countOnLine(columns.span(), test, bestCount);

@@ -5,7 +5,7 @@
 namespace orx {
 
 LineSearch::LineSearch(const std::vector<cv::Point>& points, double threshold)
-    : points_(points), columns_(points), kernels_(pointKernels()), threshold_(threshold) {}
+    : points_(points), columns_(points), kernels_(inlier_kernels::chosen()), threshold_(threshold) {}
 
 void LineSearch::offer(LineSample sample) {
     const std::size_t count = kernels_.countOnLine(columns_.span(), test(sample), bestCount_);
@@ -21,7 +21,7 @@ std::vector<int> LineSearch::inliers() const {
     return indices;
 }
 
-LineTest LineSearch::test(LineSample sample) const {
+inlier_kernels::LineTest LineSearch::test(LineSample sample) const {
     return lineThrough(points_[static_cast<std::size_t>(sample.first)],
                        points_[static_cast<std::size_t>(sample.second)], columns_.extent(), threshold_);
 }

@@ -31,11 +31,11 @@ class LineSearch {
     std::vector<int> inliers() const;
 
   private:
-    LineTest test(LineSample sample) const;
+    inlier_kernels::LineTest test(LineSample sample) const;
 
     const std::vector<cv::Point>& points_;
     PointColumns columns_;
-    const PointKernels& kernels_;
+    const inlier_kernels::Kernels& kernels_;
     double threshold_;
     LineSample best_{0, 0};
     std::size_t bestCount_ = 0;

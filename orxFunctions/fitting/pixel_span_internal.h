@@ -6,11 +6,11 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/kernels/fit_kernels.h"
+#include "orxFunctions/fitting/kernels/circle.h"
 
 namespace orx {
 
-inline fit_kernels::PixelSpan spanOf(const std::vector<cv::Point>& points) {
+inline circle_kernels::PixelSpan spanOf(const std::vector<cv::Point>& points) {
     static_assert(sizeof(cv::Point) == 2 * sizeof(std::int32_t), "kernels read points as pairs of integers");
     return {points.empty() ? nullptr : &points.front().x, points.size()};
 }

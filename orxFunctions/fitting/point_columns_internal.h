@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-#include "orxFunctions/fitting/kernels/point_kernels.h"
+#include "orxFunctions/fitting/kernels/inlier.h"
 
 namespace orx {
 
@@ -18,7 +18,8 @@ class PointColumns {
     template <class Point>
     explicit PointColumns(const std::vector<Point>& points) : size_(points.size()) {
         constexpr double kPadding = std::numeric_limits<double>::quiet_NaN();
-        const std::size_t padded = (size_ + kPointsPerStep - 1) / kPointsPerStep * kPointsPerStep;
+        constexpr std::size_t kStep = inlier_kernels::kPointsPerStep;
+        const std::size_t padded = (size_ + kStep - 1) / kStep * kStep;
         x_.resize(padded, kPadding);
         y_.resize(padded, kPadding);
         for (std::size_t i = 0; i < size_; ++i) {
@@ -28,7 +29,7 @@ class PointColumns {
         }
     }
 
-    PointSpan span() const { return {x_.data(), y_.data(), x_.size()}; }
+    inlier_kernels::PointSpan span() const { return {x_.data(), y_.data(), x_.size()}; }
     std::size_t size() const { return size_; }
     // The largest absolute coordinate.
     double extent() const { return extent_; }

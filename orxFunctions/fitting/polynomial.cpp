@@ -10,7 +10,7 @@
 #include "orxFunctions/fitting/curve_sampling_internal.h"
 #include "orxFunctions/fitting/curve_trace_internal.h"
 #include "orxFunctions/fitting/drawing_internal.h"
-#include "orxFunctions/fitting/kernels/polynomial_solve.h"
+#include "orxFunctions/fitting/polynomial_solve_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
 namespace orx {

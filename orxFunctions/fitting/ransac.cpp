@@ -25,7 +25,7 @@ const cv::Point& at(const std::vector<cv::Point>& points, int index) {
 class CircleContest {
   public:
     CircleContest(const std::vector<cv::Point>& points, double threshold)
-        : columns_(points), kernels_(pointKernels()), threshold_(threshold) {}
+        : columns_(points), kernels_(inlier_kernels::chosen()), threshold_(threshold) {}
 
     void add(const cv::Point3d& circle) {
         if (isEmpty_) {
@@ -54,7 +54,7 @@ class CircleContest {
   private:
     static constexpr std::size_t kBatch = 4096;
 
-    CircleTest test(const cv::Point3d& circle) const {
+    inlier_kernels::CircleTest test(const cv::Point3d& circle) const {
         return circleWithin(circle.x, circle.y, circle.z, threshold_);
     }
 
@@ -73,7 +73,7 @@ class CircleContest {
     }
 
     PointColumns columns_;
-    const PointKernels& kernels_;
+    const inlier_kernels::Kernels& kernels_;
     double threshold_;
     std::vector<cv::Point3d> waiting_;
     cv::Point3d winner_;

@@ -1,3 +1,5 @@
+#include "orxFunctions/fitting/reweighted_line_internal.h"
+
 #include <algorithm>
 #include <array>
 #include <cfloat>
@@ -6,7 +8,6 @@
 #include <opencv2/core/hal/intrin.hpp>
 
 #include "orxFunctions/fitting/fit_weights_internal.h"
-#include "orxFunctions/fitting/reweighted_line_internal.h"
 
 namespace orx {
 namespace {
@@ -20,6 +21,8 @@ constexpr std::size_t kStartPoints = 10;
 // that a single one would wait for each addition.
 constexpr std::size_t kLanes = 4;
 
+// OpenCV's vectors, not a family of kernels: the four lanes are in the baseline already, and the code around
+// them belongs to this search alone.
 using Floats = cv::v_float32x4;
 
 struct Doubles {

@@ -1,6 +1,6 @@
 #include "orxFunctions/foundation/rect.h"
 
-#include "orxFunctions/fitting/geometry.h"
+#include "orxFunctions/foundation/quadrilateral.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
 
 namespace orx {

@@ -31,17 +31,17 @@ typename Map::mapped_type find(const Map& map, const std::string& name) {
 }  // namespace
 
 TAppSys::TAppSys(const TAppSys& other)
-    : objects(snapshot(other.objects, registryObjectsMutex)),
-      voidFuncs(snapshot(other.voidFuncs, registryVoidFuncsMutex)),
-      intFuncs(snapshot(other.intFuncs, registryIntFuncsMutex)),
-      stringFuncs(snapshot(other.stringFuncs, registryStringFuncsMutex)) {}
+    : objects_(snapshot(other.objects_, registryObjectsMutex)),
+      voidFuncs_(snapshot(other.voidFuncs_, registryVoidFuncsMutex)),
+      intFuncs_(snapshot(other.intFuncs_, registryIntFuncsMutex)),
+      stringFuncs_(snapshot(other.stringFuncs_, registryStringFuncsMutex)) {}
 
 TAppSys& TAppSys::operator=(const TAppSys& other) {
     if (this == &other) return *this;
-    replace(objects, snapshot(other.objects, registryObjectsMutex), registryObjectsMutex);
-    replace(voidFuncs, snapshot(other.voidFuncs, registryVoidFuncsMutex), registryVoidFuncsMutex);
-    replace(intFuncs, snapshot(other.intFuncs, registryIntFuncsMutex), registryIntFuncsMutex);
-    replace(stringFuncs, snapshot(other.stringFuncs, registryStringFuncsMutex), registryStringFuncsMutex);
+    replace(objects_, snapshot(other.objects_, registryObjectsMutex), registryObjectsMutex);
+    replace(voidFuncs_, snapshot(other.voidFuncs_, registryVoidFuncsMutex), registryVoidFuncsMutex);
+    replace(intFuncs_, snapshot(other.intFuncs_, registryIntFuncsMutex), registryIntFuncsMutex);
+    replace(stringFuncs_, snapshot(other.stringFuncs_, registryStringFuncsMutex), registryStringFuncsMutex);
     return *this;
 }
 
@@ -51,37 +51,37 @@ void TAppSys::Register(std::string name, TClassBase* obj) {
         return;
     }
     const zul::LockGuard lock(registryObjectsMutex);
-    objects.emplace(std::move(name), obj);
+    objects_.emplace(std::move(name), obj);
 }
 
 void TAppSys::UnRegister(std::string name) {
     const zul::LockGuard lock(registryObjectsMutex);
-    objects.erase(name);
+    objects_.erase(name);
 }
 
 TClassBase* TAppSys::suport(std::string name) {
     const zul::LockGuard lock(registryObjectsMutex);
-    return find(objects, name);
+    return find(objects_, name);
 }
 
 void TAppSys::RegisterFunc(std::string name, TIntFunc f) {
     const zul::LockGuard lock(registryIntFuncsMutex);
-    intFuncs.emplace(std::move(name), f);
+    intFuncs_.emplace(std::move(name), f);
 }
 
 void TAppSys::RegisterFunc(std::string name, TStringFunc f) {
     const zul::LockGuard lock(registryStringFuncsMutex);
-    stringFuncs.emplace(std::move(name), f);
+    stringFuncs_.emplace(std::move(name), f);
 }
 
 void TAppSys::RegisterFunc(std::string name, TVoidFunc f) {
     const zul::LockGuard lock(registryVoidFuncsMutex);
-    voidFuncs.emplace(std::move(name), f);
+    voidFuncs_.emplace(std::move(name), f);
 }
 
 bool TAppSys::callFunc(std::string name, int a, int b, int& result) {
     const zul::LockGuard lock(registryIntFuncsMutex);
-    const TIntFunc f = find(intFuncs, name);
+    const TIntFunc f = find(intFuncs_, name);
     if (f == nullptr) return false;
     result = f(a, b);
     return true;
@@ -89,12 +89,12 @@ bool TAppSys::callFunc(std::string name, int a, int b, int& result) {
 
 void TAppSys::callFunc(std::string name, std::string arg) {
     const zul::LockGuard lock(registryStringFuncsMutex);
-    if (const TStringFunc f = find(stringFuncs, name)) f(std::move(arg));
+    if (const TStringFunc f = find(stringFuncs_, name)) f(std::move(arg));
 }
 
 void TAppSys::callFunc(std::string name) {
     const zul::LockGuard lock(registryVoidFuncsMutex);
-    if (const TVoidFunc f = find(voidFuncs, name)) f();
+    if (const TVoidFunc f = find(voidFuncs_, name)) f();
 }
 
 }  // namespace orx

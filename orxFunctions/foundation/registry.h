@@ -50,10 +50,10 @@ class ORX_API TAppSys {
     void callFunc(std::string name);
 
   private:
-    std::map<std::string, TClassBase*> objects;
-    std::map<std::string, TVoidFunc> voidFuncs;
-    std::map<std::string, TIntFunc> intFuncs;
-    std::map<std::string, TStringFunc> stringFuncs;
+    std::map<std::string, TClassBase*> objects_;
+    std::map<std::string, TVoidFunc> voidFuncs_;
+    std::map<std::string, TIntFunc> intFuncs_;
+    std::map<std::string, TStringFunc> stringFuncs_;
 };
 
 // The one registry of the process.

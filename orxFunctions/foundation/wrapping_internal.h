@@ -5,6 +5,7 @@
 #define ORXFUNCTIONS_FOUNDATION_WRAPPING_INTERNAL_H
 
 #include <cstdint>
+#include <opencv2/core.hpp>
 
 namespace orx {
 
@@ -24,6 +25,14 @@ class Wrap32 {
     constexpr explicit Wrap32(std::uint32_t bits) : bits_(bits) {}
 
     std::uint32_t bits_;
+};
+
+// A point whose coordinates calculate in 32-bit integers that wrap.
+struct WrapPoint {
+    explicit WrapPoint(cv::Point p) : x(p.x), y(p.y) {}
+
+    Wrap32 x;
+    Wrap32 y;
 };
 
 }  // namespace orx

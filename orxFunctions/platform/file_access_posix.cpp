@@ -1,10 +1,10 @@
+#include "orxFunctions/platform/file_access_internal.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx::platform {
 namespace {

@@ -1,6 +1,6 @@
-#include <windows.h>
-
 #include "orxFunctions/platform/file_access_internal.h"
+
+#include <windows.h>
 
 namespace orx::platform {
 namespace {

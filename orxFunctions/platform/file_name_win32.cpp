@@ -1,8 +1,8 @@
+#include "orxFunctions/platform/file_name_internal.h"
+
 #include <windows.h>
 
 #include <algorithm>
-
-#include "orxFunctions/platform/file_name_internal.h"
 
 namespace orx::platform {
 namespace {

@@ -1,8 +1,8 @@
+#include "orxFunctions/platform/fine_pauses_internal.h"
+
 #include <windows.h>
 
 #include <timeapi.h>
-
-#include "orxFunctions/platform/fine_pauses_internal.h"
 
 namespace orx::platform {
 namespace {

@@ -1,3 +1,5 @@
+#include "orxFunctions/platform/module_internal.h"
+
 #include <dlfcn.h>
 #include <link.h>
 #include <sys/stat.h>
@@ -5,8 +7,6 @@
 #include <algorithm>
 #include <string_view>
 #include <system_error>
-
-#include "orxFunctions/platform/module_internal.h"
 
 namespace orx::platform {
 namespace {

@@ -1,8 +1,8 @@
+#include "orxFunctions/platform/module_internal.h"
+
 #include <windows.h>
 
 #include <string>
-
-#include "orxFunctions/platform/module_internal.h"
 
 namespace orx::platform {
 namespace {

@@ -1,7 +1,7 @@
+#include "orxFunctions/platform/worker_thread_internal.h"
+
 #include <system_error>
 #include <thread>
-
-#include "orxFunctions/platform/worker_thread_internal.h"
 
 namespace orx::platform {
 

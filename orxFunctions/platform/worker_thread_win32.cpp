@@ -1,6 +1,6 @@
-#include <windows.h>
-
 #include "orxFunctions/platform/worker_thread_internal.h"
+
+#include <windows.h>
 
 namespace orx::platform {
 namespace {

@@ -6,13 +6,11 @@
 #include <utility>
 
 #include "orxFunctions/fitting/circle_fit.h"
+#include "orxFunctions/fitting/three_points_internal.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
 namespace {
-
-constexpr double kPi = 3.141592653589793;
-
-double degrees(double radians) { return radians * 180 / kPi; }
 
 cv::Vec2i toVec(cv::Point p) { return {p.x, p.y}; }
 
@@ -48,17 +46,13 @@ void TSegemetCircle::setBounds(double maxRadiusBound, double minRadiusBound, dou
 
 void TSegemetCircle::generateCircle(cv::Vec2i p1, cv::Vec2i p2, cv::Vec2i p3) {
     const double x1 = p1[0], y1 = p1[1], x2 = p2[0], y2 = p2[1], x3 = p3[0], y3 = p3[1];
-    const double s = (y1 * y1 - y3 * y3 + x1 * x1 - x3 * x3) / 2;
-    const double t = (y1 * y1 - y2 * y2 + x1 * x1 - x2 * x2) / 2;
-    const double det = (x1 - x3) * (y1 - y2) - (y1 - y3) * (x1 - x2);
-    if (std::abs(det) < 1e-5) {
-        center = {-1, -1};
-        radius = -1;
-        return;
-    }
-    center.x = -(t * (y1 - y3) - s * (y1 - y2)) / det;
-    center.y = -(s * (x1 - x2) - t * (x1 - x3)) / det;
-    radius = std::hypot(x1 - center.x, y1 - center.y);
+    const double overThird = (y1 * y1 - y3 * y3 + x1 * x1 - x3 * x3) / 2;
+    const double overSecond = (y1 * y1 - y2 * y2 + x1 * x1 - x2 * x2) / 2;
+    cv::Point3d circle(-1, -1, -1);
+    const bool found = circleThrough({{x1, y1}, {x2, y2}, {x3, y3}, overThird, overSecond}, circle);
+    center = {circle.x, circle.y};
+    radius = circle.z;
+    if (!found) return;
     startPoint = p1;
     endPoint = p3;
 }

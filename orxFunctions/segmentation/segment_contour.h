@@ -85,49 +85,11 @@ class ORX_API TSegmentContour {
     void disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool, bool, bool);
 
   private:
-    friend struct TSegmentContourProbe;  // tests look at single steps through it
+    // Splits a contour and appends its pieces; an empty one adds nothing.
+    void addPieces(const std::vector<cv::Point>& contour, const TSegemetParams& params);
 
-    using TLineList = std::vector<TSegemetLine>;
-    using TCircleList = std::vector<TSegemetCircle>;
-
-    // Development harness: splits every contour with all steps drawn.
-    TSegmentContour(std::vector<std::vector<cv::Point>> contours, int smooth, double epsilon,
-                    double secondFlag, cv::Mat image, double radiusLimit);
-
-    void copyParams(const TSegemetParams& params);
-    void splitContour(std::vector<cv::Point> contour, bool showSteps);
-    std::pair<TLineList, TCircleList> segment(std::vector<cv::Point> contour, int smooth, double epsilon,
-                                              bool showSteps);
-    void generateLines(cv::Mat keyPoints, std::vector<cv::Point>& contour, double epsilon, bool closed,
-                       TLineList& lines);
-    std::vector<std::vector<cv::Point>> getSecondContours(TLineList& lines);
-    void smoothContour(std::vector<cv::Point>& points, int size);
-    double caldist(cv::Point p1, cv::Point p2);
-    void showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles);
-
-    void generateCircles(TLineList& lines, TCircleList& circles, bool closed);
-    void closeSeam(TLineList& lines, TCircleList& circles, bool inRun, bool firstWasCircle);
-    bool mergeCircle(TCircleList& circles, std::size_t i, std::size_t j);
-    void mergeCircles2(TCircleList& circles, bool closed);
-    bool swallowLine(TCircleList& circles, std::size_t i, TSegemetLine& line);
-    void mergeCirclesAndLines(TCircleList& circles, TLineList& lines);
-    bool isNeigbor(TSegemetCircle& c1, TSegemetCircle& c2);
-
-    std::vector<TLineList> contourLines;
-    std::vector<TCircleList> contourCircles;
-    std::int32_t smoothSize = 5;
-    cv::Mat keyPointImage;
-    double firstEpsilon = 8.0;
-    double secondEpsilon = 2.0;
-    double mergeCenterDist = 50.0;
-    double maxRadius = 300.0;
-    double minRadius = 60.0;
-    double errThreshold = 3.5;
-    bool useSecondPass = true;
-    bool useCircles = true;
-    cv::Mat srcImage;
-    TLineList resultLines;
-    TCircleList resultCircles;
+    std::vector<std::vector<TSegemetLine>> contourLines_;
+    std::vector<std::vector<TSegemetCircle>> contourCircles_;
     cv::Mat lastKeyPoints_;  // of the last contour's first pass
 };
 

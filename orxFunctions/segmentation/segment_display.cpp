@@ -1,4 +1,6 @@
 // Drawing of segmented contours.
+#include "orxFunctions/segmentation/segment_contour.h"
+
 #include <cstdint>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
@@ -7,7 +9,6 @@
 #include "ZULLib/zullib.h"
 #include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
-#include "orxFunctions/segmentation/segment_contour.h"
 
 namespace orx {
 namespace {
@@ -70,8 +71,6 @@ void drawArc(cv::Mat& image, const TSegemetCircle& circle, const cv::Scalar& col
                 circle.endAngle, colour, thickness, cv::LINE_8);
 }
 
-cv::Point toPoint(cv::Vec2i v) { return {v[0], v[1]}; }
-
 // The part of a line that can be seen: OpenCV takes very long for thick lines that go far outside, and fails
 // where their length does not fit into 32 bits.
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour, int thickness) {
@@ -118,7 +117,7 @@ void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLi
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
-        drawLine(image, toPoint(line.startPoint), toPoint(line.endPoint), colours.next(), 1);
+        drawLine(image, cv::Point(line.startPoint), cv::Point(line.endPoint), colours.next(), 1);
     }
 }
 
@@ -166,12 +165,12 @@ void TSegmentContour::disPlayKeyPoints(cv::Mat& image, bool drawIndices) {
 void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bool drawTheLines,
                                           bool drawTheArcs, bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
-    if (!contourLines.empty()) {
-        const TLineList& lines = contourLines.back();
-        const TCircleList& circles = contourCircles.back();
+    if (!contourLines_.empty()) {
+        const std::vector<TSegemetLine>& lines = contourLines_.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         if (drawTheLines) {
             for (const TSegemetLine& line : lines) {
-                drawLine(image, toPoint(line.startPoint), toPoint(line.endPoint), kLineColour, 2);
+                drawLine(image, cv::Point(line.startPoint), cv::Point(line.endPoint), kLineColour, 2);
             }
         }
         if (drawTheArcs) {
@@ -180,8 +179,8 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
         if (drawThePoints) {
             // Where the pieces begin and end.
             for (const TSegemetLine& line : lines) {
-                cv::circle(image, toPoint(line.startPoint), 3, kPointColour, 2, cv::LINE_8);
-                cv::circle(image, toPoint(line.endPoint), 3, kPointColour, 2, cv::LINE_8);
+                cv::circle(image, cv::Point(line.startPoint), 3, kPointColour, 2, cv::LINE_8);
+                cv::circle(image, cv::Point(line.endPoint), 3, kPointColour, 2, cv::LINE_8);
             }
             for (const TSegemetCircle& circle : circles) {
                 if (circle.points.empty()) continue;
@@ -197,9 +196,9 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
 void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool drawTheLines, bool drawTheArcs,
                                       bool drawIndices, bool showWindow) {
     if (!prepare(image)) return;
-    if (!contourLines.empty()) {
-        const TLineList& lines = contourLines.back();
-        const TCircleList& circles = contourCircles.back();
+    if (!contourLines_.empty()) {
+        const std::vector<TSegemetLine>& lines = contourLines_.back();
+        const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         ColourSequence colours;
         if (drawThePoints && drawTheArcs) {
             for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
@@ -215,16 +214,6 @@ void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool d
 void TSegmentContour::disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool /*unused*/,
                                                 bool /*unused*/, bool /*unused*/) {
     if (prepare(image) && showWindow) show(kResultCaption, image);
-}
-
-void TSegmentContour::showStep(const cv::Mat& keyPoints, const TLineList& lines, const TCircleList& circles) {
-    cv::Mat withKeyPoints = srcImage.clone();
-    disPlayKeyPointsForTest(withKeyPoints, keyPoints, true);
-    keyPointImage = withKeyPoints;
-    cv::Mat withLines = srcImage.clone();
-    disPlayLinesForTest(withLines, lines);
-    cv::Mat withCircles = srcImage.clone();
-    disPlayCircleForTest(withCircles, circles);
 }
 
 }  // namespace orx

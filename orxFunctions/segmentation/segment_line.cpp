@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "orxFunctions/fitting/reweighted_line_internal.h"
+#include "orxFunctions/segmentation/splitting/chord_points.h"
 
 namespace orx {
 
@@ -47,6 +48,11 @@ void TSegemetLine::generateLine(cv::Vec2i p1, cv::Vec2i p2) {
     chordA /= length;
     chordB /= length;
     chordC /= length;
+}
+
+void TSegemetLine::findLinePoints(std::vector<cv::Point>& contour, double tolerance) {
+    const splitting::ChordPointFinder finder(contour, {cv::Point(startPoint), cv::Point(endPoint)});
+    finder.collect(*this, tolerance);
 }
 
 void TSegemetLine::fitLineWithContoursWithTurkey() {

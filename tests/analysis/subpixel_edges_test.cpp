@@ -180,6 +180,7 @@ TEST(EdgesSubPix, PassesOnTheExceptionsOfTheImageLibrary) {
     EXPECT_THROW(ORXEdge::EdgesSubPix(image, contours, 1, 2, -1.0), cv::Exception);
     EXPECT_THROW(ORXEdge::EdgesSubPix(image, contours, 1, 2, std::nan("")), cv::Exception);
     EXPECT_THROW(ORXEdge::EdgesSubPix(empty, contours, 1, 2, 1.0), cv::Exception);
+    EXPECT_THROW(ORXEdge::EdgesSubPix(image, contours, cv::noArray(), 99, 1, 2, 1.0), cv::Exception);
     EXPECT_EQ(contours.size(), 2U);
 }
 
@@ -229,6 +230,13 @@ TEST(CalcEdgeThresVal, DoesNotCountTheHighestLevel) {
     EXPECT_EQ(ORXEdge::calcEdgeThresVal(cv::Mat(), cv::Mat()), -1);
     const cv::Mat small(4, 4, CV_16S, cv::Scalar(1000));  // 16 pixels cannot exceed 20
     EXPECT_EQ(ORXEdge::calcEdgeThresVal(small, small), -1);
+}
+
+TEST(CalcEdgeThresVal, PassesOnTheExceptionsOfTheImageLibrary) {
+    const cv::Mat gx(20, 30, CV_16S, cv::Scalar(256));
+    const cv::Mat narrower(20, 29, CV_16S, cv::Scalar(256));
+    EXPECT_THROW(ORXEdge::calcEdgeThresVal(gx, narrower), cv::Exception);
+    EXPECT_THROW(ORXEdge::calcEdgeThresVal(gx, cv::Mat()), cv::Exception);
 }
 
 TEST(CalcEdgeThresVal, AgreesWithTheImageLibraryOnAnyGradients) {

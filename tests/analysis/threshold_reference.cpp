@@ -313,8 +313,7 @@ int triangle(Counts h) {
     int split = lo;
     double dmax = 0;
     for (int i = lo + 1; i <= top; ++i) {
-        const std::uint32_t d =
-            h.at(i) * static_cast<std::uint32_t>(lo - top) + static_cast<std::uint32_t>(i) * h.at(top);
+        const double d = static_cast<double>(h.at(i)) * (lo - top) + static_cast<double>(i) * h.at(top);
         if (d > dmax) {
             dmax = d;
             split = i;

@@ -88,9 +88,15 @@ INSTANTIATE_TEST_SUITE_P(
         WorkedExample{"six equal levels: halves for Otsu, moments and entropy; nothing above 132",
                       {{10, 5}, {20, 5}, {30, 5}, {40, 5}, {50, 5}, {60, 5}},
                       {{0, 30}, {5, -1}, {7, 31}, {8, 35}, {9, 30}}},
-        WorkedExample{"the triangle's distance at 20, 50 x (19 - 200) + 20 x 100, wraps to the largest",
-                      {{20, 50}, {200, 100}},
-                      {{1, 19}}},
+        WorkedExample{
+            "the triangle's distance at 20, 50 x (19 - 200) + 20 x 100, is negative; 199's is largest",
+            {{20, 50}, {200, 100}},
+            {{1, 198}}},
+        WorkedExample{
+            "the same with the tail above the peak: 255 - 199 + 1", {{55, 100}, {235, 50}}, {{1, 57}}},
+        WorkedExample{"the peak next to the start of the line, 2 x (0 - 1) + 1 x 2 = 0: none is chosen",
+                      {{0, 1}, {1, 2}},
+                      {{1, -1}}},
         WorkedExample{"one level",
                       {{77, 9}},
                       {{0, 0},

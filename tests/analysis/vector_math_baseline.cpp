@@ -1,3 +1,5 @@
+#include "vector_math.h"
+
 #include "vector_math_body.h"
 
 namespace vector_math {

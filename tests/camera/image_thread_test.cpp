@@ -167,6 +167,8 @@ TEST_F(ImageThread, AsksToReconnectAfterSixFailuresInARow) {
     };
     start(1);
     ASSERT_TRUE(waitForFrames(1, 2));
+    int failed = 0;
+    EXPECT_EQ(manager_.getFailedFetches(1), failed);
     for (const Case& c : {Case{fake::Picture::kFailure, "camera getImg fail 1"},
                           Case{fake::Picture::kEmpty, "Get empty image 1"},
                           Case{fake::Picture::kHuge, "Get empty image 1"}}) {
@@ -179,12 +181,18 @@ TEST_F(ImageThread, AsksToReconnectAfterSixFailuresInARow) {
         const int fetches = fakeCamera(1).fetches;
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
         EXPECT_EQ(fakeCamera(1).fetches, fetches) << "no fetch until the host has reconnected";
+        failed += 6;
+        EXPECT_EQ(manager_.getFailedFetches(1), failed);
 
         fakeCamera(1).picture = fake::Picture::kGood;
         setReady(true);
         ASSERT_TRUE(waitForFrames(1, 2));
         EXPECT_TRUE(isReady());
     }
+    manager_.closeAllThread();
+    EXPECT_EQ(manager_.getFailedFetches(1), failed) << "to be read after the end";
+    start(1);
+    EXPECT_EQ(manager_.getFailedFetches(1), 0);
 }
 
 TEST_F(ImageThread, FiveFailuresInARowAreForgiven) {

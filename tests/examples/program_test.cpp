@@ -90,6 +90,8 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     const Json::Value image = report()["images"][0];
     EXPECT_EQ(image["name"].asString(), path("disk.png"));
     EXPECT_TRUE(image["measured"].asBool());
+    EXPECT_EQ(image["status"].asString(), "measured");
+    EXPECT_FALSE(image.isMember("problem") || image.isMember("problems"));
     ASSERT_EQ(image["features"].size(), 1U);
     const Json::Value feature = image["features"][0];
     EXPECT_EQ(feature["shape"].asString(), "circle");
@@ -211,12 +213,41 @@ TEST_F(Program, UnreadableFilesAreNamedWithTheirReasonAndTheOthersGoOn) {
         EXPECT_THAT(outcome.errors, HasSubstr(path(name) + ": " + reason));
         EXPECT_EQ(images[i]["name"].asString(), path(name));
         EXPECT_FALSE(images[i]["measured"].asBool());
+        EXPECT_EQ(images[i]["status"].asString(), "not measured");
         EXPECT_THAT(images[i]["problem"].asString(), HasSubstr(reason));
         EXPECT_THAT(html, HasSubstr(path(name)));
     }
     EXPECT_TRUE(images[images.size() - 1]["measured"].asBool());
     EXPECT_EQ(images[images.size() - 1]["features"].size(), 1U);
     EXPECT_THAT(outcome.output, HasSubstr("1 measured, 5 failed"));
+}
+
+TEST_F(Program, AMeasuredPictureStaysMeasuredWhereItsPicturesCantBeWritten) {
+    // A folder stands where the file should.
+    fs::create_directories(path("out/disk-measured.png"));
+    fs::create_directories(path("out/disk-edges.png"));
+    const Outcome outcome = run({writeDisk("disk.png"), "--edges", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("disk-measured.png can't be written"));
+    EXPECT_THAT(outcome.errors, HasSubstr("disk-edges.png can't be written"));
+    EXPECT_THAT(outcome.output, HasSubstr("1 circle (1 with a mean residual below 2 px), 0 lines"));
+    EXPECT_THAT(outcome.output, HasSubstr("1 measured (1 with problems), 0 failed"));
+    EXPECT_THAT(outcome.output, Not(HasSubstr("not measured")));
+
+    const Json::Value image = report()["images"][0];
+    EXPECT_TRUE(image["measured"].asBool());
+    EXPECT_EQ(image["status"].asString(), "measured with problems");
+    ASSERT_EQ(image["problems"].size(), 2U);
+    EXPECT_THAT(image["problems"][0].asString(), HasSubstr("disk-measured.png can't be written"));
+    EXPECT_THAT(image["problem"].asString(), HasSubstr(image["problems"][1].asString()));
+    EXPECT_EQ(image["features"].size(), 1U);
+    EXPECT_EQ(image["annotated"].asString(), "");
+
+    const std::string html = textOf(path("out/report.html"));
+    EXPECT_THAT(html, HasSubstr("Measured, but: the picture "));
+    EXPECT_THAT(html, Not(HasSubstr("Not measured")));
+    EXPECT_THAT(html, HasSubstr("<h3>Features</h3>"));
+    EXPECT_THAT(html, HasSubstr("1 measured (1 with problems), 0 failed."));
 }
 
 TEST_F(Program, AnUnusableOutputFolderFailsInOneLine) {
@@ -279,6 +310,7 @@ TEST_F(Program, ASceneIsComparedWithItsTruthAndRepeatsExactly) {
     const Outcome blind = run({"--synthetic", "11", "--min-area", "1000000", "-o", path("out")});
     EXPECT_EQ(blind.exitCode, 1);
     EXPECT_THAT(blind.errors, HasSubstr("true shapes were not found"));
+    EXPECT_EQ(report()["images"][0]["status"].asString(), "measured with problems");
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
+#include "tests/examples/run_program.h"
+
 #include <sys/wait.h>
 
 #include <cstdlib>
-
-#include "tests/examples/run_program.h"
 
 namespace test {
 namespace {

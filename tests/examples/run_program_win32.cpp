@@ -1,6 +1,6 @@
-#include <windows.h>
-
 #include "tests/examples/run_program.h"
+
+#include <windows.h>
 
 namespace test {
 namespace {

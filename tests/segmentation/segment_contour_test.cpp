@@ -4,7 +4,6 @@
 #include <limits>
 #include <random>
 
-#include "segment_reference.h"
 #include "segment_shapes.h"
 
 namespace {
@@ -14,7 +13,6 @@ using orx::TSegemetCircle;
 using orx::TSegemetLine;
 using orx::TSegemetParams;
 using orx::TSegmentContour;
-using orx::TSegmentContourProbe;
 
 double gap(cv::Vec2i p, cv::Point q) { return std::hypot(p[0] - q.x, p[1] - q.y); }
 
@@ -256,116 +254,6 @@ TEST(TSegmentContour, DegenerateContoursGiveNothing) {
     append(thin, straight({110, 10}, {10, 10}));
     const auto [lines, circles] = TSegmentContour().segmentContour(thin, {});
     EXPECT_TRUE(lines.empty());
-}
-
-TEST(TSegmentContour, RunsAreTheStretchesThatNoArcCovers) {
-    const auto chord = [](cv::Point from, cv::Point to, bool used) {
-        TSegemetLine line = chordOf(straight(from, to));
-        line.startPoint = {from.x, from.y};
-        line.endPoint = {to.x, to.y};
-        line.usedByCircle = used;
-        return line;
-    };
-    std::vector<TSegemetLine> lines{chord({0, 0}, {10, 0}, false), chord({10, 0}, {10, 10}, false),
-                                    chord({10, 10}, {0, 10}, true), chord({0, 10}, {0, 20}, false),
-                                    chord({50, 50}, {60, 50}, false)};
-    TSegmentContour splitter;
-    const auto runs = TSegmentContourProbe::getSecondContours(splitter, lines);
-    ASSERT_EQ(runs.size(), 3U);
-    EXPECT_EQ(runs[0].size(), 20U);
-    EXPECT_EQ(runs[0].front(), cv::Point(0, 0));
-    EXPECT_EQ(runs[0].back(), cv::Point(10, 9));
-    EXPECT_EQ(runs[1].front(), cv::Point(0, 10));
-    EXPECT_EQ(runs[2].front(), cv::Point(50, 50));
-}
-
-TEST(TSegmentContour, TheHarnessKeepsItsArgumentRules) {
-    const std::vector<Points> contours{slot({400, 300}, 100, 300)};
-    const cv::Mat image = cv::Mat::zeros(600, 800, CV_8UC1);
-    const TSegmentContour plain = TSegmentContourProbe::harness(contours, 8.0, 0.0, image, 0.0);
-    EXPECT_EQ(TSegmentContourProbe::maxRadius(plain), 300.0);
-    EXPECT_FALSE(TSegmentContourProbe::useSecondPass(plain));
-    EXPECT_TRUE(TSegmentContourProbe::useCircles(plain));
-    EXPECT_GT(cv::countNonZero(TSegmentContourProbe::keyPointImage(plain).reshape(1)), 0);
-    TSegmentContour sentinel = TSegmentContourProbe::harness(contours, 8.0, 1.0, image, 5.0);
-    EXPECT_FALSE(TSegmentContourProbe::useCircles(sentinel));
-    EXPECT_TRUE(TSegmentContourProbe::useSecondPass(sentinel));
-    EXPECT_EQ(TSegmentContourProbe::maxRadius(sentinel), 5.0);
-    EXPECT_TRUE(sentinel.getCircles().front().empty());
-}
-
-// Outlines of parts of all sizes that overlap: sides, corners, arcs, strokes that run back along themselves.
-std::vector<Points> outlinesOfRandomParts(std::mt19937& random) {
-    const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };
-    cv::Mat picture = cv::Mat::zeros(400, 400, CV_8UC1);
-    for (int part = 0; part < 12; ++part) {
-        const cv::Point at(below(400), below(400));
-        if (part % 3 == 0) cv::circle(picture, at, 5 + below(90), 255 * below(2), cv::FILLED);
-        if (part % 3 == 1) cv::line(picture, at, {below(400), below(400)}, 255, 1 + below(4));
-        if (part % 3 == 2)
-            cv::ellipse(picture, at, {20 + below(80), 20 + below(80)}, below(180), 0, 270, 255, 2);
-    }
-    std::vector<Points> outlines;
-    cv::findContours(picture, outlines, cv::RETR_LIST, cv::CHAIN_APPROX_NONE);
-    return outlines;
-}
-
-void expectSame(const TSegemetLine& line, const TSegemetLine& expected) {
-    EXPECT_EQ(line.startPoint, expected.startPoint);
-    EXPECT_EQ(line.endPoint, expected.endPoint);
-    EXPECT_EQ(line.fitStartPoint, expected.fitStartPoint);
-    EXPECT_EQ(line.fitEndPoint, expected.fitEndPoint);
-    EXPECT_EQ(cv::Vec3d(line.chordA, line.chordB, line.chordC),
-              cv::Vec3d(expected.chordA, expected.chordB, expected.chordC));
-    EXPECT_EQ(cv::Vec3d(line.fitA, line.fitB, line.fitC),
-              cv::Vec3d(expected.fitA, expected.fitB, expected.fitC));
-    EXPECT_EQ(line.points, expected.points);
-    EXPECT_EQ(line.fitPoints, expected.fitPoints);
-    EXPECT_EQ(line.maxDist, expected.maxDist);
-}
-
-void expectSame(const TSegemetCircle& arc, const TSegemetCircle& expected) {
-    EXPECT_EQ(arc.center, expected.center);
-    EXPECT_EQ(arc.radius, expected.radius);
-    EXPECT_EQ(cv::Vec2d(arc.startAngle, arc.endAngle), cv::Vec2d(expected.startAngle, expected.endAngle));
-    EXPECT_EQ(arc.fitError, expected.fitError);
-    EXPECT_EQ(cv::Vec3d(arc.partMaxDist, arc.firstMaxDist, arc.secondMaxDist),
-              cv::Vec3d(expected.partMaxDist, expected.firstMaxDist, expected.secondMaxDist));
-    EXPECT_EQ(cv::Vec3d(arc.errThreshold, arc.maxRadius, arc.minRadius),
-              cv::Vec3d(expected.errThreshold, expected.maxRadius, expected.minRadius));
-    EXPECT_EQ(arc.points, expected.points);
-    EXPECT_EQ(arc.firstPoints, expected.firstPoints);
-    EXPECT_EQ(arc.secondPoints, expected.secondPoints);
-}
-
-template <typename Pieces>
-void expectAllSame(const Pieces& pieces, const Pieces& expected) {
-    ASSERT_EQ(pieces.size(), expected.size());
-    for (std::size_t i = 0; i < pieces.size(); ++i) expectSame(pieces[i], expected[i]);
-}
-
-TEST(TSegmentContour, GivesTheVeryResultsOfThePlainSteps) {
-    std::mt19937 random(3);
-    std::size_t lineCount = 0;
-    std::size_t arcCount = 0;
-    for (int round = 0; round < 12; ++round) {
-        SCOPED_TRACE(round);
-        TSegemetParams params;
-        if (round % 3 != 0) {
-            params = {5, 2.0 + round % 2, 1.0, 200.0, 4.0, 6.0, 1.5, true, true};
-            params.useSecondPass = round % 4 != 0;
-        }
-        for (const Points& outline : outlinesOfRandomParts(random)) {
-            const auto expected = segment_reference::split(outline, params);
-            const auto [lines, arcs] = TSegmentContour().segmentContour(outline, params);
-            expectAllSame(lines, expected.first);
-            expectAllSame(arcs, expected.second);
-            lineCount += lines.size();
-            arcCount += arcs.size();
-        }
-    }
-    EXPECT_GT(lineCount, 200U);
-    EXPECT_GT(arcCount, 50U);
 }
 
 TEST(TSegmentContour, RandomContoursOfAllKindsAreSurvived) {

@@ -1,49 +1,13 @@
-// Outlines with known geometry, and access to single steps of the splitter.
+// Outlines with known geometry.
 #ifndef TESTS_SEGMENTATION_SEGMENT_SHAPES_H
 #define TESTS_SEGMENTATION_SEGMENT_SHAPES_H
 
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
-#include <utility>
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
-
-namespace orx {
-
-// The friend of TSegmentContour.
-struct TSegmentContourProbe {
-    static void generateCircles(TSegmentContour& splitter, std::vector<TSegemetLine>& lines,
-                                std::vector<TSegemetCircle>& circles, bool closed) {
-        splitter.generateCircles(lines, circles, closed);
-    }
-    static void mergeCircles2(TSegmentContour& splitter, std::vector<TSegemetCircle>& circles) {
-        splitter.mergeCircles2(circles, false);
-    }
-    static void mergeCirclesAndLines(TSegmentContour& splitter, std::vector<TSegemetCircle>& circles,
-                                     std::vector<TSegemetLine>& lines) {
-        splitter.mergeCirclesAndLines(circles, lines);
-    }
-    static std::vector<std::vector<cv::Point>> getSecondContours(TSegmentContour& splitter,
-                                                                 std::vector<TSegemetLine>& lines) {
-        return splitter.getSecondContours(lines);
-    }
-    static std::pair<std::vector<TSegemetLine>, std::vector<TSegemetCircle>> segment(
-        TSegmentContour& splitter, std::vector<cv::Point> contour, double epsilon) {
-        return splitter.segment(std::move(contour), 5, epsilon, false);
-    }
-    static TSegmentContour harness(std::vector<std::vector<cv::Point>> contours, double epsilon,
-                                   double secondFlag, cv::Mat image, double radiusLimit) {
-        return {std::move(contours), 5, epsilon, secondFlag, std::move(image), radiusLimit};
-    }
-    static double maxRadius(const TSegmentContour& splitter) { return splitter.maxRadius; }
-    static bool useCircles(const TSegmentContour& splitter) { return splitter.useCircles; }
-    static bool useSecondPass(const TSegmentContour& splitter) { return splitter.useSecondPass; }
-    static const cv::Mat& keyPointImage(const TSegmentContour& splitter) { return splitter.keyPointImage; }
-};
-
-}  // namespace orx
 
 namespace segment_shapes {
 

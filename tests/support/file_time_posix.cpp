@@ -1,7 +1,7 @@
+#include "tests/support/file_time.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#include "tests/support/file_time.h"
 
 namespace test {
 

@@ -1,9 +1,9 @@
+#include "tests/support/file_time.h"
+
 #include <windows.h>
 
 #include <cstdint>
 #include <filesystem>
-
-#include "tests/support/file_time.h"
 
 namespace test {
 

@@ -1,9 +1,9 @@
+#include "tests/support/loaded_module.h"
+
 #include <dlfcn.h>
 
 #include <filesystem>
 #include <iterator>
-
-#include "tests/support/loaded_module.h"
 
 namespace test {
 namespace {

@@ -1,3 +1,5 @@
+#include "tests/support/loaded_module.h"
+
 #include <windows.h>
 
 #include <tlhelp32.h>
@@ -8,7 +10,6 @@
 #include <opencv2/imgproc.hpp>
 
 #include "ZULLib/zullib.h"
-#include "tests/support/loaded_module.h"
 
 namespace test {
 

@@ -3,22 +3,24 @@
 #include <array>
 #include <cmath>
 
+#include "inspection/report/colors.h"
 #include "inspection/report/pen.h"
 #include "inspection/report/table.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
 
+using scenes::kDegree;
+
 // Blue, green, red. Lines are cool, arcs warm.
-const std::array<cv::Scalar, 3> kLineColors = {cv::Scalar(255, 200, 40), cv::Scalar(110, 235, 90),
+const std::array<cv::Scalar, 3> kLineColors = {kLightBlue, cv::Scalar(110, 235, 90),
                                                cv::Scalar(255, 130, 110)};
-const std::array<cv::Scalar, 3> kArcColors = {cv::Scalar(60, 160, 255), cv::Scalar(200, 90, 255),
-                                              cv::Scalar(40, 225, 255)};
-const cv::Scalar kRisingColor(90, 230, 60);
+const std::array<cv::Scalar, 3> kArcColors = {cv::Scalar(60, 160, 255), cv::Scalar(200, 90, 255), kYellow};
+const cv::Scalar& kRisingColor = kGreen;
 const cv::Scalar kFallingColor(80, 80, 255);
-const cv::Scalar kRegionColor(255, 200, 40);
-const cv::Scalar kFittedColor(40, 225, 255);
-constexpr double kDegree = 3.141592653589793 / 180.0;
+const cv::Scalar& kRegionColor = kLightBlue;
+const cv::Scalar& kFittedColor = kYellow;
 
 cv::Point2d onCircle(const Circle& circle, double radius, double degrees) {
     return circle.center + radius * cv::Point2d(std::cos(degrees * kDegree), std::sin(degrees * kDegree));

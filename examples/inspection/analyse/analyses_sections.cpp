@@ -4,11 +4,12 @@
 #include "inspection/analyse/closeup_plot.h"
 #include "inspection/analyse/profile_plot.h"
 #include "inspection/report/table.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
+using scenes::kDegree;
 
 using Rows = std::vector<std::vector<std::string>>;
 

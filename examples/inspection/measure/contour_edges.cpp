@@ -6,7 +6,7 @@
 
 namespace inspection {
 
-cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const Context& context) {
+cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const EdgeContext& context) {
     const cv::Point2d point = pixel;
     if (context.subPixel)
         if (const auto edge = edgeAcross(context.grey, point, outward, context.brightObjects)) return *edge;
@@ -14,7 +14,7 @@ cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const Context& context)
 }
 
 std::vector<cv::Point2d> edgesOfCircle(const std::vector<cv::Point>& pixels, cv::Point2d center,
-                                       const Context& context) {
+                                       const EdgeContext& context) {
     std::vector<cv::Point2d> edges;
     edges.reserve(pixels.size());
     for (const cv::Point& pixel : pixels) {

@@ -11,7 +11,7 @@
 namespace inspection {
 
 // What stays the same for all contours of a picture that are measured alike.
-struct Context {
+struct EdgeContext {
     const cv::Mat& grey;
     bool brightObjects;
     const Settings& settings;
@@ -20,11 +20,11 @@ struct Context {
 
 // Where the edge passes at a contour pixel, looking along `outward`: by the grey profile, or else half a
 // pixel outwards.
-cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const Context& context);
+cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const EdgeContext& context);
 
 // The same for every pixel but one in the centre, looking away from it.
 std::vector<cv::Point2d> edgesOfCircle(const std::vector<cv::Point>& pixels, cv::Point2d center,
-                                       const Context& context);
+                                       const EdgeContext& context);
 
 // Adds up the distances of contour points from a shape.
 class Residuals {

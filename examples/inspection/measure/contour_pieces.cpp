@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/segmentation/segment_contour.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
@@ -50,7 +51,7 @@ StraightPiece straightPiece(const orx::TSegemetLine& line) {
 double StraightPiece::length() const { return cv::norm(to - from); }
 
 double StraightPiece::angle() const {
-    const double degrees = std::atan2(to.y - from.y, to.x - from.x) * (180.0 / 3.141592653589793);
+    const double degrees = std::atan2(to.y - from.y, to.x - from.x) * (180.0 / scenes::kPi);
     return std::fmod(degrees + 360.0, 180.0);
 }
 

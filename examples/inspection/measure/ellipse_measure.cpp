@@ -5,11 +5,13 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/fitting/ellipse_fit.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
+using scenes::kDegree;
+
 constexpr double kSmallestAxis = 4.0;
 constexpr double kRoom = 1.5;
 
@@ -87,7 +89,7 @@ cv::Point2d Ellipse::at(double parameter) const {
            shorter * std::sin(parameter) * cv::Point2d(-along.y, along.x);
 }
 
-std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const cv::Rect box = cv::boundingRect(points);
     const cv::Point2d middle = 0.5 * cv::Point2d(box.tl() + box.br());
     const double extent = std::hypot(box.width, box.height);

@@ -28,7 +28,7 @@ struct Ellipse {
 // that are found across that ellipse. The random search takes ellipses that the least inlier ratio supports;
 // where there are none, the one with the least mean error. Nothing where no ellipse fits into one and a half
 // times the contour's extent. Draws from rand(): one thread at a time.
-std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const Context& context);
+std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const EdgeContext& context);
 
 }  // namespace inspection
 

@@ -2,11 +2,12 @@
 
 #include <cmath>
 
+#include "support/angles.h"
+
 namespace inspection {
 namespace {
 
 constexpr int kSteps = 30;
-constexpr double kPi = 3.141592653589793;
 
 cv::Point2d meanOf(const std::vector<cv::Point2d>& points) {
     cv::Point2d sum;
@@ -44,7 +45,8 @@ double Circle::distance(cv::Point2d p) const {
 double Line::signedDistance(cv::Point2d p) const { return normal().dot(p - point); }
 
 double Line::angle() const {
-    const double degrees = std::fmod(std::atan2(direction.y, direction.x) * 180.0 / kPi + 360.0, 180.0);
+    const double degrees =
+        std::fmod(std::atan2(direction.y, direction.x) * 180.0 / scenes::kPi + 360.0, 180.0);
     return degrees;
 }
 

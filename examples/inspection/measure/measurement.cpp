@@ -24,7 +24,8 @@ constexpr double kHalfPixel = 0.5;
 
 // The edge along a straight side. Its ends are left out, because a blurred corner is round; a side too short
 // for that is used whole.
-std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outward, const Context& context) {
+std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outward,
+                                     const EdgeContext& context) {
     const auto along = [&](const cv::Point& pixel) { return side.line.direction.dot(cv::Point2d(pixel)); };
     const auto [least, most] =
         std::minmax_element(side.inliers.begin(), side.inliers.end(),
@@ -44,7 +45,7 @@ SearchSettings searchSettings(const Settings& settings) {
     return {settings.trials, settings.tolerance, settings.seed};
 }
 
-std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
     // The search computes in 32-bit integers: near the origin its products stay small.
     const cv::Rect box = cv::boundingRect(points);
     std::vector<cv::Point> local = points;
@@ -65,13 +66,13 @@ std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const
     return circle;
 }
 
-std::optional<Circle> estimatedCircle(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Circle> estimatedCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
     auto circle = estimateCircle(points, context.settings);
     if (circle) circle->radius += kHalfPixel;
     return circle;
 }
 
-std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const bool searches = context.settings.circle == CircleEstimator::kSearch;
     const auto circle = searches ? searchedCircle(points, context) : estimatedCircle(points, context);
     if (!circle) return std::nullopt;
@@ -98,7 +99,7 @@ cv::Point2d outwardOf(const Line& line, cv::Point2d middle) {
 }
 
 // The axis between the two long sides, or the one side that was found.
-std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const SearchSettings search = searchSettings(context.settings);
     const auto first = searchLine(points, nullptr, search);
     if (!first) return std::nullopt;
@@ -120,13 +121,14 @@ std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points,
     return ParallelLines{*single, 0.0};
 }
 
-std::optional<ParallelLines> estimatedSides(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<ParallelLines> estimatedSides(const std::vector<cv::Point>& points,
+                                            const EdgeContext& context) {
     auto sides = estimateSides(points, context.settings);
     if (sides && sides->width > 0.0) sides->width += 2.0 * kHalfPixel;
     return sides;
 }
 
-std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const Context& context) {
+std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const bool searches = context.settings.line == LineEstimator::kSearch;
     const auto sides = searches ? searchedSides(points, context) : estimatedSides(points, context);
     if (!sides) return std::nullopt;
@@ -165,7 +167,7 @@ std::optional<Feature> measureContour(const std::vector<cv::Point>& points, bool
                                       const Preparation& prepared, const Settings& settings) {
     const bool usesPixels =
         isLine ? settings.line != LineEstimator::kSearch : settings.circle != CircleEstimator::kSearch;
-    const Context context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels};
+    const EdgeContext context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels};
     if (isLine) return measureLine(points, context);
     return settings.ellipse == EllipseEstimator::kNone ? measureCircle(points, context)
                                                        : measureEllipse(points, context);

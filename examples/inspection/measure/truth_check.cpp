@@ -2,10 +2,12 @@
 
 #include <cmath>
 
+#include "support/angles.h"
+
 namespace inspection {
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
+using scenes::kDegree;
 
 int nearestFeature(const std::vector<Feature>& features, Shape shape, cv::Point2d center, double within) {
     int nearest = -1;

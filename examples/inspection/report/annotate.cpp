@@ -6,15 +6,18 @@
 
 #include "inspection/measure/ellipse_measure.h"
 #include "inspection/measure/least_squares.h"
+#include "inspection/report/colors.h"
 #include "inspection/report/pen.h"
+#include "support/angles.h"
 
 namespace inspection {
 namespace {
 
-const cv::Scalar kShapeColor(90, 230, 60);
+using scenes::kDegree;
+
+const cv::Scalar& kShapeColor = kGreen;
 const cv::Scalar kWeakColor(40, 170, 255);
 const cv::Scalar kOffColor(230, 60, 230);
-constexpr double kDegree = 3.141592653589793 / 180.0;
 
 cv::Point2d directionOf(const Feature& feature) {
     return {std::cos(feature.angle * kDegree), std::sin(feature.angle * kDegree)};

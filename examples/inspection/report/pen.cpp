@@ -4,15 +4,18 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "support/angles.h"
+
 namespace inspection {
 namespace {
+
+using scenes::kDegree;
 
 const cv::Scalar kTextEdge(40, 30, 20);
 
 // Fractional bits of OpenCV's drawing coordinates.
 constexpr int kShift = 6;
 constexpr int kUnit = 1 << kShift;
-constexpr double kDegree = 3.141592653589793 / 180.0;
 // Coordinates beyond this do not fit into the fixed-point numbers of the drawing functions.
 constexpr double kFarthest = 1e6;
 

@@ -26,7 +26,8 @@ h1 { font-size: 24px; margin: 0 0 4px; } h2 { font-size: 18px; margin: 0 0 4px; 
 h3 { font-size: 15px; margin: 20px 0 6px; }
 .soft { color: var(--soft); margin: 0 0 12px; }
 section { border: 1px solid var(--line); border-radius: 8px; background: var(--card); padding: 18px; margin: 20px 0; }
-section.failed { border-left: 4px solid var(--bad); } .problem { color: var(--bad); margin: 0; }
+section.failed { border-left: 4px solid var(--bad); } section.incomplete { border-left: 4px solid var(--accent); }
+.problem { color: var(--bad); margin: 0; }
 img { display: block; max-width: 100%; height: auto; border-radius: 4px; margin: 0 0 14px; }
 .histogram { width: 100%; max-width: 528px; display: block; }
 .histogram .object { fill: var(--object); } .histogram .ground { fill: var(--ground); }
@@ -148,12 +149,13 @@ HtmlReport::HtmlReport(std::ostream& out, const Settings& settings) : out_(out),
 }
 
 void HtmlReport::add(const ImageResult& result, const cv::Mat& annotated) {
-    ++(result.measured() ? measured_ : failed_);
-    out_ << "<section" << (result.measured() ? "" : " class='failed'") << "><h2>" << escapeHtml(result.name)
-         << "</h2>\n";
-    if (!result.measured())
-        out_ << "<p class='problem'>Not measured: " << escapeHtml(result.problem) << "</p>\n";
-    if (!result.size.empty()) {
+    tally_.add(result);
+    const char* kind = result.complete() ? "" : result.measured() ? " class='incomplete'" : " class='failed'";
+    out_ << "<section" << kind << "><h2>" << escapeHtml(result.name) << "</h2>\n";
+    if (!result.complete())
+        out_ << "<p class='problem'>" << (result.measured() ? "Measured, but: " : "Not measured: ")
+             << escapeHtml(result.problemText()) << "</p>\n";
+    if (result.measured()) {
         out_ << "<p class='soft'>" << result.size.width << " x " << result.size.height << " pixels, "
              << (result.brightObjects ? "bright" : "dark") << " objects, " << result.features.size()
              << " features</p>\n";
@@ -168,8 +170,6 @@ void HtmlReport::add(const ImageResult& result, const cv::Mat& annotated) {
     out_ << "</section>\n";
 }
 
-void HtmlReport::finish() {
-    out_ << "<p class='soft'>" << measured_ << " measured, " << failed_ << " failed.</p>\n</body></html>\n";
-}
+void HtmlReport::finish() { out_ << "<p class='soft'>" << tally_.text() << ".</p>\n</body></html>\n"; }
 
 }  // namespace inspection

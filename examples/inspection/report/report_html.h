@@ -26,8 +26,7 @@ class HtmlReport {
   private:
     std::ostream& out_;
     std::string method_;
-    int measured_ = 0;
-    int failed_ = 0;
+    Tally tally_;
 };
 
 }  // namespace inspection

@@ -36,6 +36,11 @@ Json::Value settingsValue(const Settings& settings) {
     return value;
 }
 
+const char* statusText(const ImageResult& result) {
+    if (!result.measured()) return "not measured";
+    return result.complete() ? "measured" : "measured with problems";
+}
+
 Json::Value featureValue(int number, const Feature& feature) {
     Json::Value value;
     value["number"] = number;
@@ -105,8 +110,10 @@ void JsonReport::add(const ImageResult& result) {
     Json::Value image;
     image["name"] = result.name;
     image["measured"] = result.measured();
-    if (!result.measured()) image["problem"] = result.problem;
-    if (!result.size.empty()) addMeasured(image, result);
+    image["status"] = statusText(result);
+    if (!result.problems.empty()) image["problem"] = result.problemText();
+    for (const std::string& problem : result.problems) image["problems"].append(problem);
+    if (result.measured()) addMeasured(image, result);
     if (!result.messages.empty()) {
         image["messages"] = Json::Value(Json::arrayValue);
         for (const std::string& message : result.messages) image["messages"].append(message);

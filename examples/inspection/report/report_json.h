@@ -11,7 +11,9 @@
 
 namespace inspection {
 
-// Collects results. Lengths are pixels (the centre of the top-left pixel at (0, 0)), angles degrees.
+// Collects results. Lengths are pixels (the centre of the top-left pixel at (0, 0)), angles degrees. A
+// picture is "measured" (true or false) whatever else failed; its "status" is "measured", "measured with
+// problems" or "not measured", its "problems" are a list, and "problem" has them in one line.
 class JsonReport {
   public:
     explicit JsonReport(const Settings& settings);

@@ -14,9 +14,15 @@
 
 namespace inspection {
 
+enum class Status {
+    kNotMeasured,  // it can't be read, or has no level: only the name and the problems say anything
+    kMeasured,     // also where something else failed, which the problems say
+};
+
 struct ImageResult {
-    std::string name;     // UTF-8, fit for showing
-    std::string problem;  // why it could not be measured; "" when it was
+    std::string name;  // UTF-8, fit for showing
+    Status status = Status::kNotMeasured;
+    std::vector<std::string> problems;  // what failed, in the order in which it did; UTF-8
 
     cv::Size size;
     int level = 0;
@@ -33,7 +39,25 @@ struct ImageResult {
     std::vector<std::string> moreFiles;  // further pictures, UTF-8
     std::vector<std::string> messages;   // of the library, UTF-8
 
-    bool measured() const { return problem.empty(); }
+    bool measured() const { return status == Status::kMeasured; }
+    // All of it: measured, and nothing failed beside it.
+    bool complete() const { return measured() && problems.empty(); }
+    // All problems in one line.
+    std::string problemText() const;
+};
+
+// What became of the pictures of a run.
+class Tally {
+  public:
+    void add(const ImageResult& result);
+    // "3 measured (1 with problems), 1 failed".
+    std::string text() const;
+    bool allComplete() const { return failed_ == 0 && withProblems_ == 0; }
+
+  private:
+    int measured_ = 0;
+    int withProblems_ = 0;  // of the measured
+    int failed_ = 0;
 };
 
 }  // namespace inspection

@@ -103,7 +103,7 @@ void printAligned(std::ostream& out, const std::vector<std::vector<std::string>>
 
 void printResult(std::ostream& out, const ImageResult& result, const std::string& method) {
     if (!result.measured()) {
-        out << "\n" << result.name << ": not measured: " << result.problem << "\n";
+        out << "\n" << result.name << ": not measured: " << result.problemText() << "\n";
         return;
     }
     out << "\n"

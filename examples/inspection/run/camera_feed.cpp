@@ -1,22 +1,12 @@
 #include "inspection/run/camera_feed.h"
 
 #include <atomic>
-#include <string_view>
 #include <utility>
 
 namespace inspection {
 namespace {
 
 std::atomic<CameraFeed*> current{nullptr};
-
-// The camera that a trace line reports a failed fetch of; -1 for other lines.
-int failedCamera(std::string_view line) {
-    for (const std::string_view start : {"camera getImg fail ", "Get empty image "}) {
-        if (line.substr(0, start.size()) == start)
-            return zul::strToInt(std::string(line.substr(start.size())));
-    }
-    return -1;
-}
 
 }  // namespace
 
@@ -25,15 +15,9 @@ double CameraCount::rate() const {
     return seconds > 0.0 ? (delivered - 1) / seconds : 0.0;
 }
 
-CameraFeed::CameraFeed() {
-    current = this;
-    zul::setTraceSink(readTrace, this);
-}
+CameraFeed::CameraFeed() { current = this; }
 
-CameraFeed::~CameraFeed() {
-    zul::setTraceSink(nullptr, nullptr);
-    current = nullptr;
-}
+CameraFeed::~CameraFeed() { current = nullptr; }
 
 void CameraFeed::receive(cv::Mat& picture, int camera) {
     CameraFeed* const feed = current;
@@ -49,14 +33,6 @@ void CameraFeed::receive(cv::Mat& picture, int camera) {
         feed->newest_[slot] = picture;
     }
     feed->arrived_.notify_one();
-}
-
-void CameraFeed::readTrace(const char* line, void* self) {
-    const int camera = failedCamera(line);
-    if (camera < 0 || camera >= orx::MAXCameraNum) return;
-    auto* const feed = static_cast<CameraFeed*>(self);
-    const std::lock_guard<std::mutex> lock(feed->mutex_);
-    ++feed->counts_[static_cast<std::size_t>(camera)].failed;
 }
 
 bool CameraFeed::take(std::chrono::steady_clock::time_point end, cv::Mat& picture, int& camera) {

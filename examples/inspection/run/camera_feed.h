@@ -7,7 +7,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <opencv2/core.hpp>
-#include <string>
 
 #include "orxFunctions/orxfunctions.h"
 
@@ -17,7 +16,6 @@ namespace inspection {
 struct CameraCount {
     int delivered = 0;  // pictures
     int dropped = 0;    // of them, because a newer one came before the consumer took them
-    int failed = 0;     // fetches without a picture
     std::chrono::steady_clock::time_point first;
     std::chrono::steady_clock::time_point last;
 
@@ -29,7 +27,6 @@ struct CameraCount {
 // picture's header: measuring in its callback would hold up the camera. One feed at a time in a process.
 class CameraFeed {
   public:
-    // Listens to the grab threads' trace lines, in which failed fetches show.
     CameraFeed();
     ~CameraFeed();
     CameraFeed(const CameraFeed&) = delete;
@@ -43,7 +40,6 @@ class CameraFeed {
     CameraCount count(int camera) const;
 
   private:
-    static void readTrace(const char* line, void* self);
     bool takeNow(cv::Mat& picture, int& camera);
 
     mutable std::mutex mutex_;

@@ -18,6 +18,7 @@
 #include "inspection/run/interrupt.h"
 #include "inspection/run/output_folder.h"
 #include "orxFunctions/orxfunctions.h"
+#include "orxFunctions/vision_driver.h"
 
 namespace inspection {
 namespace {
@@ -82,7 +83,7 @@ class CameraSession {
             orx::imgThreadManager.startThread(&cams_, &config_, i);
             orx::imgThreadManager.setDrawImgCallbackFunc(true, CameraFeed::receive, i);
         }
-        orx::APPaddOrSetParamBool("cameraReady", true);
+        orx::APPaddOrSetParamBool(orx::kCameraReady, true);
         log_ << "grabbing from " << cameras() << (cameras() == 1 ? " camera for " : " cameras for ")
              << fixedText(options_.camera.seconds, 1) << " s; Ctrl-C ends it" << std::endl;
         const auto end =
@@ -93,7 +94,7 @@ class CameraSession {
             const auto soon = std::min(end, Clock::now() + std::chrono::milliseconds(100));
             if (feed_.take(soon, picture, camera))
                 measurePicture(picture, last_[static_cast<std::size_t>(camera)]);
-            if (!orx::APPgetParamBool("cameraReady")) reconnect();
+            if (!orx::APPgetParamBool(orx::kCameraReady)) reconnect();
         }
         orx::imgThreadManager.closeAllThread();
     }
@@ -110,13 +111,13 @@ class CameraSession {
     // The driver reconnects by itself; what it needs is to be asked again.
     void reconnect() {
         for (int i = 0; i < cameras(); ++i) cams_.connectCamera(i, options_.camera.type);
-        orx::APPaddOrSetParamBool("cameraReady", true);
+        orx::APPaddOrSetParamBool(orx::kCameraReady, true);
     }
 
     void close() {
         for (int i = 0; i < cams_.cameraNumber; ++i) {
             sizes_.push_back(cams_.getImgSize(i));
-            lost_.push_back(cams_.GetParam(i, kFramesLost));
+            lost_.push_back(cams_.GetParam(i, VD_PARAM_FRAMES_LOST));
         }
         cams_.DestoryCamera();
         cams_.freeDll();
@@ -142,7 +143,7 @@ class CameraSession {
                             std::to_string(sizes_[slot].width) + "x" + std::to_string(sizes_[slot].height),
                             fixedText(count.rate(), 1), std::to_string(count.delivered),
                             std::to_string(last.measured), std::to_string(count.dropped),
-                            std::to_string(count.failed),
+                            std::to_string(orx::imgThreadManager.getFailedFetches(i)),
                             std::isnan(lost_[slot]) ? "-" : fixedText(lost_[slot], 0),
                             std::to_string(last.features.size())});
             isComplete = writePicture(i, last, pictures) && isComplete;
@@ -167,8 +168,6 @@ class CameraSession {
         pictures.push_back(displayName(file));
         return true;
     }
-
-    static constexpr int kFramesLost = 102;  // a driver's parameter: frames that did not arrive whole
 
     const Options& options_;
     std::ostream& out_;

@@ -27,6 +27,14 @@ const std::map<std::string, LineEstimator> kLineEstimators = {{"search", LineEst
 const std::map<std::string, EllipseEstimator> kEllipseEstimators = {{"none", EllipseEstimator::kNone},
                                                                     {"norm", EllipseEstimator::kNorm},
                                                                     {"ransac", EllipseEstimator::kRansac}};
+const std::map<int, std::string> kCameraTypes = {
+    {VD_TYPE_DAHUA, "Dahua"},
+    {VD_TYPE_BASLER, "Basler"},
+    {VD_TYPE_HIKVISION, "Hikvision"},
+    {VD_TYPE_ANY, "any camera or none at all (a synthetic scene)"},
+    {VD_TYPE_DAHENG, "Daheng"},
+    {VD_TYPE_MICROVISION, "MicroVision"},
+    {VD_TYPE_IMAGING_SOURCE, "The Imaging Source"}};
 
 // Names as they are typed; they become enumerations once they are known to be valid.
 struct Words {
@@ -82,6 +90,16 @@ void addInputs(CLI::App& app, Options& options) {
         ->capture_default_str();
 }
 
+// "7 Dahua, 10 Basler, ...", in two lines.
+std::string cameraTypes() {
+    std::string text;
+    for (const auto& [type, name] : kCameraTypes) {
+        if (!text.empty()) text += type == VD_TYPE_DAHENG ? ",\n" : ", ";
+        text += std::to_string(type) + " " + name;
+    }
+    return text;
+}
+
 void addCameraOptions(CLI::App& app, CameraOptions& camera) {
     const char* group = "Live cameras";
     auto* const flag =
@@ -90,10 +108,8 @@ void addCameraOptions(CLI::App& app, CameraOptions& camera) {
                "Measure what cameras see, in place of pictures; Ctrl-C ends it. Prints each camera's rate\n"
                "and writes its last measured picture")
             ->group(group);
-    app.add_option("--type", camera.type,
-                   "7 Dahua, 10 Basler, 11 Hikvision, 12 any camera or none at all (a synthetic scene),\n"
-                   "13 Daheng, 14 MicroVision, 15 The Imaging Source")
-        ->check(CLI::IsMember({7, 10, 11, 12, 13, 14, 15}))
+    app.add_option("--type", camera.type, cameraTypes())
+        ->check(CLI::IsMember(kCameraTypes))
         ->needs(flag)
         ->type_name("N")
         ->capture_default_str()
@@ -276,9 +292,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "or line for each contour. Writes annotated pictures, a JSON and an HTML report.",
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
-    app.footer("Methods: " + CLI::detail::join(methodNames(), ", ") +
-               ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not, 2 for "
-               "bad arguments.");
+    app.footer(
+        "Methods: " + CLI::detail::join(methodNames(), ", ") +
+        ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not or an output "
+        "could not be written, 2 for bad arguments.");
     addInputs(app, options);
     addCameraOptions(app, options.camera);
     addObjectOptions(app, options.settings, words);

@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "inspection/run/settings.h"
+#include "orxFunctions/vision_driver.h"
 
 namespace inspection {
 
 // Live cameras in place of pictures.
 struct CameraOptions {
     bool wanted = false;
-    int type = 12;  // a camera type of orx::TMultiCamera::CheckCameraDriverValid
+    int type = VD_TYPE_ANY;  // enum VDCameraType
     int cameras = 1;
     double seconds = 5.0;
 };

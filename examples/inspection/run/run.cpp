@@ -59,7 +59,7 @@ class Session {
         if (!writeFile(jsonFile, json_.text()))
             return refuse("the report", displayName(jsonFile), "it can't be written");
         printEnd(htmlFile, jsonFile);
-        return failed_ == 0 ? 0 : 1;
+        return tally_.allComplete() ? 0 : 1;
     }
 
   private:
@@ -77,12 +77,14 @@ class Session {
             progress.show(done++, displayName(source.path.filename()));
             ImageResult result;
             result.name = displayName(source.path);
-            result.problem = source.problem;
+            std::string problem = source.problem;
+            cv::Mat grey;
+            if (problem.empty()) grey = readGrey(source.path, problem);
             cv::Mat annotated;
-            if (result.measured()) {
-                const cv::Mat grey = readGrey(source.path, result.problem);
-                if (!grey.empty()) annotated = measurePicture(grey, source.path, nullptr, result);
-            }
+            if (grey.empty())
+                result.problems.push_back(problem);
+            else
+                annotated = measurePicture(grey, source.path, nullptr, result);
             progress.wipe();
             keep(result, annotated, html);
         }
@@ -97,20 +99,22 @@ class Session {
         result.name = "scene-" + std::to_string(seed);
         const fs::path file = folder_.file(result.name + ".png");
         const cv::Mat annotated = measurePicture(scene.image, file, &scene, result);
-        if (!writePng(file, scene.image)) result.problem = "the scene's picture can't be written";
+        if (!writePng(file, scene.image)) result.problems.push_back(unwritable(file));
         keep(result, annotated, html);
     }
 
     // Fills the result; the annotated picture is empty when there is no level.
     cv::Mat measurePicture(const cv::Mat& grey, const fs::path& source, const scenes::Scene* scene,
                            ImageResult& result) {
-        result.size = grey.size();
-        const auto prepared = prepare(grey, options_.settings, result.problem);
+        std::string problem;
+        const auto prepared = prepare(grey, options_.settings, problem);
         result.messages = takeMessages();
         if (!prepared) {
-            result.size = {};
+            result.problems.push_back(problem);
             return {};
         }
+        result.status = Status::kMeasured;
+        result.size = grey.size();
         result.level = prepared->level;
         result.brightObjects = prepared->brightObjects;
         result.histogram = prepared->histogram;
@@ -122,21 +126,25 @@ class Session {
         result.messages.insert(result.messages.end(), messages.begin(), messages.end());
 
         cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
-        result.annotatedFile = writePicture(source, "-measured", annotated, result.problem);
+        result.annotatedFile = writePicture(source, "-measured", annotated, result.problems);
         for (const Section& section : result.sections) {
             if (section.picture.empty()) continue;
-            const std::string file = writePicture(source, section.suffix, section.picture, result.problem);
+            const std::string file = writePicture(source, section.suffix, section.picture, result.problems);
             if (!file.empty()) result.moreFiles.push_back(file);
         }
         return annotated;
     }
 
-    // The name of the file; "" when it can't be written, and the reason in `problem`.
+    static std::string unwritable(const fs::path& file) {
+        return "the picture " + displayName(file) + " can't be written";
+    }
+
+    // The name of the file; "" when it can't be written, which is one of the problems then.
     std::string writePicture(const fs::path& source, const std::string& suffix, const cv::Mat& picture,
-                             std::string& problem) {
+                             std::vector<std::string>& problems) {
         const fs::path file = folder_.pictureFor(source, suffix);
         if (writePng(file, picture)) return displayName(file);
-        problem = "the picture " + displayName(file) + " can't be written";
+        problems.push_back(unwritable(file));
         return "";
     }
 
@@ -146,13 +154,14 @@ class Session {
         const auto missed = std::count_if(result.truth.begin(), result.truth.end(),
                                           [](const TruthError& error) { return error.feature < 0; });
         if (missed > 0)
-            result.problem = std::to_string(missed) + " of " + std::to_string(result.truth.size()) +
-                             " true shapes were not found";
+            result.problems.push_back(std::to_string(missed) + " of " + std::to_string(result.truth.size()) +
+                                      " true shapes were not found");
     }
 
     void keep(const ImageResult& result, const cv::Mat& annotated, HtmlReport& html) {
-        ++(result.measured() ? measured_ : failed_);
-        if (!result.measured()) log_ << "orx_inspection: " << result.name << ": " << result.problem << "\n";
+        tally_.add(result);
+        for (const std::string& problem : result.problems)
+            log_ << "orx_inspection: " << result.name << ": " << problem << "\n";
         printResult(out_, result, options_.settings.method);
         for (const std::string& message : result.messages) out_ << "message: " << message << "\n";
         if (!result.annotatedFile.empty()) pictures_.push_back(result.annotatedFile);
@@ -169,7 +178,7 @@ class Session {
     }
 
     void printEnd(const fs::path& htmlFile, const fs::path& jsonFile) {
-        out_ << "\n" << measured_ << " measured, " << failed_ << " failed\n";
+        out_ << "\n" << tally_.text() << "\n";
         for (const std::string& picture : pictures_) out_ << "picture  " << picture << "\n";
         out_ << "report   " << displayName(htmlFile) << "\n"
              << "report   " << displayName(jsonFile) << "\n";
@@ -181,8 +190,7 @@ class Session {
     OutputFolder folder_;
     JsonReport json_;
     std::vector<std::string> pictures_;
-    int measured_ = 0;
-    int failed_ = 0;
+    Tally tally_;
     bool hasDisplay_ = true;
 };
 

@@ -8,7 +8,8 @@
 
 namespace inspection {
 
-// Exit code: 0 when all pictures were measured, 1 when some were not or an output could not be written.
+// Exit code: 0 when all pictures were measured, 1 when some were not, true shapes were missed or an output
+// could not be written.
 // Tables go to `out`, progress and errors to `log`. One thread at a time.
 int run(const Options& options, std::ostream& out, std::ostream& log);
 

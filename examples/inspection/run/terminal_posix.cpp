@@ -1,6 +1,6 @@
-#include <unistd.h>
-
 #include "inspection/run/terminal.h"
+
+#include <unistd.h>
 
 namespace inspection {
 

@@ -1,8 +1,8 @@
+#include "inspection/run/terminal.h"
+
 #include <io.h>
 #include <stdio.h>
 #include <windows.h>
-
-#include "inspection/run/terminal.h"
 
 namespace inspection {
 

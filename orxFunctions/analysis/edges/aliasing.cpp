@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orxFunctions/foundation/angles_internal.h"
+
 namespace orx::edges {
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 // Squared blur beyond which a ripple moves no edge by more than a thousandth of a pixel.
 constexpr double kBlurred = 0.5;
 // The sine of the largest angle to an axis.

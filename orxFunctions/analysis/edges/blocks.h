@@ -8,10 +8,12 @@
 #include <vector>
 
 #include "orxFunctions/analysis/edges/gradient.h"
+#include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 
+using edge_kernels::kBlock;
 using PixelChain = std::vector<cv::Point>;
 
 // Pixels [from, to) of a chain, at most kBlock of them.

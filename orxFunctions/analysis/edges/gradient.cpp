@@ -7,10 +7,12 @@
 #include <opencv2/core/utility.hpp>
 
 #include "orxFunctions/platform/parallel_internal.h"
-#include "orxFunctions/platform/simd/cpu.h"
 
 namespace orx::edges {
 namespace {
+
+using edge_kernels::GaussTap;
+using edge_kernels::Kernels;
 
 // To 16 bits, half to even and saturated.
 std::int16_t roundedTo16(float value) {
@@ -68,7 +70,7 @@ class DerivativeFilter {
         }
     }
 
-    void filter(int r, const EdgeKernels& kernels, std::int16_t* out) {
+    void filter(int r, const Kernels& kernels, std::int16_t* out) {
         std::uint8_t* const row = padded_.data() + radius_;
         std::copy_n(image_.ptr(r), image_.cols, row);
         addMargins(row, image_.cols, radius_);
@@ -83,25 +85,18 @@ class DerivativeFilter {
     const cv::Mat& image_;
     int radius_;
     std::vector<std::uint8_t> padded_;
-    std::vector<ByteTap> horizontal_;
-    std::vector<ByteTap> vertical_;
-    ByteTaps taps_;
+    std::vector<edge_kernels::ByteTap> horizontal_;
+    std::vector<edge_kernels::ByteTap> vertical_;
+    edge_kernels::ByteTaps taps_;
 };
 
 }  // namespace
-
-const EdgeKernels& edgeKernels() {
-#if defined(ORX_HAS_AVX2_KERNELS)
-    if (platform::useAvx2()) return kEdgeKernelsAvx2;
-#endif
-    return kEdgeKernelsBaseline;
-}
 
 void GradientImage::frameRow(int r) {
     std::int16_t* pairs = row(r);
     std::copy_n(pairs, 2, pairs - 2);
     std::copy_n(pairs + 2 * (cols_ - 1), 2, pairs + 2 * cols_);
-    std::fill_n(pairs + 2 * (cols_ + 1), 2 * kRowPadding, std::int16_t{0});
+    std::fill_n(pairs + 2 * (cols_ + 1), 2 * edge_kernels::kRowPadding, std::int16_t{0});
 }
 
 void GradientImage::frameRows() {
@@ -132,7 +127,7 @@ std::vector<std::int16_t> derivativeKernel(double sigma) {
 
 GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std::int16_t>& halfKernel) {
     GradientImage gradient(smoothed.rows, smoothed.cols);
-    const EdgeKernels& kernels = edgeKernels();
+    const Kernels& kernels = edge_kernels::chosen();
     forStripes(smoothed.rows, [&](int from, int to) {
         DerivativeFilter filter(smoothed, halfKernel);
         for (int r = from; r < to; ++r) {
@@ -173,7 +168,7 @@ std::vector<GaussTap> gaussianTaps(double sigma) {
 
 GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>& taps) {
     GradientImage gradient(gray.rows, gray.cols);
-    const EdgeKernels& kernels = edgeKernels();
+    const Kernels& kernels = edge_kernels::chosen();
     const int radius = static_cast<int>(taps.size()) - 1;
     const std::size_t padded = static_cast<std::size_t>(gray.cols) + 2 * static_cast<std::size_t>(radius);
     forStripes(gray.rows, [&](int from, int to) {

@@ -14,15 +14,14 @@ namespace orx::edges {
 // The scale of integer gradients: the positive half of a derivative kernel sums to this.
 constexpr int kGradientScale = 128;
 
-// The kernels for the processor that runs.
-const EdgeKernels& edgeKernels();
-
 // dx and dy of an image as interleaved pairs, inside a frame of one pixel that repeats the border and some
 // readable elements after each row.
 class GradientImage {
   public:
     GradientImage(int rows, int cols)
-        : rows_(rows), cols_(cols), pairs_(rows + 2, cols + 2 + static_cast<int>(kRowPadding), CV_16SC2) {}
+        : rows_(rows),
+          cols_(cols),
+          pairs_(rows + 2, cols + 2 + static_cast<int>(edge_kernels::kRowPadding), CV_16SC2) {}
 
     int rows() const { return rows_; }
     int cols() const { return cols_; }
@@ -52,11 +51,8 @@ GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std:
 
 // Gaussian gradient of an 8-bit image: smoothed with the same sigma in both directions, from 14-bit kernels
 // three sigma long or a little more, without rounding the smoothed image to grey levels. The same border.
-GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>& taps);
-std::vector<GaussTap> gaussianTaps(double sigma);
-
-// The automatic high threshold: see ORXEdge::calcEdgeThresVal.
-double automaticThreshold(const GradientImage& gradient);
+GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<edge_kernels::GaussTap>& taps);
+std::vector<edge_kernels::GaussTap> gaussianTaps(double sigma);
 
 // Rows that a thread takes at a time, and how many such stripes there are.
 constexpr int kStripeRows = 64;

@@ -1,7 +1,10 @@
+#include "orxFunctions/analysis/edges/kernels.h"
+
 #include "orxFunctions/analysis/edges/kernels_impl.h"
+#include "orxFunctions/platform/simd/choose_kernels.h"
 
-namespace orx::edges {
+namespace orx::edge_kernels {
 
-const EdgeKernels kEdgeKernelsBaseline = ORX_SIMD::kEdgeKernels;
+const Kernels& chosen() { return platform::chooseKernels(ORX_SIMD::kKernels, kAvx2); }
 
-}  // namespace orx::edges
+}  // namespace orx::edge_kernels

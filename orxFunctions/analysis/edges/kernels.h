@@ -1,13 +1,13 @@
-// The inner loops of the edge detectors, compiled for the baseline and for AVX2. Both give the same bits.
+// The inner loops of the edge detectors. Every instruction set gives the same bits.
 //
 // Gradients are pairs (dx, dy) of 16-bit integers, interleaved, 128 times the scale of the grey values.
-#ifndef ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_INTERNAL_H
-#define ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_INTERNAL_H
+#ifndef ORXFUNCTIONS_ANALYSIS_EDGES_KERNELS_H
+#define ORXFUNCTIONS_ANALYSIS_EDGES_KERNELS_H
 
 #include <cstddef>
 #include <cstdint>
 
-namespace orx::edges {
+namespace orx::edge_kernels {
 
 // Rows are processed in whole vectors; gradient and magnitude rows have this many elements to spare.
 constexpr std::size_t kRowPadding = 16;
@@ -77,7 +77,7 @@ struct MetricBlock {
     float deviation[kBlock];   // of the offset, from noise
 };
 
-struct EdgeKernels {
+struct Kernels {
     // out: `width` pairs.
     void (*gradientRow)(const ByteTaps& taps, std::size_t width, std::int16_t* out);
     // Column filters of a Gaussian gradient: rows[count - 1 + k] is k rows below, rows[count - 1 - k] above.
@@ -98,11 +98,10 @@ struct EdgeKernels {
     void (*refineMetric)(MetricBlock& block);
 };
 
-extern const EdgeKernels kEdgeKernelsBaseline;
-#if defined(ORX_HAS_AVX2_KERNELS)
-extern const EdgeKernels kEdgeKernelsAvx2;
-#endif
+extern const Kernels kAvx2;
 
-}  // namespace orx::edges
+const Kernels& chosen();
+
+}  // namespace orx::edge_kernels
 
 #endif

@@ -1,7 +1,8 @@
+#include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/analysis/edges/kernels_impl.h"
 
-namespace orx::edges {
+namespace orx::edge_kernels {
 
-const EdgeKernels kEdgeKernelsAvx2 = ORX_SIMD::kEdgeKernels;
+const Kernels kAvx2 = ORX_SIMD::kKernels;
 
-}  // namespace orx::edges
+}  // namespace orx::edge_kernels

@@ -1,19 +1,17 @@
-// The inner loops declared in edges/kernels.h, written once for every instruction set.
-#ifndef ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_BODY_INTERNAL_H
-#define ORXFUNCTIONS_ANALYSIS_EDGE_KERNELS_BODY_INTERNAL_H
+// The loops of edges/kernels.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_ANALYSIS_EDGES_KERNELS_IMPL_H
+#define ORXFUNCTIONS_ANALYSIS_EDGES_KERNELS_IMPL_H
+
+#include <cstddef>
+#include <cstdint>
 
 #include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/platform/simd/narrow_vectors.h"
 #include "orxFunctions/platform/simd/vector_math.h"
 
-namespace orx::ORX_SIMD {
+namespace orx::edge_kernels::ORX_SIMD {
 
-using edges::ByteTap;
-using edges::ByteTaps;
-using edges::FacetBlock;
-using edges::GaussTap;
-using edges::MetricBlock;
-using edges::SuppressedRow;
+using namespace orx::ORX_SIMD;
 
 // To 16 bits, saturated.
 inline std::int16_t narrowed(std::int32_t sum) {
@@ -361,9 +359,9 @@ inline void refineMetric(MetricBlock& block) {
     }
 }
 
-inline constexpr edges::EdgeKernels kEdgeKernels = {gradientRow, gaussColumns, gaussRows,   magnitudeRow,
-                                                    suppressRow, refineFacets, refineMetric};
+inline constexpr Kernels kKernels = {gradientRow, gaussColumns, gaussRows,   magnitudeRow,
+                                     suppressRow, refineFacets, refineMetric};
 
-}  // namespace orx::ORX_SIMD
+}  // namespace orx::edge_kernels::ORX_SIMD
 
 #endif

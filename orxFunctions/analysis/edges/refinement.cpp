@@ -5,6 +5,8 @@
 namespace orx::edges {
 namespace {
 
+using edge_kernels::FacetBlock;
+
 constexpr double kTwoPi = 6.283185307179586;
 
 // In the rare case that the vector angle lies too near the middle of two floats, the library's atan2 decides.
@@ -24,7 +26,7 @@ void refineChains(const GradientImage& gradient, const std::vector<PixelChain>& 
         contours[i].direction.resize(chains[i].size());
         contours[i].response.resize(chains[i].size());
     }
-    const EdgeKernels& kernels = edgeKernels();
+    const edge_kernels::Kernels& kernels = edge_kernels::chosen();
     forBlocks<FacetBlock>(gradient, chains, [&](FacetBlock& block, const ChainBlock& piece) {
         const cv::Point* pixels = chains[piece.chain].data() + piece.from;
         for (std::size_t i = 0; i < block.count; ++i) {

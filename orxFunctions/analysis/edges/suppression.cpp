@@ -6,10 +6,14 @@
 #include <opencv2/core/utility.hpp>
 #include <vector>
 
+#include "orxFunctions/analysis/edges/kernels.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 namespace {
+
+using edge_kernels::Kernels;
+using edge_kernels::SuppressedRow;
 
 constexpr std::uint8_t kNoEdge = 0;
 constexpr std::uint8_t kMaybeEdge = 1;
@@ -23,10 +27,10 @@ std::int32_t to32Bits(std::int64_t threshold) {
 // The three magnitude rows around the current one. Rows and columns outside the image are zero.
 class MagnitudeRing {
   public:
-    MagnitudeRing(const GradientImage& gradient, const EdgeKernels& kernels)
+    MagnitudeRing(const GradientImage& gradient, const Kernels& kernels)
         : gradient_(gradient), kernels_(kernels) {
         for (std::vector<std::int32_t>& row : rows_) {
-            row.resize(static_cast<std::size_t>(gradient.cols()) + 2 + kRowPadding);
+            row.resize(static_cast<std::size_t>(gradient.cols()) + 2 + edge_kernels::kRowPadding);
         }
     }
 
@@ -46,7 +50,7 @@ class MagnitudeRing {
     static std::size_t slot(int r) { return static_cast<std::size_t>((r + 3) % 3); }
 
     const GradientImage& gradient_;
-    const EdgeKernels& kernels_;
+    const Kernels& kernels_;
     std::array<std::vector<std::int32_t>, 3> rows_;
 };
 
@@ -69,7 +73,7 @@ void addRow(const SuppressedRow& found, std::uint8_t* mapRow, Maxima& maxima) {
 
 Maxima suppressRows(const GradientImage& gradient, SquaredThresholds thresholds, int from, int to,
                     cv::Mat& map) {
-    const EdgeKernels& kernels = edgeKernels();
+    const Kernels& kernels = edge_kernels::chosen();
     const auto cols = static_cast<std::size_t>(gradient.cols());
     std::vector<std::int32_t> columns(2 * cols);
     SuppressedRow found{columns.data(), columns.data() + cols, 0, 0};

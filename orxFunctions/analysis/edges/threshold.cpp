@@ -3,9 +3,6 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/analysis/edges/gradient.h"
-#include "orxFunctions/analysis/subpixel_edges.h"
-
 namespace orx::edges {
 namespace {
 
@@ -55,10 +52,7 @@ double automaticThreshold(const GradientImage& gradient) {
     return highestLevelAbove(levels, limitFor(gradient.rows(), gradient.cols()));
 }
 
-}  // namespace orx::edges
-
-double ORXEdge::calcEdgeThresVal(cv::Mat gx, cv::Mat gy) {
-    using namespace orx::edges;
+double automaticThreshold(const cv::Mat& gx, const cv::Mat& gy) {
     if (gx.empty()) return -1.0;
     if (!arePlainGradients(gx, gy)) {
         return highestLevelAbove(levelsOfAnyType(gx, gy), limitFor(gx.rows, gx.cols));
@@ -71,3 +65,5 @@ double ORXEdge::calcEdgeThresVal(cv::Mat gx, cv::Mat gy) {
     }
     return highestLevelAbove(levels, limitFor(gx.rows, gx.cols));
 }
+
+}  // namespace orx::edges

@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <opencv2/core.hpp>
+
+#include "orxFunctions/analysis/edges/gradient.h"
 
 namespace orx::edges {
 
@@ -20,6 +24,10 @@ inline std::size_t gradientLevel(int dx, int dy) {
 
 // The highest level at and above which more than `limit` pixels lie, -1 for none. Level 255 does not count.
 double highestLevelAbove(const LevelHistogram& levels, double limit);
+
+// The automatic high threshold: see ORXEdge::calcEdgeThresVal.
+double automaticThreshold(const GradientImage& gradient);
+double automaticThreshold(const cv::Mat& gx, const cv::Mat& gy);
 
 }  // namespace orx::edges
 

@@ -1,10 +1,11 @@
 // The methods that weigh the information in the two classes: maximum entropy, Shanbhag.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/thresholds/methods.h"
 #include "orxFunctions/analysis/thresholds/shortlist.h"
 
 namespace orx {

@@ -1,11 +1,12 @@
 // Huang and Wang: the level at which the image is least fuzzy.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/thresholds/methods.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx {

@@ -1,9 +1,9 @@
 // The methods that balance a level between the class means: iterative intermeans, IsoData; and moments.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-
-#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {

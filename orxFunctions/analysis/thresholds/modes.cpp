@@ -1,10 +1,10 @@
 // The methods of Prewitt and Mendelsohn: smooth the histogram until two modes are left, then split at their
 // mean (intermodes) or at the valley between them (minimum).
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
-
-#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {

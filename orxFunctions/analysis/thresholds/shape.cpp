@@ -1,9 +1,9 @@
 // The methods that read the level off the shape of the histogram: triangle, required number.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-
-#include "orxFunctions/analysis/thresholds/methods.h"
 
 namespace orx {
 namespace {
@@ -22,7 +22,7 @@ int triangleLevel(Histogram histogram) {
     int low = first > kLastLevel ? 0 : std::max(first - 1, 0);
     const int high = std::min(lastLevelAboveZero(histogram) + 1, kLastLevel);
     int peak = static_cast<int>(std::max_element(histogram.begin(), histogram.end()) - histogram.begin());
-    const std::uint32_t most = histogram[static_cast<std::size_t>(peak)];
+    const std::int64_t most = histogram[static_cast<std::size_t>(peak)];
     const bool inverted = peak - low < high - peak;
     if (inverted) {
         std::reverse(histogram.begin(), histogram.end());
@@ -30,13 +30,10 @@ int triangleLevel(Histogram histogram) {
         peak = kLastLevel - peak;
     }
     int split = low;
-    std::uint32_t farthest = 0;
-    const auto slope = static_cast<std::uint32_t>(low - peak);
+    std::int64_t farthest = 0;
+    const std::int64_t slope = low - peak;
     for (int i = low + 1; i <= peak; ++i) {
-        // In unsigned 32-bit arithmetic, intended: a level whose distance is negative, because its bin is
-        // high and far from the peak, wraps around to a very large one.
-        const std::uint32_t distance =
-            histogram[static_cast<std::size_t>(i)] * slope + static_cast<std::uint32_t>(i) * most;
+        const std::int64_t distance = histogram[static_cast<std::size_t>(i)] * slope + i * most;
         if (distance > farthest) {
             farthest = distance;
             split = i;

@@ -1,9 +1,10 @@
 // The methods that weigh the variances of the two classes: Otsu, minimum error.
+#include "orxFunctions/analysis/thresholds/methods.h"
+
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/thresholds/methods.h"
 #include "orxFunctions/analysis/thresholds/shortlist.h"
 
 namespace orx {

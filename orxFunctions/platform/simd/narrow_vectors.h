@@ -1,8 +1,8 @@
 // Vectors of 16-bit and 32-bit integers for kernels over image rows, and the ways between them and the
 // doubles of simd/vectors.h; the rules of that header hold here too. Integer arithmetic wraps around, per
 // lane.
-#ifndef ORXFUNCTIONS_PLATFORM_SIMD_NARROW_INTERNAL_H
-#define ORXFUNCTIONS_PLATFORM_SIMD_NARROW_INTERNAL_H
+#ifndef ORXFUNCTIONS_PLATFORM_SIMD_NARROW_VECTORS_H
+#define ORXFUNCTIONS_PLATFORM_SIMD_NARROW_VECTORS_H
 
 #include "orxFunctions/platform/simd/vectors.h"
 

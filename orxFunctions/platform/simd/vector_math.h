@@ -1,7 +1,7 @@
 // Elementary functions of vectors of doubles, each as exact as its callers need; the rules of simd/vectors.h
 // hold here too. Every instruction set gives the same bits.
-#ifndef ORXFUNCTIONS_PLATFORM_SIMD_MATH_INTERNAL_H
-#define ORXFUNCTIONS_PLATFORM_SIMD_MATH_INTERNAL_H
+#ifndef ORXFUNCTIONS_PLATFORM_SIMD_VECTOR_MATH_H
+#define ORXFUNCTIONS_PLATFORM_SIMD_VECTOR_MATH_H
 
 #include "orxFunctions/platform/simd/narrow_vectors.h"
 

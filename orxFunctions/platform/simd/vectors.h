@@ -1,15 +1,14 @@
 // Vectors of doubles and of 32-bit integers for kernels over points.
 //
-// A kernel is written once against this header, inside `namespace orx::ORX_SIMD`, and compiled twice: as part
-// of a source built for the baseline and of one built for AVX2 (orx_avx2_sources in CMake). Everything here
-// lives in a namespace named after the instruction set, so that the two builds share no inline function: the
-// linker would keep only one, and AVX2 code could run on a processor without it. For the same reason an AVX2
-// source includes this header and plain kernel headers only, no standard containers and no OpenCV.
+// A kernel is written once against this header, inside its family's `namespace ORX_SIMD`, and compiled once
+// for each instruction set (see simd/choose_kernels.h). Everything here lives in a namespace named after the
+// instruction set, so that two builds share no inline function: the linker would keep only one, and AVX2 code
+// could run on a processor without it. Plain code may use these vectors, too, at the baseline's width.
 //
 // Each operation does per lane what the plain expression does, in IEEE double precision; no operation is
 // fused or approximated, so that a vector kernel gives the same bits as a plain loop.
-#ifndef ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
-#define ORXFUNCTIONS_PLATFORM_SIMD_INTERNAL_H
+#ifndef ORXFUNCTIONS_PLATFORM_SIMD_VECTORS_H
+#define ORXFUNCTIONS_PLATFORM_SIMD_VECTORS_H
 
 // Visual C++ before 17.0 fuses a product and a sum under /fp:precise wherever /arch:AVX2 lets it.
 #if defined(_MSC_VER) && !defined(__clang__)

@@ -5,7 +5,7 @@
 #include <opencv2/highgui/highgui_c.h>
 #include <atomic>
 #include <exception>
-#include <mutex>
+#include <memory>
 #include <opencv2/highgui.hpp>
 #include <utility>
 
@@ -48,7 +48,7 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     void close();
     void setCursor(TCursorShape shape);
     void setListener(MouseListener* listener) {
-        const std::lock_guard lock(listenerLock_);
+        const zul::LockGuard lock(listenerLock_);
         listener_ = listener;
     }
     HWND window() const {
@@ -88,8 +88,8 @@ class HighguiWindow::State : public std::enable_shared_from_this<State> {
     bool hasPicture_ ZUL_GUARDED_BY(lock_) = false;
     bool hasTraced_ ZUL_GUARDED_BY(lock_) = false;
 
-    std::recursive_mutex listenerLock_;  // a message may be sent while another one is handled
-    MouseListener* listener_ = nullptr;
+    zul::RecursiveMutex listenerLock_;  // a message may be sent while another one is handled
+    MouseListener* listener_ ZUL_GUARDED_BY(listenerLock_) = nullptr;
 };
 
 // Of threads that come at once, one opens the window; the others have none yet.
@@ -174,7 +174,7 @@ LRESULT CALLBACK HighguiWindow::State::procedure(HWND window, UINT message, WPAR
 // True when the message is done with. Messages that nobody listens to stay highgui's, and so its own mouse
 // callback's.
 bool HighguiWindow::State::takeMouse(HWND window, const MouseEvent& event) {
-    const std::lock_guard lock(listenerLock_);
+    const zul::LockGuard lock(listenerLock_);
     if (isPress(event)) SetFocus(window);  // the wheel goes where the focus is
     if (listener_ == nullptr) return false;
     if (isPress(event)) SetCapture(window);

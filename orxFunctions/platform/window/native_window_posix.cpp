@@ -1,3 +1,5 @@
+#include "orxFunctions/platform/window/native_window.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdlib>

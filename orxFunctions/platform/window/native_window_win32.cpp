@@ -1,3 +1,5 @@
+#include "orxFunctions/platform/window/native_window.h"
+
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif

@@ -1,7 +1,7 @@
 // The event thread of a picture window on X.
-#include <signal.h>
-
 #include "orxFunctions/platform/window/xcb_window_posix.h"
+
+#include <signal.h>
 
 namespace orx::platform {
 namespace {

@@ -1,0 +1,295 @@
+#include "orxFunctions/display/picture_view_internal.h"
+
+#include <chrono>
+#include <exception>
+#include <opencv2/highgui.hpp>
+#include <string>
+#include <utility>
+
+#include "orxFunctions/display/overlay_internal.h"
+#include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/rounding_internal.h"
+#include "orxFunctions/platform/fine_pauses_internal.h"
+
+using namespace orx::display;
+using orx::platform::MouseEvent;
+
+namespace {
+
+constexpr int kDecimals = 3;
+const cv::Scalar kGrey(128, 128, 128);
+
+void traceRect(const char* prefix, const cv::Rect2d& rect) {
+    const std::string start = prefix;
+    orx::outPutDebugString(start + "x:", rect.x, kDecimals);
+    orx::outPutDebugString(start + "y:", rect.y, kDecimals);
+    orx::outPutDebugString(start + "w:", rect.width, kDecimals);
+    orx::outPutDebugString(start + "h:", rect.height, kDecimals);
+}
+
+}  // namespace
+
+TPictureBox::View::View(TPictureBox& box)
+    : box_(box), window_(orx::platform::createNativeWindow(box.winName)) {
+    takeHandles();
+}
+
+void TPictureBox::View::start() {
+    thread_ = std::thread([this] { run(); });
+}
+
+void TPictureBox::View::wakeUp() {
+    const zul::LockGuard lock(sleepLock_);
+    wake_.notify_all();
+}
+
+void TPictureBox::View::join() {
+    // A box that was never started has nothing to wait for.
+    if (thread_.joinable()) thread_.join();
+}
+
+// The thread object is the thread's own for as long as it runs: nothing empties it before join.
+void TPictureBox::View::run() {
+    const orx::platform::FinePauses finePauses;
+    while (!box_.killFlag) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(box_.sleepMs);
+        {
+            const zul::LockGuard lock(sleepLock_);
+            wake_.wait_until(sleepLock_, end, [this] { return box_.killFlag.load(); });
+        }
+        // An image that comes in from here on is for the next turn.
+        if (!box_.redraw.exchange(false)) continue;
+        show(Occasion::kNewImage);
+        box_.calShowFrame();
+    }
+    orx::outPutDebugString(zul::toAnsi("图片显示线程已经关闭"));
+}
+
+void TPictureBox::View::moveInto(void* newHost) {
+    const bool wasHeadless = isHeadless();
+    isPlaced_ = (!wasHeadless && window_->parent() == newHost) || window_->moveInto(newHost);
+    takeHandles();
+    // A new window is empty until the image is shown again.
+    if (!wasHeadless || isHeadless()) return;
+    const zul::LockGuard lock(viewState.imageLock);
+    if (!viewState.image.empty()) box_.redraw = true;
+}
+
+void TPictureBox::View::takeHandles() {
+    box_.cvWindow = window_->handle();
+    box_.cvFrame = window_->frame();
+}
+
+void TPictureBox::View::show(Occasion occasion) {
+    const zul::LockGuard lock(viewState.imageLock);
+    if (!mayShow(occasion)) return;
+    try {
+        const bool isPlain = occasion == Occasion::kPlain;
+        makeDisplay(isPlain, !isPlain && hasDrawings());
+        if (!isPlain) draw(occasion);
+        sendToWindow();
+        if (occasion == Occasion::kNewImage) box_.redraw = false;
+    } catch (const std::exception& error) {  // OpenCV's for pixels that it can't convert, or no memory
+        orx::outPutDebugString(zul::toAnsi("显示图像失败:"), error.what());
+    }
+}
+
+bool TPictureBox::View::mayShow(Occasion occasion) {
+    if (viewState.image.empty()) {
+        orx::outPutDebugString(zul::toAnsi("显示图像为空"));
+        return false;
+    }
+    if (box_.frozen) return false;
+    return occasion == Occasion::kDrag || viewState.refreshAllowed;
+}
+
+// `drawable`: as 8-bit colour in memory of this box's own; the host's pixels are never drawn on.
+void TPictureBox::View::makeDisplay(bool endZoom, bool drawable) {
+    cv::Mat picture = fittedPicture(endZoom);
+    const bool isOurs = !picture.empty();
+    if (!isOurs) picture = viewState.image;
+    if (drawable && (!isOurs || picture.type() != CV_8UC3)) picture = fitter_.copy(picture);
+    box_.display = picture;
+    viewState.lastShown = box_.display;
+}
+
+// Empty where the image is shown as it is.
+cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
+    const cv::Mat image = viewState.image;
+    const zul::LockGuard lock(viewState.sizeLock);
+    const cv::Size window(box_.windowWidth, box_.windowHeight);
+    const FitGeometry fit = fitIntoWindow(window, image.size(), box_.keepAspect);
+    box_.shownWidth = fit.shownWidth;
+    box_.shownHeight = fit.shownHeight;
+    box_.offsetX = fit.offsetX;
+    box_.offsetY = fit.offsetY;
+    // The image may have been handed to another box.
+    box_.origWidth = image.cols;
+    box_.origHeight = image.rows;
+    if (endZoom || (box_.sizeChanged && viewState.zoom.active())) {
+        viewState.zoom = Zoom();
+        box_.sizeChanged = false;
+    }
+    if (viewState.zoom.active() && window.width > 5 && window.height > 5)
+        return fitter_.zoom(image, fit, viewState.zoom, background());
+    if (!needsFit(window, image.size())) return {};
+    return box_.keepAspect ? fitter_.fit(image, fit, background()) : fitter_.stretch(image, window);
+}
+
+// The host may have put anything into `canvas`.
+const cv::Mat& TPictureBox::View::background() {
+    const cv::Size window(box_.windowWidth, box_.windowHeight);
+    if (box_.canvas.type() == CV_8UC3 && box_.canvas.size() == window) return box_.canvas;
+    if (plainBackground_.size() != window) plainBackground_ = cv::Mat(window, CV_8UC3, kGrey);
+    return plainBackground_;
+}
+
+bool TPictureBox::View::hasDrawings() {
+    if (box_.selectRect || box_.selectCircle) return true;
+    const zul::LockGuard lock(overlayLock);
+    return !box_.rects.empty() || !box_.circles.empty() || !box_.texts.texts.empty();
+}
+
+void TPictureBox::View::draw(Occasion occasion) {
+    {
+        const zul::LockGuard sizeLock(viewState.sizeLock);
+        const zul::LockGuard lock(overlayLock);
+        if (!box_.circles.empty() || !box_.rects.empty()) keepScale(mapping());
+        drawCircles(box_.display, box_.circles, mapping());
+        drawRects(box_.display, box_.rects, mapping());
+    }
+    if (box_.selectRect) drawSelectedRect(occasion);
+    if (box_.selectCircle) drawSelectedCircle();
+    const zul::LockGuard lock(overlayLock);
+    if (!box_.texts.texts.empty()) drawTexts(box_.display, box_.texts);
+}
+
+void TPictureBox::View::drawSelectedRect(Occasion occasion) {
+    cv::Rect2d before;
+    cv::Rect2d after;
+    bool isConverted = false;
+    {
+        const zul::LockGuard lock(viewState.sizeLock);
+        RectSelection& selection = viewState.rect;
+        if (!selection.exists()) return;
+        const bool isInWindow = selection.drawnIn != nullptr;
+        if (isInWindow && selection.drawnIn != &box_) return;  // another box's coordinates
+        const ViewMapping view = mapping();
+        cv::Rect shown;
+        if (isInWindow && occasion == Occasion::kDrag) {
+            const cv::Rect2d& r = selection.rect;
+            shown = {orx::roundedInt(r.x), orx::roundedInt(r.y), orx::roundedInt(r.width),
+                     orx::roundedInt(r.height)};
+        } else {
+            if (isInWindow) {
+                before = selection.rect;
+                const cv::Point2d corner = view.toImage(before.tl());
+                after = {corner.x, corner.y, before.width / view.scale().x, before.height / view.scale().y};
+                selection.rect = after;
+                selection.drawnIn = nullptr;
+                isConverted = true;
+            }
+            box_.drawnOnce = true;
+            keepScale(view);
+            shown = rectInWindow(selection.rect, view);
+            selection.handles = handlesOf(shown);
+            selection.handlesValid = true;
+        }
+        drawSelection(box_.display, shown, cv::Scalar(0, box_.selectionGreen, 0), box_.selectionThickness);
+    }
+    if (!isConverted) return;
+    traceRect("", before);
+    traceRect("img", after);
+    orx::outPutDebugString("mScaleX:", box_.scaleX, kDecimals);
+    orx::outPutDebugString("mScaleY:", box_.scaleY, kDecimals);
+}
+
+void TPictureBox::View::drawSelectedCircle() {
+    const zul::LockGuard lock(viewState.sizeLock);
+    const CircleSelection selection = viewState.circle;
+    if (!selection.exists()) return;
+    drawSelection(box_.display, selection.centre, selection.radius, mapping(),
+                  cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
+}
+
+void TPictureBox::View::sendToWindow() {
+    if (!isShowable(box_.display)) {
+        orx::outPutDebugString(zul::toAnsi("图像类型无法显示"));
+        return;
+    }
+    const bool isPlain = box_.display.depth() == CV_8U;
+    window_->show(isPlain ? box_.display : fitter_.copy(box_.display));
+    takeHandles();
+}
+
+ViewMapping TPictureBox::View::mapping() const {
+    const FitGeometry fit{box_.shownWidth, box_.shownHeight, box_.offsetX, box_.offsetY};
+    return {fit, cv::Size2d(box_.origWidth, box_.origHeight), viewState.zoom,
+            cv::Size(box_.windowWidth, box_.windowHeight)};
+}
+
+void TPictureBox::View::keepScale(const ViewMapping& mapping) {
+    box_.scaleX = mapping.scale().x;
+    box_.scaleY = mapping.scale().y;
+}
+
+void TPictureBox::View::installHandler(TFunction mode) {
+    handler_ = mode;
+    window_->setMouseListener(mode == FUNC_NONE ? nullptr : this);
+    const zul::LockGuard lock(mouseLock_);
+    if (!interaction_.dragging()) return;
+    interaction_.endDrag();
+    viewState.refreshAllowed = true;
+}
+
+void TPictureBox::View::forgetSelection() {
+    const zul::LockGuard lock(viewState.sizeLock);
+    if (viewState.rect.drawnIn == &box_) viewState.rect = RectSelection();
+}
+
+void TPictureBox::View::onMouse(const MouseEvent& event) {
+    const zul::LockGuard lock(mouseLock_);
+    const bool wasDragging = interaction_.dragging();
+    const bool hasChanged = handleMouse(event);
+    const bool isDragging = interaction_.dragging();
+    if (isDragging != wasDragging) viewState.refreshAllowed = !isDragging;
+    if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
+    // Images that came during the drag were not shown.
+    if (wasDragging && !isDragging) box_.redraw = true;
+}
+
+bool TPictureBox::View::handleMouse(const MouseEvent& event) {
+    const TFunction mode = handler_;
+    const zul::LockGuard lock(viewState.sizeLock);
+    if (!(box_.origWidth > 0.0 && box_.shownWidth > 0.0 && box_.shownHeight > 0.0)) {  // nothing shown yet
+        interaction_.endDrag();
+        return false;
+    }
+    const bool wasZoomed = viewState.zoom.active();
+    const bool hasChanged = applyMouse(mode, event);
+    // A zoom that begins now is made for the size that the window has now.
+    if (!wasZoomed && viewState.zoom.active()) box_.sizeChanged = false;
+    if (viewState.rect.drawnIn == &box_) box_.drawnOnce = false;
+    return hasChanged;
+}
+
+bool TPictureBox::View::applyMouse(TFunction mode, const MouseEvent& event) {
+    const InteractionView view{mapping(),
+                               cv::Size2d(box_.origWidth, box_.origHeight),
+                               cv::Size(box_.windowWidth, box_.windowHeight),
+                               box_.panGain,
+                               box_.smallestSelection,
+                               2 * box_.handleRadius};
+    switch (mode) {
+        case FUNC_ZOOM_PAN:
+            // Without a size the image is shown as it is, and can't be zoomed.
+            return view.window.width > 5 && view.window.height > 5 &&
+                   interaction_.zoomAndPan(event, view, viewState.zoom);
+        case FUNC_EDIT_RECT:
+            return interaction_.editRect(event, view, &box_, viewState.rect);
+        case FUNC_EDIT_CIRCLE:
+            return interaction_.editCircle(event, view, viewState.circle);
+        default:
+            return false;
+    }
+}

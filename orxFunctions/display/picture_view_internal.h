@@ -1,0 +1,83 @@
+// What is behind a picture box: its window, its thread, and the way from the shared image to the window.
+#ifndef ORXFUNCTIONS_DISPLAY_PICTURE_VIEW_INTERNAL_H
+#define ORXFUNCTIONS_DISPLAY_PICTURE_VIEW_INTERNAL_H
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <thread>
+
+#include "ZULLib/sync_internal.h"
+#include "orxFunctions/display/fit_picture_internal.h"
+#include "orxFunctions/display/interaction_internal.h"
+#include "orxFunctions/display/picture_box.h"
+#include "orxFunctions/display/view_state_internal.h"
+#include "orxFunctions/platform/window/native_window.h"
+
+// Locks, in the order in which they are taken: mouse, image, size, overlay.
+class TPictureBox::View final : public orx::platform::MouseListener {
+  public:
+    // What a picture is shown for: an image that came in, a drag of the mouse, or to be seen as it is, with
+    // neither zoom nor drawings.
+    enum class Occasion { kNewImage, kDrag, kPlain };
+
+    explicit View(TPictureBox& box);
+
+    // The display thread.
+    void start();
+    void wakeUp();
+    void join();
+
+    // The window.
+    void moveInto(void* newHost);
+    void takeHandles();
+    bool isHeadless() const { return window_->handle() == nullptr; }
+    // Inside the host's window.
+    bool isPlaced() const { return isPlaced_ && !isHeadless(); }
+    orx::platform::NativeWindow& window() { return *window_; }
+
+    // Shows the shared image now, on the calling thread.
+    void show(Occasion occasion);
+    orx::display::ViewMapping mapping() const ZUL_REQUIRES(orx::display::viewState.sizeLock);
+    void keepScale(const orx::display::ViewMapping& mapping);
+
+    // The mouse. FUNC_NONE: no handler.
+    void installHandler(TFunction mode);
+    void onMouse(const orx::platform::MouseEvent& event) override;
+    void forgetSelection();
+
+    zul::Mutex overlayLock;  // the box's rects, circles and texts
+
+  private:
+    void run();
+
+    bool mayShow(Occasion occasion) ZUL_REQUIRES(orx::display::viewState.imageLock);
+    cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(orx::display::viewState.imageLock);
+    const cv::Mat& background() ZUL_REQUIRES(orx::display::viewState.sizeLock);
+    void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(orx::display::viewState.imageLock);
+    bool hasDrawings();
+    void draw(Occasion occasion);
+    void drawSelectedRect(Occasion occasion);
+    void drawSelectedCircle();
+    void sendToWindow() ZUL_REQUIRES(orx::display::viewState.imageLock);
+
+    bool handleMouse(const orx::platform::MouseEvent& event) ZUL_REQUIRES(mouseLock_);
+    bool applyMouse(TFunction mode, const orx::platform::MouseEvent& event)
+        ZUL_REQUIRES(mouseLock_, orx::display::viewState.sizeLock);
+
+    TPictureBox& box_;
+    std::unique_ptr<orx::platform::NativeWindow> window_;
+    std::atomic<bool> isPlaced_{false};
+    orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(orx::display::viewState.imageLock);
+    cv::Mat plainBackground_ ZUL_GUARDED_BY(orx::display::viewState.sizeLock);
+
+    zul::Mutex mouseLock_;
+    orx::display::Interaction interaction_ ZUL_GUARDED_BY(mouseLock_);
+    std::atomic<TFunction> handler_{FUNC_NONE};
+
+    zul::Mutex sleepLock_;
+    std::condition_variable_any wake_;
+    std::thread thread_;
+};
+
+#endif

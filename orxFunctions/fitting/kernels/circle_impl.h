@@ -1,0 +1,197 @@
+// The loops of kernels/circle.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "orxFunctions/fitting/kernels/circle.h"
+#include "orxFunctions/platform/simd/vectors.h"
+
+namespace orx::circle_kernels::ORX_SIMD {
+
+using namespace orx::ORX_SIMD;
+
+constexpr std::size_t kLanes = VecD::kLanes;
+
+// Calls visit(x, y, first) for vectors of points. The last vector, when not full, is filled up with zeros.
+template <class Visit>
+void forEachVector(PixelSpan points, Visit visit) {
+    VecD x;
+    VecD y;
+    std::size_t i = 0;
+    for (; i + kLanes <= points.count; i += kLanes) {
+        loadPairs(points.xy + 2 * i, x, y);
+        visit(x, y, i);
+    }
+    if (i == points.count) return;
+    std::int32_t rest[2 * kLanes] = {};
+    for (std::size_t j = 0; j < 2 * (points.count - i); ++j) rest[j] = points.xy[2 * i + j];
+    loadPairs(rest, x, y);
+    visit(x, y, i);
+}
+
+// How many lanes of the vector that begins at point `first` are points.
+inline std::size_t lanesFilled(PixelSpan points, std::size_t first) {
+    const std::size_t left = points.count - first;
+    return left < kLanes ? left : kLanes;
+}
+
+inline double sumOfLanes(VecD v) {
+    double lanes[kLanes];
+    v.store(lanes);
+    double sum = 0;
+    for (const double lane : lanes) sum += lane;
+    return sum;
+}
+
+inline double largestLane(VecD v) {
+    double lanes[kLanes];
+    v.store(lanes);
+    double largest = lanes[0];
+    for (const double lane : lanes) largest = lane > largest ? lane : largest;
+    return largest;
+}
+
+inline bool exactPowerSums(PixelSpan points, PowerSums& sums) {
+    const VecD zero = VecD::all(0);
+    VecD x1 = zero, y1 = zero, xx1 = zero, yy1 = zero, xxx1 = zero, yyy1 = zero, xy1 = zero, xyy1 = zero,
+         xxy1 = zero, extent = zero;
+    // Zeros that fill up the last vector add nothing.
+    forEachVector(points, [&](VecD x, VecD y, std::size_t) {
+        const VecD xx = x * x;
+        const VecD yy = y * y;
+        extent = max(extent, max(abs(x), abs(y)));
+        x1 = x1 + x;
+        y1 = y1 + y;
+        xx1 = xx1 + xx;
+        yy1 = yy1 + yy;
+        xxx1 = xxx1 + xx * x;
+        yyy1 = yyy1 + yy * y;
+        xy1 = xy1 + x * y;
+        xyy1 = xyy1 + x * yy;
+        xxy1 = xxy1 + xx * y;
+    });
+    // Integers up to 2^53 are exact in a double, and no partial sum exceeds count * extent^3.
+    constexpr double kExact = 9007199254740992.0;
+    const auto count = static_cast<double>(points.count);
+    const double largest = largestLane(extent);
+    if (!(count * largest * largest * largest < kExact)) return false;
+    sums = {count,
+            sumOfLanes(x1),
+            sumOfLanes(y1),
+            sumOfLanes(xx1),
+            sumOfLanes(yy1),
+            sumOfLanes(xxx1),
+            sumOfLanes(yyy1),
+            sumOfLanes(xy1),
+            sumOfLanes(xyy1),
+            sumOfLanes(xxy1)};
+    return true;
+}
+
+inline PowerSums weightedPowerSums(PixelSpan points, const double* weights) {
+    PowerSums sums = {};
+    for (std::size_t i = 0; i < points.count; ++i) {
+        const double x = points.xy[2 * i];
+        const double y = points.xy[2 * i + 1];
+        const double w = weights[i];
+        const double xx = x * x;
+        const double yy = y * y;
+        sums.w += w;
+        sums.x += w * x;
+        sums.y += w * y;
+        sums.xx += w * xx;
+        sums.yy += w * yy;
+        sums.xxx += w * (xx * x);
+        sums.yyy += w * (yy * y);
+        sums.xy += w * (x * y);
+        sums.xyy += w * (x * yy);
+        sums.xxy += w * (xx * y);
+    }
+    return sums;
+}
+
+// The distance of points from the circle, outside positive; dx and dy run from the points to the centre.
+struct CircleDistance {
+    CircleDistance(VecD x, VecD y, Circle circle)
+        : dx(VecD::all(circle.x) - x),
+          dy(VecD::all(circle.y) - y),
+          value(sqrt(dx * dx + dy * dy) - VecD::all(circle.r)) {}
+
+    VecD dx;
+    VecD dy;
+    VecD value;
+};
+
+inline double circleResiduals(PixelSpan points, Circle circle, double* residuals) {
+    double sum = 0;
+    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
+        double terms[kLanes];
+        abs(CircleDistance(x, y, circle).value).store(terms);
+        const std::size_t count = lanesFilled(points, first);
+        for (std::size_t i = 0; i < count; ++i) sum += terms[i];
+        if (residuals == nullptr) return;
+        for (std::size_t i = 0; i < count; ++i) residuals[first + i] = terms[i];
+    });
+    return sum;
+}
+
+// Huber's and Tukey's functions, a vector at a time.
+class LossVectors {
+  public:
+    explicit LossVectors(Loss loss) : loss_(loss), c_(VecD::all(loss.c)) {}
+
+    VecD influence(VecD e) const {
+        const VecD zero = VecD::all(0);
+        if (loss_.huberInfluence) {
+            const VecD sign = select(zero < e, VecD::all(1), select(e < zero, VecD::all(-1), zero));
+            return select(abs(e) <= c_, e, c_ * sign);
+        }
+        const VecD t = e / c_;
+        const VecD u = VecD::all(1) - t * t;
+        return select(abs(e) < c_, e * (u * u), zero);
+    }
+
+    VecD cost(VecD e) const {
+        const VecD two = VecD::all(2);
+        const VecD ee = e * e;
+        const VecD cc = c_ * c_;
+        if (loss_.huberLoss) return select(abs(e) <= c_, ee / two, c_ * abs(e) - cc / two);
+        const VecD inner = ee / two * (VecD::all(1) - ee / cc + ee * ee / (VecD::all(3) * (cc * cc)));
+        return select(abs(e) <= c_, inner, cc / VecD::all(6));
+    }
+
+  private:
+    Loss loss_;
+    VecD c_;
+};
+
+inline GradientSums circleGradient(PixelSpan points, Circle circle, Loss loss) {
+    const LossVectors functions(loss);
+    const VecD r = VecD::all(circle.r);
+    GradientSums sums = {};
+    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
+        double moveX[kLanes], moveY[kLanes], moveR[kLanes], cost[kLanes];
+        const CircleDistance e(x, y, circle);
+        const VecD influence = functions.influence(e.value);
+        (e.dx * influence / r).store(moveX);
+        (e.dy * influence / r).store(moveY);
+        influence.store(moveR);
+        functions.cost(e.value).store(cost);
+        const std::size_t count = lanesFilled(points, first);
+        for (std::size_t i = 0; i < count; ++i) {
+            sums.x += moveX[i];
+            sums.y += moveY[i];
+            sums.r -= moveR[i];
+            sums.loss += cost[i];
+        }
+    });
+    return sums;
+}
+
+inline constexpr Kernels kKernels = {exactPowerSums, weightedPowerSums, circleResiduals, circleGradient};
+
+}  // namespace orx::circle_kernels::ORX_SIMD
+
+#endif

@@ -1,0 +1,132 @@
+// The promise that nothing throws for bad input, beside its exceptions: the list in orxfunctions.h against
+// what every public header and every source says. The tests of the functions themselves provoke each.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Names = std::set<std::string>;
+
+const std::filesystem::path kRoot = ORX_SOURCE_FOLDER;
+
+std::string textOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// The functions of each header in the table of orxfunctions.h: "//     name   folder/header.h   what
+// happens".
+std::map<std::string, Names> listedByHeader() {
+    const std::string text = textOf(kRoot / "orxFunctions/orxfunctions.h");
+    static const std::regex kRow(
+        R"(// {5}([~A-Za-z0-9]+) +([a-z_]+/[a-z_0-9]+\.h)  +.*(exceptions|ends the process))");
+    std::map<std::string, Names> listed;
+    for (std::sregex_iterator at(text.begin(), text.end(), kRow), end; at != end; ++at)
+        listed["orxFunctions/" + (*at)[2].str()].insert((*at)[1]);
+    return listed;
+}
+
+std::vector<std::string> linesOf(const std::filesystem::path& path) {
+    std::istringstream text(textOf(path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) lines.push_back(line);
+    return lines;
+}
+
+// A header on one line, without the marks of its comments: sentences run over several lines.
+std::string flattened(const std::vector<std::string>& lines) {
+    std::string flat;
+    for (const std::string& line : lines) {
+        const std::size_t from = line.find_first_not_of(" /*");
+        if (from != std::string::npos) flat += line.substr(from) + ' ';
+    }
+    return flat;
+}
+
+std::string without(std::string text, const std::string& phrase) {
+    for (std::size_t at = 0; (at = text.find(phrase, at)) != std::string::npos;)
+        text.erase(at, phrase.size());
+    return text;
+}
+
+bool hasAnyOf(const std::string& text, const std::vector<const char*>& phrases) {
+    return std::any_of(phrases.begin(), phrases.end(),
+                       [&](const char* phrase) { return text.find(phrase) != std::string::npos; });
+}
+
+// Whether a header speaks of exceptions or of the end of the process, other than to rule them out.
+bool admitsTrouble(const std::filesystem::path& header) {
+    std::string text = flattened(linesOf(header));
+    for (const char* harmless : {"Nothing throws", "Neither throws", "must not throw",
+                                 "with the exception of", "One that throws is reported"})
+        text = without(text, harmless);
+    return hasAnyOf(text, {"throw", "xception", "assertion error", "ends the process", "end the process",
+                           "terminates", "aborts"});
+}
+
+TEST(Promise, TheListNamesEveryHeaderThatAdmitsAnException) {
+    Names listed;
+    for (const auto& [header, functions] : listedByHeader()) listed.insert(header);
+    Names admitting;
+    const std::vector<std::string> headers = linesOf(ORX_PUBLIC_HEADERS);
+    EXPECT_GT(headers.size(), 50U);
+    for (const std::string& header : headers) {
+        if (header != "orxFunctions/orxfunctions.h" && admitsTrouble(kRoot / header))
+            admitting.insert(header);
+    }
+    EXPECT_EQ(admitting, listed);
+}
+
+TEST(Promise, EachFunctionOfTheListIsDeclaredWhereItSays) {
+    EXPECT_FALSE(listedByHeader().empty());
+    for (const auto& [header, functions] : listedByHeader()) {
+        const std::string text = textOf(kRoot / header);
+        for (const std::string& name : functions)
+            EXPECT_THAT(text, testing::HasSubstr(" " + name + "(")) << header;
+    }
+}
+
+TEST(Promise, TheGuidesNameTheSameFunctions) {
+    for (const char* guide : {"README.md", "CONTRIBUTING.md"}) {
+        const std::string text = textOf(kRoot / guide);
+        const std::size_t from = text.find("Nothing throws for bad input");
+        ASSERT_NE(from, std::string::npos) << guide;
+        const std::string paragraph = text.substr(from, text.find("\n\n", from) - from);
+        for (const auto& [header, functions] : listedByHeader()) {
+            for (const std::string& name : functions)
+                EXPECT_THAT(paragraph, testing::HasSubstr("`" + name + "`")) << guide;
+        }
+    }
+}
+
+// Of its own the library throws in two places: picture_box.cpp catches it in the same function, and pose.cpp
+// is on the list.
+TEST(Promise, NoOtherSourceThrowsOrEndsTheProcess) {
+    Names found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(kRoot / "orxFunctions")) {
+        const std::string extension = entry.path().extension().string();
+        if (extension != ".cpp" && extension != ".h") continue;
+        for (const std::string& line : linesOf(entry.path())) {
+            if (hasAnyOf(line.substr(0, line.find("//")),
+                         {"throw ", "throw;", "cv::error(", "CV_Error", "CV_Assert", "std::exit(", "_Exit(",
+                          "quick_exit(", "std::abort(", "std::terminate("}))
+                found.insert(entry.path().filename().string());
+        }
+    }
+    EXPECT_EQ(found, (Names{"picture_box.cpp", "pose.cpp"}));
+}
+
+}  // namespace
