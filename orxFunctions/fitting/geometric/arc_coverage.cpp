@@ -8,10 +8,10 @@
 namespace orx::geometric {
 namespace {
 
-// A turn is 4 in pseudo-angles, which a division gives: by quadrant, |y| / (|x| + |y|) or its complement.
 // Sectors of equal pseudo-angle are 1.79 to 3.59 degrees wide.
 constexpr std::size_t kSectors = 128;
 constexpr double kSmallestGap = 4.0;
+constexpr double kWideApart = 0.03;  // in pseudo-angles, below any gap of 4 degrees (0.0349)
 constexpr double kDegrees = 180.0 / CV_PI;
 
 // Degrees in [0, 360).
@@ -48,11 +48,14 @@ class Sectors {
         for (std::size_t k = 1; k <= kSectors; ++k) {
             const std::size_t sector = (first + k) % kSectors;
             if (largest_[sector] < 0.0) continue;
-            const double next = angleOf(least_[sector]);
-            const double between = next - angleOf(end) + (k == kSectors ? 360.0 : 0.0);
-            if (between > gap) {
-                gap = between;
-                start = next;
+            const double apart = least_[sector] - end + (k == kSectors ? 4.0 : 0.0);
+            if (apart > kWideApart) {
+                const double next = angleOf(least_[sector]);
+                const double between = next - angleOf(end) + (k == kSectors ? 360.0 : 0.0);
+                if (between > gap) {
+                    gap = between;
+                    start = next;
+                }
             }
             end = largest_[sector];
         }
@@ -69,13 +72,7 @@ void addEvery(std::size_t stride, const Columns& points, const std::vector<unsig
               cv::Point2d center, Sectors& sectors) {
     for (std::size_t i = 0; i < points.count; i += stride) {
         if (!used.empty() && used[i] == 0) continue;
-        const double x = points.x[i] - center.x;
-        const double y = points.y[i] - center.y;
-        const double sum = std::abs(x) + std::abs(y);
-        if (!(sum > 0.0)) continue;
-        const double part = std::abs(y) / sum;
-        const double upper = x < 0.0 ? 2.0 - part : part;
-        sectors.add(y < 0.0 ? 4.0 - upper : upper);
+        sectors.add(pseudoAngle(points.x[i] - center.x, points.y[i] - center.y));
     }
 }
 

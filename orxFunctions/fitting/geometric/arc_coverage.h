@@ -2,12 +2,22 @@
 #ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_ARC_COVERAGE_H
 #define ORXFUNCTIONS_FITTING_GEOMETRIC_ARC_COVERAGE_H
 
+#include <cmath>
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "orxFunctions/fitting/kernels/geometric_kernels.h"
 
 namespace orx::geometric {
+
+// Rises with the angle from 0 to 4 in a turn, by a division: |y| / (|x| + |y|) or its complement, by
+// quadrant.
+inline double pseudoAngle(double x, double y) {
+    const double sum = std::abs(x) + std::abs(y);
+    const double part = sum > 0.0 ? std::abs(y) / sum : 0.0;
+    const double upper = x < 0.0 ? 2.0 - part : part;
+    return y < 0.0 ? 4.0 - upper : upper;
+}
 
 struct ArcCoverage {
     double start = 0.0;  // degrees in (-180, 180]; 0 for the whole turn

@@ -101,6 +101,7 @@ CircleSolution refineCircle(const Columns& points, const Circle& start, const Lo
     // Steps that lower the sum of squares by less than this share of the noise (the deviations' square)
     // change nothing that the noise has not changed more.
     constexpr double kSettled = 1e-10;
+    constexpr int kStretched = 8;
     const GeometricKernels& kernels = geometricKernels();
     const bool plain = loss.kind == lkLeastSquares;
     CircleSolution solution{start, {}, 0, fsNotConverged};
@@ -130,9 +131,11 @@ CircleSolution refineCircle(const Columns& points, const Circle& start, const Lo
                 solution.status = fsCollinear;
                 return solution;
             }
-            // Redescending losses fall more slowly than their weights tell.
+            // Losses fall more slowly than their weights tell; in the end the plain step never overshoots.
             const DistanceSums& d = solution.sums.distances;
-            const double stretch = plain ? 1.0 : std::clamp(d.omega / std::max(d.slope, 1e-300), 1.0, 1.6);
+            const bool stretched = !plain && solution.iterations <= kStretched;
+            const double stretch =
+                stretched ? std::clamp(d.omega / std::max(d.slope, 1e-300), 1.0, 1.6) : 1.0;
             next = {best.x + stretch * step.x, best.y + stretch * step.y, best.r + stretch * step.r};
             if (next.r > 0.0) break;
             damping = std::max(1e-3, 10.0 * damping);
@@ -170,6 +173,12 @@ struct CircleModel {
     static void distances(const Columns& points, const Circle& circle, double* to) {
         geometricKernels().circleDistances(points, circle, to);
     }
+    static std::size_t within(const Judges& judges, const Circle& c, double most) {
+        const double nearest = std::max(0.0, c.r - most);
+        const double farthest = c.r + most;
+        const CircleTest test{c.x, c.y, nearest * nearest, farthest * farthest};
+        return pointKernels().countOnCircle(judges.span(), test, judges.count() / 2);
+    }
     static bool settleStep(const Columns& points, const Loss& loss, Circle& circle, DistanceSums& sums,
                            double& fall) {
         const CircleSums pass = geometricKernels().circleSums(points, circle, loss);
@@ -185,13 +194,15 @@ struct CircleModel {
 
 }  // namespace
 
-bool robustCircleStart(const Columns& points, Circle& circle, double& scale) {
-    return leastMedian<CircleModel>(points, circle, scale);
+bool robustCircle(const Columns& points, int maxIterations, double rounding, Circle& circle, double& scale,
+                  int& iterations) {
+    return robustStart<CircleModel>(points, maxIterations, rounding, circle, scale, iterations);
 }
 
-bool settleCircleScale(const Columns& points, int maxIterations, double rounding, Circle& circle,
-                       double& scale, int& iterations) {
-    return settleScale<CircleModel>(points, maxIterations, rounding, circle, scale, iterations);
+bool settleCircle(const Columns& points, int maxIterations, double rounding, Circle& circle, double& scale,
+                  int& iterations) {
+    return settle<CircleModel>(points, maxIterations, kScaleSettled, scaleLimits(scale, rounding), circle,
+                               scale, iterations);
 }
 
 }  // namespace orx::geometric

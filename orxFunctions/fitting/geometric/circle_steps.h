@@ -32,15 +32,15 @@ CircleSolution refineCircle(const Columns& points, const Circle& start, const Lo
 // it. `damping` 0 for Gauss-Newton. False where the points do not tell the circle.
 bool circleStep(const CircleSums& sums, double damping, Circle& step, double& fall);
 
-// Finds a circle that at least half of the points follow, whatever the others do: the least median of squares
-// (P. J. Rousseeuw, J. Am. Stat. Assoc. 79 (1984)) over samples of three among at most a few hundred points,
-// always the same samples. `scale` becomes the inliers' noise, roughly. False where no three points tell a
-// circle.
-bool robustCircleStart(const Columns& points, Circle& circle, double& scale);
+// Finds a circle that at least half of the points follow, whatever the others do, by the least median of
+// squares over samples of three, always the same, and steps with Tukey's loss. `scale` becomes the noise of
+// those points; above 0 it is known, and stays. False where no three points tell a circle.
+bool robustCircle(const Columns& points, int maxIterations, double rounding, Circle& circle, double& scale,
+                  int& iterations);
 
-// Refines both, starting there: steps with Tukey's loss while the scale follows the inliers.
-bool settleCircleScale(const Columns& points, int maxIterations, double rounding, Circle& circle,
-                       double& scale, int& iterations);
+// The last part of it: steps with Tukey's loss from there, while the scale follows the inliers.
+bool settleCircle(const Columns& points, int maxIterations, double rounding, Circle& circle, double& scale,
+                  int& iterations);
 
 }  // namespace orx::geometric
 

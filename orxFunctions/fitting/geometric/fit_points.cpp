@@ -90,7 +90,6 @@ TFitStatus FitPoints::take(const std::vector<Point>& points, const TFitOptions& 
         kept.push_back(points[i]);
         given_.push_back(static_cast<int>(i));
     }
-    weighted_ = true;
     const TFitStatus status = copy(kept.data(), kept.size(), least);
     if (status == fsOk) weigh(options.deviations);
     return status;
@@ -116,7 +115,7 @@ TFitStatus FitPoints::copy(const Point* points, std::size_t count, std::size_t l
     scale_ = std::ldexp(1.0, exponent);
     rounding_ = std::numeric_limits<double>::epsilon() / 2.0 * std::max(1.0, std::abs(farthest) / scale_);
     size_ = count;
-    columns_.reset(new double[(weighted_ ? 3 : 2) * count]);
+    columns_.reset(new double[2 * count]);
     const double factor = 1.0 / scale_;
     double* x = columns_.get();
     double* y = x + count;
@@ -129,28 +128,37 @@ TFitStatus FitPoints::copy(const Point* points, std::size_t count, std::size_t l
 
 // Relative to the smallest deviation nothing overflows.
 void FitPoints::weigh(const std::vector<double>& deviations) {
-    double* weights = columns_.get() + 2 * size_;
+    weights_.reset(new double[size_]);
     double smallest = std::numeric_limits<double>::infinity();
     for (const int i : given_) smallest = std::min(smallest, deviations[static_cast<std::size_t>(i)]);
     double sum = 0.0;
     for (std::size_t k = 0; k < size_; ++k) {
         const double ratio = smallest / deviations[static_cast<std::size_t>(given_[k])];
-        weights[k] = ratio * ratio;
-        sum += weights[k];
+        weights_[k] = ratio * ratio;
+        sum += weights_[k];
     }
     const double mean = sum / static_cast<double>(size_);
-    for (std::size_t k = 0; k < size_; ++k) weights[k] /= mean;
+    for (std::size_t k = 0; k < size_; ++k) weights_[k] /= mean;
     unitDeviation_ = smallest / std::sqrt(mean);
+}
+
+void FitPoints::leaveOut(const std::vector<unsigned char>& keep) {
+    if (weights_ == nullptr) {
+        weights_.reset(new double[size_]);
+        std::fill_n(weights_.get(), size_, 1.0);
+    }
+    for (std::size_t i = 0; i < size_; ++i) weights_[i] = keep[i] != 0 ? weights_[i] : 0.0;
 }
 
 void FitPoints::markUsed(const std::vector<unsigned char>& hasSay, TFitReport& report) const {
     const auto said = std::count(hasSay.begin(), hasSay.end(), 1);
     report.usedPoints = static_cast<int>(hasSay.empty() ? size_ : static_cast<std::size_t>(said));
-    if (!weighted_ && !hasSay.empty()) {
+    if (given_.empty()) {
         report.used = hasSay;
+        if (hasSay.empty()) report.used.assign(givenCount_, 1);
         return;
     }
-    report.used.assign(givenCount_, weighted_ ? 0 : 1);
+    report.used.assign(givenCount_, 0);
     for (std::size_t k = 0; k < given_.size(); ++k) {
         report.used[static_cast<std::size_t>(given_[k])] = hasSay.empty() ? 1 : hasSay[k];
     }

@@ -31,10 +31,8 @@ class FitPoints {
 
     std::size_t size() const { return size_; }
     // The reciprocal of each squared deviation is a point's weight, in units of their mean.
-    Columns columns() const { return {columns_.get(), columns_.get() + size_, weights(), size_}; }
-    // Null where all points count alike.
-    const double* weights() const { return weighted_ ? columns_.get() + 2 * size_ : nullptr; }
-    double weight(std::size_t i) const { return weighted_ ? weights()[i] : 1.0; }
+    Columns columns() const { return {columns_.get(), columns_.get() + size_, weights_.get(), size_}; }
+    double weight(std::size_t i) const { return weights_ == nullptr ? 1.0 : weights_[i]; }
     cv::Point2d at(std::size_t i) const { return {columns_[i], columns_[size_ + i]}; }
 
     cv::Point2d center() const { return center_; }
@@ -46,6 +44,9 @@ class FitPoints {
     // The deviation of a point of weight 1 in pixels, as the deviations given say; 1 without deviations.
     double unitDeviation() const { return unitDeviation_; }
 
+    // Takes away the weight of every point whose entry is 0.
+    void leaveOut(const std::vector<unsigned char>& keep);
+
     // Sets report.usedPoints and used: `hasSay` names the entries of the columns that had a say; empty means
     // all.
     void markUsed(const std::vector<unsigned char>& hasSay, TFitReport& report) const;
@@ -55,9 +56,9 @@ class FitPoints {
     TFitStatus copy(const Point* points, std::size_t count, std::size_t least);
     void weigh(const std::vector<double>& deviations);
 
-    std::unique_ptr<double[]> columns_;  // x, y and, where they differ, weights
+    std::unique_ptr<double[]> columns_;  // x, then y
+    std::unique_ptr<double[]> weights_;  // null where all are 1
     std::size_t size_ = 0;
-    bool weighted_ = false;
     std::vector<int> given_;  // of points with deviations: index of each among the points given
     std::size_t givenCount_ = 0;
     cv::Point2d center_;

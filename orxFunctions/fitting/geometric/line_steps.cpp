@@ -94,6 +94,10 @@ struct LineModel {
     static void distances(const Columns& points, const Line& line, double* to) {
         geometricKernels().lineDistances(points, line, to);
     }
+    static std::size_t within(const Judges& judges, const Line& l, double most) {
+        const LineTest test{l.nx, l.ny, -(l.nx * l.x + l.ny * l.y), most, most, 0.0, 0.0, 0.0, 0.0};
+        return pointKernels().countOnLine(judges.span(), test, judges.count() / 2);
+    }
     static bool settleStep(const Columns& points, const Loss& loss, Line& line, DistanceSums& sums,
                            double& fall) {
         const LineSums pass = geometricKernels().lineSums(points, line, loss);
@@ -107,13 +111,15 @@ struct LineModel {
 
 }  // namespace
 
-bool robustLineStart(const Columns& points, Line& line, double& scale) {
-    return leastMedian<LineModel>(points, line, scale);
+bool robustLine(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
+                int& iterations) {
+    return robustStart<LineModel>(points, maxIterations, rounding, line, scale, iterations);
 }
 
-bool settleLineScale(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
-                     int& iterations) {
-    return settleScale<LineModel>(points, maxIterations, rounding, line, scale, iterations);
+bool settleLine(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
+                int& iterations) {
+    return settle<LineModel>(points, maxIterations, kScaleSettled, scaleLimits(scale, rounding), line, scale,
+                             iterations);
 }
 
 }  // namespace orx::geometric

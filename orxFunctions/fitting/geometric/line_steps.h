@@ -27,12 +27,13 @@ struct LineSolution {
 LineSolution refineLine(const Columns& points, const Line& start, const Loss& loss, int maxIterations,
                         double rounding);
 
-// As robustCircleStart, by samples of two.
-bool robustLineStart(const Columns& points, Line& line, double& scale);
+// As robustCircle, by samples of two.
+bool robustLine(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
+                int& iterations);
 
-// As settleCircleScale.
-bool settleLineScale(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
-                     int& iterations);
+// The last part of it: steps with Tukey's loss from there, while the scale follows the inliers.
+bool settleLine(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
+                int& iterations);
 
 }  // namespace orx::geometric
 

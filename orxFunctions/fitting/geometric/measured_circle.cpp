@@ -5,6 +5,7 @@
 #include "orxFunctions/fitting/geometric/arc_coverage.h"
 #include "orxFunctions/fitting/geometric/circle_steps.h"
 #include "orxFunctions/fitting/geometric/fit_points.h"
+#include "orxFunctions/fitting/geometric/local_support.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
 #include "orxFunctions/fitting/geometric_fit.h"
@@ -16,6 +17,12 @@ using namespace geometric;
 
 constexpr double kDegrees = 180.0 / CV_PI;
 
+std::vector<double> distancesFrom(const FitPoints& points, const Circle& circle) {
+    std::vector<double> distances(points.size());
+    geometricKernels().circleDistances(points.columns(), circle, distances.data());
+    return distances;
+}
+
 struct Fitted {
     CircleSolution solution{};
     Loss loss{};
@@ -23,22 +30,29 @@ struct Fitted {
     int iterations = 0;
 };
 
-TFitStatus solve(const FitPoints& points, const TFitOptions& options, Fitted& fit) {
-    const Columns columns = points.columns();
+// The circle that most points follow, and their noise; the others lose their say.
+bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Circle& start, Fitted& fit) {
+    const int steps = options.maxIterations;
+    fit.scale = toldScale(points, options);
+    const bool told = fit.scale > 0.0;
+    if (!robustCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
+        return false;
+    const auto placeOf = [&](cv::Point2d p) { return pseudoAngle(p.x - start.x, p.y - start.y) / 4.0; };
+    const std::vector<double> distances = distancesFrom(points, start);
+    leaveOutOutliers(distances, outlierReach2(fit.scale), true, placeOf, points);
+    return told || settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+}
+
+TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
     Circle start{};
-    fit.loss = leastSquares();
     if (options.loss == flLeastSquares) {
-        if (!taubinCircle(geometricKernels().moments(columns), start)) return fsCollinear;
+        if (!taubinCircle(geometricKernels().moments(points.columns()), start)) return fsCollinear;
+        fit.loss = leastSquares();
     } else {
-        if (!robustCircleStart(columns, start, fit.scale)) return fsCollinear;
-        if (!toldScale(points, options, fit.scale) &&
-            !settleCircleScale(columns, options.maxIterations, points.rounding() * std::max(1.0, start.r),
-                               start, fit.scale, fit.iterations)) {
-            return fsCollinear;
-        }
+        if (!startAmongOutliers(options, points, start, fit)) return fsCollinear;
         fit.loss = lossAt(options, fit.scale);
     }
-    fit.solution = refineCircle(columns, start, fit.loss, options.maxIterations, points.rounding());
+    fit.solution = refineCircle(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
     fit.iterations += fit.solution.iterations;
     return fit.solution.status;
 }
@@ -68,11 +82,7 @@ void describe(const FitPoints& points, const Fitted& fit, const cv::Vec3d& bias,
     result.center = points.toPixels({circle.x - bias[0], circle.y - bias[1]});
     result.radius = (circle.r - bias[2]) * points.scale();
     std::vector<unsigned char> used;
-    if (fit.loss.kind != lkLeastSquares) {
-        std::vector<double> distances(columns.count);
-        geometricKernels().circleDistances(columns, circle, distances.data());
-        used = usedPoints(points, fit.loss, distances);
-    }
+    if (fit.loss.kind != lkLeastSquares) used = usedPoints(points, fit.loss, distancesFrom(points, circle));
     points.markUsed(used, result);
     const ArcCoverage cover = arcCoverage(columns, used, {circle.x - bias[0], circle.y - bias[1]});
     result.startAngle = cover.start;
@@ -86,7 +96,7 @@ void fitCircle(const std::vector<Point>& given, const TFitOptions& options, TMea
     result.status = points.take(given, options, 4);
     if (result.status != fsOk) return;
     Fitted fit;
-    result.status = solve(points, options, fit);
+    result.status = solve(options, points, fit);
     result.iterations = fit.iterations;
     if (result.status == fsCollinear || result.status == fsCoincident) return;
 

@@ -5,6 +5,7 @@
 
 #include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/line_steps.h"
+#include "orxFunctions/fitting/geometric/local_support.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
 #include "orxFunctions/fitting/geometric_fit.h"
@@ -25,10 +26,16 @@ bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
         const double dy = points.y[i] - line.y;
         const double d = dx * line.nx + dy * line.ny;
         const double weight = points.weights == nullptr ? 1.0 : points.weights[i];
-        if (weight * d * d > loss.reach2) continue;
+        if (!(weight > 0.0) || weight * d * d > loss.reach2) continue;
         balance += (static_cast<double>(i) - middle) * (dx * line.ny - dy * line.nx);
     }
     return balance >= 0.0;
+}
+
+std::vector<double> distancesFrom(const FitPoints& points, const Line& line) {
+    std::vector<double> distances(points.size());
+    geometricKernels().lineDistances(points.columns(), line, distances.data());
+    return distances;
 }
 
 struct Fitted {
@@ -38,22 +45,33 @@ struct Fitted {
     int iterations = 0;
 };
 
-TFitStatus solve(const FitPoints& points, const TFitOptions& options, Fitted& fit) {
-    const Columns columns = points.columns();
+// The line that most points follow, and their noise; the others lose their say.
+bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Line& start, Fitted& fit) {
+    const int steps = options.maxIterations;
+    fit.scale = toldScale(points, options);
+    const bool told = fit.scale > 0.0;
+    if (!robustLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
+        return false;
+    const LineSums sums = geometricKernels().lineSums(points.columns(), start, searchLoss(fit.scale));
+    const double length = std::max(sums.to - sums.from, 1e-100);
+    const auto placeOf = [&](cv::Point2d p) {
+        return ((p.x - start.x) * start.ny - (p.y - start.y) * start.nx - sums.from) / length;
+    };
+    const std::vector<double> distances = distancesFrom(points, start);
+    leaveOutOutliers(distances, outlierReach2(fit.scale), false, placeOf, points);
+    return told || settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+}
+
+TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
     Line start{};
-    fit.loss = leastSquares();
     if (options.loss == flLeastSquares) {
-        if (!momentsLine(geometricKernels().moments(columns), start)) return fsCoincident;
+        if (!momentsLine(geometricKernels().moments(points.columns()), start)) return fsCoincident;
+        fit.loss = leastSquares();
     } else {
-        if (!robustLineStart(columns, start, fit.scale)) return fsCoincident;
-        if (!toldScale(points, options, fit.scale) &&
-            !settleLineScale(columns, options.maxIterations, points.rounding(), start, fit.scale,
-                             fit.iterations)) {
-            return fsCoincident;
-        }
+        if (!startAmongOutliers(options, points, start, fit)) return fsCoincident;
         fit.loss = lossAt(options, fit.scale);
     }
-    fit.solution = refineLine(columns, start, fit.loss, options.maxIterations, points.rounding());
+    fit.solution = refineLine(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
     fit.iterations += fit.solution.iterations;
     return fit.solution.status;
 }
@@ -78,11 +96,7 @@ void describe(const FitPoints& points, const Fitted& fit, TMeasuredLine& result)
     result.from = from * points.scale();
     result.to = to * points.scale();
     std::vector<unsigned char> used;
-    if (fit.loss.kind != lkLeastSquares) {
-        std::vector<double> distances(columns.count);
-        geometricKernels().lineDistances(columns, line, distances.data());
-        used = usedPoints(points, fit.loss, distances);
-    }
+    if (fit.loss.kind != lkLeastSquares) used = usedPoints(points, fit.loss, distancesFrom(points, line));
     points.markUsed(used, result);
 }
 
@@ -94,7 +108,7 @@ TMeasuredLine fitLine(const std::vector<Point>& given, const TFitOptions& option
     result.status = points.take(given, options, 3);
     if (result.status != fsOk) return result;
     Fitted fit;
-    result.status = solve(points, options, fit);
+    result.status = solve(options, points, fit);
     result.iterations = fit.iterations;
     if (result.status != fsOk) return result;
 

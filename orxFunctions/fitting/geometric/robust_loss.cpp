@@ -7,13 +7,9 @@
 namespace orx::geometric {
 namespace {
 
-// Used points of losses that never end; Tukey's ends at its bend.
-constexpr double kReach = 5.0;
-
 Loss bentAt(LossKind kind, double tuning, double scale) {
-    const double bend = tuning * scale;
-    const double reach = kind == lkTukey ? bend : kReach * scale;
-    return {kind, bend * bend, reach * reach};
+    const double bend2 = tuning * scale * tuning * scale;
+    return {kind, bend2, kind == lkTukey ? bend2 : std::numeric_limits<double>::infinity()};
 }
 
 }  // namespace
@@ -45,6 +41,11 @@ Loss lossAt(const TFitOptions& options, double scale) {
     return bentAt(static_cast<LossKind>(options.loss), tuning, scale);
 }
 
+double outlierReach2(double scale) {
+    constexpr double kReach = 5.0;
+    return kReach * scale * kReach * scale;
+}
+
 Loss searchLoss(double scale) { return bentAt(lkTukey, defaultTuning(flTukey), scale); }
 
 double omega(const Loss& loss, double q) {
@@ -73,27 +74,31 @@ double noiseOf(const DistanceSums& sums, int parameters) {
     return std::sqrt(sums.dd / (sums.omega * kSquare) * correction);
 }
 
-double noiseOfMedian(double* distances, std::size_t count, int parameters) {
+double medianDistance(double* distances, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) distances[i] = std::abs(distances[i]);
     double* middle = distances + count / 2;
     std::nth_element(distances, middle, distances + count);
-    // Rousseeuw and Leroy's correction for few points.
-    const double spare = std::max(1.0, static_cast<double>(count) - parameters);
-    return 1.4826 * (1.0 + 5.0 / spare) * *middle;
+    return *middle;
 }
 
-bool toldScale(const FitPoints& points, const TFitOptions& options, double& scale) {
-    if (options.scale == 0.0 && !options.absoluteDeviations) return false;
+double noiseOfMedian(double median, std::size_t count, int parameters) {
+    // P. J. Rousseeuw and A. M. Leroy's correction for few points.
+    const double spare = std::max(1.0, static_cast<double>(count) - parameters);
+    return 1.4826 * (1.0 + 5.0 / spare) * median;
+}
+
+double toldScale(const FitPoints& points, const TFitOptions& options) {
+    if (options.scale == 0.0 && !options.absoluteDeviations) return 0.0;
     const double inDeviations = options.scale > 0.0 ? options.scale : 1.0;
-    scale = inDeviations * points.unitDeviation() / points.scale();
-    return true;
+    return inDeviations * points.unitDeviation() / points.scale();
 }
 
 std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
                                       const std::vector<double>& distances) {
     std::vector<unsigned char> used(distances.size());
     for (std::size_t i = 0; i < used.size(); ++i) {
-        used[i] = points.weight(i) * distances[i] * distances[i] <= loss.reach2 ? 1 : 0;
+        const double weight = points.weight(i);
+        used[i] = weight > 0.0 && weight * distances[i] * distances[i] <= loss.reach2 ? 1 : 0;
     }
     return used;
 }

@@ -17,6 +17,8 @@ double defaultTuning(TFitLoss loss);
 Loss leastSquares();
 // The loss of these options for inliers of standard deviation `scale`, in columns.
 Loss lossAt(const TFitOptions& options, double scale);
+// Points whose weight times squared distance is beyond this are outliers to every loss.
+double outlierReach2(double scale);
 // Tukey's loss, by which the scale is found whatever the loss asked for.
 Loss searchLoss(double scale);
 
@@ -26,13 +28,14 @@ double omega(const Loss& loss, double q);
 // The noise of inliers that the sums of a pass with searchLoss tell; `parameters` of the shape.
 double noiseOf(const DistanceSums& sums, int parameters);
 
-// The same from the distances alone, each times the root of its weight, with half of them bearing outliers:
-// their median. Reorders them.
-double noiseOfMedian(double* distances, std::size_t count, int parameters);
+// The median of absolute distances; reorders them.
+double medianDistance(double* distances, std::size_t count);
 
-// The noise of inliers in columns where the options tell it. False, and `scale` untouched, where they leave
-// it to the points.
-bool toldScale(const FitPoints& points, const TFitOptions& options, double& scale);
+// The noise that a median distance tells, half of the points bearing outliers.
+double noiseOfMedian(double median, std::size_t count, int parameters);
+
+// The noise of inliers in columns where the options tell it; 0 where they leave it to the points.
+double toldScale(const FitPoints& points, const TFitOptions& options);
 
 // For each point 1 where it has a say under `loss` at these signed distances; empty where all have.
 std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,

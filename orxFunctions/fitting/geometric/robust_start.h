@@ -2,9 +2,9 @@
 // Tukey's loss while the scale follows the inliers. For every shape alike.
 //
 // A Model has: Shape; kParameters; kSample, the points that make a shape; through(columns, indices, shape),
-// false where they make none; distances(columns, shape, to), signed, without weights; settleStep(columns,
-// loss, shape, sums, fall): one pass and one step, the sums before it and the fall of w d^2 expected of it,
-// false where there is none.
+// false where they make none; within(judges, shape, most), the number of judges nearer than `most`;
+// distances(columns, shape, to), signed; settleStep(columns, loss, shape, sums, fall): one pass and one step,
+// the sums before it and the fall of w d^2 expected of it, false where there is none.
 #ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_START_H
 #define ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_START_H
 
@@ -13,9 +13,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <opencv2/core.hpp>
 
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/point_kernels.h"
 
 namespace orx::geometric {
 
@@ -34,75 +36,107 @@ class SampleNumbers {
 
 // At most this many points, evenly chosen, judge the samples.
 constexpr std::size_t kJudges = 200;
+static_assert(kJudges % kPointsPerStep == 0);
 
-// Columns of the judges, in arrays of the caller.
-struct Judges {
-    double x[kJudges];
-    double y[kJudges];
-    double rootWeights[kJudges];
-    std::size_t count;
-
-    explicit Judges(const Columns& points) : count(std::min(points.count, kJudges)) {
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::size_t at = i * points.count / count;
-            x[i] = points.x[at];
-            y[i] = points.y[at];
-            rootWeights[i] = points.weights == nullptr ? 1.0 : std::sqrt(points.weights[at]);
+class Judges {
+  public:
+    explicit Judges(const Columns& points) : count_(std::min(points.count, kJudges)) {
+        for (std::size_t i = 0; i < kJudges; ++i) {
+            const std::size_t at = i * points.count / count_;
+            const bool filled = i < count_;
+            x_[i] = filled ? points.x[at] : std::numeric_limits<double>::quiet_NaN();
+            y_[i] = filled ? points.y[at] : std::numeric_limits<double>::quiet_NaN();
+            weights_[i] = filled && points.weights != nullptr ? points.weights[at] : 1.0;
         }
     }
-    Columns columns() const { return {x, y, nullptr, count}; }
+    std::size_t count() const { return count_; }
+    Columns columns() const { return {x_, y_, weights_, count_}; }
+    // As the point kernels want them.
+    PointSpan span() const {
+        return {x_, y_, (count_ + kPointsPerStep - 1) / kPointsPerStep * kPointsPerStep};
+    }
+    double rootWeight(std::size_t i) const { return std::sqrt(weights_[i]); }
+
+  private:
+    double x_[kJudges];
+    double y_[kJudges];
+    double weights_[kJudges];
+    std::size_t count_;
 };
 
-// The smallest `most` allowed, so that a median below it is told without sorting.
-inline bool halfWithin(const double* distances, std::size_t count, double most) {
-    std::size_t within = 0;
-    for (std::size_t i = 0; i < count; ++i) within += std::abs(distances[i]) < most ? 1 : 0;
-    return within > count / 2;
-}
-
+// The shape through some sample from which the median distance is least; weights are left aside here.
 template <class Model>
-bool leastMedian(const Columns& points, typename Model::Shape& shape, double& scale) {
+bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& scale) {
     // With 40 % outliers one sample in five holds none (three points), one in thirteen (five).
     constexpr int kSamples = Model::kSample <= 2 ? 100 : 250;
-    const Judges judges(points);
-    if (judges.count < Model::kSample) return false;
+    if (judges.count() < Model::kSample) return false;
     SampleNumbers numbers;
     double distances[kJudges];
     double best = std::numeric_limits<double>::infinity();
     for (int k = 0; k < kSamples; ++k) {
         std::size_t at[Model::kSample];
-        for (std::size_t& i : at) i = numbers.below(judges.count);
+        for (std::size_t& i : at) i = numbers.below(judges.count());
         typename Model::Shape candidate{};
         if (!Model::through(judges.columns(), at, candidate)) continue;
-        Model::distances(judges.columns(), candidate, distances);
-        for (std::size_t i = 0; i < judges.count; ++i) distances[i] *= judges.rootWeights[i];
-        if (!halfWithin(distances, judges.count, best)) continue;
+        if (best < std::numeric_limits<double>::infinity() &&
+            Model::within(judges, candidate, best) <= judges.count() / 2) {
+            continue;
+        }
         shape = candidate;
-        scale = noiseOfMedian(distances, judges.count, Model::kParameters);
-        best = distances[judges.count / 2];
+        Model::distances(judges.columns(), candidate, distances);
+        best = medianDistance(distances, judges.count());
     }
-    return std::isfinite(best);
+    if (!(best < std::numeric_limits<double>::infinity())) return false;
+    Model::distances(judges.columns(), shape, distances);
+    for (std::size_t i = 0; i < judges.count(); ++i) distances[i] *= judges.rootWeight(i);
+    scale = noiseOfMedian(medianDistance(distances, judges.count()), judges.count(), Model::kParameters);
+    return true;
 }
 
+// Steps while the scale follows the inliers between two limits (both equal: stays), until neither changes by
+// more than `tolerance` of the scale.
 template <class Model>
-bool settleScale(const Columns& points, int maxIterations, double rounding, typename Model::Shape& shape,
-                 double& scale, int& iterations) {
-    const double floor = 8.0 * rounding;
-    scale = std::max(scale, floor);
-    // The median of mostly inliers is at most so far from the inliers' noise (2.05 times with 40 % outliers).
-    const double least = scale / 3.0;
-    const double most = scale * 1.5;
-    for (iterations = 1; iterations <= maxIterations; ++iterations) {
+bool settle(const Columns& points, int maxIterations, double tolerance, cv::Vec2d limits,
+            typename Model::Shape& shape, double& scale, int& iterations) {
+    for (int i = 0; i < maxIterations; ++i) {
         DistanceSums sums{};
         double fall = 0.0;
+        ++iterations;
         if (!Model::settleStep(points, searchLoss(scale), shape, sums, fall)) return false;
-        const double next =
-            std::clamp(noiseOf(sums, Model::kParameters), std::max(least, floor), std::max(most, floor));
-        const bool settled = std::abs(next - scale) < 1e-4 * scale && fall < 1e-4 * scale * scale;
+        const double next = std::clamp(noiseOf(sums, Model::kParameters), limits[0], limits[1]);
+        const bool settled = std::abs(next - scale) < tolerance * scale && fall < tolerance * scale * scale;
         scale = next;
-        if (settled) return true;
+        if (settled) break;
     }
     return true;
+}
+
+constexpr double kScaleSettled = 1e-3;
+
+// The median is at most so far from the inliers' noise (2.05 times with 40 % outliers).
+inline cv::Vec2d scaleLimits(double scale, double rounding) {
+    const double floor = 8.0 * rounding;
+    return {std::max(scale / 3.0, floor), std::max(scale * 1.5, floor)};
+}
+
+// Finds the shape that at least half of the points follow, and the noise of those; `scale` above 0 is known.
+// Steps below `rounding` tell nothing. False where there is none.
+template <class Model>
+bool robustStart(const Columns& points, int maxIterations, double rounding, typename Model::Shape& shape,
+                 double& scale, int& iterations) {
+    const Judges judges(points);
+    const double known = scale;
+    iterations = 0;
+    if (!leastMedian<Model>(judges, shape, scale)) return false;
+    cv::Vec2d limits = scaleLimits(scale, rounding);
+    if (known > 0.0) limits = cv::Vec2d::all(known);
+    scale = std::clamp(scale, limits[0], limits[1]);
+    constexpr double kRough = 1e-2;
+    if (points.count > kJudges) {
+        const int steps = std::min(maxIterations, 10);
+        if (!settle<Model>(judges.columns(), steps, kRough, limits, shape, scale, iterations)) return false;
+    }
+    return settle<Model>(points, maxIterations, kScaleSettled, limits, shape, scale, iterations);
 }
 
 }  // namespace orx::geometric

@@ -141,6 +141,7 @@ std::vector<ChainLink<kParameters>> chainLinks(const FitPoints& points, const Lo
     links.reserve(points.size());
     cv::Point2d first;
     for (std::size_t i = 0; i < points.size(); ++i) {
+        if (points.weight(i) == 0.0) continue;
         const cv::Point2d p = points.at(i);
         cv::Vec<double, kParameters> row;
         const double d = derivatives(p, row);

@@ -26,7 +26,7 @@ enum LossKind : int { lkLeastSquares = 0, lkHuber = 1, lkCauchy = 2, lkTukey = 3
 struct Loss {
     LossKind kind;
     double bend2;   // square of the tuning constant times the scale
-    double reach2;  // points with q up to this are used; infinite for least squares
+    double reach2;  // points with q up to this are used: to Tukey's bend, else infinite
 };
 
 struct Circle {
