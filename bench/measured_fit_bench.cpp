@@ -1,5 +1,5 @@
-// The fits for measuring, all in: report, mask, covered arc, covariance. On the scenes of fit_bench, whose whole pixels
-// they take as Point2d: no outliers for least squares, 10 % for the robust losses.
+// The fits for measuring, all in: report, mask, covered arc, covariance. On the scenes of fit_bench, whose
+// whole pixels they take as Point2d: no outliers for least squares, 10 % for the robust losses.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

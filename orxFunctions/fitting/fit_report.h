@@ -90,9 +90,10 @@ struct TFitReport {
     double rms = 0.0;           // root mean square distance of the used points, pixels
     double peakToValley = 0.0;  // largest less smallest signed distance of the used points, pixels
     int iterations = 0;
-    // For each point 1 where it had a say, else 0. All with a deviation above 0 have in least squares. A robust loss
-    // leaves out those beyond 5 scales of the shape that most points follow (Tukey's those beyond its bend), and those
-    // near it by chance, far along the outline from the stretches that hold a twentieth or more of the points.
+    // For each point 1 where it had a say, else 0. All with a deviation above 0 have in least squares. A
+    // robust loss leaves out those beyond 5 scales of the shape that most points follow (Tukey's those beyond
+    // its bend), and those near it by chance, far along the outline from the stretches that hold a twentieth
+    // or more of the points.
     std::vector<unsigned char> used;
 
     bool valid() const { return status == fsOk; }

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "orxFunctions/foundation/angles_internal.h"
+
 namespace orx::geometric {
 namespace {
 
@@ -12,13 +14,12 @@ namespace {
 constexpr std::size_t kSectors = 128;
 constexpr double kSmallestGap = 4.0;
 constexpr double kWideApart = 0.03;  // in pseudo-angles, below any gap of 4 degrees (0.0349)
-constexpr double kDegrees = 180.0 / CV_PI;
 
 // Degrees in [0, 360).
 double angleOf(double pseudo) {
     const double quadrant = std::min(3.0, std::floor(pseudo));
     const double part = pseudo - quadrant;
-    return 90.0 * quadrant + kDegrees * std::atan2(part, 1.0 - part);
+    return 90.0 * quadrant + degrees(std::atan2(part, 1.0 - part));
 }
 
 class Sectors {

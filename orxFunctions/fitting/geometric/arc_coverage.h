@@ -6,9 +6,11 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // Rises with the angle from 0 to 4 in a turn, by a division: |y| / (|x| + |y|) or its complement, by
 // quadrant.

@@ -102,7 +102,7 @@ CircleSolution refineCircle(const Columns& points, const Circle& start, const Lo
     // change nothing that the noise has not changed more.
     constexpr double kSettled = 1e-10;
     constexpr int kStretched = 8;
-    const GeometricKernels& kernels = geometricKernels();
+    const distance_kernels::Kernels& kernels = distance_kernels::chosen();
     const bool plain = loss.kind == lkLeastSquares;
     CircleSolution solution{start, {}, 0, fsNotConverged};
     Circle best = start;
@@ -171,17 +171,17 @@ struct CircleModel {
         return circleThrough(point(0), point(1), point(2), circle);
     }
     static void distances(const Columns& points, const Circle& circle, double* to) {
-        geometricKernels().circleDistances(points, circle, to);
+        distance_kernels::chosen().circleDistances(points, circle, to);
     }
     static std::size_t within(const Judges& judges, const Circle& c, double most) {
         const double nearest = std::max(0.0, c.r - most);
         const double farthest = c.r + most;
-        const CircleTest test{c.x, c.y, nearest * nearest, farthest * farthest};
-        return pointKernels().countOnCircle(judges.span(), test, judges.count() / 2);
+        const inlier_kernels::CircleTest test{c.x, c.y, nearest * nearest, farthest * farthest};
+        return inlier_kernels::chosen().countOnCircle(judges.span(), test, judges.count() / 2);
     }
     static bool settleStep(const Columns& points, const Loss& loss, Circle& circle, DistanceSums& sums,
                            double& fall) {
-        const CircleSums pass = geometricKernels().circleSums(points, circle, loss);
+        const CircleSums pass = distance_kernels::chosen().circleSums(points, circle, loss);
         sums = pass.distances;
         Circle step{};
         if (!circleStep(pass, 0.0, step, fall)) return false;

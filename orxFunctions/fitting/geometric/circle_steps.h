@@ -6,9 +6,11 @@
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/fitting/fit_report.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // Through three points. False where they are on a line (or nearly: a radius beyond 1e7 of the columns' unit).
 bool circleThrough(cv::Point2d a, cv::Point2d b, cv::Point2d c, Circle& circle);

@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "orxFunctions/fitting/fit_report.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 constexpr std::size_t kMostPoints = 20'000'000;
 constexpr double kLargestCoordinate = 1e9;

@@ -60,7 +60,7 @@ LineSolution refineLine(const Columns& points, const Line& start, const Loss& lo
     constexpr double kSettled = 1e-10;  // of the noise, squared; as for the circle
     LineSolution solution{start, {}, 0, fsNotConverged};
     for (solution.iterations = 1; solution.iterations <= maxIterations; ++solution.iterations) {
-        solution.sums = geometricKernels().lineSums(points, solution.line, loss);
+        solution.sums = distance_kernels::chosen().lineSums(points, solution.line, loss);
         Line next{};
         double fall = 0.0;
         if (!nextLine(solution.sums, solution.line, next, fall)) {
@@ -92,15 +92,16 @@ struct LineModel {
         return lineThrough({points.x[at[0]], points.y[at[0]]}, {points.x[at[1]], points.y[at[1]]}, line);
     }
     static void distances(const Columns& points, const Line& line, double* to) {
-        geometricKernels().lineDistances(points, line, to);
+        distance_kernels::chosen().lineDistances(points, line, to);
     }
     static std::size_t within(const Judges& judges, const Line& l, double most) {
-        const LineTest test{l.nx, l.ny, -(l.nx * l.x + l.ny * l.y), most, most, 0.0, 0.0, 0.0, 0.0};
-        return pointKernels().countOnLine(judges.span(), test, judges.count() / 2);
+        const inlier_kernels::LineTest test{l.nx, l.ny, -(l.nx * l.x + l.ny * l.y), most, most, 0.0, 0.0,
+                                            0.0,  0.0};
+        return inlier_kernels::chosen().countOnLine(judges.span(), test, judges.count() / 2);
     }
     static bool settleStep(const Columns& points, const Loss& loss, Line& line, DistanceSums& sums,
                            double& fall) {
-        const LineSums pass = geometricKernels().lineSums(points, line, loss);
+        const LineSums pass = distance_kernels::chosen().lineSums(points, line, loss);
         sums = pass.distances;
         Line next{};
         if (!nextLine(pass, line, next, fall)) return false;

@@ -6,9 +6,11 @@
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/fitting/fit_report.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // Through two points. False where they are one.
 bool lineThrough(cv::Point2d a, cv::Point2d b, Line& line);

@@ -1,25 +1,22 @@
-// fitCircleGeometric and fitArcGeometric of geometric_fit.h.
+#include "orxFunctions/fitting/geometric/measured_circle.h"
+
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "orxFunctions/fitting/geometric/arc_coverage.h"
 #include "orxFunctions/fitting/geometric/circle_steps.h"
-#include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/local_support.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
-#include "orxFunctions/fitting/geometric_fit.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
-namespace orx {
+namespace orx::geometric {
 namespace {
-
-using namespace geometric;
-
-constexpr double kDegrees = 180.0 / CV_PI;
 
 std::vector<double> distancesFrom(const FitPoints& points, const Circle& circle) {
     std::vector<double> distances(points.size());
-    geometricKernels().circleDistances(points.columns(), circle, distances.data());
+    distance_kernels::chosen().circleDistances(points.columns(), circle, distances.data());
     return distances;
 }
 
@@ -46,7 +43,7 @@ bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Circle& s
 TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
     Circle start{};
     if (options.loss == flLeastSquares) {
-        if (!taubinCircle(geometricKernels().moments(points.columns()), start)) return fsCollinear;
+        if (!taubinCircle(distance_kernels::chosen().moments(points.columns()), start)) return fsCollinear;
         fit.loss = leastSquares();
     } else {
         if (!startAmongOutliers(options, points, start, fit)) return fsCollinear;
@@ -82,19 +79,16 @@ void describe(const FitPoints& points, const Fitted& fit, const cv::Vec3d& bias,
     result.center = points.toPixels({circle.x - bias[0], circle.y - bias[1]});
     result.radius = (circle.r - bias[2]) * points.scale();
     std::vector<unsigned char> used;
-    if (fit.loss.kind != lkLeastSquares) used = usedPoints(points, fit.loss, distancesFrom(points, circle));
+    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, circle));
     points.markUsed(used, result);
     const ArcCoverage cover = arcCoverage(columns, used, {circle.x - bias[0], circle.y - bias[1]});
     result.startAngle = cover.start;
     result.sweep = cover.sweep;
 }
 
-template <class Point>
-void fitCircle(const std::vector<Point>& given, const TFitOptions& options, TMeasuredCircle& result) {
-    FitPoints points;
-    result.points = countOf(given.size());
-    result.status = points.take(given, options, 4);
-    if (result.status != fsOk) return;
+}  // namespace
+
+void measureCircle(const TFitOptions& options, FitPoints& points, TMeasuredCircle& result) {
     Fitted fit;
     result.status = solve(options, points, fit);
     result.iterations = fit.iterations;
@@ -127,42 +121,4 @@ void fitCircle(const std::vector<Point>& given, const TFitOptions& options, TMea
     result.radiusDeviation = std::sqrt(result.covariance(2, 2));
 }
 
-template <class Point>
-TMeasuredArc fitArc(const std::vector<Point>& points, const TFitOptions& options) {
-    TMeasuredArc arc;
-    fitCircle(points, options, arc);
-    if (!arc.valid()) return arc;
-    arc.start = arc.at(arc.startAngle);
-    arc.middle = arc.at(arc.startAngle + arc.sweep / 2.0);
-    arc.end = arc.at(arc.startAngle + arc.sweep);
-    arc.length = arc.radius * arc.sweep / kDegrees;
-    return arc;
-}
-
-}  // namespace
-
-cv::Point2d TMeasuredCircle::at(double angle) const {
-    return {center.x + radius * std::cos(angle / kDegrees), center.y + radius * std::sin(angle / kDegrees)};
-}
-
-TMeasuredCircle fitCircleGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
-    TMeasuredCircle circle;
-    fitCircle(points, options, circle);
-    return circle;
-}
-
-TMeasuredCircle fitCircleGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
-    TMeasuredCircle circle;
-    fitCircle(points, options, circle);
-    return circle;
-}
-
-TMeasuredArc fitArcGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
-    return fitArc(points, options);
-}
-
-TMeasuredArc fitArcGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
-    return fitArc(points, options);
-}
-
-}  // namespace orx
+}  // namespace orx::geometric

@@ -1,21 +1,18 @@
-// fitLineGeometric of geometric_fit.h.
+#include "orxFunctions/fitting/geometric/measured_line.h"
+
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <utility>
+#include <vector>
 
-#include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/line_steps.h"
 #include "orxFunctions/fitting/geometric/local_support.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
-#include "orxFunctions/fitting/geometric_fit.h"
+#include "orxFunctions/foundation/angles_internal.h"
 
-namespace orx {
+namespace orx::geometric {
 namespace {
-
-using namespace geometric;
-
-constexpr double kDegrees = 180.0 / CV_PI;
 
 // True when the direction (ny, -nx) leads from the earlier used points to the later ones.
 bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
@@ -34,7 +31,7 @@ bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
 
 std::vector<double> distancesFrom(const FitPoints& points, const Line& line) {
     std::vector<double> distances(points.size());
-    geometricKernels().lineDistances(points.columns(), line, distances.data());
+    distance_kernels::chosen().lineDistances(points.columns(), line, distances.data());
     return distances;
 }
 
@@ -52,7 +49,7 @@ bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Line& sta
     const bool told = fit.scale > 0.0;
     if (!robustLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
         return false;
-    const LineSums sums = geometricKernels().lineSums(points.columns(), start, searchLoss(fit.scale));
+    const LineSums sums = distance_kernels::chosen().lineSums(points.columns(), start, searchLoss(fit.scale));
     const double length = std::max(sums.to - sums.from, 1e-100);
     const auto placeOf = [&](cv::Point2d p) {
         return ((p.x - start.x) * start.ny - (p.y - start.y) * start.nx - sums.from) / length;
@@ -65,7 +62,7 @@ bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Line& sta
 TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
     Line start{};
     if (options.loss == flLeastSquares) {
-        if (!momentsLine(geometricKernels().moments(points.columns()), start)) return fsCoincident;
+        if (!momentsLine(distance_kernels::chosen().moments(points.columns()), start)) return fsCoincident;
         fit.loss = leastSquares();
     } else {
         if (!startAmongOutliers(options, points, start, fit)) return fsCoincident;
@@ -76,41 +73,39 @@ TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
     return fit.solution.status;
 }
 
+// The same line the other way round.
+void turnRound(LineSolution& solution) {
+    solution.line.nx = -solution.line.nx;
+    solution.line.ny = -solution.line.ny;
+    LineSums& sums = solution.sums;
+    sums.distances.d = -sums.distances.d;
+    sums.distances.least = std::exchange(sums.distances.largest, -sums.distances.least);
+    sums.distances.least = -sums.distances.least;
+    sums.from = std::exchange(sums.to, -sums.from);
+    sums.from = -sums.from;
+}
+
 void describe(const FitPoints& points, const Fitted& fit, TMeasuredLine& result) {
-    const Columns columns = points.columns();
-    Line line = fit.solution.line;
-    const LineSums& sums = fit.solution.sums;
-    double from = sums.from;
-    double to = sums.to;
-    if (!leadsOnwards(columns, line, fit.loss)) {
-        line.nx = -line.nx;
-        line.ny = -line.ny;
-        std::swap(from, to);
-        from = -from;
-        to = -to;
-    }
+    const Line& line = fit.solution.line;
     result.point = points.toPixels({line.x, line.y});
     result.direction = {line.ny, -line.nx};
-    result.angle = kDegrees * std::atan2(result.direction.y, result.direction.x);
+    result.angle = degrees(std::atan2(result.direction.y, result.direction.x));
     if (result.angle <= -180.0) result.angle = 180.0;
-    result.from = from * points.scale();
-    result.to = to * points.scale();
+    result.from = fit.solution.sums.from * points.scale();
+    result.to = fit.solution.sums.to * points.scale();
     std::vector<unsigned char> used;
-    if (fit.loss.kind != lkLeastSquares) used = usedPoints(points, fit.loss, distancesFrom(points, line));
+    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, line));
     points.markUsed(used, result);
 }
 
-template <class Point>
-TMeasuredLine fitLine(const std::vector<Point>& given, const TFitOptions& options) {
-    TMeasuredLine result;
-    FitPoints points;
-    result.points = countOf(given.size());
-    result.status = points.take(given, options, 3);
-    if (result.status != fsOk) return result;
+}  // namespace
+
+void measureLine(const TFitOptions& options, FitPoints& points, TMeasuredLine& result) {
     Fitted fit;
     result.status = solve(options, points, fit);
     result.iterations = fit.iterations;
-    if (result.status != fsOk) return result;
+    if (result.status != fsOk) return;
+    if (!leadsOnwards(points.columns(), fit.solution.line, fit.loss)) turnRound(fit.solution);
 
     const Line& line = fit.solution.line;
     const LineSums& sums = fit.solution.sums;
@@ -128,42 +123,15 @@ TMeasuredLine fitLine(const std::vector<Point>& given, const TFitOptions& option
     Judgement<2> judgement;
     if (!judge<2>(points, options, sums.distances, fit.loss, fit.scale, normal, derivatives, judgement)) {
         result.status = fsTooFewPoints;
-        return result;
+        return;
     }
     describe(points, fit, result);
     fillReport(points, sums.distances, judgement.figures, result);
-    // The same for both senses of the direction: offset and angle turn about together.
     const double scale = points.scale();
-    const cv::Matx22d units(scale, 0, 0, kDegrees);
+    const cv::Matx22d units(scale, 0, 0, degrees(1.0));
     result.covariance = units * judgement.covariance * units;
     result.offsetDeviation = std::sqrt(result.covariance(0, 0));
     result.angleDeviation = std::sqrt(result.covariance(1, 1));
-    return result;
 }
 
-}  // namespace
-
-double TMeasuredLine::deviationAt(double along) const {
-    const double lever = along / kDegrees;
-    return std::sqrt(
-        std::max(0.0, covariance(0, 0) + 2.0 * lever * covariance(0, 1) + lever * lever * covariance(1, 1)));
-}
-
-TLine TMeasuredLine::slopeForm() const {
-    TLine line;
-    line.valid = valid();
-    if (!line.valid) return line;
-    line.k = direction.y / direction.x;
-    line.b = point.y - line.k * point.x;
-    return line;
-}
-
-TMeasuredLine fitLineGeometric(const std::vector<cv::Point2d>& points, const TFitOptions& options) {
-    return fitLine(points, options);
-}
-
-TMeasuredLine fitLineGeometric(const std::vector<cv::Point2f>& points, const TFitOptions& options) {
-    return fitLine(points, options);
-}
-
-}  // namespace orx
+}  // namespace orx::geometric

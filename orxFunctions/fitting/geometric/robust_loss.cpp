@@ -93,6 +93,10 @@ double toldScale(const FitPoints& points, const TFitOptions& options) {
     return inDeviations * points.unitDeviation() / points.scale();
 }
 
+bool allHaveSay(const FitPoints& points, const Loss& loss) {
+    return loss.kind == lkLeastSquares && points.columns().weights == nullptr;
+}
+
 std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
                                       const std::vector<double>& distances) {
     std::vector<unsigned char> used(distances.size());

@@ -7,9 +7,11 @@
 
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/geometric/fit_points.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // The constant of 95 % efficiency under Gaussian noise; 0 for least squares.
 double defaultTuning(TFitLoss loss);
@@ -37,7 +39,9 @@ double noiseOfMedian(double median, std::size_t count, int parameters);
 // The noise of inliers in columns where the options tell it; 0 where they leave it to the points.
 double toldScale(const FitPoints& points, const TFitOptions& options);
 
-// For each point 1 where it has a say under `loss` at these signed distances; empty where all have.
+// Whether no point lacks a say under `loss`, whatever the distances.
+bool allHaveSay(const FitPoints& points, const Loss& loss);
+// For each point 1 where it has a say under `loss` at these signed distances.
 std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
                                       const std::vector<double>& distances);
 

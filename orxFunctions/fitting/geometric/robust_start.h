@@ -16,10 +16,12 @@
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/fitting/geometric/robust_loss.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
-#include "orxFunctions/fitting/kernels/point_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
+#include "orxFunctions/fitting/kernels/inlier.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // D. Lehmer's sequence with the multiplier of S. K. Park and K. W. Miller: good enough to choose points, and
 // the same everywhere.
@@ -36,7 +38,7 @@ class SampleNumbers {
 
 // At most this many points, evenly chosen, judge the samples.
 constexpr std::size_t kJudges = 200;
-static_assert(kJudges % kPointsPerStep == 0);
+static_assert(kJudges % inlier_kernels::kPointsPerStep == 0);
 
 class Judges {
   public:
@@ -52,8 +54,10 @@ class Judges {
     std::size_t count() const { return count_; }
     Columns columns() const { return {x_, y_, weights_, count_}; }
     // As the point kernels want them.
-    PointSpan span() const {
-        return {x_, y_, (count_ + kPointsPerStep - 1) / kPointsPerStep * kPointsPerStep};
+    inlier_kernels::PointSpan span() const {
+        return {x_, y_,
+                (count_ + inlier_kernels::kPointsPerStep - 1) / inlier_kernels::kPointsPerStep *
+                    inlier_kernels::kPointsPerStep};
     }
     double rootWeight(std::size_t i) const { return std::sqrt(weights_[i]); }
 

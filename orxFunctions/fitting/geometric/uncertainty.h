@@ -12,9 +12,11 @@
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 
 namespace orx::geometric {
+
+using namespace distance_kernels;
 
 // The inverse of a symmetric positive definite matrix. False where it is singular to double precision.
 template <int kSize>

@@ -1,10 +1,10 @@
-// The losses of kernels/geometric_kernels.h, four distances at a time. Each tells, for q = weight d^2 with
+// The losses of kernels/distance.h, four distances at a time. Each tells, for q = weight d^2 with
 // t = q / bend2: omega = rho'(u) / u and the slope of psi(u) = u omega(u), u = sqrt(q) in scales.
 #ifndef ORXFUNCTIONS_FITTING_KERNELS_ROBUST_WEIGHTS_IMPL_H
 #define ORXFUNCTIONS_FITTING_KERNELS_ROBUST_WEIGHTS_IMPL_H
 
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
-#include "orxFunctions/fitting/kernels/quad_impl.h"
+#include "orxFunctions/fitting/kernels/distance.h"
+#include "orxFunctions/platform/simd/quads.h"
 
 namespace orx::ORX_SIMD {
 
@@ -15,13 +15,13 @@ struct LossTerms {
 
 struct PlainWeights {
     static constexpr bool kAllAlike = true;
-    explicit PlainWeights(const geometric::Loss&) {}
+    explicit PlainWeights(const distance_kernels::Loss&) {}
     LossTerms at(const Quad&) const { return {Quad::all(1.0), Quad::all(1.0)}; }
 };
 
 struct HuberWeights {
     static constexpr bool kAllAlike = false;
-    explicit HuberWeights(const geometric::Loss& loss) : bend2(Quad::all(loss.bend2)) {}
+    explicit HuberWeights(const distance_kernels::Loss& loss) : bend2(Quad::all(loss.bend2)) {}
     LossTerms at(const Quad& q) const {
         const Quad one = Quad::all(1.0);
         const QuadMask inside = q <= bend2;
@@ -33,7 +33,7 @@ struct HuberWeights {
 
 struct CauchyWeights {
     static constexpr bool kAllAlike = false;
-    explicit CauchyWeights(const geometric::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
+    explicit CauchyWeights(const distance_kernels::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
     LossTerms at(const Quad& q) const {
         const Quad one = Quad::all(1.0);
         const Quad t = q * inverse;
@@ -45,7 +45,7 @@ struct CauchyWeights {
 
 struct TukeyWeights {
     static constexpr bool kAllAlike = false;
-    explicit TukeyWeights(const geometric::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
+    explicit TukeyWeights(const distance_kernels::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
     LossTerms at(const Quad& q) const {
         const Quad zero = Quad::all(0.0);
         const Quad one = Quad::all(1.0);
@@ -58,7 +58,7 @@ struct TukeyWeights {
 
 struct GemanMcClureWeights {
     static constexpr bool kAllAlike = false;
-    explicit GemanMcClureWeights(const geometric::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
+    explicit GemanMcClureWeights(const distance_kernels::Loss& loss) : inverse(Quad::all(1.0 / loss.bend2)) {}
     LossTerms at(const Quad& q) const {
         const Quad one = Quad::all(1.0);
         const Quad t = q * inverse;
@@ -76,17 +76,17 @@ struct LossType {
 
 // visit(LossType<...>) for the kind of the loss.
 template <class Visit>
-inline auto withLoss(const geometric::Loss& loss, Visit visit) {
+inline auto withLoss(const distance_kernels::Loss& loss, Visit visit) {
     switch (loss.kind) {
-        case geometric::lkHuber:
+        case distance_kernels::lkHuber:
             return visit(LossType<HuberWeights>{});
-        case geometric::lkCauchy:
+        case distance_kernels::lkCauchy:
             return visit(LossType<CauchyWeights>{});
-        case geometric::lkTukey:
+        case distance_kernels::lkTukey:
             return visit(LossType<TukeyWeights>{});
-        case geometric::lkGemanMcClure:
+        case distance_kernels::lkGemanMcClure:
             return visit(LossType<GemanMcClureWeights>{});
-        case geometric::lkLeastSquares:
+        case distance_kernels::lkLeastSquares:
             break;
     }
     return visit(LossType<PlainWeights>{});

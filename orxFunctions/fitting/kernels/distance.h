@@ -2,14 +2,12 @@
 //
 // Points are columns of doubles, centred and scaled (geometric/fit_points.h). Sums run in four interleaved
 // parts that are added at the end, so that every instruction set gives the same bits.
-#ifndef ORXFUNCTIONS_FITTING_KERNELS_GEOMETRIC_KERNELS_H
-#define ORXFUNCTIONS_FITTING_KERNELS_GEOMETRIC_KERNELS_H
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_DISTANCE_H
+#define ORXFUNCTIONS_FITTING_KERNELS_DISTANCE_H
 
 #include <cstddef>
 
-// Plain aggregates without constructors: the linker must find nothing to share between the builds for two
-// instruction sets.
-namespace orx::geometric {
+namespace orx::distance_kernels {
 
 struct Columns {
     const double* x;
@@ -67,7 +65,7 @@ struct Moments {
     double w, x, y, xx, xy, yy, xz, yz, zz;
 };
 
-struct GeometricKernels {
+struct Kernels {
     Moments (*moments)(const Columns& points);
     CircleSums (*circleSums)(const Columns& points, const Circle& circle, const Loss& loss);
     LineSums (*lineSums)(const Columns& points, const Line& line, const Loss& loss);
@@ -76,12 +74,10 @@ struct GeometricKernels {
     void (*lineDistances)(const Columns& points, const Line& line, double* distances);
 };
 
-extern const GeometricKernels kBaselineGeometricKernels;
-extern const GeometricKernels kAvx2GeometricKernels;
+extern const Kernels kAvx2;
 
-// The set for this processor. Ask once per fit.
-const GeometricKernels& geometricKernels();
+const Kernels& chosen();
 
-}  // namespace orx::geometric
+}  // namespace orx::distance_kernels
 
 #endif

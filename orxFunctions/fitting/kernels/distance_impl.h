@@ -1,23 +1,17 @@
-// The kernels of kernels/geometric_kernels.h, compiled once for each instruction set.
-#ifndef ORXFUNCTIONS_FITTING_KERNELS_GEOMETRIC_KERNELS_IMPL_H
-#define ORXFUNCTIONS_FITTING_KERNELS_GEOMETRIC_KERNELS_IMPL_H
+// The kernels of kernels/distance.h, compiled once for each instruction set.
+#ifndef ORXFUNCTIONS_FITTING_KERNELS_DISTANCE_IMPL_H
+#define ORXFUNCTIONS_FITTING_KERNELS_DISTANCE_IMPL_H
 
 #include <cstddef>
 #include <limits>
 
-#include "orxFunctions/fitting/kernels/geometric_kernels.h"
-#include "orxFunctions/fitting/kernels/quad_impl.h"
+#include "orxFunctions/fitting/kernels/distance.h"
 #include "orxFunctions/fitting/kernels/robust_weights_impl.h"
+#include "orxFunctions/platform/simd/quads.h"
 
-namespace orx::ORX_SIMD::geometric_fits {
+namespace orx::distance_kernels::ORX_SIMD {
 
-using geometric::Circle;
-using geometric::CircleSums;
-using geometric::Columns;
-using geometric::Line;
-using geometric::LineSums;
-using geometric::Loss;
-using geometric::Moments;
+using namespace orx::ORX_SIMD;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -79,21 +73,21 @@ class DistanceTally {
   public:
     explicit DistanceTally(const Loss& loss) : weights_(loss), reach2_(Quad::all(loss.reach2)) {}
 
-    // Points that fill up the last four lie in one place with another, with weight 0. Returns the point's
-    // weight times omega.
+    // Points of weight 0 count nowhere. Returns the point's weight times omega.
     Quad add(Quad d, Quad weight) {
+        const QuadMask counts = zero_ < weight;
+        const Quad one = Quad::all(1.0);
         if constexpr (Weights::kAllAlike) {
             const Quad wd = weight * d;
             w_ = w_ + weight;
             d_ = d_ + wd;
             dd_ = dd_ + wd * d;
-            usedSquares_ = usedSquares_ + select(zero_ < weight, d * d, zero_);
-            least_ = min(least_, d);
-            largest_ = max(largest_, d);
+            used_ = used_ + select(counts, one, zero_);
+            usedSquares_ = usedSquares_ + select(counts, d * d, zero_);
+            least_ = min(least_, select(counts, d, least_));
+            largest_ = max(largest_, select(counts, d, largest_));
             return weight;
         } else {
-            const Quad one = Quad::all(1.0);
-            const QuadMask counts = zero_ < weight;
             const Quad q = weight * (d * d);
             const LossTerms terms = weights_.at(q);
             const Quad w = weight * terms.omega;
@@ -114,16 +108,16 @@ class DistanceTally {
         }
     }
 
-    geometric::DistanceSums sums(std::size_t count) const {
-        const auto n = static_cast<double>(count);
+    DistanceSums sums() const {
+        const double used = sum(used_);
+        const double dd = sum(dd_);
         const double least = smallestOf(least_);
         const double largest = largestOf(largest_);
         if constexpr (Weights::kAllAlike) {
-            const double dd = sum(dd_);
-            return {n, sum(w_), sum(d_), dd, n, n, n, dd, sum(usedSquares_), least, largest};
+            return {used, sum(w_), sum(d_), dd, used, used, used, dd, sum(usedSquares_), least, largest};
         } else {
-            return {sum(used_),   sum(w_),          sum(d_),           sum(dd_), sum(omega_), sum(slope_),
-                    sum(slope2_), sum(influence2_), sum(usedSquares_), least,    largest};
+            return {used,         sum(w_),          sum(d_),           dd,    sum(omega_), sum(slope_),
+                    sum(slope2_), sum(influence2_), sum(usedSquares_), least, largest};
         }
     }
 
@@ -168,15 +162,7 @@ CircleSums circleSumsUnder(const Columns& points, const Circle& circle, const Lo
         uuu1 = uuu1 + wuu * u;
         uuv1 = uuv1 + wuu * v;
     });
-    return {tally.sums(points.count),
-            sum(u1),
-            sum(v1),
-            sum(uu1),
-            sum(uv1),
-            sum(ud1),
-            sum(vd1),
-            sum(uuu1),
-            sum(uuv1)};
+    return {tally.sums(), sum(u1), sum(v1), sum(uu1), sum(uv1), sum(ud1), sum(vd1), sum(uuu1), sum(uuv1)};
 }
 
 template <class Weights>
@@ -208,8 +194,7 @@ LineSums lineSumsUnder(const Columns& points, const Line& line, const Loss& loss
         from = min(from, select(used, along, from));
         to = max(to, select(used, along, to));
     });
-    return {tally.sums(points.count), sum(x1),      sum(y1), sum(xx1), sum(xy1), sum(yy1),
-            smallestOf(from),         largestOf(to)};
+    return {tally.sums(), sum(x1), sum(y1), sum(xx1), sum(xy1), sum(yy1), smallestOf(from), largestOf(to)};
 }
 
 inline CircleSums circleSums(const Columns& points, const Circle& circle, const Loss& loss) {
@@ -256,9 +241,8 @@ inline void lineDistances(const Columns& points, const Line& line, double* dista
     });
 }
 
-inline constexpr geometric::GeometricKernels kKernels = {moments, circleSums, lineSums, circleDistances,
-                                                         lineDistances};
+inline constexpr Kernels kKernels = {moments, circleSums, lineSums, circleDistances, lineDistances};
 
-}  // namespace orx::ORX_SIMD::geometric_fits
+}  // namespace orx::distance_kernels::ORX_SIMD
 
 #endif

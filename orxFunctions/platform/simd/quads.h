@@ -1,7 +1,7 @@
 // Four doubles side by side, of as many vectors as the instruction set needs for them: sums over quads have
-// the same bits with each. See platform/simd/vectors.h for what may be included here.
-#ifndef ORXFUNCTIONS_FITTING_KERNELS_QUAD_IMPL_H
-#define ORXFUNCTIONS_FITTING_KERNELS_QUAD_IMPL_H
+// the same bits with each. The rules of simd/vectors.h hold here too.
+#ifndef ORXFUNCTIONS_PLATFORM_SIMD_QUADS_H
+#define ORXFUNCTIONS_PLATFORM_SIMD_QUADS_H
 
 #include <cstddef>
 
