@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "orxFunctions/foundation/angles_internal.h"
+
 namespace orx {
 namespace {
 
@@ -41,21 +43,33 @@ double betaFraction(double a, double b, double x) {
     return result;
 }
 
-// The regularised incomplete beta function I_x(a, b).
-double incompleteBeta(double a, double b, double x) {
+// The regularised incomplete beta function I_x(a, b); `rest` is 1 - x, which x near 1 would lose.
+double incompleteBeta(double a, double b, double x, double rest) {
     if (x <= 0.0) return 0.0;
-    if (x >= 1.0) return 1.0;
+    if (rest <= 0.0) return 1.0;
     const double front =
-        std::exp(logGamma(a + b) - logGamma(a) - logGamma(b) + a * std::log(x) + b * std::log1p(-x));
+        std::exp(logGamma(a + b) - logGamma(a) - logGamma(b) + a * std::log(x) + b * std::log(rest));
     if (x < (a + 1.0) / (a + b + 2.0)) return front * betaFraction(a, b, x) / a;
-    return 1.0 - front * betaFraction(b, a, 1.0 - x) / b;
+    return 1.0 - front * betaFraction(b, a, rest) / b;
 }
+
+// From here on the normal distribution, to more than ten digits.
+constexpr double kNormalFrom = 1e7;
 
 // The probability that Student's t lies within -t .. t.
 double probabilityWithin(double t, double degreesOfFreedom) {
-    constexpr double kNormalFrom = 1e7;  // from here on the normal distribution, to more than ten digits
     if (degreesOfFreedom > kNormalFrom) return std::erf(t / std::sqrt(2.0));
-    return 1.0 - incompleteBeta(degreesOfFreedom / 2.0, 0.5, degreesOfFreedom / (degreesOfFreedom + t * t));
+    const double sum = degreesOfFreedom + t * t;
+    return incompleteBeta(0.5, degreesOfFreedom / 2.0, t * t / sum, degreesOfFreedom / sum);
+}
+
+// How that grows with t.
+double density(double t, double degreesOfFreedom) {
+    const double half = degreesOfFreedom / 2.0;
+    if (degreesOfFreedom > kNormalFrom) return std::sqrt(2.0 / kPi) * std::exp(-t * t / 2.0);
+    return 2.0 *
+           std::exp(logGamma(half + 0.5) - logGamma(half) - (half + 0.5) * std::log1p(t * t / (2.0 * half))) /
+           std::sqrt(2.0 * half * kPi);
 }
 
 }  // namespace
@@ -90,17 +104,22 @@ const char* fitStatusText(TFitStatus status) {
     return "unknown status";
 }
 
+// Newton's steps, each held between what is known to be too little and too much.
 double coverageFactor(double probability, double degreesOfFreedom) {
     if (!(probability > 0.0 && probability < 1.0) || !(degreesOfFreedom > 0.0))
         return std::numeric_limits<double>::quiet_NaN();
     double high = 1.0;
     while (probabilityWithin(high, degreesOfFreedom) < probability && high < 1e300) high *= 2.0;
-    double low = 0.0;
+    double low = high > 1.0 ? high / 2.0 : 0.0;
+    double t = (low + high) / 2.0;
     for (int i = 0; i < 200 && high - low > 1e-15 * high; ++i) {
-        const double middle = (low + high) / 2.0;
-        (probabilityWithin(middle, degreesOfFreedom) < probability ? low : high) = middle;
+        const double missing = probability - probabilityWithin(t, degreesOfFreedom);
+        (missing > 0.0 ? low : high) = t;
+        const double step = missing / density(t, degreesOfFreedom);
+        if (std::abs(step) <= 1e-15 * t) break;
+        t = t + step > low && t + step < high ? t + step : (low + high) / 2.0;
     }
-    return (low + high) / 2.0;
+    return t;
 }
 
 }  // namespace orx

@@ -7,8 +7,8 @@
 
 namespace orx::geometric {
 
-// What fitCircleGeometric promises, for points that were taken with these options; a robust loss leaves outliers out of
-// them. Points left out before stay out.
+// What fitCircleGeometric promises, for points that were taken with these options; a robust loss leaves
+// outliers out of them. Points left out before stay out.
 void measureCircle(const TFitOptions& options, FitPoints& points, TMeasuredCircle& result);
 
 }  // namespace orx::geometric

@@ -7,8 +7,8 @@
 
 namespace orx::geometric {
 
-// What fitLineGeometric promises, for points that were taken with these options; a robust loss leaves outliers out of
-// them. Points left out before stay out.
+// What fitLineGeometric promises, for points that were taken with these options; a robust loss leaves
+// outliers out of them. Points left out before stay out.
 void measureLine(const TFitOptions& options, FitPoints& points, TMeasuredLine& result);
 
 }  // namespace orx::geometric
