@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace orx::geometric {
 namespace {
@@ -148,6 +149,39 @@ void FitPoints::leaveOut(const std::vector<unsigned char>& keep) {
         std::fill_n(weights_.get(), size_, 1.0);
     }
     for (std::size_t i = 0; i < size_; ++i) weights_[i] = keep[i] != 0 ? weights_[i] : 0.0;
+}
+
+FitPoints FitPoints::only(const std::vector<unsigned char>& keep) const {
+    std::vector<int> entries(size_);
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < size_; ++i) {
+        // Written always, kept when wanted: no branch to mispredict.
+        entries[count] = static_cast<int>(i);
+        count += keep[i] != 0 ? 1 : 0;
+    }
+    entries.resize(count);
+    FitPoints kept;
+    const auto copy = [&](const double* from, double* to) {
+        for (const int i : entries) *to++ = from[i];
+    };
+    kept.size_ = count;
+    kept.columns_.reset(new double[2 * count]);
+    copy(columns_.get(), kept.columns_.get());
+    copy(columns_.get() + size_, kept.columns_.get() + count);
+    if (weights_ != nullptr) {
+        kept.weights_.reset(new double[count]);
+        copy(weights_.get(), kept.weights_.get());
+    }
+    if (!given_.empty()) {
+        for (int& i : entries) i = given_[static_cast<std::size_t>(i)];
+    }
+    kept.given_ = std::move(entries);
+    kept.givenCount_ = givenCount_;
+    kept.center_ = center_;
+    kept.scale_ = scale_;
+    kept.rounding_ = rounding_;
+    kept.unitDeviation_ = unitDeviation_;
+    return kept;
 }
 
 void FitPoints::markUsed(const std::vector<unsigned char>& hasSay, TFitReport& report) const {

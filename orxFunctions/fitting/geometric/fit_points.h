@@ -31,11 +31,18 @@ class FitPoints {
     template <class Point>
     TFitStatus take(const std::vector<Point>& points, const TFitOptions& options, std::size_t least);
 
+    // Those of the points whose entry is not 0, in the same units. The report still counts all points given.
+    FitPoints only(const std::vector<unsigned char>& keep) const;
+
     std::size_t size() const { return size_; }
     // The reciprocal of each squared deviation is a point's weight, in units of their mean.
     Columns columns() const { return {columns_.get(), columns_.get() + size_, weights_.get(), size_}; }
     double weight(std::size_t i) const { return weights_ == nullptr ? 1.0 : weights_[i]; }
     cv::Point2d at(std::size_t i) const { return {columns_[i], columns_[size_ + i]}; }
+    // Its index among the points given.
+    std::size_t given(std::size_t i) const {
+        return given_.empty() ? i : static_cast<std::size_t>(given_[i]);
+    }
 
     cv::Point2d center() const { return center_; }
     double scale() const { return scale_; }
@@ -61,7 +68,8 @@ class FitPoints {
     std::unique_ptr<double[]> columns_;  // x, then y
     std::unique_ptr<double[]> weights_;  // null where all are 1
     std::size_t size_ = 0;
-    std::vector<int> given_;  // of points with deviations: index of each among the points given
+    // Where points are left out: the index of each among the points given.
+    std::vector<int> given_;
     std::size_t givenCount_ = 0;
     cv::Point2d center_;
     double scale_ = 1.0;

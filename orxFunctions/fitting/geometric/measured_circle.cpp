@@ -14,6 +14,12 @@
 namespace orx::geometric {
 namespace {
 
+std::vector<double> distancesFrom(const FitPoints& points, const Circle& circle) {
+    std::vector<double> distances(points.size());
+    distance_kernels::chosen().circleDistances(points.columns(), circle, distances.data());
+    return distances;
+}
+
 struct Fitted {
     CircleSolution solution{};
     Loss loss{};
@@ -21,31 +27,33 @@ struct Fitted {
     int iterations = 0;
 };
 
-// The circle that most points follow, and their noise; the others lose their say.
-bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Circle& start, Fitted& fit) {
+// The circle that most points follow, or those near `known` unless it is null, and their noise; the others
+// lose their say.
+bool startAmongOutliers(const TFitOptions& options, const Start<Circle>* known, FitPoints& points,
+                        Circle& start, Fitted& fit) {
     const int steps = options.maxIterations;
     fit.scale = toldScale(points, options);
     const bool told = fit.scale > 0.0;
-    if (!robustCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
-        return false;
+    if (known == nullptr) {
+        if (!robustCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
+            return false;
+    } else {
+        start = known->shape;
+        if (!told) fit.scale = known->scale;
+    }
     const auto placeOf = [&](cv::Point2d p) { return pseudoAngle(p.x - start.x, p.y - start.y) / 4.0; };
-    std::vector<double> distances(points.size());
-    distance_kernels::chosen().circleDistances(points.columns(), start, distances.data());
-    const bool closed = true;
-    const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
-    return !dropped || told ||
-           settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+    const std::vector<double> distances = distancesFrom(points, start);
+    leaveOutOutliers(distances, outlierReach2(fit.scale), true, placeOf, points);
+    return told || settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 
-TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
+TFitStatus solve(const TFitOptions& options, const Start<Circle>* known, FitPoints& points, Fitted& fit) {
     Circle start{};
     if (options.loss == flLeastSquares) {
         if (!taubinCircle(distance_kernels::chosen().moments(points.columns()), start)) return fsCollinear;
         fit.loss = leastSquares();
     } else {
-        if (!startAmongOutliers(options, points, start, fit)) {
-            return options.scale > 0.0 ? fsNoConsensus : fsCollinear;
-        }
+        if (!startAmongOutliers(options, known, points, start, fit)) return fsCollinear;
         fit.loss = lossAt(options, fit.scale);
     }
     fit.solution = refineCircle(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
@@ -77,21 +85,18 @@ void describe(const FitPoints& points, const Fitted& fit, const cv::Vec3d& bias,
     const Columns columns = points.columns();
     result.center = points.toPixels({circle.x - bias[0], circle.y - bias[1]});
     result.radius = (circle.r - bias[2]) * points.scale();
-    const auto fillDistances = [&](double* to) {
-        distance_kernels::chosen().circleDistances(points.columns(), circle, to);
-    };
-    const std::vector<unsigned char> used = usedPoints(points, fit.loss, fillDistances);
+    std::vector<unsigned char> used;
+    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, circle));
     points.markUsed(used, result);
     const ArcCoverage cover = arcCoverage(columns, used, {circle.x - bias[0], circle.y - bias[1]});
     result.startAngle = cover.start;
     result.sweep = cover.sweep;
 }
 
-}  // namespace
-
-void measureCircle(const TFitOptions& options, FitPoints& points, TMeasuredCircle& result) {
+void measure(const TFitOptions& options, const Start<Circle>* known, FitPoints& points,
+             TMeasuredCircle& result) {
     Fitted fit;
-    result.status = solve(options, points, fit);
+    result.status = solve(options, known, points, fit);
     result.iterations = fit.iterations;
     if (result.status == fsCollinear || result.status == fsCoincident) return;
 
@@ -120,6 +125,17 @@ void measureCircle(const TFitOptions& options, FitPoints& points, TMeasuredCircl
     result.xDeviation = std::sqrt(result.covariance(0, 0));
     result.yDeviation = std::sqrt(result.covariance(1, 1));
     result.radiusDeviation = std::sqrt(result.covariance(2, 2));
+}
+
+}  // namespace
+
+void measureCircle(const TFitOptions& options, FitPoints& points, TMeasuredCircle& result) {
+    measure(options, nullptr, points, result);
+}
+
+void measureFrom(const Start<Circle>& start, const TFitOptions& options, FitPoints& points,
+                 TMeasuredCircle& result) {
+    measure(options, &start, points, result);
 }
 
 }  // namespace orx::geometric

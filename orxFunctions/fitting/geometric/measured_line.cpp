@@ -29,6 +29,12 @@ bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
     return balance >= 0.0;
 }
 
+std::vector<double> distancesFrom(const FitPoints& points, const Line& line) {
+    std::vector<double> distances(points.size());
+    distance_kernels::chosen().lineDistances(points.columns(), line, distances.data());
+    return distances;
+}
+
 struct Fitted {
     LineSolution solution{};
     Loss loss{};
@@ -36,35 +42,37 @@ struct Fitted {
     int iterations = 0;
 };
 
-// The line that most points follow, and their noise; the others lose their say.
-bool startAmongOutliers(const TFitOptions& options, FitPoints& points, Line& start, Fitted& fit) {
+// The line that most points follow, or those near `known` unless it is null, and their noise; the others lose
+// their say.
+bool startAmongOutliers(const TFitOptions& options, const Start<Line>* known, FitPoints& points, Line& start,
+                        Fitted& fit) {
     const int steps = options.maxIterations;
     fit.scale = toldScale(points, options);
     const bool told = fit.scale > 0.0;
-    if (!robustLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
-        return false;
+    if (known == nullptr) {
+        if (!robustLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
+            return false;
+    } else {
+        start = known->shape;
+        if (!told) fit.scale = known->scale;
+    }
     const LineSums sums = distance_kernels::chosen().lineSums(points.columns(), start, searchLoss(fit.scale));
     const double length = std::max(sums.to - sums.from, 1e-100);
     const auto placeOf = [&](cv::Point2d p) {
         return ((p.x - start.x) * start.ny - (p.y - start.y) * start.nx - sums.from) / length;
     };
-    std::vector<double> distances(points.size());
-    distance_kernels::chosen().lineDistances(points.columns(), start, distances.data());
-    const bool closed = false;
-    const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
-    return !dropped || told ||
-           settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+    const std::vector<double> distances = distancesFrom(points, start);
+    leaveOutOutliers(distances, outlierReach2(fit.scale), false, placeOf, points);
+    return told || settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 
-TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
+TFitStatus solve(const TFitOptions& options, const Start<Line>* known, FitPoints& points, Fitted& fit) {
     Line start{};
     if (options.loss == flLeastSquares) {
         if (!momentsLine(distance_kernels::chosen().moments(points.columns()), start)) return fsCoincident;
         fit.loss = leastSquares();
     } else {
-        if (!startAmongOutliers(options, points, start, fit)) {
-            return options.scale > 0.0 ? fsNoConsensus : fsCoincident;
-        }
+        if (!startAmongOutliers(options, known, points, start, fit)) return fsCoincident;
         fit.loss = lossAt(options, fit.scale);
     }
     fit.solution = refineLine(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
@@ -92,18 +100,14 @@ void describe(const FitPoints& points, const Fitted& fit, TMeasuredLine& result)
     if (result.angle <= -180.0) result.angle = 180.0;
     result.from = fit.solution.sums.from * points.scale();
     result.to = fit.solution.sums.to * points.scale();
-    const auto fillDistances = [&](double* to) {
-        distance_kernels::chosen().lineDistances(points.columns(), line, to);
-    };
-    const std::vector<unsigned char> used = usedPoints(points, fit.loss, fillDistances);
+    std::vector<unsigned char> used;
+    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, line));
     points.markUsed(used, result);
 }
 
-}  // namespace
-
-void measureLine(const TFitOptions& options, FitPoints& points, TMeasuredLine& result) {
+void measure(const TFitOptions& options, const Start<Line>* known, FitPoints& points, TMeasuredLine& result) {
     Fitted fit;
-    result.status = solve(options, points, fit);
+    result.status = solve(options, known, points, fit);
     result.iterations = fit.iterations;
     if (result.status != fsOk) return;
     if (!leadsOnwards(points.columns(), fit.solution.line, fit.loss)) turnRound(fit.solution);
@@ -133,6 +137,17 @@ void measureLine(const TFitOptions& options, FitPoints& points, TMeasuredLine& r
     result.covariance = units * judgement.covariance * units;
     result.offsetDeviation = std::sqrt(result.covariance(0, 0));
     result.angleDeviation = std::sqrt(result.covariance(1, 1));
+}
+
+}  // namespace
+
+void measureLine(const TFitOptions& options, FitPoints& points, TMeasuredLine& result) {
+    measure(options, nullptr, points, result);
+}
+
+void measureFrom(const Start<Line>& start, const TFitOptions& options, FitPoints& points,
+                 TMeasuredLine& result) {
+    measure(options, &start, points, result);
 }
 
 }  // namespace orx::geometric
