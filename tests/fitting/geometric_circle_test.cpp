@@ -20,7 +20,8 @@ struct CircleErrors {
     Errors radius;
 };
 
-CircleErrors errorsOf(const TrueCircle& truth, const Scene& scene, const orx::TFitOptions& options, int runs) {
+CircleErrors errorsOf(const TrueCircle& truth, const Scene& scene, const orx::TFitOptions& options,
+                      int runs) {
     const cv::Matx33d bound = truth.bound(scene);
     const cv::Point2d axis = unit(truth.from + scene.extent / 2);
     const cv::Vec3d along(axis.x, axis.y, 0);
@@ -60,8 +61,8 @@ struct Row {
 };
 
 void PrintTo(const Row& row, std::ostream* to) {
-    *to << row.scene.extent << " degrees, " << row.scene.count << " points, noise " << row.scene.noise << ", outliers "
-        << row.scene.outliers << ", loss " << row.loss;
+    *to << row.scene.extent << " degrees, " << row.scene.count << " points, noise " << row.scene.noise
+        << ", outliers " << row.scene.outliers << ", loss " << row.loss;
 }
 
 class GeometricCircle : public testing::TestWithParam<Row> {};
@@ -100,14 +101,16 @@ INSTANTIATE_TEST_SUITE_P(WithFortyPercentOutliers, GeometricCircle,
 // Few points on a short arc under much noise, where the biases of second order are largest.
 TEST(GeometricCircleBias, IsTakenBackAsTheNoiseIs) {
     orx::TFitOptions options;
-    for (const Scene& scene : {Scene{360, 12, 8}, Scene{90, 40, 3}, Scene{40, 200, 1}, Scene{90, 40, 3, 0, false}}) {
+    for (const Scene& scene :
+         {Scene{360, 12, 8}, Scene{90, 40, 3}, Scene{40, 200, 1}, Scene{90, 40, 3, 0, false}}) {
         SCOPED_TRACE(scene.extent);
         options.noise = scene.independent ? orx::pnIndependent : orx::pnNormal;
         const CircleErrors errors = errorsOf(kTruth, scene, options, 4000);
         EXPECT_LT(std::abs(errors.radius.bias()), 0.05 * errors.radius.spread());
         EXPECT_LT(std::abs(errors.center.bias()), 0.05 * errors.center.spread());
     }
-    // Taken for noise across the outline alone, noise in x and y makes the circle larger by noise^2 / (2 radius).
+    // Taken for noise across the outline alone, noise in x and y makes the circle larger by noise^2 / (2
+    // radius).
     const Scene scene{360, 200, 8};
     options.noise = orx::pnNormal;
     const double bias = errorsOf(kTruth, scene, options, 1000).radius.bias();
@@ -119,9 +122,10 @@ TEST(GeometricCircle, EdgeChainsCountTheNoiseThatNeighboursShare) {
         double extent, radius, spacing, sigma;
         orx::TFitLoss loss;
     };
-    for (const Chain& chain : {Chain{360, 40, 1.1, 1, orx::flLeastSquares}, Chain{360, 25, 0.7, 2, orx::flLeastSquares},
-                               Chain{90, 100, 1, 1.5, orx::flLeastSquares}, Chain{40, 60, 1, 1, orx::flLeastSquares},
-                               Chain{360, 12, 0.1, 1, orx::flLeastSquares}, Chain{360, 60, 1, 1, orx::flHuber}}) {
+    for (const Chain& chain :
+         {Chain{360, 40, 1.1, 1, orx::flLeastSquares}, Chain{360, 25, 0.7, 2, orx::flLeastSquares},
+          Chain{90, 100, 1, 1.5, orx::flLeastSquares}, Chain{40, 60, 1, 1, orx::flLeastSquares},
+          Chain{360, 12, 0.1, 1, orx::flLeastSquares}, Chain{360, 60, 1, 1, orx::flHuber}}) {
         SCOPED_TRACE(testing::Message() << chain.extent << " degrees, radius " << chain.radius);
         const auto count = static_cast<int>(chain.radius * chain.extent * kPi / 180 / chain.spacing);
         orx::TFitOptions options = withLoss(chain.loss);
@@ -139,10 +143,12 @@ TEST(GeometricCircle, EdgeChainsCountTheNoiseThatNeighboursShare) {
             }
             const orx::TMeasuredCircle fit = fitCircleGeometric(points, options);
             ASSERT_EQ(fit.status, orx::fsOk);
-            errors.add(fit.radius - chain.radius, fit.covariance(2, 2), fit.radiusDeviation, fit.degreesOfFreedom);
+            errors.add(fit.radius - chain.radius, fit.covariance(2, 2), fit.radiusDeviation,
+                       fit.degreesOfFreedom);
             // Points are worth as many as lay 2 sqrt(pi) sigma apart, the ends of an arc aside.
             const double worth = count * chain.spacing / (2 * std::sqrt(kPi) * chain.sigma);
-            EXPECT_NEAR(fit.effectivePoints, worth, (chain.loss == orx::flLeastSquares ? 0.12 : 0.25) * worth);
+            EXPECT_NEAR(fit.effectivePoints, worth,
+                        (chain.loss == orx::flLeastSquares ? 0.12 : 0.25) * worth);
         }
         EXPECT_NEAR(errors.within68(), 68.3, 5);
         EXPECT_NEAR(errors.within95(), 95.4, 2.5);
@@ -154,7 +160,8 @@ TEST(GeometricCircle, IsExactWithoutNoiseInLargeCoordinates) {
     for (const double arc : {360.0, 90.0, 20.0, 5.0}) {
         for (const auto loss : {orx::flLeastSquares, orx::flTukey}) {
             const TrueCircle truth{{6e5, -4e5}, 4e5, 77};
-            const orx::TMeasuredArc fit = fitArcGeometric(truth.points({arc, 300, 0}, random), withLoss(loss));
+            const orx::TMeasuredArc fit =
+                fitArcGeometric(truth.points({arc, 300, 0}, random), withLoss(loss));
             SCOPED_TRACE(testing::Message() << arc << " degrees, loss " << loss);
             ASSERT_EQ(fit.status, orx::fsOk);
             EXPECT_NEAR(fit.radius, truth.radius, 1e-12 * truth.radius);
@@ -168,7 +175,8 @@ TEST(GeometricCircle, IsExactWithoutNoiseInLargeCoordinates) {
 // The least sum is where a plain sum of the gradient vanishes.
 TEST(GeometricCircle, StandsWhereTheGradientOfTheLossVanishes) {
     Random random(8);
-    for (const auto loss : {orx::flLeastSquares, orx::flHuber, orx::flCauchy, orx::flTukey, orx::flGemanMcClure}) {
+    for (const auto loss :
+         {orx::flLeastSquares, orx::flHuber, orx::flCauchy, orx::flTukey, orx::flGemanMcClure}) {
         for (const int count : {4, 5, 6, 7, 40, 203}) {
             // So little noise that taking the biases back moves nothing that counts.
             const Scene scene{130, count, 1e-4, 0, false};
@@ -312,8 +320,9 @@ TEST(GeometricCircle, HasTheSameBitsWithEveryInstructionSet) {
             const orx::TMeasuredCircle plain = fitCircleGeometric(points, options);
             cv::setUseOptimized(true);
             const auto values = [](const orx::TMeasuredCircle& c) {
-                return std::vector<double>{c.center.x, c.center.y, c.radius, c.noise, c.rms, c.peakToValley,
-                                           c.sweep, c.covariance(0, 1), c.radiusDeviation};
+                return std::vector<double>{
+                    c.center.x,     c.center.y, c.radius,           c.noise,          c.rms,
+                    c.peakToValley, c.sweep,    c.covariance(0, 1), c.radiusDeviation};
             };
             EXPECT_EQ(fast.status, plain.status);
             EXPECT_TRUE(sameValues(values(fast), values(plain))) << count << " points, loss " << loss;

@@ -26,8 +26,8 @@ struct Row {
 };
 
 void PrintTo(const Row& row, std::ostream* to) {
-    *to << row.angle << " degrees, " << row.scene.count << " points, noise " << row.scene.noise << ", outliers "
-        << row.scene.outliers << ", loss " << row.loss;
+    *to << row.angle << " degrees, " << row.scene.count << " points, noise " << row.scene.noise
+        << ", outliers " << row.scene.outliers << ", loss " << row.loss;
 }
 
 class GeometricLine : public testing::TestWithParam<Row> {};
@@ -173,7 +173,7 @@ TEST(GeometricLine, HasTheSameBitsWithEveryInstructionSet) {
             const orx::TMeasuredLine plain = fitLineGeometric(points, options);
             cv::setUseOptimized(true);
             const auto values = [](const orx::TMeasuredLine& l) {
-                return std::vector<double>{l.point.x, l.point.y, l.angle, l.from,           l.to,
+                return std::vector<double>{l.point.x, l.point.y, l.angle,        l.from,           l.to,
                                            l.noise,   l.rms,     l.peakToValley, l.offsetDeviation};
             };
             EXPECT_TRUE(sameValues(values(fast), values(plain))) << count << " points, loss " << loss;

@@ -1,4 +1,5 @@
-// What fits for measuring refuse, in which order and in which words; and how their uncertainty is turned into intervals.
+// What fits for measuring refuse, in which order and in which words; and how their uncertainty is turned into
+// intervals.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -45,7 +46,8 @@ std::vector<Refused> refused() {
         return Refused{what, circlePoints(), with(change), orx::fsBadOptions, orx::fsBadOptions};
     };
     const auto deviating = [&](const char* what, std::vector<double> deviations, orx::TFitStatus status) {
-        return Refused{what, circlePoints(), with([&](Options& o) { o.deviations = deviations; }), status, status};
+        return Refused{what, circlePoints(), with([&](Options& o) { o.deviations = deviations; }), status,
+                       status};
     };
     std::vector<double> oneNegative(40, 1.0);
     oneNegative[7] = -1e-9;
@@ -55,10 +57,12 @@ std::vector<Refused> refused() {
     allButTwo[3] = allButTwo[30] = 1;
     Points straight;
     for (int i = 0; i < 50; ++i) straight.emplace_back(1e5 + 3 * i, 2e5 - 7 * i);
-    // Noise of alternate signs tells nothing of the curvature but how well it is known: to 0.7 and 2.5 of itself.
+    // Noise of alternate signs tells nothing of the curvature but how well it is known: to 0.7 and 2.5 of
+    // itself.
     const auto arcOfSixDegrees = [](double noise) {
         Points points;
-        for (int i = 0; i < 100; ++i) points.push_back((400 + (i % 2 == 0 ? noise : -noise)) * unit(0.06 * i));
+        for (int i = 0; i < 100; ++i)
+            points.push_back((400 + (i % 2 == 0 ? noise : -noise)) * unit(0.06 * i));
         return points;
     };
 
@@ -79,7 +83,11 @@ std::vector<Refused> refused() {
          orx::fsNotFinite,
          orx::fsNotFinite},
         {"too large", withPoint(circlePoints(), {0, 2e9}), {}, orx::fsTooLarge, orx::fsTooLarge},
-        {"a sum too large", {{1e308, 1}, {1e308, 2}, {1e308, 3}, {1, 5}}, {}, orx::fsTooLarge, orx::fsTooLarge},
+        {"a sum too large",
+         {{1e308, 1}, {1e308, 2}, {1e308, 3}, {1, 5}},
+         {},
+         orx::fsTooLarge,
+         orx::fsTooLarge},
         bad("no such loss", [](Options& o) { o.loss = static_cast<orx::TFitLoss>(5); }),
         bad("no such noise", [](Options& o) { o.noise = static_cast<orx::TPointNoise>(-1); }),
         bad("a small tuning", [](Options& o) { o.tuning = 0.09; }),
@@ -183,7 +191,8 @@ TEST(GeometricReport, CoverageFactorsAreStudentsQuantiles) {
     for (const double probability : {0.0, 1.0, -0.5, kNan}) {
         EXPECT_TRUE(std::isnan(orx::coverageFactor(probability, 5)));
     }
-    for (const double degrees : {0.0, -1.0, kNan}) EXPECT_TRUE(std::isnan(orx::coverageFactor(0.95, degrees)));
+    for (const double degrees : {0.0, -1.0, kNan})
+        EXPECT_TRUE(std::isnan(orx::coverageFactor(0.95, degrees)));
 }
 
 }  // namespace

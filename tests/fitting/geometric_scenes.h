@@ -1,5 +1,5 @@
-// Points of a circle or a line whose truth is known, what the noise leaves open of it at best (the bound of Cramer and
-// Rao, from the true geometry), and how the errors of many fits compare with that.
+// Points of a circle or a line whose truth is known, what the noise leaves open of it at best (the bound of
+// Cramer and Rao, from the true geometry), and how the errors of many fits compare with that.
 #ifndef TESTS_FITTING_GEOMETRIC_SCENES_H
 #define TESTS_FITTING_GEOMETRIC_SCENES_H
 
@@ -21,8 +21,8 @@ inline cv::Point2d unit(double degrees) {
     return {std::cos(degrees * kPi / 180), std::sin(degrees * kPi / 180)};
 }
 
-// Points at equal steps, with noise across the outline and, where `independent`, as much along it. Outliers are strewn
-// over a square of twice the shape's size, at random places of the list.
+// Points at equal steps, with noise across the outline and, where `independent`, as much along it. Outliers
+// are strewn over a square of twice the shape's size, at random places of the list.
 struct Scene {
     double extent;  // of the arc in degrees; of the line in pixels
     int count;
@@ -37,7 +37,8 @@ struct Scene {
 inline void strewOutliers(const Scene& scene, cv::Point2d middle, double reach, Random& random,
                           std::vector<cv::Point2d>& points) {
     while (static_cast<int>(points.size()) < scene.count) {
-        points.emplace_back(middle.x + random.uniform(-reach, reach), middle.y + random.uniform(-reach, reach));
+        points.emplace_back(middle.x + random.uniform(-reach, reach),
+                            middle.y + random.uniform(-reach, reach));
         std::swap(points.back(),
                   points[static_cast<std::size_t>(random.integer(0, static_cast<int>(points.size()) - 1))]);
     }
@@ -130,9 +131,10 @@ class Errors {
     double count_ = 0;
 };
 
-// White noise at small steps, smoothed by a Gaussian, of unit variance, at `spacing` along the way: what an edge finder
-// of that smoothing does to the noise of pixels. Closed: the end goes on with the beginning.
-inline std::vector<double> smoothedNoise(int count, double spacing, double sigma, bool closed, Random& random) {
+// White noise at small steps, smoothed by a Gaussian, of unit variance, at `spacing` along the way: what an
+// edge finder of that smoothing does to the noise of pixels. Closed: the end goes on with the beginning.
+inline std::vector<double> smoothedNoise(int count, double spacing, double sigma, bool closed,
+                                         Random& random) {
     const auto stride = static_cast<int>(std::ceil(5 * spacing / sigma));
     const double step = spacing / stride;
     const auto reach = static_cast<int>(std::ceil(4 * sigma / step));

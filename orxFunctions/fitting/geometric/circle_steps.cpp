@@ -96,66 +96,108 @@ bool circleStep(const CircleSums& sums, double damping, Circle& step, double& fa
     return std::isfinite(step.x) && std::isfinite(step.y) && std::isfinite(step.r);
 }
 
-CircleSolution refineCircle(const Columns& points, const Circle& start, const Loss& loss, int maxIterations,
-                            double rounding) {
-    // Steps that lower the sum of squares by less than this share of the noise (the deviations' square)
-    // change nothing that the noise has not changed more.
-    constexpr double kSettled = 1e-10;
-    constexpr int kStretched = 8;
-    const distance_kernels::Kernels& kernels = distance_kernels::chosen();
-    const bool plain = loss.kind == lkLeastSquares;
-    CircleSolution solution{start, {}, 0, fsNotConverged};
-    Circle best = start;
+namespace {
+
+// Steps that lower the sum of squares by less than this share of the noise (a deviation's square) change
+// nothing that the noise has not changed more: the last is taken yet.
+constexpr double kSettled = 1e-10;
+constexpr double kSettledRobust = 1e-8;
+constexpr double kNearlySettled = 1e-5;
+
+Circle moved(const Circle& circle, const Circle& step, double factor) {
+    return {circle.x + factor * step.x, circle.y + factor * step.y, circle.r + factor * step.r};
+}
+
+// A fall below this is rounding.
+double roundingFall(double weight, double rounding, double radius) {
+    const double floor = 4.0 * rounding * std::max(1.0, radius);
+    return weight * floor * floor;
+}
+
+// Levenberg's damped steps from `solution.circle`.
+void dampedSteps(const Columns& points, int maxIterations, double rounding, CircleSolution& solution) {
     double damping = 0.0;
-    double leastSquaresSum = 0.0;
+    Circle next = solution.circle;
     for (solution.iterations = 1; solution.iterations <= maxIterations; ++solution.iterations) {
-        const CircleSums sums = kernels.circleSums(points, solution.circle, loss);
-        const bool worse = plain && solution.iterations > 1 &&
-                           !(sums.distances.dd <=
-                             leastSquaresSum * (1.0 + 1e-9) + sums.distances.w * 4.0 * rounding * rounding);
-        if (worse) {
-            damping = std::max(1e-3, 10.0 * damping);
-        } else {
-            best = solution.circle;
+        const CircleSums sums = distance_kernels::chosen().circleSums(points, next, leastSquares());
+        const double allowed =
+            solution.sums.distances.dd * (1.0 + 1e-9) + roundingFall(sums.distances.w, rounding, next.r);
+        if (solution.iterations == 1 || sums.distances.dd <= allowed) {
+            solution.circle = next;
             solution.sums = sums;
-            leastSquaresSum = sums.distances.dd;
             damping = damping > 1e-6 ? damping / 10.0 : 0.0;
+        } else {
+            damping = std::max(1e-3, 10.0 * damping);
         }
         Circle step{};
         double fall = 0.0;
-        Circle next{};
-        for (int attempt = 0;; ++attempt) {
-            constexpr int kMostAttempts = 20;
-            if (attempt == kMostAttempts || !circleStep(solution.sums, damping, step, fall)) {
-                solution.circle = best;
+        constexpr double kMostDamping = 1e12;
+        for (next.r = 0.0; !(next.r > 0.0);) {
+            if (damping > kMostDamping || !circleStep(solution.sums, damping, step, fall)) {
                 solution.status = fsCollinear;
-                return solution;
+                return;
             }
-            // Losses fall more slowly than their weights tell; in the end the plain step never overshoots.
-            const DistanceSums& d = solution.sums.distances;
-            const bool stretched = !plain && solution.iterations <= kStretched;
-            const double stretch =
-                stretched ? std::clamp(d.omega / std::max(d.slope, 1e-300), 1.0, 1.6) : 1.0;
-            next = {best.x + stretch * step.x, best.y + stretch * step.y, best.r + stretch * step.r};
-            if (next.r > 0.0) break;
-            damping = std::max(1e-3, 10.0 * damping);
+            next = moved(solution.circle, step, 1.0);
+            if (!(next.r > 0.0)) damping = std::max(1e-3, 10.0 * damping);
         }
-        solution.circle = next;
         if (!(next.r < kLargestRadius)) {
             solution.status = fsCollinear;
-            return solution;
+            return;
         }
-        const double w = solution.sums.distances.w;
-        const double noise2 =
-            solution.sums.distances.dd / std::max(1.0, solution.sums.distances.used - kParameters);
-        const double floor = 4.0 * rounding * std::max(1.0, next.r);
-        if (!worse && damping == 0.0 && fall <= std::max(kSettled * noise2, w * floor * floor)) {
+        const DistanceSums& d = solution.sums.distances;
+        const double noise2 = d.dd / std::max(1.0, d.used - kParameters);
+        if (damping == 0.0 && fall <= std::max(kSettled * noise2, roundingFall(d.w, rounding, next.r))) {
+            solution.circle = next;
             solution.status = fsOk;
-            return solution;
+            return;
         }
     }
     solution.iterations = maxIterations;
-    solution.circle = best;
+}
+
+// Steps with weights renewed each time.
+void reweightedSteps(const Columns& points, const Loss& loss, int maxIterations, double rounding,
+                     CircleSolution& solution) {
+    // At first steps are stretched, since weights tell a steeper fall than there is; later the plain step
+    // never overshoots.
+    constexpr int kStretched = 8;
+    const distance_kernels::Kernels& kernels = distance_kernels::chosen();
+    bool nearly = false;
+    for (solution.iterations = 1; solution.iterations <= maxIterations; ++solution.iterations) {
+        // All sums are wanted of the last pass alone, which is probably this one.
+        const auto pass = nearly ? kernels.circleSums : kernels.circleSteps;
+        const CircleSums sums = pass(points, solution.circle, loss);
+        const DistanceSums& d = sums.distances;
+        Circle step{};
+        double fall = 0.0;
+        solution.status = fsCollinear;
+        if (!circleStep(sums, 0.0, step, fall)) return;
+        const double steep = std::clamp(d.omega / std::max(d.slope, 1e-300), 1.0, 1.6);
+        solution.circle = moved(solution.circle, step, solution.iterations <= kStretched ? steep : 1.0);
+        if (!sensible(solution.circle)) return;
+        solution.status = fsNotConverged;
+        const double noise2 = d.dd / std::max(1.0, d.omega - kParameters);
+        const double least = roundingFall(d.w, rounding, solution.circle.r);
+        if (nearly && fall <= std::max(kSettledRobust * noise2, least)) {
+            solution.sums = sums;
+            solution.status = fsOk;
+            return;
+        }
+        nearly = fall <= std::max(kNearlySettled * noise2, least);
+    }
+    solution.iterations = maxIterations;
+}
+
+}  // namespace
+
+CircleSolution refineCircle(const Columns& points, const Circle& start, const Loss& loss, int maxIterations,
+                            double rounding) {
+    CircleSolution solution{start, {}, 0, fsNotConverged};
+    if (loss.kind == lkLeastSquares) {
+        dampedSteps(points, maxIterations, rounding, solution);
+    } else {
+        reweightedSteps(points, loss, maxIterations, rounding, solution);
+    }
     return solution;
 }
 
@@ -173,15 +215,15 @@ struct CircleModel {
     static void distances(const Columns& points, const Circle& circle, double* to) {
         distance_kernels::chosen().circleDistances(points, circle, to);
     }
-    static std::size_t within(const Judges& judges, const Circle& c, double most) {
+    static std::size_t within(const inlier_kernels::PointSpan& judges, const Circle& c, double most) {
         const double nearest = std::max(0.0, c.r - most);
         const double farthest = c.r + most;
         const inlier_kernels::CircleTest test{c.x, c.y, nearest * nearest, farthest * farthest};
-        return inlier_kernels::chosen().countOnCircle(judges.span(), test, judges.count() / 2);
+        return inlier_kernels::chosen().countOnCircle(judges, test, 0);
     }
     static bool settleStep(const Columns& points, const Loss& loss, Circle& circle, DistanceSums& sums,
                            double& fall) {
-        const CircleSums pass = distance_kernels::chosen().circleSums(points, circle, loss);
+        const CircleSums pass = distance_kernels::chosen().circleSteps(points, circle, loss);
         sums = pass.distances;
         Circle step{};
         if (!circleStep(pass, 0.0, step, fall)) return false;
@@ -201,8 +243,8 @@ bool robustCircle(const Columns& points, int maxIterations, double rounding, Cir
 
 bool settleCircle(const Columns& points, int maxIterations, double rounding, Circle& circle, double& scale,
                   int& iterations) {
-    return settle<CircleModel>(points, maxIterations, kScaleSettled, scaleLimits(scale, rounding), circle,
-                               scale, iterations);
+    return settle<CircleModel>(points, maxIterations, scaleLimits(scale, rounding), circle, scale,
+                               iterations);
 }
 
 }  // namespace orx::geometric

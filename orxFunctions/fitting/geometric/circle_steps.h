@@ -20,7 +20,7 @@ bool taubinCircle(const Moments& moments, Circle& circle);
 
 struct CircleSolution {
     Circle circle;
-    CircleSums sums;  // of the last pass, taken where `circle` is but for the last step, too small to matter
+    CircleSums sums;  // taken where `circle` is, but for a last step too small to matter
     int iterations;
     TFitStatus status;  // fsOk, fsCollinear or fsNotConverged
 };

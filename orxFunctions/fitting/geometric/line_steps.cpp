@@ -57,24 +57,32 @@ bool momentsLine(const Moments& moments, Line& line) {
 
 LineSolution refineLine(const Columns& points, const Line& start, const Loss& loss, int maxIterations,
                         double rounding) {
-    constexpr double kSettled = 1e-10;  // of the noise, squared; as for the circle
+    // Shares of the noise, squared; as for the circle.
+    const double settled = loss.kind == lkLeastSquares ? 1e-10 : 1e-8;
+    constexpr double kNearlySettled = 1e-5;
+    const distance_kernels::Kernels& kernels = distance_kernels::chosen();
     LineSolution solution{start, {}, 0, fsNotConverged};
+    bool nearly = loss.kind == lkLeastSquares;  // its start is the end already
     for (solution.iterations = 1; solution.iterations <= maxIterations; ++solution.iterations) {
-        solution.sums = distance_kernels::chosen().lineSums(points, solution.line, loss);
+        const auto pass = nearly ? kernels.lineSums : kernels.lineSteps;
+        const LineSums sums = pass(points, solution.line, loss);
         Line next{};
         double fall = 0.0;
-        if (!nextLine(solution.sums, solution.line, next, fall)) {
+        if (!nextLine(sums, solution.line, next, fall)) {
             solution.status = fsCoincident;
             return solution;
         }
-        // The sums stay those about the line's former point: both are the centroid by now.
-        const DistanceSums& d = solution.sums.distances;
-        const double noise2 = d.dd / std::max(1.0, d.used - kParameters);
+        const DistanceSums& d = sums.distances;
+        const double noise2 = d.dd / std::max(1.0, d.omega - kParameters);
         const double floor = 4.0 * rounding;
-        if (fall <= std::max(kSettled * noise2, d.w * floor * floor)) {
+        const double least = d.w * floor * floor;
+        if (nearly && fall <= std::max(settled * noise2, least)) {
+            // The line stays, with the sums about it.
+            solution.sums = sums;
             solution.status = fsOk;
             return solution;
         }
+        nearly = fall <= std::max(kNearlySettled * noise2, least);
         solution.line = next;
     }
     solution.iterations = maxIterations;
@@ -94,14 +102,14 @@ struct LineModel {
     static void distances(const Columns& points, const Line& line, double* to) {
         distance_kernels::chosen().lineDistances(points, line, to);
     }
-    static std::size_t within(const Judges& judges, const Line& l, double most) {
+    static std::size_t within(const inlier_kernels::PointSpan& judges, const Line& l, double most) {
         const inlier_kernels::LineTest test{l.nx, l.ny, -(l.nx * l.x + l.ny * l.y), most, most, 0.0, 0.0,
                                             0.0,  0.0};
-        return inlier_kernels::chosen().countOnLine(judges.span(), test, judges.count() / 2);
+        return inlier_kernels::chosen().countOnLine(judges, test, 0);
     }
     static bool settleStep(const Columns& points, const Loss& loss, Line& line, DistanceSums& sums,
                            double& fall) {
-        const LineSums pass = distance_kernels::chosen().lineSums(points, line, loss);
+        const LineSums pass = distance_kernels::chosen().lineSteps(points, line, loss);
         sums = pass.distances;
         Line next{};
         if (!nextLine(pass, line, next, fall)) return false;
@@ -119,8 +127,7 @@ bool robustLine(const Columns& points, int maxIterations, double rounding, Line&
 
 bool settleLine(const Columns& points, int maxIterations, double rounding, Line& line, double& scale,
                 int& iterations) {
-    return settle<LineModel>(points, maxIterations, kScaleSettled, scaleLimits(scale, rounding), line, scale,
-                             iterations);
+    return settle<LineModel>(points, maxIterations, scaleLimits(scale, rounding), line, scale, iterations);
 }
 
 }  // namespace orx::geometric

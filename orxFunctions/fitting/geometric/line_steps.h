@@ -20,7 +20,7 @@ bool momentsLine(const Moments& moments, Line& line);
 
 struct LineSolution {
     Line line;
-    LineSums sums;  // of the last pass, taken where `line` is but for the last step, too small to matter
+    LineSums sums;  // taken where `line` is
     int iterations;
     TFitStatus status;  // fsOk, fsCoincident or fsNotConverged
 };

@@ -43,14 +43,14 @@ class LocalSupport {
 // Takes the say of outliers away: of points whose weight times squared distance is beyond `reach2`, and of
 // those in dropped bins. `placeOf(p)` gives a point's place along the outline.
 template <class PlaceOf>
-void leaveOutOutliers(const std::vector<double>& distances, double reach2, bool closed, PlaceOf placeOf,
+bool leaveOutOutliers(const std::vector<double>& distances, double reach2, bool closed, PlaceOf placeOf,
                       FitPoints& points) {
     const std::size_t count = points.size();
     std::vector<unsigned char> keep(count);
-    bool all = true;
+    std::size_t kept = 0;
     for (std::size_t i = 0; i < count; ++i) {
         keep[i] = points.weight(i) * distances[i] * distances[i] <= reach2 ? 1 : 0;
-        all = all && keep[i] != 0;
+        kept += keep[i];
     }
     const auto binOf = [&](std::size_t i) { return LocalSupport::binOf(placeOf(points.at(i))); };
     const auto supportOfEvery = [&](std::size_t stride) {
@@ -63,11 +63,13 @@ void leaveOutOutliers(const std::vector<double>& distances, double reach2, bool 
     // A few hundred points, evenly chosen, show whether there are gaps at all.
     constexpr std::size_t kSome = 512;
     LocalSupport::Keep bins;
-    if ((count <= 2 * kSome || supportOfEvery(count / kSome).hasGap()) && supportOfEvery(1).judge(bins)) {
-        all = false;
+    const bool dropped =
+        (count <= 2 * kSome || supportOfEvery(count / kSome).hasGap()) && supportOfEvery(1).judge(bins);
+    if (dropped) {
         for (std::size_t i = 0; i < count; ++i) keep[i] = keep[i] != 0 && bins[binOf(i)] ? 1 : 0;
     }
-    if (!all) points.leaveOut(keep);
+    if (dropped || kept < count) points.leaveOut(keep);
+    return dropped;
 }
 
 }  // namespace orx::geometric

@@ -14,12 +14,6 @@
 namespace orx::geometric {
 namespace {
 
-std::vector<double> distancesFrom(const FitPoints& points, const Circle& circle) {
-    std::vector<double> distances(points.size());
-    distance_kernels::chosen().circleDistances(points.columns(), circle, distances.data());
-    return distances;
-}
-
 struct Fitted {
     CircleSolution solution{};
     Loss loss{};
@@ -42,9 +36,13 @@ bool startAmongOutliers(const TFitOptions& options, const Start<Circle>* known, 
         if (!told) fit.scale = known->scale;
     }
     const auto placeOf = [&](cv::Point2d p) { return pseudoAngle(p.x - start.x, p.y - start.y) / 4.0; };
-    const std::vector<double> distances = distancesFrom(points, start);
-    leaveOutOutliers(distances, outlierReach2(fit.scale), true, placeOf, points);
-    return told || settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+    std::vector<double> distances(points.size());
+    distance_kernels::chosen().circleDistances(points.columns(), start, distances.data());
+    const bool closed = true;
+    const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
+    const bool settled = known == nullptr && !dropped;
+    return settled || told ||
+           settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 
 TFitStatus solve(const TFitOptions& options, const Start<Circle>* known, FitPoints& points, Fitted& fit) {
@@ -53,7 +51,9 @@ TFitStatus solve(const TFitOptions& options, const Start<Circle>* known, FitPoin
         if (!taubinCircle(distance_kernels::chosen().moments(points.columns()), start)) return fsCollinear;
         fit.loss = leastSquares();
     } else {
-        if (!startAmongOutliers(options, known, points, start, fit)) return fsCollinear;
+        if (!startAmongOutliers(options, known, points, start, fit)) {
+            return options.scale > 0.0 ? fsNoConsensus : fsCollinear;
+        }
         fit.loss = lossAt(options, fit.scale);
     }
     fit.solution = refineCircle(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
@@ -85,8 +85,10 @@ void describe(const FitPoints& points, const Fitted& fit, const cv::Vec3d& bias,
     const Columns columns = points.columns();
     result.center = points.toPixels({circle.x - bias[0], circle.y - bias[1]});
     result.radius = (circle.r - bias[2]) * points.scale();
-    std::vector<unsigned char> used;
-    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, circle));
+    const auto fillDistances = [&](double* to) {
+        distance_kernels::chosen().circleDistances(points.columns(), circle, to);
+    };
+    const std::vector<unsigned char> used = usedPoints(points, fit.loss, fillDistances);
     points.markUsed(used, result);
     const ArcCoverage cover = arcCoverage(columns, used, {circle.x - bias[0], circle.y - bias[1]});
     result.startAngle = cover.start;

@@ -29,12 +29,6 @@ bool leadsOnwards(const Columns& points, const Line& line, const Loss& loss) {
     return balance >= 0.0;
 }
 
-std::vector<double> distancesFrom(const FitPoints& points, const Line& line) {
-    std::vector<double> distances(points.size());
-    distance_kernels::chosen().lineDistances(points.columns(), line, distances.data());
-    return distances;
-}
-
 struct Fitted {
     LineSolution solution{};
     Loss loss{};
@@ -61,9 +55,13 @@ bool startAmongOutliers(const TFitOptions& options, const Start<Line>* known, Fi
     const auto placeOf = [&](cv::Point2d p) {
         return ((p.x - start.x) * start.ny - (p.y - start.y) * start.nx - sums.from) / length;
     };
-    const std::vector<double> distances = distancesFrom(points, start);
-    leaveOutOutliers(distances, outlierReach2(fit.scale), false, placeOf, points);
-    return told || settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
+    std::vector<double> distances(points.size());
+    distance_kernels::chosen().lineDistances(points.columns(), start, distances.data());
+    const bool closed = false;
+    const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
+    const bool settled = known == nullptr && !dropped;
+    return settled || told ||
+           settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 
 TFitStatus solve(const TFitOptions& options, const Start<Line>* known, FitPoints& points, Fitted& fit) {
@@ -72,7 +70,9 @@ TFitStatus solve(const TFitOptions& options, const Start<Line>* known, FitPoints
         if (!momentsLine(distance_kernels::chosen().moments(points.columns()), start)) return fsCoincident;
         fit.loss = leastSquares();
     } else {
-        if (!startAmongOutliers(options, known, points, start, fit)) return fsCoincident;
+        if (!startAmongOutliers(options, known, points, start, fit)) {
+            return options.scale > 0.0 ? fsNoConsensus : fsCoincident;
+        }
         fit.loss = lossAt(options, fit.scale);
     }
     fit.solution = refineLine(points.columns(), start, fit.loss, options.maxIterations, points.rounding());
@@ -100,8 +100,10 @@ void describe(const FitPoints& points, const Fitted& fit, TMeasuredLine& result)
     if (result.angle <= -180.0) result.angle = 180.0;
     result.from = fit.solution.sums.from * points.scale();
     result.to = fit.solution.sums.to * points.scale();
-    std::vector<unsigned char> used;
-    if (!allHaveSay(points, fit.loss)) used = usedPoints(points, fit.loss, distancesFrom(points, line));
+    const auto fillDistances = [&](double* to) {
+        distance_kernels::chosen().lineDistances(points.columns(), line, to);
+    };
+    const std::vector<unsigned char> used = usedPoints(points, fit.loss, fillDistances);
     points.markUsed(used, result);
 }
 

@@ -93,18 +93,4 @@ double toldScale(const FitPoints& points, const TFitOptions& options) {
     return inDeviations * points.unitDeviation() / points.scale();
 }
 
-bool allHaveSay(const FitPoints& points, const Loss& loss) {
-    return loss.kind == lkLeastSquares && points.columns().weights == nullptr;
-}
-
-std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
-                                      const std::vector<double>& distances) {
-    std::vector<unsigned char> used(distances.size());
-    for (std::size_t i = 0; i < used.size(); ++i) {
-        const double weight = points.weight(i);
-        used[i] = weight > 0.0 && weight * distances[i] * distances[i] <= loss.reach2 ? 1 : 0;
-    }
-    return used;
-}
-
 }  // namespace orx::geometric

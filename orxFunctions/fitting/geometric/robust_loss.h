@@ -3,6 +3,7 @@
 #define ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_LOSS_H
 
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "orxFunctions/fitting/fit_report.h"
@@ -39,11 +40,28 @@ double noiseOfMedian(double median, std::size_t count, int parameters);
 // The noise of inliers in columns where the options tell it; 0 where they leave it to the points.
 double toldScale(const FitPoints& points, const TFitOptions& options);
 
-// Whether no point lacks a say under `loss`, whatever the distances.
-bool allHaveSay(const FitPoints& points, const Loss& loss);
-// For each point 1 where it has a say under `loss` at these signed distances.
+// For each point 1 where it has a say under `loss`; empty where all have. `fillDistances(to)` writes the
+// signed distance of each where that matters.
+template <class FillDistances>
 std::vector<unsigned char> usedPoints(const FitPoints& points, const Loss& loss,
-                                      const std::vector<double>& distances);
+                                      FillDistances fillDistances) {
+    const double* weights = points.columns().weights;
+    const std::size_t count = points.size();
+    std::vector<unsigned char> used;
+    if (loss.reach2 < std::numeric_limits<double>::infinity()) {
+        std::vector<double> distances(count);
+        fillDistances(distances.data());
+        used.resize(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            const double weight = weights == nullptr ? 1.0 : weights[i];
+            used[i] = weight > 0.0 && weight * distances[i] * distances[i] <= loss.reach2 ? 1 : 0;
+        }
+    } else if (weights != nullptr) {
+        used.resize(count);
+        for (std::size_t i = 0; i < count; ++i) used[i] = weights[i] > 0.0 ? 1 : 0;
+    }
+    return used;
+}
 
 }  // namespace orx::geometric
 

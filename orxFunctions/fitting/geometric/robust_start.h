@@ -2,7 +2,7 @@
 // Tukey's loss while the scale follows the inliers. For every shape alike.
 //
 // A Model has: Shape; kParameters; kSample, the points that make a shape; through(columns, indices, shape),
-// false where they make none; within(judges, shape, most), the number of judges nearer than `most`;
+// false where they make none; within(span, shape, most), the number of its points nearer than `most`;
 // distances(columns, shape, to), signed; settleStep(columns, loss, shape, sums, fall): one pass and one step,
 // the sums before it and the fall of w d^2 expected of it, false where there is none.
 #ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_ROBUST_START_H
@@ -44,7 +44,9 @@ class Judges {
   public:
     explicit Judges(const Columns& points) : count_(std::min(points.count, kJudges)) {
         for (std::size_t i = 0; i < kJudges; ++i) {
-            const std::size_t at = i * points.count / count_;
+            // Mixed (the stride has no factor in common with 200), so that the first ones are anywhere, too.
+            const std::size_t mixed = count_ == kJudges ? i * 77 % kJudges : i;
+            const std::size_t at = mixed * points.count / count_;
             const bool filled = i < count_;
             x_[i] = filled ? points.x[at] : std::numeric_limits<double>::quiet_NaN();
             y_[i] = filled ? points.y[at] : std::numeric_limits<double>::quiet_NaN();
@@ -53,11 +55,10 @@ class Judges {
     }
     std::size_t count() const { return count_; }
     Columns columns() const { return {x_, y_, weights_, count_}; }
-    // As the point kernels want them.
-    inlier_kernels::PointSpan span() const {
-        return {x_, y_,
-                (count_ + inlier_kernels::kPointsPerStep - 1) / inlier_kernels::kPointsPerStep *
-                    inlier_kernels::kPointsPerStep};
+    // The first `most` of them at the most, as the kernels of inliers want them.
+    inlier_kernels::PointSpan first(std::size_t most) const {
+        constexpr std::size_t kStep = inlier_kernels::kPointsPerStep;
+        return {x_, y_, (std::min(most, count_) + kStep - 1) / kStep * kStep};
     }
     double rootWeight(std::size_t i) const { return std::sqrt(weights_[i]); }
 
@@ -73,6 +74,9 @@ template <class Model>
 bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& scale) {
     // With 40 % outliers one sample in five holds none (three points), one in thirteen (five).
     constexpr int kSamples = Model::kSample <= 2 ? 100 : 250;
+    // Most samples show on a few judges that they are worse; one in a hundred as good as the best is lost so.
+    constexpr std::size_t kFew = 64;
+    const std::size_t fewWithin = judges.count() > kFew ? 22 : 0;
     if (judges.count() < Model::kSample) return false;
     SampleNumbers numbers;
     double distances[kJudges];
@@ -83,7 +87,8 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
         typename Model::Shape candidate{};
         if (!Model::through(judges.columns(), at, candidate)) continue;
         if (best < std::numeric_limits<double>::infinity() &&
-            Model::within(judges, candidate, best) <= judges.count() / 2) {
+            (Model::within(judges.first(kFew), candidate, best) < fewWithin ||
+             Model::within(judges.first(kJudges), candidate, best) <= judges.count() / 2)) {
             continue;
         }
         shape = candidate;
@@ -97,25 +102,27 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
     return true;
 }
 
-// Steps while the scale follows the inliers between two limits (both equal: stays), until neither changes by
-// more than `tolerance` of the scale.
+// Steps while the scale follows the inliers between two limits (both equal: stays), until both have settled.
 template <class Model>
-bool settle(const Columns& points, int maxIterations, double tolerance, cv::Vec2d limits,
-            typename Model::Shape& shape, double& scale, int& iterations) {
+bool settle(const Columns& points, int maxIterations, cv::Vec2d limits, typename Model::Shape& shape,
+            double& scale, int& iterations) {
+    // A scale too large or too small by a little still shows in the noise found by 0.19 of that, under
+    // Gaussian noise: what is found is carried on, and a change by less than a hundredth is the last.
+    constexpr double kCarry = 1.0 / (1.0 - 0.19);
+    constexpr double kTold = 1e-2;
     for (int i = 0; i < maxIterations; ++i) {
         DistanceSums sums{};
         double fall = 0.0;
         ++iterations;
         if (!Model::settleStep(points, searchLoss(scale), shape, sums, fall)) return false;
-        const double next = std::clamp(noiseOf(sums, Model::kParameters), limits[0], limits[1]);
-        const bool settled = std::abs(next - scale) < tolerance * scale && fall < tolerance * scale * scale;
+        const double found = scale * std::pow(noiseOf(sums, Model::kParameters) / scale, kCarry);
+        const double next = std::clamp(found, limits[0], limits[1]);
+        const bool settled = std::abs(next - scale) < kTold * scale && fall < kTold * scale * scale;
         scale = next;
         if (settled) break;
     }
     return true;
 }
-
-constexpr double kScaleSettled = 1e-3;
 
 // The median is at most so far from the inliers' noise (2.05 times with 40 % outliers).
 inline cv::Vec2d scaleLimits(double scale, double rounding) {
@@ -135,12 +142,11 @@ bool robustStart(const Columns& points, int maxIterations, double rounding, type
     cv::Vec2d limits = scaleLimits(scale, rounding);
     if (known > 0.0) limits = cv::Vec2d::all(known);
     scale = std::clamp(scale, limits[0], limits[1]);
-    constexpr double kRough = 1e-2;
     if (points.count > kJudges) {
         const int steps = std::min(maxIterations, 10);
-        if (!settle<Model>(judges.columns(), steps, kRough, limits, shape, scale, iterations)) return false;
+        if (!settle<Model>(judges.columns(), steps, limits, shape, scale, iterations)) return false;
     }
-    return settle<Model>(points, maxIterations, kScaleSettled, limits, shape, scale, iterations);
+    return settle<Model>(points, maxIterations, limits, shape, scale, iterations);
 }
 
 }  // namespace orx::geometric

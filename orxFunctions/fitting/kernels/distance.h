@@ -67,8 +67,12 @@ struct Moments {
 
 struct Kernels {
     Moments (*moments)(const Columns& points);
+    // Steps leave undefined what a step with a robust loss does not need: used, slope2, influence2,
+    // usedSquares, least, largest; uuu, uuv; from, to.
     CircleSums (*circleSums)(const Columns& points, const Circle& circle, const Loss& loss);
+    CircleSums (*circleSteps)(const Columns& points, const Circle& circle, const Loss& loss);
     LineSums (*lineSums)(const Columns& points, const Line& line, const Loss& loss);
+    LineSums (*lineSteps)(const Columns& points, const Line& line, const Loss& loss);
     // The signed distance of each point.
     void (*circleDistances)(const Columns& points, const Circle& circle, double* distances);
     void (*lineDistances)(const Columns& points, const Line& line, double* distances);

@@ -67,8 +67,8 @@ inline Moments moments(const Columns& points) {
     return {sum(w1), sum(x1), sum(y1), sum(xx1), sum(xy1), sum(yy1), sum(xz1), sum(yz1), sum(zz1)};
 }
 
-// Collects DistanceSums under one kind of loss.
-template <class Weights>
+// Collects DistanceSums under one kind of loss; without kAll those alone that steps need.
+template <class Weights, bool kAll>
 class DistanceTally {
   public:
     explicit DistanceTally(const Loss& loss) : weights_(loss), reach2_(Quad::all(loss.reach2)) {}
@@ -92,18 +92,20 @@ class DistanceTally {
             const LossTerms terms = weights_.at(q);
             const Quad w = weight * terms.omega;
             const Quad wd = w * d;
-            const QuadMask used = counts & (q <= reach2_);
             w_ = w_ + w;
             d_ = d_ + wd;
             dd_ = dd_ + wd * d;
-            used_ = used_ + select(used, one, zero_);
             omega_ = omega_ + select(counts, terms.omega, zero_);
             slope_ = slope_ + select(counts, terms.slope, zero_);
-            slope2_ = slope2_ + select(counts, terms.slope * terms.slope, zero_);
-            influence2_ = influence2_ + terms.omega * terms.omega * q;
-            usedSquares_ = usedSquares_ + select(used, d * d, zero_);
-            least_ = min(least_, select(used, d, least_));
-            largest_ = max(largest_, select(used, d, largest_));
+            if constexpr (kAll) {
+                const QuadMask used = counts & (q <= reach2_);
+                used_ = used_ + select(used, one, zero_);
+                slope2_ = slope2_ + select(counts, terms.slope * terms.slope, zero_);
+                influence2_ = influence2_ + terms.omega * terms.omega * q;
+                usedSquares_ = usedSquares_ + select(used, d * d, zero_);
+                least_ = min(least_, select(used, d, least_));
+                largest_ = max(largest_, select(used, d, largest_));
+            }
             return w;
         }
     }
@@ -131,14 +133,14 @@ class DistanceTally {
     Quad largest_ = Quad::all(-kInfinity);
 };
 
-template <class Weights>
+template <class Weights, bool kAll>
 CircleSums circleSumsUnder(const Columns& points, const Circle& circle, const Loss& loss) {
     const Quad zero = Quad::all(0.0);
     const Quad one = Quad::all(1.0);
     const Quad cx = Quad::all(circle.x);
     const Quad cy = Quad::all(circle.y);
     const Quad r = Quad::all(circle.r);
-    DistanceTally<Weights> tally(loss);
+    DistanceTally<Weights, kAll> tally(loss);
     Quad u1 = zero, v1 = zero, uu1 = zero, uv1 = zero, ud1 = zero, vd1 = zero, uuu1 = zero, uuv1 = zero;
     forEachQuad(points, [&](Quad x, Quad y, Quad weight, std::size_t) {
         const Quad dx = x - cx;
@@ -159,13 +161,15 @@ CircleSums circleSumsUnder(const Columns& points, const Circle& circle, const Lo
         uv1 = uv1 + wu * v;
         ud1 = ud1 + wu * d;
         vd1 = vd1 + wv * d;
-        uuu1 = uuu1 + wuu * u;
-        uuv1 = uuv1 + wuu * v;
+        if constexpr (kAll) {
+            uuu1 = uuu1 + wuu * u;
+            uuv1 = uuv1 + wuu * v;
+        }
     });
     return {tally.sums(), sum(u1), sum(v1), sum(uu1), sum(uv1), sum(ud1), sum(vd1), sum(uuu1), sum(uuv1)};
 }
 
-template <class Weights>
+template <class Weights, bool kAll>
 LineSums lineSumsUnder(const Columns& points, const Line& line, const Loss& loss) {
     const Quad zero = Quad::all(0.0);
     const Quad px = Quad::all(line.x);
@@ -173,7 +177,7 @@ LineSums lineSumsUnder(const Columns& points, const Line& line, const Loss& loss
     const Quad nx = Quad::all(line.nx);
     const Quad ny = Quad::all(line.ny);
     const Quad reach2 = Quad::all(loss.reach2);
-    DistanceTally<Weights> tally(loss);
+    DistanceTally<Weights, kAll> tally(loss);
     Quad x1 = zero, y1 = zero, xx1 = zero, xy1 = zero, yy1 = zero;
     Quad from = Quad::all(kInfinity);
     Quad to = Quad::all(-kInfinity);
@@ -190,22 +194,26 @@ LineSums lineSumsUnder(const Columns& points, const Line& line, const Loss& loss
         xx1 = xx1 + wx * dx;
         xy1 = xy1 + wx * dy;
         yy1 = yy1 + wy * dy;
-        const QuadMask used = (zero < weight) & (weight * (d * d) <= reach2);
-        from = min(from, select(used, along, from));
-        to = max(to, select(used, along, to));
+        if constexpr (kAll) {
+            const QuadMask used = (zero < weight) & (weight * (d * d) <= reach2);
+            from = min(from, select(used, along, from));
+            to = max(to, select(used, along, to));
+        }
     });
     return {tally.sums(), sum(x1), sum(y1), sum(xx1), sum(xy1), sum(yy1), smallestOf(from), largestOf(to)};
 }
 
-inline CircleSums circleSums(const Columns& points, const Circle& circle, const Loss& loss) {
+template <bool kAll>
+CircleSums circlePass(const Columns& points, const Circle& circle, const Loss& loss) {
     return withLoss(loss, [&](auto weights) {
-        return circleSumsUnder<typename decltype(weights)::Type>(points, circle, loss);
+        return circleSumsUnder<typename decltype(weights)::Type, kAll>(points, circle, loss);
     });
 }
 
-inline LineSums lineSums(const Columns& points, const Line& line, const Loss& loss) {
+template <bool kAll>
+LineSums linePass(const Columns& points, const Line& line, const Loss& loss) {
     return withLoss(loss, [&](auto weights) {
-        return lineSumsUnder<typename decltype(weights)::Type>(points, line, loss);
+        return lineSumsUnder<typename decltype(weights)::Type, kAll>(points, line, loss);
     });
 }
 
@@ -241,7 +249,8 @@ inline void lineDistances(const Columns& points, const Line& line, double* dista
     });
 }
 
-inline constexpr Kernels kKernels = {moments, circleSums, lineSums, circleDistances, lineDistances};
+inline constexpr Kernels kKernels = {moments,         circlePass<true>, circlePass<false>, linePass<true>,
+                                     linePass<false>, circleDistances,  lineDistances};
 
 }  // namespace orx::distance_kernels::ORX_SIMD
 
