@@ -84,6 +84,8 @@
 #include "orxFunctions/foundation/registry.h"
 #include "orxFunctions/foundation/stopwatch.h"
 #include "orxFunctions/foundation/text.h"
+#include "orxFunctions/measuring/edge_fit.h"
+#include "orxFunctions/measuring/form.h"
 #include "orxFunctions/segmentation/segment_circle.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 #include "orxFunctions/segmentation/segment_line.h"
