@@ -86,6 +86,7 @@
 #include "orxFunctions/foundation/text.h"
 #include "orxFunctions/measuring/edge_fit.h"
 #include "orxFunctions/measuring/form.h"
+#include "orxFunctions/measuring/relations.h"
 #include "orxFunctions/segmentation/segment_circle.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 #include "orxFunctions/segmentation/segment_line.h"
