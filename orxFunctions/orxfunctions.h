@@ -15,9 +15,10 @@
 //     start                   display/picture_box.h           ends the process
 //     ~TPictureBox            display/picture_box.h           ends the process
 //
-// Where to begin: getThresholdValue (analysis/threshold.h) finds a grey level, TRansacCircle and TRansacLine
-// (fitting/ransac.h) find shapes in noisy points, APPgetMessage (foundation/host_bridge.h) says what went
-// wrong.
+// Where to begin: edgesSubPixMetric (analysis/subpixel_edges_metric.h) finds edges between the pixels,
+// fitCircleGeometric and fitLineGeometric (fitting/geometric_fit.h) measure shapes in them and say how well
+// they are known, getThresholdValue (analysis/threshold.h) finds a grey level, APPgetMessage
+// (foundation/host_bridge.h) says what went wrong. docs/measuring.md leads from edges to a diameter.
 //
 // Thread words used in these headers. Reentrant: may run on several threads at once on different data.
 // Thread-safe: may run on several threads at once on the same object. One thread at a time: the caller
