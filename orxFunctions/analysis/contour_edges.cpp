@@ -12,13 +12,13 @@
 namespace orx {
 namespace {
 
-constexpr double kStep = 0.5;  // between the samples of a profile, pixels
+constexpr double kLargestStep = 0.5;  // between the samples of a profile, pixels
 // The profile is moved onto the edge that it shows, so that both its ends lie equally far from it: a few
 // moves are enough, and one of less than this changes nothing that counts.
 constexpr int kMoves = 3;
 constexpr double kSettled = 0.02;
-// The rise over so many samples, half to each side of the edge, tells the blur.
-constexpr double kRise = 3.0;
+// The rise over so many pixels, half to each side of the edge, tells the blur.
+constexpr double kRise = 1.5;
 constexpr double kSqrt2Pi = 2.5066282746310002;
 // What the pixels' grid leaves of an edge of blur 1, and how fast that falls off with the blur (measured on
 // straight edges at 24 angles, blur 0.3 to 1.2 pixels).
@@ -60,7 +60,7 @@ double levelVariance(double reach) { return 0.275 / (reach / 3 + 1.4); }
 struct Crossing {
     double place = 0.0;     // along the normal
     double contrast = 0.0;  // between the ends of the profile, levels of the image
-    double rise = 0.0;      // part of it that lies within kRise samples around the place
+    double rise = 0.0;      // part of it that lies within kRise pixels around the place
 };
 
 // Reads profiles of one image and finds the crossing in them.
@@ -71,7 +71,8 @@ class Profiler {
         : data_(grey.ptr<Pixel>()),
           stride_(grey.step1()),
           last_(grey.cols - 1, grey.rows - 1),
-          half_(static_cast<int>(std::lround(options.reach / kStep))),
+          half_(static_cast<int>(std::ceil(options.reach / kLargestStep))),
+          step_(options.reach / half_),
           end_(half_ * 2 / 5),
           minContrast_(options.minContrast * levelUnit(grey)),
           polarity_(options.polarity),
@@ -84,7 +85,7 @@ class Profiler {
             const auto crossing = crossingNear(probe.point + found.place * probe.normal, probe.normal);
             if (!crossing) return std::nullopt;
             found = {found.place + crossing->place, crossing->contrast, crossing->rise};
-            if (std::fabs(found.place) > half_ * kStep) return std::nullopt;
+            if (std::fabs(found.place) > half_ * step_) return std::nullopt;
             if (std::fabs(crossing->place) < kSettled) break;
         }
         return found;
@@ -106,12 +107,12 @@ class Profiler {
     }
 
     void read(cv::Point2d middle, cv::Point2d normal) {
-        for (int i = -half_; i <= half_; ++i) levels_[at(i)] = level(middle + (i * kStep) * normal);
+        for (int i = -half_; i <= half_; ++i) levels_[at(i)] = level(middle + (i * step_) * normal);
     }
 
     // The crossing of the middle level that is nearest to `middle`.
     std::optional<Crossing> crossingNear(cv::Point2d middle, cv::Point2d normal) {
-        const double reach = half_ * kStep;
+        const double reach = half_ * step_;
         if (!isInside(middle - reach * normal) || !isInside(middle + reach * normal)) return std::nullopt;
         read(middle, normal);
         double before = 0;
@@ -125,7 +126,7 @@ class Profiler {
         const double middleLevel = 0.5 * (before + after) / (end_ + 1);
         const auto place = nearest(middleLevel, contrast < 0 ? -1.0 : 1.0);
         if (!place) return std::nullopt;
-        return Crossing{*place * kStep, contrast, riseAround(*place) / contrast};
+        return Crossing{*place * step_, contrast, riseAround(*place) / contrast};
     }
 
     bool counts(double contrast) const {
@@ -152,10 +153,11 @@ class Profiler {
         return i + from / (from - to);
     }
 
-    // Of the profile, over kRise samples around a place.
+    // Of the profile, over kRise pixels around a place in samples.
     double riseAround(double place) const {
-        const double first = std::clamp(place - kRise / 2, -static_cast<double>(half_), half_ - 1.0);
-        const double second = std::clamp(place + kRise / 2, -static_cast<double>(half_), half_ - 1.0);
+        const double half = kRise / 2 / step_;
+        const double first = std::clamp(place - half, -static_cast<double>(half_), half_ - 1.0);
+        const double second = std::clamp(place + half, -static_cast<double>(half_), half_ - 1.0);
         return between(second) - between(first);
     }
 
@@ -170,8 +172,9 @@ class Profiler {
     const Pixel* data_;
     std::size_t stride_;
     cv::Point last_;
-    int half_;  // samples to each side of the middle
-    int end_;   // samples at each end that make up a level, less one
+    int half_;     // samples to each side of the middle
+    double step_;  // between them, pixels
+    int end_;      // samples at each end that make up a level, less one
     double minContrast_;
     TEdgePolarity polarity_;
     std::vector<double> levels_;
@@ -197,7 +200,7 @@ struct BlurredEdge {
         // The mean of part() from near to reach: its integral is x part(x) + sqrt(2 / pi) blur density(x).
         const auto integral = [&](double x) { return x * part(x) + 2 / kSqrt2Pi * blur * density(x); };
         contrast = (integral(reach) - integral(near)) / (reach - near);
-        rise = part(kRise * kStep / 2) / contrast;
+        rise = part(kRise / 2) / contrast;
         // When the profile moves with the edge, so do its ends: the slope that counts is the one less theirs.
         const double slopeOfEnds = (part(reach) - part(near)) / (2 * (reach - near));
         slope = (1 / (kSqrt2Pi * blur) - slopeOfEnds) / contrast;
