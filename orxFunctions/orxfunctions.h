@@ -15,9 +15,10 @@
 //     start                   display/picture_box.h           ends the process
 //     ~TPictureBox            display/picture_box.h           ends the process
 //
-// Where to begin: getThresholdValue (analysis/threshold.h) finds a grey level, TRansacCircle and TRansacLine
-// (fitting/ransac.h) find shapes in noisy points, APPgetMessage (foundation/host_bridge.h) says what went
-// wrong.
+// Where to begin: edgesSubPixMetric (analysis/subpixel_edges_metric.h) finds edges between the pixels,
+// fitCircleGeometric and fitLineGeometric (fitting/geometric_fit.h) measure shapes in them and say how well
+// they are known, getThresholdValue (analysis/threshold.h) finds a grey level, APPgetMessage
+// (foundation/host_bridge.h) says what went wrong. docs/measuring.md leads from edges to a diameter.
 //
 // Thread words used in these headers. Reentrant: may run on several threads at once on different data.
 // Thread-safe: may run on several threads at once on the same object. One thread at a time: the caller
@@ -31,10 +32,13 @@
 #include "orxFunctions/analysis/clean_up.h"
 #include "orxFunctions/analysis/colour.h"
 #include "orxFunctions/analysis/contour_center.h"
+#include "orxFunctions/analysis/contour_edges.h"
 #include "orxFunctions/analysis/contours.h"
 #include "orxFunctions/analysis/enhance.h"
 #include "orxFunctions/analysis/fill_holes.h"
+#include "orxFunctions/analysis/flatten.h"
 #include "orxFunctions/analysis/focus.h"
+#include "orxFunctions/analysis/image_noise.h"
 #include "orxFunctions/analysis/subpixel_edges.h"
 #include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/analysis/thinning.h"
@@ -58,9 +62,12 @@
 #include "orxFunctions/files/stream_file.h"
 #include "orxFunctions/files/text_log.h"
 #include "orxFunctions/fitting/circle_fit.h"
+#include "orxFunctions/fitting/consensus_fit.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/ellipse_fit.h"
 #include "orxFunctions/fitting/fit_factories.h"
+#include "orxFunctions/fitting/fit_report.h"
+#include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/line_fit.h"
 #include "orxFunctions/fitting/point_list.h"
@@ -78,6 +85,9 @@
 #include "orxFunctions/foundation/registry.h"
 #include "orxFunctions/foundation/stopwatch.h"
 #include "orxFunctions/foundation/text.h"
+#include "orxFunctions/measuring/edge_fit.h"
+#include "orxFunctions/measuring/form.h"
+#include "orxFunctions/measuring/relations.h"
 #include "orxFunctions/segmentation/segment_circle.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 #include "orxFunctions/segmentation/segment_line.h"

@@ -152,12 +152,12 @@ TEST(Calipers, ADentAndAWrongNominalCircleDoNotMoveTheFit) {
     scenes::paint(ideal, disk, 180.0);
     scenes::paint(ideal, scenes::Disk{{150.0, 99.7}, 12.0}, 40.0);
     const auto found = inspection::searchCircleEdges(exposed(ideal), {{103.0, 97.0}, 47.0});
-    ASSERT_TRUE(found.fitted);
-    EXPECT_NEAR(found.fitted->center.x, disk.center.x, 0.05);
-    EXPECT_NEAR(found.fitted->center.y, disk.center.y, 0.05);
-    EXPECT_NEAR(found.fitted->radius, disk.radius, 0.05);
-    EXPECT_LT(found.used, found.edges.size());
-    EXPECT_GT(found.used, 55U);
+    ASSERT_TRUE(found.fitted.valid());
+    EXPECT_NEAR(found.fitted.center.x, disk.center.x, 0.05);
+    EXPECT_NEAR(found.fitted.center.y, disk.center.y, 0.05);
+    EXPECT_NEAR(found.fitted.radius, disk.radius, 0.05);
+    EXPECT_LT(found.fitted.usedPoints, static_cast<int>(found.edges.size()));
+    EXPECT_GT(found.fitted.usedPoints, 55);
 }
 
 TEST(Focus, BlurLowersEveryMeasure) {

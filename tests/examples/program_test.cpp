@@ -100,6 +100,16 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_NEAR(feature["y"].asDouble(), 60.0, 0.05);
     EXPECT_NEAR(feature["radius"].asDouble(), 30.0, 0.05);
     EXPECT_GT(feature["inlierRatio"].asDouble(), 0.99);
+    for (const char* name : {"x", "y", "radius"}) {
+        const double deviation = feature["deviations"][name].asDouble();
+        EXPECT_GT(deviation, 0.0005) << name;
+        EXPECT_LT(deviation, 0.02) << name;
+    }
+    EXPECT_FALSE(feature["deviations"].isMember("angle"));
+    char radius[64];
+    std::snprintf(radius, sizeof radius, "%.3f ± %.3f", feature["radius"].asDouble(),
+                  feature["deviations"]["radius"].asDouble());
+    EXPECT_THAT(outcome.output, HasSubstr(radius));
 
     // The disk's outline is drawn green where it is.
     const cv::Mat annotated = cv::imread(image["annotated"].asString());
@@ -114,6 +124,7 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_THAT(html, HasSubstr("data:image/png;base64,"));
     EXPECT_THAT(html, HasSubstr("level " + std::to_string(image["level"].asInt())));
     EXPECT_THAT(html, Not(HasSubstr("http")));  // needs no network
+    EXPECT_THAT(html, HasSubstr(std::string("<td>") + radius + "</td>"));
     EXPECT_THAT(html, HasSubstr("</html>"));
 }
 

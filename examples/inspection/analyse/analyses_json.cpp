@@ -88,10 +88,14 @@ Json::Value circleValue(const CircleCaliper& caliper) {
     setCircle(value["nominal"], caliper.nominal);
     value["calipers"] = caliper.calipers;
     value["edges"] = edgeList(caliper.edges);
-    if (!caliper.fitted) return value;
-    setCircle(value["fitted"], *caliper.fitted);
-    value["fitted"]["edgesUsed"] = static_cast<Json::UInt64>(caliper.used);
-    value["fitted"]["meanResidual"] = caliper.meanResidual;
+    if (!caliper.fitted.valid()) return value;
+    Json::Value& fitted = value["fitted"];
+    setCircle(fitted, {caliper.fitted.center, caliper.fitted.radius});
+    fitted["xDeviation"] = caliper.fitted.xDeviation;
+    fitted["yDeviation"] = caliper.fitted.yDeviation;
+    fitted["radiusDeviation"] = caliper.fitted.radiusDeviation;
+    fitted["edgesUsed"] = caliper.fitted.usedPoints;
+    fitted["meanResidual"] = caliper.meanResidual;
     return value;
 }
 

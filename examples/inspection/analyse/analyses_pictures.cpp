@@ -93,9 +93,9 @@ cv::Mat drawCaliper(const cv::Mat& grey, const BoxCaliper& caliper) {
 cv::Mat drawCaliper(const cv::Mat& grey, const CircleCaliper& caliper) {
     Pen pen(grey);
     pen.circle(caliper.nominal.center, caliper.nominal.radius, kRegionColor);
-    if (caliper.fitted) {
-        pen.circle(caliper.fitted->center, caliper.fitted->radius, kFittedColor);
-        pen.cross(caliper.fitted->center, pen.canvasPixels(5.0), kFittedColor);
+    if (caliper.fitted.valid()) {
+        pen.circle(caliper.fitted.center, caliper.fitted.radius, kFittedColor);
+        pen.cross(caliper.fitted.center, pen.canvasPixels(5.0), kFittedColor);
     }
     for (const orx::TContrastEdge& edge : caliper.edges) {
         const cv::Point2d ray = edge.position - caliper.nominal.center;

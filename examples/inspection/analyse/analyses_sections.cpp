@@ -104,11 +104,11 @@ Section boxSection(const cv::Mat& grey, const BoxCaliper& caliper) {
 }
 
 ProfilePlot circlePlot(const CircleCaliper& caliper) {
-    const cv::Point2d center = caliper.fitted->center;
+    const cv::Point2d center = caliper.fitted.center;
     ProfilePlot plot;
     plot.label = "Distance of the edges from the centre by angle";
     plot.asDots = true;
-    plot.level = caliper.fitted->radius;
+    plot.level = caliper.fitted.radius;
     for (const orx::TContrastEdge& edge : caliper.edges) {
         const cv::Point2d ray = edge.position - center;
         const double angle = std::atan2(ray.y, ray.x) / kDegree;
@@ -125,13 +125,15 @@ Section circleSection(const cv::Mat& grey, const CircleCaliper& caliper) {
     section.note = std::to_string(caliper.edges.size()) + " edges from " + std::to_string(caliper.calipers) +
                    " calipers";
     section.rows.push_back({"#", "circle", "x", "y", "radius", "edges used", "mean residual"});
-    if (caliper.fitted)
-        section.rows.push_back({"1", "fitted", fixedText(caliper.fitted->center.x, 3),
-                                fixedText(caliper.fitted->center.y, 3), fixedText(caliper.fitted->radius, 3),
-                                std::to_string(caliper.used), fixedText(caliper.meanResidual, 3)});
+    if (caliper.fitted.valid())
+        section.rows.push_back(
+            {"1", "fitted", uncertainText(caliper.fitted.center.x, caliper.fitted.xDeviation, 3),
+             uncertainText(caliper.fitted.center.y, caliper.fitted.yDeviation, 3),
+             uncertainText(caliper.fitted.radius, caliper.fitted.radiusDeviation, 3),
+             std::to_string(caliper.fitted.usedPoints), fixedText(caliper.meanResidual, 3)});
     section.suffix = "-circle-caliper";
     section.picture = drawCaliper(grey, caliper);
-    if (caliper.fitted)
+    if (caliper.fitted.valid())
         section.figures.push_back({profileSvg(circlePlot(caliper)),
                                    "Distance of each edge from the fitted centre (pixels) over its angle "
                                    "(degrees), with the fitted radius"});

@@ -8,9 +8,6 @@ namespace inspection {
 namespace {
 
 constexpr int kCalipers = 72;
-// Edges so much farther from the circle than the median edge belong to something else, pixels.
-constexpr double kStray = 1.5;
-
 // The mean level of every column (row, when the search runs downwards) of the box.
 std::vector<double> profileOf(const cv::Mat& grey, const cv::Rect& box, bool downwards) {
     const int length = downwards ? box.height : box.width;
@@ -27,20 +24,6 @@ std::vector<double> profileOf(const cv::Mat& grey, const cv::Rect& box, bool dow
         profile.push_back(static_cast<double>(sum) / breadth);
     }
     return profile;
-}
-
-// The edges that most calipers agree on.
-std::vector<cv::Point2d> commonEdges(const std::vector<orx::TContrastEdge>& edges, const Circle& circle) {
-    std::vector<double> offsets;
-    offsets.reserve(edges.size());
-    for (const orx::TContrastEdge& edge : edges) offsets.push_back(circle.distance(edge.position));
-    std::vector<cv::Point2d> near;
-    std::vector<double> sorted = offsets;
-    const auto median = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-    if (!sorted.empty()) std::nth_element(sorted.begin(), median, sorted.end());
-    for (std::size_t i = 0; i < edges.size(); ++i)
-        if (offsets[i] <= *median + kStray) near.push_back(edges[i].position);
-    return near;
 }
 
 }  // namespace
@@ -69,18 +52,14 @@ CircleCaliper searchCircleEdges(const cv::Mat& grey, const Circle& nominal) {
 
     std::vector<cv::Point2d> points;
     for (const orx::TContrastEdge& edge : result.edges) points.push_back(edge.position);
-    auto fitted = fitCircleFrom(nominal, points);
-    if (!fitted) return result;
-    for (int pass = 0; pass < 3; ++pass) {
-        points = commonEdges(result.edges, *fitted);
-        const auto better = fitCircleFrom(*fitted, points);
-        if (!better) break;
-        fitted = better;
-    }
-    result.fitted = fitted;
-    result.used = points.size();
+    orx::TFitOptions fit;
+    fit.loss = orx::flTukey;
+    fit.noise = orx::pnNormal;
+    result.fitted = orx::fitCircleGeometric(points, fit);
+    if (!result.fitted.valid()) return result;
     for (const orx::TContrastEdge& edge : result.edges)
-        result.meanResidual += fitted->distance(edge.position) / static_cast<double>(result.edges.size());
+        result.meanResidual +=
+            std::abs(result.fitted.signedDistance(edge.position)) / static_cast<double>(result.edges.size());
     return result;
 }
 

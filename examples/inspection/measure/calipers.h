@@ -3,11 +3,11 @@
 #define EXAMPLES_INSPECTION_CALIPERS_H
 
 #include <opencv2/core.hpp>
-#include <optional>
 #include <vector>
 
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
 #include "orxFunctions/analysis/caliper.h"
+#include "orxFunctions/fitting/geometric_fit.h"
 
 namespace inspection {
 
@@ -27,9 +27,8 @@ struct CircleCaliper {
     Circle nominal;
     std::vector<orx::TContrastEdge> edges;  // the strongest of each of the calipers around the circle
     int calipers = 0;
-    std::optional<Circle> fitted;  // least squares through the edges near their common circle
-    double meanResidual = 0.0;     // mean distance of all edges from it
-    std::size_t used = 0;          // edges that the fit rests on
+    orx::TMeasuredCircle fitted;  // robust, through the edges that most calipers agree on
+    double meanResidual = 0.0;    // mean distance of all edges from it
 };
 
 // The calipers reach 30 % of the radius to either side, 3 to 20 pixels.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/fitting/ransac.h"
 
@@ -71,9 +72,9 @@ std::optional<LineConsensus> searchLine(const std::vector<cv::Point>& points, co
     orx::getPointListFromIdxList(points, indices, result.inliers);
     result.others = points;
     orx::deletePointsInList(result.others, indices);
-    const auto line = fitLineThrough(toDouble(result.inliers));
-    if (!line) return std::nullopt;
-    result.line = *line;
+    const orx::TMeasuredLine line = orx::fitLineGeometric(toDouble(result.inliers));
+    if (!line.valid()) return std::nullopt;
+    result.line = {line.point, line.direction};
     return result;
 }
 

@@ -1,28 +1,51 @@
 #include "inspection/measure/contour_edges.h"
 
-#include <cmath>
-
-#include "inspection/measure/edge_profile.h"
-
 namespace inspection {
+namespace {
 
-cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const EdgeContext& context) {
-    const cv::Point2d point = pixel;
-    if (context.subPixel)
-        if (const auto edge = edgeAcross(context.grey, point, outward, context.brightObjects)) return *edge;
-    return point + 0.5 * outward;
+// Short, so that the rim inside a round object's edge takes little part in the level of the object.
+constexpr double kRoundReach = 2.75;
+
+}  // namespace
+
+orx::TEdgeProbe probeAt(cv::Point pixel, cv::Point2d outward, double curvature) {
+    return {cv::Point2d(pixel) + 0.5 * outward, outward, curvature};
 }
 
-std::vector<cv::Point2d> edgesOfCircle(const std::vector<cv::Point>& pixels, cv::Point2d center,
-                                       const EdgeContext& context) {
-    std::vector<cv::Point2d> edges;
-    edges.reserve(pixels.size());
-    for (const cv::Point& pixel : pixels) {
-        const cv::Point2d ray = cv::Point2d(pixel) - center;
-        const double length = std::hypot(ray.x, ray.y);
-        if (length > 0.0) edges.push_back(edgeAt(pixel, ray / length, context));
-    }
+Edges edgesAt(const std::vector<orx::TEdgeProbe>& probes, const EdgeContext& context, double reach) {
+    orx::TContourEdgeOptions options;
+    options.reach = reach;
+    options.polarity = context.brightObjects ? orx::epBrightToDark : orx::epDarkToBright;
+    options.noise = context.noise;
+    if (context.subPixel) return orx::edgesAcross(context.grey, probes, options);
+    Edges edges(probes.size());
+    for (std::size_t i = 0; i < probes.size(); ++i) edges[i].position = probes[i].point;
     return edges;
+}
+
+Edges edgesOfCircle(const std::vector<cv::Point>& pixels, const Circle& circle, const EdgeContext& context) {
+    std::vector<orx::TEdgeProbe> probes;
+    probes.reserve(pixels.size());
+    for (const cv::Point& pixel : pixels) {
+        const cv::Point2d ray = cv::Point2d(pixel) - circle.center;
+        const double length = cv::norm(ray);
+        if (length > 0.0) probes.push_back(probeAt(pixel, ray / length, 1.0 / circle.radius));
+    }
+    return edgesAt(probes, context, kRoundReach);
+}
+
+std::vector<cv::Point2d> placesOf(const Edges& edges) {
+    std::vector<cv::Point2d> places;
+    places.reserve(edges.size());
+    for (const orx::TContourEdge& edge : edges) places.push_back(edge.position);
+    return places;
+}
+
+orx::TFitOptions contourFit() {
+    orx::TFitOptions options;
+    options.noise = orx::pnEdgeChain;
+    options.smoothing = orx::kContourEdgeSmoothing;
+    return options;
 }
 
 void Residuals::add(double distance) {

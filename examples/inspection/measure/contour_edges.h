@@ -7,8 +7,12 @@
 
 #include "inspection/measure/measurement.h"
 #include "inspection/run/settings.h"
+#include "orxFunctions/analysis/contour_edges.h"
+#include "orxFunctions/fitting/fit_report.h"
 
 namespace inspection {
+
+using Edges = std::vector<orx::TContourEdge>;
 
 // What stays the same for all contours of a picture that are measured alike.
 struct EdgeContext {
@@ -16,15 +20,24 @@ struct EdgeContext {
     bool brightObjects;
     const Settings& settings;
     bool subPixel;  // by the grey profile, where it has an edge
+    double noise;   // of the picture, grey levels
 };
 
-// Where the edge passes at a contour pixel, looking along `outward`: by the grey profile, or else half a
-// pixel outwards.
-cv::Point2d edgeAt(cv::Point pixel, cv::Point2d outward, const EdgeContext& context);
+// The edge at a contour pixel lies half a pixel outwards, before the grey profile tells it better.
+orx::TEdgeProbe probeAt(cv::Point pixel, cv::Point2d outward, double curvature = 0.0);
+
+// For each probe the edge that the grey profile shows, or else the probe's own place. The profile
+// reaches so many pixels to either side.
+Edges edgesAt(const std::vector<orx::TEdgeProbe>& probes, const EdgeContext& context, double reach = 3.0);
 
 // The same for every pixel but one in the centre, looking away from it.
-std::vector<cv::Point2d> edgesOfCircle(const std::vector<cv::Point>& pixels, cv::Point2d center,
-                                       const EdgeContext& context);
+Edges edgesOfCircle(const std::vector<cv::Point>& pixels, const Circle& circle, const EdgeContext& context);
+
+// Of all, whether the grey profile showed an edge or not.
+std::vector<cv::Point2d> placesOf(const Edges& edges);
+
+// For points in order along a contour, all of which belong to the shape.
+orx::TFitOptions contourFit();
 
 // Adds up the distances of contour points from a shape.
 class Residuals {

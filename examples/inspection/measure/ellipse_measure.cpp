@@ -98,10 +98,10 @@ std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, cons
     if (!ellipse) return std::nullopt;
 
     const auto edgesAcross = [&] {
-        std::vector<cv::Point2d> edges;
-        edges.reserve(points.size());
-        for (const cv::Point& p : points) edges.push_back(edgeAt(p, ellipse->outward(p), context));
-        return edges;
+        std::vector<orx::TEdgeProbe> probes;
+        probes.reserve(points.size());
+        for (const cv::Point& p : points) probes.push_back(probeAt(p, ellipse->outward(p)));
+        return placesOf(edgesAt(probes, context));
     };
     std::vector<cv::Point2d> edges = edgesAcross();
     if (const auto refined = fitThrough(edges, middle, extent, context.settings)) {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
 #include "inspection/run/settings.h"
 
 namespace inspection {

@@ -8,7 +8,9 @@
 #include "inspection/measure/contour_edges.h"
 #include "inspection/measure/ellipse_measure.h"
 #include "inspection/measure/fit_estimators.h"
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
+#include "orxFunctions/analysis/image_noise.h"
+#include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/fitting/point_list.h"
 
 namespace inspection {
@@ -22,10 +24,9 @@ constexpr double kSecondSide = 0.3;
 constexpr double kCorner = 5.0;
 constexpr double kHalfPixel = 0.5;
 
-// The edge along a straight side. Its ends are left out, because a blurred corner is round; a side too short
+// The line along a straight side. Its ends are left out, because a blurred corner is round; a side too short
 // for that is used whole.
-std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outward,
-                                     const EdgeContext& context) {
+orx::TMeasuredLine measureSide(const LineConsensus& side, cv::Point2d outward, const EdgeContext& context) {
     const auto along = [&](const cv::Point& pixel) { return side.line.direction.dot(cv::Point2d(pixel)); };
     const auto [least, most] =
         std::minmax_element(side.inliers.begin(), side.inliers.end(),
@@ -34,18 +35,27 @@ std::vector<cv::Point2d> edgesOfSide(const LineConsensus& side, cv::Point2d outw
     const double from = along(*least) + (isLong ? kCorner : 0.0);
     const double to = along(*most) - (isLong ? kCorner : 0.0);
 
-    std::vector<cv::Point2d> edges;
-    edges.reserve(side.inliers.size());
+    std::vector<orx::TEdgeProbe> probes;
+    probes.reserve(side.inliers.size());
     for (const cv::Point& pixel : side.inliers)
-        if (along(pixel) >= from && along(pixel) <= to) edges.push_back(edgeAt(pixel, outward, context));
-    return edges;
+        if (along(pixel) >= from && along(pixel) <= to) probes.push_back(probeAt(pixel, outward));
+    return orx::fitLineGeometric(placesOf(edgesAt(probes, context)), contourFit());
 }
 
 SearchSettings searchSettings(const Settings& settings) {
     return {settings.trials, settings.tolerance, settings.seed};
 }
 
-std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
+// Of a shape that is not fitted: its own members and no uncertainty.
+orx::TMeasuredCircle plainCircle(const Circle& circle) {
+    orx::TMeasuredCircle plain;
+    plain.center = circle.center;
+    plain.radius = circle.radius;
+    return plain;
+}
+
+std::optional<orx::TMeasuredCircle> searchedCircle(const std::vector<cv::Point>& points,
+                                                   const EdgeContext& context) {
     // The search computes in 32-bit integers: near the origin its products stay small.
     const cv::Rect box = cv::boundingRect(points);
     std::vector<cv::Point> local = points;
@@ -53,23 +63,25 @@ std::optional<Circle> searchedCircle(const std::vector<cv::Point>& points, const
     const auto found = searchCircle(local, std::max(box.width, box.height), searchSettings(context.settings));
     if (!found) return std::nullopt;
 
-    const cv::Point2d corner = box.tl();
-    Circle circle{found->circle.center + corner, found->circle.radius};
+    auto circle = plainCircle({found->circle.center + cv::Point2d(box.tl()), found->circle.radius});
     for (int pass = 0; pass < 2; ++pass) {
         std::vector<cv::Point2d> inliers;
-        for (const cv::Point2d& edge : edgesOfCircle(points, circle.center, context))
-            if (circle.distance(edge) <= context.settings.tolerance) inliers.push_back(edge);
-        const auto fitted = fitCircleFrom(circle, inliers);
-        if (!fitted) break;
-        circle = *fitted;
+        for (const cv::Point2d& edge :
+             placesOf(edgesOfCircle(points, {circle.center, circle.radius}, context)))
+            if (std::abs(circle.signedDistance(edge)) <= context.settings.tolerance) inliers.push_back(edge);
+        const auto fitted = orx::fitCircleGeometric(inliers, contourFit());
+        if (!fitted.valid()) break;
+        circle = fitted;
     }
     return circle;
 }
 
-std::optional<Circle> estimatedCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
+std::optional<orx::TMeasuredCircle> estimatedCircle(const std::vector<cv::Point>& points,
+                                                    const EdgeContext& context) {
     auto circle = estimateCircle(points, context.settings);
-    if (circle) circle->radius += kHalfPixel;
-    return circle;
+    if (!circle) return std::nullopt;
+    circle->radius += kHalfPixel;
+    return plainCircle(*circle);
 }
 
 std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const EdgeContext& context) {
@@ -80,9 +92,12 @@ std::optional<Feature> measureCircle(const std::vector<cv::Point>& points, const
     feature.shape = Shape::kCircle;
     feature.center = circle->center;
     feature.radius = circle->radius;
+    feature.deviations.x = circle->xDeviation;
+    feature.deviations.y = circle->yDeviation;
+    feature.deviations.radius = circle->radiusDeviation;
     Residuals residuals(context.settings.tolerance);
-    for (const cv::Point2d& edge : edgesOfCircle(points, circle->center, context))
-        residuals.add(circle->distance(edge));
+    for (const auto& edge : edgesOfCircle(points, {circle->center, circle->radius}, context))
+        residuals.add(std::abs(circle->signedDistance(edge.position)));
     residuals.writeTo(feature, context.settings.minInliers);
     return feature;
 }
@@ -98,6 +113,27 @@ cv::Point2d outwardOf(const Line& line, cv::Point2d middle) {
     return line.signedDistance(middle) > 0.0 ? -line.normal() : line.normal();
 }
 
+// The axis along the mean direction of two sides, each of which counts by how well its angle is known, and
+// their distance where their places are known best.
+ParallelLines betweenSides(const orx::TMeasuredLine& first, const orx::TMeasuredLine& second) {
+    const auto weightOf = [](const orx::TMeasuredLine& side) {
+        return 1.0 / std::max(1e-12, side.angleDeviation * side.angleDeviation);
+    };
+    const cv::Point2d opposite =
+        second.direction.dot(first.direction) < 0.0 ? -second.direction : second.direction;
+    const cv::Point2d sum = weightOf(first) * first.direction + weightOf(second) * opposite;
+    ParallelLines lines;
+    lines.axis = {0.5 * (first.point + second.point), sum / cv::norm(sum)};
+    const cv::Point2d way = second.point - first.point;
+    lines.width = std::abs(lines.axis.normal().dot(way));
+    lines.angleDeviation = 1.0 / std::sqrt(weightOf(first) + weightOf(second));
+    const double ofPlaces = std::hypot(first.offsetDeviation, second.offsetDeviation);
+    const double ofAngle = lines.axis.direction.dot(way) * lines.angleDeviation * scenes::kDegree;
+    lines.widthDeviation = std::hypot(ofPlaces, ofAngle);
+    lines.offsetDeviation = 0.5 * ofPlaces;
+    return lines;
+}
+
 // The axis between the two long sides, or the one side that was found.
 std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const EdgeContext& context) {
     const SearchSettings search = searchSettings(context.settings);
@@ -105,20 +141,19 @@ std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points,
     if (!first) return std::nullopt;
     const cv::Point2d middle = meanOf(points);
     const cv::Point2d outward = outwardOf(first->line, middle);
-    const auto firstEdges = edgesOfSide(*first, outward, context);
+    const auto measured = measureSide(*first, outward, context);
+    if (!measured.valid()) return std::nullopt;
 
     if (const auto second = searchLine(first->others, &first->line, search)) {
-        const auto secondEdges = edgesOfSide(*second, -outward, context);
-        const auto pair = fitParallelLines(firstEdges, secondEdges);
+        const auto opposite = measureSide(*second, -outward, context);
         const bool isOpposite =
             first->line.signedDistance(second->line.point) * outward.dot(first->line.normal()) <
             -2.0 * context.settings.tolerance;
-        const double share = static_cast<double>(secondEdges.size()) / static_cast<double>(firstEdges.size());
-        if (pair && isOpposite && share >= kSecondSide) return pair;
+        if (opposite.valid() && isOpposite && opposite.points >= kSecondSide * measured.points)
+            return betweenSides(measured, opposite);
     }
-    const auto single = fitLineThrough(firstEdges);
-    if (!single) return std::nullopt;
-    return ParallelLines{*single, 0.0};
+    return ParallelLines{
+        {measured.point, measured.direction}, 0.0, measured.offsetDeviation, measured.angleDeviation, 0.0};
 }
 
 std::optional<ParallelLines> estimatedSides(const std::vector<cv::Point>& points,
@@ -138,17 +173,27 @@ std::optional<Feature> measureLine(const std::vector<cv::Point>& points, const E
     feature.shape = Shape::kLine;
     feature.angle = axis.angle();
     feature.width = sides->width;
+    feature.deviations.angle = sides->angleDeviation;
+    feature.deviations.width = sides->widthDeviation;
+    feature.deviations.offset = sides->offsetDeviation;
     Residuals residuals(context.settings.tolerance);
     double least = 0.0;
     double most = 0.0;
+    std::vector<orx::TEdgeProbe> probes;
+    probes.reserve(points.size());
     for (const cv::Point& pixel : points) {
-        const double across = axis.signedDistance(pixel);
-        const cv::Point2d outward = across < 0.0 ? -axis.normal() : axis.normal();
-        const cv::Point2d edge = sides->width > 0.0 ? edgeAt(pixel, outward, context) : cv::Point2d(pixel);
-        residuals.add(std::abs(std::abs(axis.signedDistance(edge)) - 0.5 * sides->width));
+        probes.push_back(probeAt(pixel, axis.signedDistance(pixel) < 0.0 ? -axis.normal() : axis.normal()));
         const double along = axis.direction.dot(cv::Point2d(pixel) - axis.point);
         least = std::min(least, along);
         most = std::max(most, along);
+    }
+    const auto distance = [&](cv::Point2d p) {
+        return std::abs(std::abs(axis.signedDistance(p)) - 0.5 * sides->width);
+    };
+    if (sides->width > 0.0) {
+        for (const orx::TContourEdge& edge : edgesAt(probes, context)) residuals.add(distance(edge.position));
+    } else {
+        for (const cv::Point& pixel : points) residuals.add(distance(pixel));
     }
     residuals.writeTo(feature, context.settings.minInliers);
     feature.center = axis.point + 0.5 * (least + most) * axis.direction;
@@ -164,10 +209,11 @@ bool isElongated(const std::vector<cv::Point>& contour, ShapeChoice choice) {
 }
 
 std::optional<Feature> measureContour(const std::vector<cv::Point>& points, bool isLine, const cv::Mat& grey,
-                                      const Preparation& prepared, const Settings& settings) {
+                                      double noise, const Preparation& prepared, const Settings& settings) {
     const bool usesPixels =
         isLine ? settings.line != LineEstimator::kSearch : settings.circle != CircleEstimator::kSearch;
-    const EdgeContext context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels};
+    const EdgeContext context{grey, prepared.brightObjects, settings, settings.subPixel && !usesPixels,
+                              noise};
     if (isLine) return measureLine(points, context);
     return settings.ellipse == EllipseEstimator::kNone ? measureCircle(points, context)
                                                        : measureEllipse(points, context);
@@ -209,6 +255,7 @@ const char* nameOf(Shape shape) {
 std::vector<Feature> measure(const cv::Mat& grey, const Preparation& prepared, const Settings& settings) {
     std::vector<std::vector<cv::Point>> contours;
     cv::findContours(prepared.objects, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    const double noise = orx::getImageNoise(grey);
     std::vector<Feature> features;
     for (const std::vector<cv::Point>& contour : contours) {
         const double area = cv::contourArea(contour);
@@ -216,7 +263,8 @@ std::vector<Feature> measure(const cv::Mat& grey, const Preparation& prepared, c
         std::vector<cv::Point> points = contour;
         orx::deleteImageSidePoints(points, grey.size(), 1);
         if (points.size() < kLeastPoints) continue;
-        auto feature = measureContour(points, isElongated(contour, settings.shape), grey, prepared, settings);
+        auto feature =
+            measureContour(points, isElongated(contour, settings.shape), grey, noise, prepared, settings);
         if (!feature) continue;
         feature->area = area;
         feature->contour = contour;

@@ -15,6 +15,18 @@ enum class Shape { kCircle, kLine, kEllipse };
 
 const char* nameOf(Shape shape);
 
+// Standard uncertainties: what the noise of the edges leaves open. 0 where a value has none: the length of a
+// line, which counts pixels, and all that an estimator on whole pixels finds.
+struct Deviations {
+    double x = 0.0;  // of the centre of a circle or ellipse
+    double y = 0.0;
+    double radius = 0.0;
+    double angle = 0.0;
+    double length = 0.0;
+    double width = 0.0;
+    double offset = 0.0;  // of a line, across it
+};
+
 // One measured contour. Pixels, the centre of the top-left pixel at (0, 0); angles in degrees.
 struct Feature {
     Shape shape = Shape::kCircle;
@@ -26,6 +38,8 @@ struct Feature {
     double angle = 0.0;   // of the line or the longer axis: [0, 180), from the x axis towards the y axis
     double length = 0.0;  // extent of the contour along the line; longer axis of the ellipse
     double width = 0.0;   // distance of the two sides; shorter axis of the ellipse
+
+    Deviations deviations;
 
     double area = 0.0;            // of the contour, square pixels
     int contourPoints = 0;        // without those on the picture's border
@@ -41,8 +55,8 @@ struct Feature {
 
 // Measures every outer contour of at least the least area, in reading order. Contours that elongate at least
 // 2.5 times are measured as lines, others as circles, unless the settings choose the shape. A shape is found
-// by RANSAC on the contour's pixels and then fitted by least squares to its inliers, each moved to where the
-// grey profile of `grey` (the picture as it came) crosses the edge, or else half a pixel outwards. A contour
+// by RANSAC on the contour's pixels and then fitted to its inliers, each moved to where the grey
+// profile of `grey` (the picture as it came) crosses the edge, or else half a pixel outwards. A contour
 // with fewer than 8 points off the picture's border, or on which the search finds nothing, is left out.
 //
 // Where the settings name an estimator of the library (fit_estimators.h, ellipse_measure.h) it takes the

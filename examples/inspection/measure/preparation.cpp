@@ -4,14 +4,11 @@
 #include <opencv2/imgproc.hpp>
 
 #include "inspection/measure/methods.h"
+#include "orxFunctions/analysis/flatten.h"
 #include "orxFunctions/analysis/threshold.h"
 
 namespace inspection {
 namespace {
-
-// The background window is shrunk to at most this many pixels together with the picture: the light changes
-// slowly, and the cost of a morphological operation grows with its window.
-constexpr int kCoarseWindow = 25;
 
 int bordersAbove(const cv::Mat& grey, int level) {
     int above = 0;
@@ -25,35 +22,6 @@ int bordersAbove(const cv::Mat& grey, int level) {
 bool objectsAreBright(const cv::Mat& grey, int level, Polarity polarity) {
     if (polarity != Polarity::kAuto) return polarity == Polarity::kBright;
     return bordersAbove(grey, level) <= grey.cols + grey.rows;
-}
-
-cv::Mat backgroundOf(const cv::Mat& grey, int window, bool brightObjects) {
-    const double scale = std::min(1.0, static_cast<double>(kCoarseWindow) / window);
-    cv::Mat coarse;
-    cv::resize(grey, coarse,
-               cv::Size(std::max(1, cvRound(grey.cols * scale)), std::max(1, cvRound(grey.rows * scale))), 0,
-               0, cv::INTER_AREA);
-    const int side = std::max(1, cvRound(window * scale)) | 1;
-    const cv::Mat element = cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(side, side));
-    cv::morphologyEx(coarse, coarse, brightObjects ? cv::MORPH_OPEN : cv::MORPH_CLOSE, element,
-                     cv::Point(-1, -1), 1, cv::BORDER_REFLECT);
-    cv::GaussianBlur(coarse, coarse, cv::Size(), side / 4.0);
-    cv::Mat background;
-    cv::resize(coarse, background, grey.size(), 0, 0, cv::INTER_LINEAR);
-    return background;
-}
-
-// Dark objects stay dark: on a background of 255.
-cv::Mat flatten(const cv::Mat& grey, int window, bool brightObjects) {
-    const cv::Mat background = backgroundOf(grey, window, brightObjects);
-    cv::Mat flat;
-    if (brightObjects) {
-        cv::subtract(grey, background, flat);
-    } else {
-        cv::subtract(background, grey, flat);
-        cv::bitwise_not(flat, flat);
-    }
-    return flat;
 }
 
 std::array<int, 256> histogramOf(const cv::Mat& grey) {
@@ -79,7 +47,7 @@ std::optional<Preparation> prepare(const cv::Mat& grey, const Settings& settings
     result.level = levelOf(result.grey, settings);
     result.brightObjects = objectsAreBright(result.grey, result.level, settings.polarity);
     if (settings.background > 0) {
-        result.grey = flatten(result.grey, settings.background, result.brightObjects);
+        orx::flattenLight(result.grey, result.grey, {std::max(3, settings.background), result.brightObjects});
         result.level = levelOf(result.grey, settings);
     }
     if (result.level < 0) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "inspection/measure/ellipse_measure.h"
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
 #include "inspection/report/colors.h"
 #include "inspection/report/pen.h"
 #include "support/angles.h"

@@ -84,16 +84,18 @@ void writeFeatures(std::ostream& out, const std::vector<Feature>& features) {
     int number = 0;
     for (const Feature& f : features) {
         const bool isCircle = f.shape == Shape::kCircle;
-        writeRow(
-            out,
-            {std::to_string(++number), nameOf(f.shape), fixedText(f.center.x, 2), fixedText(f.center.y, 2),
-             f.isRound() ? fixedText(f.radius, 2) : "", isCircle ? "" : fixedText(f.angle, 2),
-             isCircle ? "" : fixedText(f.length, 1), isCircle ? "" : fixedText(f.width, 2),
-             std::to_string(f.contourPoints), fixedText(100.0 * f.inlierRatio, 0) + " %",
-             fixedText(f.meanResidual, 2), fixedText(f.inlierResidual, 2)},
-            "td", f.weak ? "weak" : "");
+        const Deviations& u = f.deviations;
+        writeRow(out,
+                 {std::to_string(++number), nameOf(f.shape), uncertainText(f.center.x, u.x, 2),
+                  uncertainText(f.center.y, u.y, 2), f.isRound() ? uncertainText(f.radius, u.radius, 2) : "",
+                  isCircle ? "" : uncertainText(f.angle, u.angle, 2),
+                  isCircle ? "" : uncertainText(f.length, u.length, 1),
+                  isCircle ? "" : uncertainText(f.width, u.width, 2), std::to_string(f.contourPoints),
+                  fixedText(100.0 * f.inlierRatio, 0) + " %", fixedText(f.meanResidual, 2),
+                  fixedText(f.inlierResidual, 2)},
+                 "td", f.weak ? "weak" : "");
     }
-    out << "</table></div>\n";
+    out << "</table></div>\n<p class='soft'>Pixels and degrees; after ± the standard uncertainty.</p>\n";
 }
 
 void writeTruth(std::ostream& out, const std::vector<TruthError>& truth) {

@@ -41,6 +41,22 @@ const char* statusText(const ImageResult& result) {
     return result.complete() ? "measured" : "measured with problems";
 }
 
+// Standard uncertainties, of what has one.
+Json::Value deviationsValue(const Deviations& deviations) {
+    Json::Value value(Json::objectValue);
+    const auto add = [&](const char* name, double deviation) {
+        if (deviation > 0.0) value[name] = deviation;
+    };
+    add("x", deviations.x);
+    add("y", deviations.y);
+    add("radius", deviations.radius);
+    add("angle", deviations.angle);
+    add("length", deviations.length);
+    add("width", deviations.width);
+    add("offset", deviations.offset);
+    return value;
+}
+
 Json::Value featureValue(int number, const Feature& feature) {
     Json::Value value;
     value["number"] = number;
@@ -53,6 +69,7 @@ Json::Value featureValue(int number, const Feature& feature) {
         value["length"] = feature.length;
         value["width"] = feature.width;
     }
+    value["deviations"] = deviationsValue(feature.deviations);
     value["area"] = feature.area;
     value["contourPoints"] = feature.contourPoints;
     value["inlierRatio"] = feature.inlierRatio;

@@ -17,14 +17,15 @@ std::string percentText(double ratio) { return fixedText(100.0 * ratio, 0) + " %
 
 Row featureRow(std::size_t number, const Feature& feature) {
     const bool isCircle = feature.shape == Shape::kCircle;
+    const Deviations& u = feature.deviations;
     return {std::to_string(number),
             nameOf(feature.shape),
-            fixedText(feature.center.x, 2),
-            fixedText(feature.center.y, 2),
-            feature.isRound() ? fixedText(feature.radius, 2) : "",
-            isCircle ? "" : fixedText(feature.angle, 2),
-            isCircle ? "" : fixedText(feature.length, 2),
-            isCircle ? "" : fixedText(feature.width, 2),
+            uncertainText(feature.center.x, u.x, 2),
+            uncertainText(feature.center.y, u.y, 2),
+            feature.isRound() ? uncertainText(feature.radius, u.radius, 2) : "",
+            isCircle ? "" : uncertainText(feature.angle, u.angle, 2),
+            isCircle ? "" : uncertainText(feature.length, u.length, 2),
+            isCircle ? "" : uncertainText(feature.width, u.width, 2),
             std::to_string(feature.contourPoints),
             percentText(feature.inlierRatio),
             fixedText(feature.meanResidual, 2),
@@ -84,6 +85,11 @@ std::string fixedText(double value, int decimals) {
     const std::string plain = text.str();
     const bool isZero = plain.find_first_not_of("-0.") == std::string::npos;
     return isZero && plain.front() == '-' ? plain.substr(1) : plain;
+}
+
+std::string uncertainText(double value, double deviation, int decimals) {
+    if (!(deviation > 0.0)) return fixedText(value, decimals);
+    return fixedText(value, 3) + " ± " + fixedText(deviation, 3);
 }
 
 void printAligned(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {

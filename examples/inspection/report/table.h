@@ -13,6 +13,10 @@ namespace inspection {
 // A number with a fixed count of decimals; "-0.00" is written "0.00".
 std::string fixedText(double value, int decimals);
 
+// With the standard uncertainty behind it, both to a thousandth: "30.021 ± 0.004". The number alone, with
+// `decimals`, where there is none (0).
+std::string uncertainText(double value, double deviation, int decimals);
+
 // Rows of cells under a heading, the columns as wide as their widest cell, numbers and headings to the right.
 // The first row is the heading.
 void printAligned(std::ostream& out, const std::vector<std::vector<std::string>>& rows);

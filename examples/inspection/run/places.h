@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <string>
 
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
 
 namespace inspection {
 

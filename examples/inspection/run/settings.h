@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "inspection/measure/least_squares.h"
+#include "inspection/measure/shapes.h"
 
 namespace inspection {
 

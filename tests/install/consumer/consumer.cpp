@@ -1,16 +1,26 @@
 #include <cstdio>
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
 
 int main(int, char** arguments) {
-    cv::Mat image = cv::imread(arguments[1], cv::IMREAD_GRAYSCALE), binary;
-    cv::threshold(image, binary, orx::getThresholdValue(image, orx::tmOtsu), 255, cv::THRESH_BINARY);
-    std::vector<std::vector<cv::Point>> contours;
-    cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
-    for (const std::vector<cv::Point>& contour : contours) {
-        const orx::TCircle circle = orx::TRansacCircle(contour, 500, 500, 1.0).doRansac();
-        if (circle.valid) std::printf("circle at (%.1f, %.1f), radius %.1f\n", circle.x, circle.y, circle.r);
+    const cv::Mat image = cv::imread(arguments[1], cv::IMREAD_GRAYSCALE);
+    ORXEdge::TMetricOptions finder;
+    finder.automaticThresholds = true;
+    std::vector<ORXEdge::TMetricContour> edges;
+    ORXEdge::edgesSubPixMetric(image, edges, finder);
+
+    orx::TFitOptions fit;
+    fit.loss = orx::flTukey;       // dents and dirt get no say
+    fit.noise = orx::pnEdgeChain;  // neighbouring edge points see the same pixels
+    fit.smoothing = finder.sigma;
+    for (const ORXEdge::TMetricContour& edge : edges) {
+        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(edge.points, fit);
+        const double diameter = 2 * circle.radius, uncertainty = 2 * circle.radiusDeviation;
+        const double half = uncertainty * orx::coverageFactor(0.95, circle.degreesOfFreedom);
+        if (!circle.valid() || circle.sweep < 300 || half > 1) continue;  // part of a circle, or none
+        std::printf("(%.2f, %.2f): diameter %.3f, standard uncertainty %.3f; with 95 %%: %.3f to %.3f\n",
+                    circle.center.x, circle.center.y, diameter, uncertainty, diameter - half,
+                    diameter + half);
     }
 }

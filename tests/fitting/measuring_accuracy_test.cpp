@@ -1,0 +1,108 @@
+// Holds the fits for measuring to what docs/accuracy-measuring.md shows. The bounds may be lowered, never
+// raised.
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+#include "docs/tools/measuring_accuracy.h"
+
+namespace {
+
+using namespace measuring_accuracy;
+
+// What fewer scenes than the page's may show at the most. Errors are told against the efficient estimate of
+// the same scenes, so that some hundred tell the spread and the bias; the shares within the stated intervals
+// need more.
+struct Bounds {
+    double spread;
+    double bias;
+    double chance;  // of the share within 68.3 %, in percent; half of it of that within 95.4 %
+};
+
+void expectWithin(const Result& result, const Bounds& bounds) {
+    EXPECT_EQ(result.lost, 0);
+    EXPECT_EQ(result.astray, 0);
+    ASSERT_FALSE(result.parameters.empty());
+    EXPECT_LE(result.spread(), bounds.spread);
+    EXPECT_LE(result.bias(), bounds.bias);
+    for (const Accuracy& a : result.parameters) {
+        // What spreads less than the bound on the whole would be a fault of the scenes or of the bound.
+        EXPECT_GE(a.spread, 0.97);
+        EXPECT_NEAR(a.within68, 68.27, bounds.chance);
+        EXPECT_NEAR(a.within95, 95.45, bounds.chance / 2);
+    }
+}
+
+orx::TFitOptions withLoss(orx::TFitLoss loss) {
+    orx::TFitOptions options;
+    options.loss = loss;
+    return options;
+}
+
+constexpr int kThreads = 2;
+
+TEST(MeasuringAccuracy, CirclesAndArcsErrAsTheBoundHasIt) {
+    const struct {
+        double arc;
+        int points;
+        double noise;
+        int scenes;
+        Bounds bounds;
+    } kRows[] = {
+        {360, 20, 1, 2000, {1.002, 0.001, 4}},  {360, 2000, 0.1, 200, {1.001, 0.001, 11}},
+        {90, 20, 1, 2000, {1.006, 0.003, 4}},    {90, 200, 0.01, 1000, {1.001, 0.001, 5}},
+        {30, 20, 0.1, 2000, {1.003, 0.003, 4}}, {30, 200, 1, 1000, {1.02, 0.012, 5}},
+        {30, 2000, 1, 200, {1.01, 0.03, 11}},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(testing::Message()
+                     << row.arc << " degrees, " << row.points << " points, noise " << row.noise);
+        const auto fit = [](const auto& points) { return orx::fitCircleGeometric(points); };
+        expectWithin(measure(circleTask(row.arc, row.points, row.noise), fit, 1, row.scenes, kThreads),
+                     row.bounds);
+    }
+}
+
+TEST(MeasuringAccuracy, LinesErrAsTheBoundHasIt) {
+    const struct {
+        int points;
+        double noise;
+        int scenes;
+        Bounds bounds;
+    } kRows[] = {{20, 1, 2000, {1.001, 0.002, 4}},
+                 {200, 0.1, 1000, {1.001, 0.001, 5}},
+                 {2000, 0.01, 200, {1.001, 0.001, 11}}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(testing::Message() << row.points << " points, noise " << row.noise);
+        const auto fit = [](const auto& points) { return orx::fitLineGeometric(points); };
+        expectWithin(measure(lineTask(row.points, row.noise), fit, 2, row.scenes, kThreads), row.bounds);
+    }
+}
+
+// Tukey's loss spreads 1.026 times the bound without outliers.
+TEST(MeasuringAccuracy, FortyPercentOfOutliersCostLittle) {
+    const auto circle = [](const auto& points) {
+        return orx::fitCircleGeometric(points, withLoss(orx::flTukey));
+    };
+    const auto line = [](const auto& points) {
+        return orx::fitLineGeometric(points, withLoss(orx::flTukey));
+    };
+    const Bounds kBounds{1.045, 0.03, 6};
+    expectWithin(measure(circleTask(360, 200, 0.1, 0.4), circle, 3, 800, kThreads), kBounds);
+    expectWithin(measure(circleTask(90, 200, 0.1, 0.4), circle, 4, 800, kThreads), kBounds);
+    expectWithin(measure(circleTask(30, 2000, 0.1, 0.4), circle, 5, 200, kThreads), {1.06, 0.03, 11});
+    expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
+}
+
+TEST(MeasuringAccuracy, IsTheSameOnAnyNumberOfThreads) {
+    const auto fit = [](const auto& points) {
+        return orx::fitCircleGeometric(points, withLoss(orx::flTukey));
+    };
+    const Result one = measure(circleTask(90, 60, 0.3, 0.2), fit, 7, 60, 1);
+    const Result three = measure(circleTask(90, 60, 0.3, 0.2), fit, 7, 60, 3);
+    EXPECT_EQ(one.spread(), three.spread());
+    EXPECT_EQ(one.bias(), three.bias());
+    EXPECT_NE(one.spread(), measure(circleTask(90, 60, 0.3, 0.2), fit, 8, 60, 3).spread());
+}
+
+}  // namespace
