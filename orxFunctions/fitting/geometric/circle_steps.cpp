@@ -186,6 +186,8 @@ void reweightedSteps(const Columns& points, const Loss& loss, int maxIterations,
         nearly = fall <= std::max(kNearlySettled * noise2, least);
     }
     solution.iterations = maxIterations;
+    // Searches take a few steps only, and judge where they lead.
+    solution.sums = kernels.circleSums(points, solution.circle, loss);
 }
 
 }  // namespace
