@@ -131,6 +131,49 @@ double angleOf(int index, const TCircleCaliperOptions& options) {
     return radians(options.startAngle + options.sweep * index / steps);
 }
 
+// 0 for none.
+double medianOf(std::vector<double> values) {
+    if (values.empty()) return 0.0;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// Moves edges of one circle outwards by what their blur has moved them inwards.
+void compensateGroup(const std::vector<TContrastEdge*>& group, cv::Point2d centre, double along) {
+    std::vector<double> blurs;
+    std::vector<double> radii;
+    for (const TContrastEdge* edge : group) {
+        blurs.push_back(edge->blur);
+        radii.push_back(cv::norm(edge->position - centre));
+    }
+    const double blur = medianOf(blurs);
+    const double radius = medianOf(radii);
+    if (radius < 2.0 * blur) return;  // nothing is told of circles so small
+    const double shift = blur * blur / (2.0 * radius);
+    for (TContrastEdge* edge : group) {
+        const cv::Point2d arm = edge->position - centre;
+        const double length = cv::norm(arm);
+        if (!(length > 0.0)) continue;
+        edge->position += arm * (shift / length);
+        edge->distance += along * shift;
+    }
+}
+
+void compensateBlur(cv::Point2d centre, const TCircleCaliperOptions& options,
+                    std::vector<TContrastEdge>& edges) {
+    // Edges of the same number along their calipers are mostly of the same circle.
+    std::vector<std::vector<TContrastEdge*>> groups;
+    std::size_t number = 0;
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+        number = i > 0 && edges[i].caliper == edges[i - 1].caliper ? number + 1 : 0;
+        if (groups.size() <= number) groups.emplace_back();
+        if (edges[i].blur < widestBlur(options.edge.sigma)) groups[number].push_back(&edges[i]);
+    }
+    const double along = options.direction == rdOutward ? 1.0 : -1.0;
+    for (const auto& group : groups) compensateGroup(group, centre, along);
+}
+
 }  // namespace
 
 std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, cv::Point2d from, cv::Point2d to,
@@ -187,6 +230,7 @@ std::vector<TContrastEdge> getCircleEdges(const cv::Mat& img, cv::Point2d centre
             edges.push_back(edge);
         }
     }
+    if (options.compensateBlur) compensateBlur(centre, options, edges);
     return edges;
 }
 

@@ -221,6 +221,9 @@ std::vector<double> sampleProfile(const cv::Mat& grey, const std::vector<Ray>& r
     return meanOfRays<ushort>(grey, rays, lead, count);
 }
 
+// A little less than what refined() cuts off at.
+double widestBlur(double sigma) { return 0.999 * sigma * std::sqrt(kWidest * kWidest - 1); }
+
 int leadOf(double sigma) { return static_cast<int>(std::ceil(kReach * sigma)); }
 
 std::vector<ProfileEdge> edgesOfProfile(const std::vector<double>& profile, double sigma,

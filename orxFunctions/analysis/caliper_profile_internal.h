@@ -25,6 +25,9 @@ struct ProfileEdge {
     double blur = 0.0;      // samples
 };
 
+// The blur from which on an edge is too wide to show it, in the unit of sigma.
+double widestBlur(double sigma);
+
 // How many samples the filter needs before and behind the profile.
 int leadOf(double sigma);
 

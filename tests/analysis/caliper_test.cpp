@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/support/edge_scene.h"
@@ -228,11 +229,10 @@ cv::Point3d circleThrough(const Edges& edges) {
 
 TEST(CircleCaliper, FittedCirclesAreWithinTwoHundredthsOfAPixel) {
     Random random(11);
-    for (int i = 0; i < 25; ++i) {
+    for (int i = 0; i < 8; ++i) {
         const cv::Point2d centre(60 + random.uniform(-1, 1), 60 + random.uniform(-1, 1));
         const double radius = random.uniform(12, 45);
-        const cv::Mat img =
-            edge_scene::sharpDisk({121, 121}, centre, radius, {40, 220, random.uniform(0.7, 1.3)});
+        const cv::Mat img = edge_scene::disk({121, 121}, centre, radius, {40, 220, random.uniform(0.7, 1.3)});
         // The nominal circle is off by up to three pixels.
         const cv::Point2d nominal = centre + cv::Point2d(random.uniform(-3, 3), random.uniform(-3, 3));
         orx::TCircleCaliperOptions options;
@@ -249,7 +249,7 @@ TEST(CircleCaliper, FittedCirclesAreWithinTwoHundredthsOfAPixel) {
 
 TEST(CircleCaliper, WideCalipersKeepTheRadius) {
     const cv::Point2d centre(60.4, 59.7);
-    const cv::Mat img = edge_scene::sharpDisk({121, 121}, centre, 25.3, {50, 200, 1, 0, 1, CV_16U});
+    const cv::Mat img = edge_scene::disk({121, 121}, centre, 25.3, {50, 200, 1, 0, 1, CV_16U});
     for (const double width : {1.0, 15.0}) {  // along tangents, 15 pixels would shorten the radius by 0.37
         orx::TCircleCaliperOptions options;
         options.width = width;
@@ -257,6 +257,64 @@ TEST(CircleCaliper, WideCalipersKeepTheRadius) {
             EXPECT_NEAR(std::hypot(edge.position.x - centre.x, edge.position.y - centre.y), 25.3, 0.02);
         }
     }
+}
+
+double meanRadius(const Edges& edges, cv::Point2d centre) {
+    double sum = 0;
+    for (const orx::TContrastEdge& edge : edges) sum += cv::norm(edge.position - centre);
+    return sum / static_cast<double>(edges.size());
+}
+
+TEST(CircleCaliper, BlurDoesNotShrinkCircles) {
+    const cv::Point2d centre(40.3, 39.8);
+    const double radius = 21;
+    for (const double blur : {0.5, 1.0, 1.5}) {
+        for (const bool dark : {false, true}) {
+            const Look look{dark ? 200.0 : 40.0, dark ? 40.0 : 200.0, blur, 0, 1, CV_16U};
+            const cv::Mat img = edge_scene::disk({80, 80}, centre, radius, look);
+            orx::TCircleCaliperOptions options;
+            options.width = 3;
+            options.direction = dark ? orx::rdInward : orx::rdOutward;
+            const Edges found = orx::getCircleEdges(img, centre, radius, options);
+            options.compensateBlur = false;
+            const Edges asFound = orx::getCircleEdges(img, centre, radius, options);
+            ASSERT_THAT(found, SizeIs(36));
+            ASSERT_THAT(asFound, SizeIs(36));
+            SCOPED_TRACE(testing::Message() << "blur " << blur << ", dark " << dark);
+            EXPECT_NEAR(meanRadius(found, centre), radius, 0.002);
+            const double shrinking = (blur * blur + 1.0 / 12) / (2 * radius);
+            EXPECT_NEAR(meanRadius(asFound, centre), radius - shrinking, 0.003);
+            const double way = found[0].distance - asFound[0].distance;
+            EXPECT_NEAR(dark ? -way : way, shrinking, 0.003);
+        }
+    }
+}
+
+TEST(CircleCaliper, TheBlursOfTwoCirclesAreKeptApart) {
+    // A washer: the outer edge is blurred by 1.5, the hole by 0.6. The nominal circle is off.
+    const cv::Point2d centre(50.2, 49.7);
+    const cv::Mat outer = edge_scene::disk({100, 100}, centre, 36, {40, 200, 1.5, 0, 1, CV_16U});
+    const cv::Mat hole = edge_scene::disk({100, 100}, centre, 22, {0, 150, 0.6, 0, 1, CV_16U});
+    orx::TCircleCaliperOptions options;
+    options.edge.selection = orx::esAll;
+    options.searchLength = 30;
+    options.width = 3;
+    Edges edges = orx::getCircleEdges(outer - hole, centre + cv::Point2d(1, -1), 29, options);
+    ASSERT_THAT(edges, SizeIs(72));
+    Edges of[2];
+    for (std::size_t i = 0; i < edges.size(); ++i) of[i % 2].push_back(edges[i]);
+    EXPECT_NEAR(circleThrough(of[0]).z, 22, 0.005);
+    EXPECT_NEAR(circleThrough(of[1]).z, 36, 0.005);
+    // A slope of shading shows no blur to go by.
+    cv::Mat slope;
+    cv::resize(cv::Mat(cv::Matx<uchar, 1, 2>(20, 220)), slope, {60, 60});
+    options.edge.minContrast = 1;
+    options.edge.selection = orx::esStrongest;
+    options.count = 1;
+    edges = orx::getCircleEdges(slope, {5, 30}, 25, options);
+    ASSERT_THAT(edges, SizeIs(1));
+    options.compensateBlur = false;
+    EXPECT_EQ(edges[0].distance, orx::getCircleEdges(slope, {5, 30}, 25, options)[0].distance);
 }
 
 TEST(CircleCaliper, ArcsDirectionsAndMissesAreToldApart) {
