@@ -25,6 +25,7 @@ class CircleModel {
 
     CircleModel(const FitPoints& points, const TConsensusOptions& options)
         : kernels_(consensus_kernels::chosen()),
+          distances_(distance_kernels::chosen()),
           rounding_(points.rounding()),
           least_(options.minRadius / points.scale()),
           most_(options.maxRadius / points.scale()),
@@ -43,14 +44,19 @@ class CircleModel {
     }
 
     bool polish(const Columns& points, double share, double tolerance, Circle& circle) const {
-        CircleSolution solution{};
+        CircleSums sums{};
         for (const auto& [bend, steps] : consensus::kPolish) {
             const Loss loss = consensus::polishLoss(bend * tolerance);
-            solution = refineCircle(points, circle, loss, steps, rounding_);
-            if (solution.status == fsCollinear) return false;
-            circle = solution.circle;
+            for (int k = 0; k < steps; ++k) {
+                sums = distances_.circleSteps(points, circle, loss);
+                Circle step{};
+                double fall = 0.0;
+                if (!circleStep(sums, 0.0, step, fall)) return false;
+                circle = {circle.x + step.x, circle.y + step.y, circle.r + step.r};
+                if (!(circle.r > 0.0)) return false;
+            }
         }
-        return radiusTold(solution, share);
+        return radiusTold(sums, circle.r, share);
     }
 
     void settle(const FitPoints& points, Start<Circle>& start) const {
@@ -82,19 +88,19 @@ class CircleModel {
     // A straight edge is no circle, however well a huge one follows it: its curvature is told by less than
     // five of its deviations.
     static constexpr double kTold = 0.2;
-    static bool radiusTold(const CircleSolution& solution, double share) {
-        const CircleSums& s = solution.sums;
+    static bool radiusTold(const CircleSums& s, double radius, double share) {
         const double w = s.distances.w;
         const double vv = w - s.uu;
         const double spread = s.uu * vv - s.uv * s.uv;
         if (!(spread > 1e-12 * w * w)) return false;
         // What the centre leaves of the radius in the normal matrix.
         const double left = w - (s.u * s.u * vv - 2.0 * s.u * s.v * s.uv + s.v * s.v * s.uu) / spread;
-        const double deviation = noiseOf(s.distances, kParameters) / (kTold * solution.circle.r);
+        const double deviation = noiseOf(s.distances, kParameters) / (kTold * radius);
         return left > share * deviation * deviation;
     }
 
     const consensus_kernels::Kernels& kernels_;
+    const distance_kernels::Kernels& distances_;
     double rounding_;
     double least_;
     double most_;
