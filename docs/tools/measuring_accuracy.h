@@ -140,8 +140,9 @@ struct Accuracy {
     double spread = 0;  // over that of the efficient estimate
     double bias = 0;    // over the spread
     double within68 = 0;
-    double within95 = 0;  // percent of the scenes within the stated intervals of 68.3 and 95.4 %
-    double stated = 0;    // root mean square of the stated deviations over the spread
+    double within95 = 0;   // percent of the scenes within the stated intervals of 68.3 and 95.4 %
+    double stated = 0;     // root mean square of the stated deviations over the spread
+    double deviation = 0;  // the spread itself, pixels or degrees
 };
 
 // A row of a table.
@@ -189,6 +190,7 @@ inline Accuracy accuracyOf(const std::vector<const Trial*>& trials, int paramete
     result.spread = std::sqrt(squares / efficientSquares);
     result.bias = (mean - efficientMean) / std::sqrt(squares / count);
     result.stated = std::sqrt(stated / squares);
+    result.deviation = std::sqrt(squares / count);
     return result;
 }
 

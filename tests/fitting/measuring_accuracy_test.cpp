@@ -50,7 +50,7 @@ TEST(MeasuringAccuracy, CirclesAndArcsErrAsTheBoundHasIt) {
         Bounds bounds;
     } kRows[] = {
         {360, 20, 1, 2000, {1.002, 0.001, 4}},  {360, 2000, 0.1, 200, {1.001, 0.001, 11}},
-        {90, 20, 1, 2000, {1.006, 0.003, 4}},    {90, 200, 0.01, 1000, {1.001, 0.001, 5}},
+        {90, 20, 1, 2000, {1.006, 0.003, 4}},   {90, 200, 0.01, 1000, {1.001, 0.001, 5}},
         {30, 20, 0.1, 2000, {1.003, 0.003, 4}}, {30, 200, 1, 1000, {1.02, 0.012, 5}},
         {30, 2000, 1, 200, {1.01, 0.03, 11}},
     };
@@ -91,6 +91,17 @@ TEST(MeasuringAccuracy, FortyPercentOfOutliersCostLittle) {
     expectWithin(measure(circleTask(360, 200, 0.1, 0.4), circle, 3, 800, kThreads), kBounds);
     expectWithin(measure(circleTask(90, 200, 0.1, 0.4), circle, 4, 800, kThreads), kBounds);
     expectWithin(measure(circleTask(30, 2000, 0.1, 0.4), circle, 5, 200, kThreads), {1.06, 0.03, 11});
+    expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
+}
+
+TEST(MeasuringAccuracy, SearchesAmongFortyPercentOfOutliersEndAsWell) {
+    orx::TConsensusOptions options;
+    options.tolerance = 0.35;
+    const auto circle = [&](const auto& points) { return orx::findCircle(points, options); };
+    const auto line = [&](const auto& points) { return orx::findLine(points, options); };
+    const Bounds kBounds{1.045, 0.03, 6};
+    expectWithin(measure(circleTask(360, 200, 0.1, 0.4), circle, 3, 800, kThreads), kBounds);
+    expectWithin(measure(circleTask(30, 200, 0.1, 0.4), circle, 9, 800, kThreads), kBounds);
     expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
 }
 
