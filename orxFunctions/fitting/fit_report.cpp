@@ -12,7 +12,10 @@ namespace {
 // to a variable of the process on some systems.)
 double logGamma(double x) {
     double shift = 0.0;
-    for (; x < 12.0; x += 1.0) shift -= std::log(x);
+    while (x < 12.0) {
+        shift -= std::log(x);
+        x += 1.0;
+    }
     const double i = 1.0 / x;
     const double i2 = i * i;
     const double series =

@@ -32,4 +32,13 @@ void fillReport(const FitPoints& points, const DistanceSums& sums, const NoiseFi
     report.peakToValley = (sums.largest - sums.least) * points.scale();
 }
 
+ChainCorrelation::ChainCorrelation(double smoothing) : factor_(1.0 / (4.0 * smoothing * smoothing)) {
+    const double ratio = std::exp(-1.0 / kPerUnit);
+    double value = std::sqrt(ratio);
+    for (double& entry : table_) {
+        entry = value;
+        value *= ratio;
+    }
+}
+
 }  // namespace orx::geometric
