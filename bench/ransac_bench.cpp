@@ -127,6 +127,31 @@ void circlePlain(benchmark::State& state) {
 }
 BENCHMARK(circlePlain)->Name("ransac_circle_plain")->Arg(200)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
+// The searches for measuring, with as many trials as the confidence needs, and the fit of what supports the
+// winner with its uncertainty.
+std::vector<cv::Point2d> subPixel(const Points& points) { return {points.begin(), points.end()}; }
+
+orx::TConsensusOptions seeded(std::int64_t run) {
+    orx::TConsensusOptions options;
+    options.tolerance = scene::kThreshold;
+    options.seed = static_cast<std::uint64_t>(run % 64);
+    return options;
+}
+
+void findLine(benchmark::State& state) {
+    const std::vector<cv::Point2d> points = subPixel(scene::line(state.range(0)));
+    std::int64_t run = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(orx::findLine(points, seeded(run++)).angle);
+}
+BENCHMARK(findLine)->Name("find_line")->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+void findCircle(benchmark::State& state) {
+    const std::vector<cv::Point2d> points = subPixel(scene::circle(state.range(0)));
+    std::int64_t run = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(orx::findCircle(points, seeded(run++)).radius);
+}
+BENCHMARK(findCircle)->Name("find_circle")->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
 // The final fit, and OpenCV's fit of the same points.
 void resultLine(benchmark::State& state) {
     orx::TRansacLine search(scene::line(state.range(0)), scene::kTrials, scene::kTrials, scene::kThreshold);
