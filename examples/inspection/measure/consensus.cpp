@@ -1,17 +1,11 @@
 #include "inspection/measure/consensus.h"
 
 #include <algorithm>
-#include <cstdlib>
-
-#include "orxFunctions/fitting/geometric_fit.h"
-#include "orxFunctions/fitting/point_list.h"
-#include "orxFunctions/fitting/ransac.h"
 
 namespace inspection {
 namespace {
 
-constexpr int kSmallestRadius = 3;
-constexpr int kDrawsPerRound = 50;
+constexpr double kSmallestRadius = 3.0;
 // Two neighbours among the sampled pixels give a coarse angle, hence the wide limit.
 constexpr double kParallelWithin = 6.0;
 
@@ -19,62 +13,55 @@ std::vector<cv::Point2d> toDouble(const std::vector<cv::Point>& points) {
     return {points.begin(), points.end()};
 }
 
-// The angle window around `line`, in the range of angles that does not wrap inside it.
-void limitAngle(orx::TRansacLine& search, const Line& line) {
-    const double angle = line.angle();
-    if (angle > 45.0 && angle < 135.0) {
-        search.setAngleLimit(angle - kParallelWithin, angle + kParallelWithin, orx::ANGLE_0_180);
-    } else {
-        const double centered = angle >= 135.0 ? angle - 180.0 : angle;
-        search.setAngleLimit(centered - kParallelWithin, centered + kParallelWithin, orx::ANGLE_SIGNED);
-    }
+orx::TConsensusOptions optionsFrom(const Settings& settings) {
+    orx::TConsensusOptions options;
+    options.tolerance = settings.tolerance;
+    options.maxTrials = settings.trials;
+    options.seed = settings.seed;
+    return options;
+}
+
+// Along the main axis, and as far out as leaves the outermost points within the tolerance.
+orx::TMeasuredLine outermostLine(const std::vector<cv::Point2d>& points, double tolerance) {
+    orx::TMeasuredLine line = orx::fitLineGeometric(points);
+    double most = 0.0;
+    for (const cv::Point2d& p : points) most = std::max(most, line.signedDistance(p));
+    line.point += std::max(0.0, most - tolerance) * line.normal();
+    return line;
 }
 
 }  // namespace
 
-std::optional<CircleConsensus> searchCircle(const std::vector<cv::Point>& points, int largestRadius,
-                                            const SearchSettings& settings) {
-    // A search with several candidates returns one that beats the first, not the best of all. So each round
-    // ends with its first candidate (cap 0), and the best of the rounds is chosen here.
-    orx::TRansacCircle search(points, kDrawsPerRound, 0, settings.tolerance);
-    search.setRLimit(kSmallestRadius, std::max(kSmallestRadius, largestRadius));
-    std::srand(settings.seed);
-    std::optional<CircleConsensus> best;
-    std::vector<int> bestIndices;
-    std::vector<int> indices;
-    for (int round = 0; round < settings.trials; ++round) {
-        const orx::TCircle circle = search.doRansac();
-        if (!circle.valid) continue;
-        search.getCircleIdxList(indices);
-        if (best && indices.size() <= bestIndices.size()) continue;
-        bestIndices = indices;
-        best = CircleConsensus{{{circle.x, circle.y}, circle.r}, {}};
-    }
-    if (best) orx::getPointListFromIdxList(points, bestIndices, best->inliers);
-    return best;
+orx::TMeasuredCircle searchCircle(const std::vector<cv::Point>& points, double largestRadius,
+                                  const Settings& settings) {
+    orx::TConsensusOptions options = optionsFrom(settings);
+    options.minRadius = kSmallestRadius;
+    options.maxRadius = std::max(kSmallestRadius, largestRadius);
+    const std::vector<cv::Point2d> centres = toDouble(points);
+    const orx::TMeasuredCircle found = orx::findCircle(centres, options);
+    if (found.valid()) return found;
+    orx::TFitOptions robust;
+    robust.loss = orx::flTukey;
+    return orx::fitCircleGeometric(centres, robust);
 }
 
-std::optional<LineConsensus> searchLine(const std::vector<cv::Point>& points, const Line* parallelTo,
-                                        const SearchSettings& settings) {
-    if (points.size() < 2) return std::nullopt;
-    orx::TRansacLine search(points, settings.trials, settings.trials, settings.tolerance);
-    if (parallelTo != nullptr) limitAngle(search, *parallelTo);
-    std::srand(settings.seed);
-    if (!search.doRansac()) return std::nullopt;
-
-    // The list names the two sampled points twice.
-    std::vector<int> indices;
-    search.getIdxList(indices);
-    std::sort(indices.begin(), indices.end());
-    indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
-
+LineConsensus searchLine(const std::vector<cv::Point>& points, const orx::TMeasuredLine* parallelTo,
+                         const Settings& settings) {
+    orx::TConsensusOptions options = optionsFrom(settings);
+    if (parallelTo != nullptr) {
+        options.angle = parallelTo->angle;
+        options.angleTolerance = kParallelWithin;
+    }
     LineConsensus result;
-    orx::getPointListFromIdxList(points, indices, result.inliers);
-    result.others = points;
-    orx::deletePointsInList(result.others, indices);
-    const orx::TMeasuredLine line = orx::fitLineGeometric(toDouble(result.inliers));
-    if (!line.valid()) return std::nullopt;
-    result.line = {line.point, line.direction};
+    const std::vector<cv::Point2d> centres = toDouble(points);
+    result.line = orx::findLine(centres, options);
+    if (!result.line.valid() && parallelTo == nullptr)
+        result.line = outermostLine(centres, settings.tolerance);
+    if (!result.line.valid()) return result;
+    for (const cv::Point& p : points) {
+        const bool supports = std::abs(result.line.signedDistance(p)) <= settings.tolerance;
+        (supports ? result.inliers : result.others).push_back(p);
+    }
     return result;
 }
 

@@ -1,42 +1,30 @@
-// The library's RANSAC searches, as this program uses them on the pixels of one contour.
+// The library's consensus searches, as this program uses them on the pixels of one contour. Reentrant.
 #ifndef EXAMPLES_INSPECTION_CONSENSUS_H
 #define EXAMPLES_INSPECTION_CONSENSUS_H
 
-#include <cstdint>
 #include <opencv2/core.hpp>
-#include <optional>
 #include <vector>
 
-#include "inspection/measure/shapes.h"
+#include "inspection/run/settings.h"
+#include "orxFunctions/fitting/consensus_fit.h"
 
 namespace inspection {
 
-struct SearchSettings {
-    int trials = 200;
-    double tolerance = 2.0;  // pixels
-    std::uint32_t seed = 1;
-};
-
-struct CircleConsensus {
-    Circle circle;
-    std::vector<cv::Point> inliers;
-};
-
-// The circle that most points support, its radius at most `largestRadius`. Draws from rand(), which it
-// reseeds: one thread at a time.
-std::optional<CircleConsensus> searchCircle(const std::vector<cv::Point>& points, int largestRadius,
-                                            const SearchSettings& settings);
+// The circle that most points support, its radius from 3 to `largestRadius`. Of points that agree on none,
+// the robust circle through all: what is reported as weak, or by its residual, must be measured.
+orx::TMeasuredCircle searchCircle(const std::vector<cv::Point>& points, double largestRadius,
+                                  const Settings& settings);
 
 struct LineConsensus {
-    Line line;
+    orx::TMeasuredLine line;  // not valid where there is none
     std::vector<cv::Point> inliers;
     std::vector<cv::Point> others;
 };
 
-// The line that most points support; with `parallelTo` only among lines within a few degrees of it. One
-// thread at a time, as above.
-std::optional<LineConsensus> searchLine(const std::vector<cv::Point>& points, const Line* parallelTo,
-                                        const SearchSettings& settings);
+// The line that most points support; with `parallelTo` only among lines within a few degrees of it. Without
+// it, and without consensus, the line along the outermost points of one side.
+LineConsensus searchLine(const std::vector<cv::Point>& points, const orx::TMeasuredLine* parallelTo,
+                         const Settings& settings);
 
 }  // namespace inspection
 

@@ -42,10 +42,6 @@ orx::TMeasuredLine measureSide(const LineConsensus& side, cv::Point2d outward, c
     return orx::fitLineGeometric(placesOf(edgesAt(probes, context)), contourFit());
 }
 
-SearchSettings searchSettings(const Settings& settings) {
-    return {settings.trials, settings.tolerance, settings.seed};
-}
-
 // Of a shape that is not fitted: its own members and no uncertainty.
 orx::TMeasuredCircle plainCircle(const Circle& circle) {
     orx::TMeasuredCircle plain;
@@ -56,14 +52,11 @@ orx::TMeasuredCircle plainCircle(const Circle& circle) {
 
 std::optional<orx::TMeasuredCircle> searchedCircle(const std::vector<cv::Point>& points,
                                                    const EdgeContext& context) {
-    // The search computes in 32-bit integers: near the origin its products stay small.
     const cv::Rect box = cv::boundingRect(points);
-    std::vector<cv::Point> local = points;
-    for (cv::Point& p : local) p -= box.tl();
-    const auto found = searchCircle(local, std::max(box.width, box.height), searchSettings(context.settings));
-    if (!found) return std::nullopt;
+    const auto found = searchCircle(points, std::max(box.width, box.height), context.settings);
+    if (!found.valid()) return std::nullopt;
 
-    auto circle = plainCircle({found->circle.center + cv::Point2d(box.tl()), found->circle.radius});
+    auto circle = plainCircle({found.center, found.radius});
     for (int pass = 0; pass < 2; ++pass) {
         std::vector<cv::Point2d> inliers;
         for (const cv::Point2d& edge :
@@ -109,7 +102,7 @@ cv::Point2d meanOf(const std::vector<cv::Point>& points) {
 }
 
 // The normal of `line` that points away from the object's middle.
-cv::Point2d outwardOf(const Line& line, cv::Point2d middle) {
+cv::Point2d outwardOf(const orx::TMeasuredLine& line, cv::Point2d middle) {
     return line.signedDistance(middle) > 0.0 ? -line.normal() : line.normal();
 }
 
@@ -136,19 +129,18 @@ ParallelLines betweenSides(const orx::TMeasuredLine& first, const orx::TMeasured
 
 // The axis between the two long sides, or the one side that was found.
 std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points, const EdgeContext& context) {
-    const SearchSettings search = searchSettings(context.settings);
-    const auto first = searchLine(points, nullptr, search);
-    if (!first) return std::nullopt;
-    const cv::Point2d middle = meanOf(points);
-    const cv::Point2d outward = outwardOf(first->line, middle);
-    const auto measured = measureSide(*first, outward, context);
-    if (!measured.valid()) return std::nullopt;
+    const LineConsensus first = searchLine(points, nullptr, context.settings);
+    if (!first.line.valid()) return std::nullopt;
+    const cv::Point2d outward = outwardOf(first.line, meanOf(points));
+    const auto measured = measureSide(first, outward, context);
+    if (!measured.valid())
+        return ParallelLines{{first.line.point + kHalfPixel * outward, first.line.direction}};
 
-    if (const auto second = searchLine(first->others, &first->line, search)) {
-        const auto opposite = measureSide(*second, -outward, context);
-        const bool isOpposite =
-            first->line.signedDistance(second->line.point) * outward.dot(first->line.normal()) <
-            -2.0 * context.settings.tolerance;
+    const LineConsensus second = searchLine(first.others, &first.line, context.settings);
+    if (second.line.valid()) {
+        const auto opposite = measureSide(second, -outward, context);
+        const double away = outward.dot(second.line.point - first.line.point);
+        const bool isOpposite = away < -2.0 * context.settings.tolerance;
         if (opposite.valid() && isOpposite && opposite.points >= kSecondSide * measured.points)
             return betweenSides(measured, opposite);
     }

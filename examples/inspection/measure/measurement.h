@@ -55,7 +55,7 @@ struct Feature {
 
 // Measures every outer contour of at least the least area, in reading order. Contours that elongate at least
 // 2.5 times are measured as lines, others as circles, unless the settings choose the shape. A shape is found
-// by RANSAC on the contour's pixels and then fitted to its inliers, each moved to where the grey
+// by consensus among the contour's pixels and then fitted to its inliers, each moved to where the grey
 // profile of `grey` (the picture as it came) crosses the edge, or else half a pixel outwards. A contour
 // with fewer than 8 points off the picture's border, or on which the search finds nothing, is left out.
 //

@@ -34,7 +34,7 @@ struct Settings {
     LineEstimator line = LineEstimator::kSearch;
     EllipseEstimator ellipse = EllipseEstimator::kNone;
     double tolerance = 2.0;   // a contour point within this distance of a shape supports it, pixels
-    int trials = 200;         // random samples drawn for a contour
+    int trials = 200;         // random samples drawn for a contour at the most
     std::uint32_t seed = 1;   // of the random samples; equal seeds give equal results
     double minInliers = 0.5;  // shapes with a smaller inlier ratio are marked weak
     bool subPixel = true;     // place the edge between pixels by the grey profile across it
