@@ -26,9 +26,7 @@ std::vector<ORXEdge::TMetricContour> findEdges(const cv::Mat& image) {
 orx::TMeasuredCircle measureCircle(const ORXEdge::TMetricContour& edge) {
     orx::TFitOptions options;
     options.loss = orx::flTukey;
-    options.noise = orx::pnEdgeChain;
-    options.smoothing = 1.0;  // TMetricOptions::sigma
-    return orx::fitCircleGeometric(edge.points, options);
+    return orx::fitCircleGeometric(edge, 1.0, options);  // found with the sigma 1
 }
 
 void report(const orx::TMeasuredCircle& circle) {
@@ -50,6 +48,26 @@ orx::TMeasuredCircle measureNominal(const cv::Mat& image, cv::Point2d center, do
     options.smoothing = orx::kContourEdgeSmoothing;
     options.deviations = orx::deviationsOf(edges);
     return orx::fitCircleGeometric(orx::pointsOf(edges), options);
+}
+
+void reportRoundness(const ORXEdge::TMetricContour& edge, double noise) {
+    orx::TFormOptions options;
+    options.noise = noise;
+    options.pointNoise = orx::pnEdgeChain;
+    options.smoothing = orx::chainSmoothing(1.0);
+    const orx::TRoundness roundness = orx::minimumZoneCircle(edge.points, options);
+    if (!roundness.valid()) return;
+    std::printf("roundness %.3f; without the noise's share %.3f, standard uncertainty %.3f\n",
+                roundness.value, roundness.freed, roundness.deviation);
+}
+
+void reportDistance(const orx::TMeasuredCircle& a, const orx::TMeasuredCircle& b) {
+    const orx::TMeasuredValue distance = orx::distance(a, b);
+    if (!distance.valid()) {
+        std::printf("no distance: %s\n", orx::relationStatusText(distance.status));
+        return;
+    }
+    std::printf("distance %.3f, standard uncertainty %.3f\n", distance.value, distance.deviation);
 }
 
 const cv::Scalar kGreen(60, 190, 40);
@@ -158,9 +176,7 @@ Ratios errorRatios(int scenes) {
         scenes::paint(ideal, disk, 190.0);
         const cv::Mat image = scenes::expose(ideal, {0.0, 0.8, 4.0, static_cast<std::uint64_t>(i) + 1});
         const ORXEdge::TMetricContour edge = longestOf(findEdges(image));
-        orx::TFitOptions options;
-        options.noise = orx::pnEdgeChain;
-        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(edge.points, options);
+        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(edge, 1.0);
         if (!circle.valid()) continue;
         const double error = circle.radius - disk.radius;
         // The radius of a full circle is known sqrt(n) times better than one of n independent points.
@@ -242,7 +258,14 @@ int main(int argc, char** argv) {
     std::printf("Nominal circle, without the dent: ");
     cv::Mat whole(160, 160, CV_32F, cv::Scalar(50.0));
     scenes::paint(whole, kPart, 190.0);
-    report(measureNominal(scenes::expose(whole, {0.15, 0.8, 2.5, 5}), {79, 81}, 52));
+    const cv::Mat sound = scenes::expose(whole, {0.15, 0.8, 2.5, 5});
+    const orx::TMeasuredCircle nominal = measureNominal(sound, {79, 81}, 52);
+    report(nominal);
+    const ORXEdge::TMetricContour outline = longestOf(findEdges(sound));
+    std::printf("The sound part's ");
+    reportRoundness(outline, measureCircle(outline).noise);
+    std::printf("The dented part from the sound one: ");
+    reportDistance(robust, nominal);
     std::printf("Two points: ");
     report(orx::fitCircleGeometric(std::vector<cv::Point2f>{{1, 1}, {2, 2}}));
 

@@ -11,11 +11,9 @@ int main(int, char** arguments) {
     ORXEdge::edgesSubPixMetric(image, edges, finder);
 
     orx::TFitOptions fit;
-    fit.loss = orx::flTukey;       // dents and dirt get no say
-    fit.noise = orx::pnEdgeChain;  // neighbouring edge points see the same pixels
-    fit.smoothing = finder.sigma;
+    fit.loss = orx::flTukey;  // dents and dirt get no say
     for (const ORXEdge::TMetricContour& edge : edges) {
-        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(edge.points, fit);
+        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(edge, finder.sigma, fit);
         const double diameter = 2 * circle.radius, uncertainty = 2 * circle.radiusDeviation;
         const double half = uncertainty * orx::coverageFactor(0.95, circle.degreesOfFreedom);
         if (!circle.valid() || circle.sweep < 300 || half > 1) continue;  // part of a circle, or none
