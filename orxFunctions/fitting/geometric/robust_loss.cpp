@@ -87,6 +87,27 @@ double noiseOfMedian(double median, std::size_t count, int parameters) {
     return 1.4826 * (1.0 + 5.0 / spare) * median;
 }
 
+// P. J. Rousseeuw and A. M. Leroy, "Robust Regression and Outlier Detection" (1987), section 3.4, have half
+// of parameters + 1 for it; lines and circles are content with one.
+std::size_t quorumOf(std::size_t count, int parameters) {
+    const int more = parameters > 3 ? (parameters + 1) / 2 : 1;
+    return std::min(count, count / 2 + static_cast<std::size_t>(more));
+}
+
+double quorumDistance(double* distances, std::size_t count, int parameters) {
+    for (std::size_t i = 0; i < count; ++i) distances[i] = std::abs(distances[i]);
+    double* last = distances + quorumOf(count, parameters) - 1;
+    std::nth_element(distances, last, distances + count);
+    return *last;
+}
+
+double noiseOfQuorum(double distance, std::size_t count, int parameters) {
+    const auto n = static_cast<double>(count);
+    const double share = (static_cast<double>(quorumOf(count, parameters)) - 0.5) / n;
+    const double correction = 1.0 + 5.0 / std::max(1.0, n - parameters);
+    return correction * distance / coverageFactor(share, std::numeric_limits<double>::infinity());
+}
+
 double toldScale(const FitPoints& points, const TFitOptions& options) {
     if (options.scale == 0.0 && !options.absoluteDeviations) return 0.0;
     const double inDeviations = options.scale > 0.0 ? options.scale : 1.0;

@@ -37,6 +37,15 @@ double medianDistance(double* distances, std::size_t count);
 // The noise that a median distance tells, half of the points bearing outliers.
 double noiseOfMedian(double median, std::size_t count, int parameters);
 
+// Half of the points, and so many more that not the shape through a few of them alone is near them all.
+std::size_t quorumOf(std::size_t count, int parameters);
+
+// The absolute distance within which a quorum lies, about the median; reorders the distances.
+double quorumDistance(double* distances, std::size_t count, int parameters);
+
+// The noise that it tells, the other points bearing outliers.
+double noiseOfQuorum(double distance, std::size_t count, int parameters);
+
 // The noise of inliers in columns where the options tell it; 0 where they leave it to the points.
 double toldScale(const FitPoints& points, const TFitOptions& options);
 

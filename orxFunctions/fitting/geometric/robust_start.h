@@ -69,7 +69,7 @@ class Judges {
     std::size_t count_;
 };
 
-// The shape through some sample from which the median distance is least; weights are left aside here.
+// The shape through some sample from which a quorum of points is nearest; weights are left aside here.
 template <class Model>
 bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& scale) {
     // With 40 % outliers one sample in five holds none (three points), one in thirteen (five).
@@ -77,6 +77,7 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
     // Most samples show on a few judges that they are worse; one in a hundred as good as the best is lost so.
     constexpr std::size_t kFew = 64;
     const std::size_t fewWithin = judges.count() > kFew ? 22 : 0;
+    const std::size_t quorum = quorumOf(judges.count(), Model::kParameters);
     if (judges.count() < Model::kSample) return false;
     SampleNumbers numbers;
     double distances[kJudges];
@@ -88,17 +89,18 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
         if (!Model::through(judges.columns(), at, candidate)) continue;
         if (best < std::numeric_limits<double>::infinity() &&
             (Model::within(judges.first(kFew), candidate, best) < fewWithin ||
-             Model::within(judges.first(kJudges), candidate, best) <= judges.count() / 2)) {
+             Model::within(judges.first(kJudges), candidate, best) < quorum)) {
             continue;
         }
         shape = candidate;
         Model::distances(judges.columns(), candidate, distances);
-        best = medianDistance(distances, judges.count());
+        best = quorumDistance(distances, judges.count(), Model::kParameters);
     }
     if (!(best < std::numeric_limits<double>::infinity())) return false;
     Model::distances(judges.columns(), shape, distances);
     for (std::size_t i = 0; i < judges.count(); ++i) distances[i] *= judges.rootWeight(i);
-    scale = noiseOfMedian(medianDistance(distances, judges.count()), judges.count(), Model::kParameters);
+    scale = noiseOfQuorum(quorumDistance(distances, judges.count(), Model::kParameters), judges.count(),
+                          Model::kParameters);
     return true;
 }
 
