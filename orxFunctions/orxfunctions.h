@@ -65,6 +65,7 @@
 #include "orxFunctions/fitting/consensus_fit.h"
 #include "orxFunctions/fitting/drawing.h"
 #include "orxFunctions/fitting/ellipse_fit.h"
+#include "orxFunctions/fitting/ellipse_geometric.h"
 #include "orxFunctions/fitting/fit_factories.h"
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/geometric_fit.h"

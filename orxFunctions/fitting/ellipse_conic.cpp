@@ -51,63 +51,8 @@ Normalisation normalisationOf(const cv::Point2f* points, std::size_t count) {
             std::max({highX, highY, -lowX, -lowY})};
 }
 
-// The entries of the scatter matrix of (x^2, xy, y^2, x, y, 1), each once, divided by the number of points.
-struct Moments {
-    double x4 = 0, x3y = 0, x2y2 = 0, xy3 = 0, y4 = 0;
-    double x3 = 0, x2y = 0, xy2 = 0, y3 = 0;
-    double x2 = 0, xy = 0, y2 = 0;
-    double x = 0, y = 0;
-
-    void add(double px, double py) {
-        const double xx = px * px;
-        const double xy1 = px * py;
-        const double yy = py * py;
-        x4 += xx * xx;
-        x3y += xx * xy1;
-        x2y2 += xx * yy;
-        xy3 += xy1 * yy;
-        y4 += yy * yy;
-        x3 += xx * px;
-        x2y += xx * py;
-        xy2 += yy * px;
-        y3 += yy * py;
-        x2 += xx;
-        xy += xy1;
-        y2 += yy;
-        x += px;
-        y += py;
-    }
-
-    // The moments of (x s, y t), each multiplied by `weight`.
-    Moments scaled(double s, double t, double weight) const {
-        const double ss = s * s;
-        const double st = s * t;
-        const double tt = t * t;
-        Moments m;
-        m.x4 = x4 * ss * ss * weight;
-        m.x3y = x3y * ss * st * weight;
-        m.x2y2 = x2y2 * ss * tt * weight;
-        m.xy3 = xy3 * st * tt * weight;
-        m.y4 = y4 * tt * tt * weight;
-        m.x3 = x3 * ss * s * weight;
-        m.x2y = x2y * ss * t * weight;
-        m.xy2 = xy2 * tt * s * weight;
-        m.y3 = y3 * tt * t * weight;
-        m.x2 = x2 * ss * weight;
-        m.xy = xy * st * weight;
-        m.y2 = y2 * tt * weight;
-        m.x = x * s * weight;
-        m.y = y * t * weight;
-        return m;
-    }
-
-    Matrix3 quadratic() const { return {x4, x3y, x2y2, x3y, x2y2, xy3, x2y2, xy3, y4}; }
-    Matrix3 mixed() const { return {x3, x2y, x2, x2y, xy2, xy, xy2, y3, y2}; }
-    Matrix3 linear() const { return {x2, xy, x, xy, y2, y, x, y, 1}; }
-};
-
-Moments momentsOf(const cv::Point2f* points, std::size_t count, const Normalisation& to) {
-    Moments sum;
+ConicMoments momentsOf(const cv::Point2f* points, std::size_t count, const Normalisation& to) {
+    ConicMoments sum;
     for (std::size_t i = 0; i < count; ++i) {
         sum.add((static_cast<double>(points[i].x) - to.meanX) / to.scaleX,
                 (static_cast<double>(points[i].y) - to.meanY) / to.scaleY);
@@ -116,7 +61,7 @@ Moments momentsOf(const cv::Point2f* points, std::size_t count, const Normalisat
 }
 
 // True when the points leave one line by no more than single precision rounds coordinates of their size.
-bool liesOnLine(const Moments& m, const Normalisation& to, double count) {
+bool liesOnLine(const ConicMoments& m, const Normalisation& to, double count) {
     const double xx = m.x2 * to.scaleX * to.scaleX / count;
     const double xy = m.xy * to.scaleX * to.scaleY / count;
     const double yy = m.y2 * to.scaleY * to.scaleY / count;
@@ -228,21 +173,6 @@ bool minimiseOnHyperboloid(const Matrix3& matrix, Vector3& out) {
     return true;
 }
 
-// The best conic for moments whose variances are 1.
-bool solve(const Moments& m, Conic& out) {
-    // For given quadratic terms the best linear ones follow; what remains is a problem in a, b and c.
-    const Matrix3 toLinear = inverseOf(m.linear()) * m.mixed().t();
-    const Matrix3 reduced = m.quadratic() - m.mixed() * toLinear;
-    // In a + c, a - c and b the constraint 4ac - b^2 has no mixed terms.
-    const Matrix3 axes(0.5, 0.5, 0, 0, 0, 1, 0.5, -0.5, 0);
-    Vector3 v;
-    if (!minimiseOnHyperboloid(axes.t() * reduced * axes, v)) return false;
-    const Vector3 quadratic = axes * v;
-    const Vector3 linear = toLinear * quadratic;
-    out = {quadratic[0], quadratic[1], quadratic[2], -linear[0], -linear[1], -linear[2]};
-    return true;
-}
-
 // The conic in image coordinates of one in ((x - meanX) / scaleX, (y - meanY) / scaleY), scaled to f = 1.
 Conic toImage(const Conic& n, const Normalisation& from) {
     Conic c{};
@@ -263,18 +193,32 @@ Conic toImage(const Conic& n, const Normalisation& from) {
 
 }  // namespace
 
+bool solveConic(const ConicMoments& m, Conic& out) {
+    // For given quadratic terms the best linear ones follow; what remains is a problem in a, b and c.
+    const Matrix3 toLinear = inverseOf(m.linear()) * m.mixed().t();
+    const Matrix3 reduced = m.quadratic() - m.mixed() * toLinear;
+    // In a + c, a - c and b the constraint 4ac - b^2 has no mixed terms.
+    const Matrix3 axes(0.5, 0.5, 0, 0, 0, 1, 0.5, -0.5, 0);
+    Vector3 v;
+    if (!minimiseOnHyperboloid(axes.t() * reduced * axes, v)) return false;
+    const Vector3 quadratic = axes * v;
+    const Vector3 linear = toLinear * quadratic;
+    out = {quadratic[0], quadratic[1], quadratic[2], -linear[0], -linear[1], -linear[2]};
+    return true;
+}
+
 bool fitConic(const cv::Point2f* points, std::size_t count, Conic& out) {
     if (count < kFewestPoints) return false;
     const Normalisation image = normalisationOf(points, count);
     if (!std::isfinite(image.meanX + image.meanY)) return false;
-    const Moments sum = momentsOf(points, count, image);
+    const ConicMoments sum = momentsOf(points, count, image);
     const auto n = static_cast<double>(count);
     if (liesOnLine(sum, image, n)) return false;
     // The problem does not change with the scale of either axis, its condition does: unit variance.
     const double s = std::sqrt(sum.x2 / n);
     const double t = std::sqrt(sum.y2 / n);
     Conic unit{};
-    if (!solve(sum.scaled(1 / s, 1 / t, 1 / n), unit)) return false;
+    if (!solveConic(sum.scaled(1 / s, 1 / t, 1 / n), unit)) return false;
     out = toImage({unit.a, unit.b, unit.c, unit.d, unit.e, unit.f},
                   {image.meanX, image.meanY, image.scaleX * s, image.scaleY * t, image.largest});
     return true;
