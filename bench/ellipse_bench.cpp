@@ -36,6 +36,25 @@ void fitEllipseNorm(benchmark::State& state) {
     }
 }
 
+// All in: report, mask, covered arc, covariance.
+template <orx::TFitLoss kLoss>
+void measured(benchmark::State& state) {
+    const auto points = noisyEllipse(state.range(0), 0.5);
+    orx::TFitOptions options;
+    options.loss = kLoss;
+    for (auto _ : state) benchmark::DoNotOptimize(orx::fitEllipseGeometric(points, options));
+}
+
+void footPoints(benchmark::State& state) {
+    const auto points = noisyEllipse(state.range(0), 0.5);
+    const orx::TMeasuredEllipse ellipse = orx::fitEllipseGeometric(points);
+    for (auto _ : state) {
+        double sum = 0;
+        for (const cv::Point2f& p : points) sum += ellipse.signedDistance(p);
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
 template <cv::RotatedRect (*Fit)(cv::InputArray)>
 void openCv(benchmark::State& state) {
     const auto points = noisyEllipse(state.range(0), 0.5);
@@ -91,6 +110,9 @@ void openCvSearch(benchmark::State& state) {
 }
 
 BENCHMARK(fitEllipseNorm)->Arg(6)->Arg(50)->Arg(500)->Arg(5000);
+BENCHMARK(measured<orx::flLeastSquares>)->Name("measured_ellipse")->Arg(50)->Arg(500)->Arg(5000);
+BENCHMARK(measured<orx::flTukey>)->Name("measured_ellipse_tukey")->Arg(50)->Arg(500)->Arg(5000);
+BENCHMARK(footPoints)->Name("measured_ellipse_distances")->Arg(50)->Arg(500)->Arg(5000);
 BENCHMARK(openCv<cv::fitEllipseDirect>)->Name("cv_fitEllipseDirect")->Arg(6)->Arg(50)->Arg(500)->Arg(5000);
 BENCHMARK(openCv<cv::fitEllipseAMS>)->Name("cv_fitEllipseAMS")->Arg(6)->Arg(50)->Arg(500)->Arg(5000);
 BENCHMARK(openCv<cv::fitEllipse>)->Name("cv_fitEllipse")->Arg(6)->Arg(50)->Arg(500)->Arg(5000);
