@@ -255,7 +255,7 @@ void cell(const Settings& settings, const Column<Kind>& column, Fit fit) {
         const Task task = column.kind.make(random);
         return Trial{column.kind.judge(fit(scene, task.points)), task.efficient};
     });
-    printCell(resultOf(trials, column.kind.boundDeviation(), Kind::kParameters, kAstray));
+    printCell(resultOf(trials, column.kind.boundDeviation(), column.kind.parameters(), kAstray));
 }
 
 template <class Kind, class Shape>

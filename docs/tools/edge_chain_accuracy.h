@@ -81,7 +81,7 @@ inline Result measureDisks(double blur, double noise, int scenes, int threads) {
         const auto edge = longestEdge(pictures.draw(kind.truth.center, look));
         return Trial{kind.judge(orx::fitCircleGeometric(edge, 1.0)), {}};
     });
-    return resultOf(trials, Values::all(0.1), CircleTask::kParameters);
+    return resultOf(trials, Values::all(0.1), CircleTask::parameters());
 }
 
 inline Result measureHalfPlanes(double blur, double noise, int scenes, int threads) {
@@ -94,7 +94,7 @@ inline Result measureHalfPlanes(double blur, double noise, int scenes, int threa
             edge_scene::halfPlane(kPicture, kind.truth.middle, normal * geometric_scenes::kPi / 180, look);
         return Trial{kind.judge(orx::fitLineGeometric(middlePart(longestEdge(picture), 25), 1.0)), {}};
     });
-    return resultOf(trials, Values::all(0.1), LineTask::kParameters);
+    return resultOf(trials, Values::all(0.1), LineTask::parameters());
 }
 
 }  // namespace measuring_accuracy

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/fitting/ellipse_scenes.h"
 #include "tests/fitting/geometric_scenes.h"
 
 namespace measuring_accuracy {
@@ -30,6 +31,8 @@ using geometric_scenes::TrueLine;
 
 constexpr int kMost = 5;  // parameters of a shape
 using Values = cv::Vec<double, kMost>;
+using geometric_scenes::Matrix5;
+using geometric_scenes::TrueEllipse;
 
 // What a fit tells of a scene: the errors of its parameters, and its own word on them.
 struct Told {
@@ -49,7 +52,7 @@ struct Task {
 struct CircleTask {
     TrueCircle truth;
     Scene scene;
-    static constexpr int kParameters = 3;  // center along and across the middle of the arc, radius
+    static int parameters() { return 3; }  // center along and across the middle of the arc, radius
 
     cv::Matx33d frame() const {
         const cv::Point2d axis = geometric_scenes::unit(truth.from + scene.extent / 2);
@@ -90,7 +93,7 @@ struct CircleTask {
 struct LineTask {
     TrueLine truth;
     Scene scene;
-    static constexpr int kParameters = 2;  // place across the line at the true middle, angle in degrees
+    static int parameters() { return 2; }  // place across the line at the true middle, angle in degrees
 
     Values boundDeviation() const {
         const cv::Vec2d bound = truth.bound(scene);
@@ -125,6 +128,59 @@ struct LineTask {
         return {fit.valid(),
                 {(there - truth.middle).dot(flip * fit.normal()), turn, 0, 0, 0},
                 {fit.deviationAt(along), fit.angleDeviation, 0, 0, 0},
+                fit.degreesOfFreedom};
+    }
+};
+
+// Of a circle, whose axes are told apart by noise alone and whose angle means nothing, the mean of the axes
+// is judged in their place.
+struct EllipseTask {
+    TrueEllipse truth;
+    Scene scene;
+
+    bool round() const { return truth.major == truth.minor; }
+    int parameters() const { return round() ? 3 : 5; }
+    // From center, axes and angle to what is judged.
+    Matrix5 judged() const {
+        Matrix5 j = Matrix5::eye();
+        if (round()) j(2, 2) = j(2, 3) = 0.5;
+        return j;
+    }
+    Matrix5 bound() const {
+        Matrix5 information = Matrix5::zeros();
+        for (int i = 0; i < scene.inliers(); ++i) {
+            const Values row = truth.row(truth.from + scene.place(i));
+            information += row * row.t();
+        }
+        return scene.noise * scene.noise * information.inv(cv::DECOMP_SVD);
+    }
+    static Values roots(const Matrix5& covariance) {
+        Values result;
+        for (int p = 0; p < kMost; ++p) result[p] = std::sqrt(covariance(p, p));
+        return result;
+    }
+
+    Values boundDeviation() const { return roots(judged() * bound() * judged().t()); }
+
+    Task make(Random& random) const {
+        Task task{truth.points({scene.extent, scene.inliers(), scene.noise, 0, scene.independent}, random),
+                  {}};
+        Values sum;
+        for (int i = 0; i < scene.inliers(); ++i) {
+            const double parameter = truth.from + scene.place(i);
+            const cv::Point2d away = task.points[static_cast<std::size_t>(i)] - truth.at(parameter);
+            sum += away.dot(truth.normal(parameter)) * truth.row(parameter);
+        }
+        task.efficient = judged() * (bound() * sum) * (1 / (scene.noise * scene.noise));
+        strewOutliers(scene, truth.center, 1.5 * truth.major, random, task.points);
+        return task;
+    }
+
+    Told judge(const orx::TMeasuredEllipse& fit) const {
+        const Values error(fit.center.x - truth.center.x, fit.center.y - truth.center.y,
+                           fit.semiMajor - truth.major, fit.semiMinor - truth.minor,
+                           std::remainder(fit.angle - truth.angle, 180));
+        return {fit.valid(), judged() * error, roots(judged() * fit.covariance * judged().t()),
                 fit.degreesOfFreedom};
     }
 };
@@ -251,7 +307,7 @@ Result measure(const Kind& kind, Fit fit, int row, int scenes, int threads) {
         const Task task = kind.make(random);
         return Trial{kind.judge(fit(task.points)), task.efficient};
     });
-    return resultOf(trials, kind.boundDeviation(), Kind::kParameters);
+    return resultOf(trials, kind.boundDeviation(), kind.parameters());
 }
 
 inline CircleTask circleTask(double arc, int points, double noise, double outliers = 0) {
@@ -260,6 +316,11 @@ inline CircleTask circleTask(double arc, int points, double noise, double outlie
 
 inline LineTask lineTask(int points, double noise, double outliers = 0) {
     return {{{412.3, 287.8}, 123.4}, {200, points, noise, outliers}};
+}
+
+// Axes of 100 and 100 / ratio.
+inline EllipseTask ellipseTask(double ratio, int points, double noise, double outliers = 0) {
+    return {{{412.3, 287.8}, 100, 100 / ratio, 33, 20}, {360, points, noise, outliers}};
 }
 
 }  // namespace measuring_accuracy

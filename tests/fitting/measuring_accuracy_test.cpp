@@ -79,6 +79,27 @@ TEST(MeasuringAccuracy, LinesErrAsTheBoundHasIt) {
     }
 }
 
+TEST(MeasuringAccuracy, EllipsesErrAsTheBoundHasIt) {
+    const struct {
+        double ratio;
+        int points;
+        double noise;
+        int scenes;
+        Bounds bounds;
+    } kRows[] = {{1, 20, 1, 800, {1.004, 0.004, 6}},
+                 {2, 20, 0.1, 800, {1.002, 0.002, 6}},
+                 {2, 200, 1, 400, {1.006, 0.01, 8}},
+                 {5, 20, 1, 800, {1.02, 0.025, 6}},
+                 {5, 200, 0.1, 400, {1.003, 0.005, 8}}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(testing::Message()
+                     << "1:" << row.ratio << ", " << row.points << " points, noise " << row.noise);
+        const auto fit = [](const auto& points) { return orx::fitEllipseGeometric(points); };
+        expectWithin(measure(ellipseTask(row.ratio, row.points, row.noise), fit, 10, row.scenes, kThreads),
+                     row.bounds);
+    }
+}
+
 // Tukey's loss spreads 1.026 times the bound without outliers.
 TEST(MeasuringAccuracy, FortyPercentOfOutliersCostLittle) {
     const auto circle = [](const auto& points) {
