@@ -1,5 +1,5 @@
-// Lines and circles among many points that belong to none of them: a search by random samples, then the
-// geometric fit (geometric_fit.h) of the points that support the winner.
+// Lines, circles and ellipses among many points that belong to none of them: a search by random samples, then
+// the geometric fit (geometric_fit.h) of the points that support the winner.
 //
 // Prefer these to TRansacLine and TRansacCircle for measuring: sub-pixel points, a generator of their own
 // (equal seeds give equal results, on any number of threads and beside any use of rand()), as many trials as
@@ -14,9 +14,9 @@
 // Desolneux, L. Moisan and J.-M. Morel, "Meaningful alignments", IJCV 40 (2000)), nor is a circle whose
 // radius the points do not tell to a fifth.
 //
-// Refused like the fits; fsCollinear (circles) or fsCoincident (lines) where no sample makes a shape,
-// fsNoConsensus where none has the support asked for. `used` marks the supporting points, `iterations` counts
-// those of the fit. All functions are reentrant.
+// Refused like the fits; fsCollinear (circles), fsNotThatShape (ellipses) or fsCoincident (lines) where no
+// sample makes a shape, fsNoConsensus where none has the support asked for. `used` marks the supporting
+// points, `iterations` counts those of the fit. All functions are reentrant.
 #ifndef ORXFUNCTIONS_FITTING_CONSENSUS_FIT_H
 #define ORXFUNCTIONS_FITTING_CONSENSUS_FIT_H
 
@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/fitting/ellipse_geometric.h"
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/geometric_fit.h"
 
@@ -44,7 +45,7 @@ struct TConsensusOptions {
     // [0.1] Least support: this share of the points, 0 to 1, and never fewer than minPoints.
     double minSupport = 0.1;
     int minPoints = 0;  // [0] 0: twice as many as the shape has parameters.
-    // [0, infinite] Circles: radius. 0 <= minRadius <= maxRadius.
+    // [0, infinite] Circles: radius; ellipses: both half axes. 0 <= minRadius <= maxRadius.
     double minRadius = 0.0;
     double maxRadius = std::numeric_limits<double>::infinity();
     // [0, 90] Lines: only those whose angle differs from `angle` (degrees) by at most this much, 0 to 90;
@@ -63,6 +64,10 @@ ORX_API TMeasuredCircle findCircle(const std::vector<cv::Point2d>& points,
                                    const TConsensusOptions& options = {});
 ORX_API TMeasuredCircle findCircle(const std::vector<cv::Point2f>& points,
                                    const TConsensusOptions& options = {});
+ORX_API TMeasuredEllipse findEllipse(const std::vector<cv::Point2d>& points,
+                                     const TConsensusOptions& options = {});
+ORX_API TMeasuredEllipse findEllipse(const std::vector<cv::Point2f>& points,
+                                     const TConsensusOptions& options = {});
 
 // All of them, one after another, each from the points that those before it left, by descending support:
 // until nothing has the support asked for (a share of all the points given), or `most` are found (0: no

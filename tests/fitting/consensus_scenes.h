@@ -21,12 +21,17 @@ class Scene {
   public:
     explicit Scene(unsigned seed) : random_(seed) {}
 
+    // center + cos(t) first + sin(t) second, for t from 0 on, in degrees.
+    Scene& affine(cv::Point2d center, cv::Point2d first, cv::Point2d second, int count, double noise,
+                  double sweep = 360.0) {
+        return add(shapes_++, count, noise, [&] {
+            const double t = random_.uniform(0, sweep * fit_scenes::kPi / 180);
+            return center + std::cos(t) * first + std::sin(t) * second;
+        });
+    }
     // The part of a circle (centre, radius) over an angle from 0 on, in degrees.
     Scene& circle(cv::Point3d circle, int count, double noise, double sweep = 360.0) {
-        return add(shapes_++, count, noise, [&] {
-            const double angle = random_.uniform(0, sweep * fit_scenes::kPi / 180);
-            return cv::Point2d(circle.x + circle.z * std::cos(angle), circle.y + circle.z * std::sin(angle));
-        });
+        return affine({circle.x, circle.y}, {circle.z, 0}, {0, circle.z}, count, noise, sweep);
     }
     Scene& segment(cv::Point2d from, cv::Point2d to, int count, double noise) {
         return add(shapes_++, count, noise, [&] { return from + random_.uniform(0, 1) * (to - from); });

@@ -85,34 +85,40 @@ class OutlinePlaces {
     std::array<double, kSteps + 1> lengths_{};
 };
 
-// The ellipse that most points follow, and their noise; the others lose their say.
-TFitStatus startAmongOutliers(const TFitOptions& options, FitPoints& points, Ellipse& start, Fitted& fit) {
+// The ellipse that most points follow, or those near `known` unless it is null, and their noise; the others
+// lose their say.
+TFitStatus startAmongOutliers(const TFitOptions& options, const Start<Ellipse>* known, FitPoints& points,
+                              Ellipse& start, Fitted& fit) {
     const int steps = options.maxIterations;
     fit.scale = toldScale(points, options);
     const bool told = fit.scale > 0.0;
-    // Steps that do not settle leave a start to judge by.
-    if (!robustEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations) &&
-        start.a == 0.0) {
+    if (known != nullptr) {
+        start = known->shape;
+        if (!told) fit.scale = known->scale;
+    } else if (!robustEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations) &&
+               start.a == 0.0) {
+        // Steps that do not settle leave a start to judge by.
         return whyNoStart(points, directEllipse(points.columns(), start));
     }
     std::vector<double> distances(points.size());
     foot_kernels::chosen().distances(points.columns(), start, distances.data());
     const bool closed = true;
-    if (leaveOutOutliers(distances, outlierReach2(fit.scale), closed, OutlinePlaces(start), points) &&
-        !told) {
+    const bool dropped =
+        leaveOutOutliers(distances, outlierReach2(fit.scale), closed, OutlinePlaces(start), points);
+    if ((dropped || known != nullptr) && !told) {
         settleEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
     }
     return fsOk;
 }
 
-TFitStatus solve(const TFitOptions& options, FitPoints& points, Fitted& fit) {
+TFitStatus solve(const TFitOptions& options, const Start<Ellipse>* known, FitPoints& points, Fitted& fit) {
     Ellipse start{};
     if (options.loss == flLeastSquares) {
         const TFitStatus direct = directEllipse(points.columns(), start);
         if (direct != fsOk) return whyNoStart(points, direct);
         fit.loss = leastSquares();
     } else {
-        const TFitStatus status = startAmongOutliers(options, points, start, fit);
+        const TFitStatus status = startAmongOutliers(options, known, points, start, fit);
         if (status != fsOk) return status;
         fit.loss = lossAt(options, fit.scale);
     }
@@ -259,11 +265,10 @@ void describe(const FitPoints& points, const Ellipse& e, const EllipseVector& bi
     result.sweep = cover.sweep;
 }
 
-}  // namespace
-
-void measureEllipse(const TFitOptions& options, FitPoints& points, TMeasuredEllipse& result) {
+void measure(const TFitOptions& options, const Start<Ellipse>* known, FitPoints& points,
+             TMeasuredEllipse& result) {
     Fitted fit;
-    result.status = solve(options, points, fit);
+    result.status = solve(options, known, points, fit);
     result.iterations = fit.iterations;
     if (fit.solution.iterations == 0) return;
 
@@ -279,6 +284,17 @@ void measureEllipse(const TFitOptions& options, FitPoints& points, TMeasuredElli
     describe(points, fit.solution.ellipse, biasOf(points, options, fit, judgement), judgement.covariance,
              used, result);
     fillReport(points, sums.distances, judgement.figures, result);
+}
+
+}  // namespace
+
+void measureEllipse(const TFitOptions& options, FitPoints& points, TMeasuredEllipse& result) {
+    measure(options, nullptr, points, result);
+}
+
+void measureFrom(const Start<Ellipse>& start, const TFitOptions& options, FitPoints& points,
+                 TMeasuredEllipse& result) {
+    measure(options, &start, points, result);
 }
 
 }  // namespace orx::geometric
