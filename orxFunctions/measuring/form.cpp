@@ -68,7 +68,7 @@ Outline stripOutline(const ZonePoints& taken, const Strip& strip) {
     return outline;
 }
 
-void free(const NoiseShare& share, TFormError& form) {
+void takeOffNoise(const NoiseShare& share, TFormError& form) {
     form.freed = std::max(0.0, form.value - share.width);
     form.deviation = share.widthDeviation;
 }
@@ -83,7 +83,7 @@ TRoundness roundness(const ZonePoints& taken, const Ring& ring, ZoneKind kind, c
     result.value = result.freed = ring.width * taken.scale;
     if (options.noise == 0.0) return result;
     const NoiseShare share = noiseShare(ringOutline(taken, ring), kind, options);
-    free(share, result);
+    takeOffNoise(share, result);
     result.freedInner -= share.inner;
     result.freedOuter -= share.outer;
     result.innerDeviation = share.innerDeviation;
@@ -132,7 +132,8 @@ TStraightness lineZone(const std::vector<Point>& given, const TFormOptions& opti
     placeAlong(taken, strip, result);
     result.contacts = strip.contacts;
     result.value = result.freed = strip.width * taken.scale;
-    if (options.noise > 0.0) free(noiseShare(stripOutline(taken, strip), zkLeastWidth, options), result);
+    if (options.noise > 0.0)
+        takeOffNoise(noiseShare(stripOutline(taken, strip), zkLeastWidth, options), result);
     return result;
 }
 
