@@ -6,7 +6,7 @@
 // parameters, pixels and degrees. Deviations are standard uncertainties in the sense of the Guide to the
 // Expression of Uncertainty in Measurement (JCGM 100): what the noise of the points leaves open, not what a
 // lens or a wrong scale adds. All is computed in double, about the points' centre. Everything here is
-// reentrant; nothing depends on the number of threads; nothing is thrown.
+// reentrant; nothing depends on the number of threads. Nothing throws.
 #ifndef ORXFUNCTIONS_FITTING_FIT_REPORT_H
 #define ORXFUNCTIONS_FITTING_FIT_REPORT_H
 

@@ -28,7 +28,7 @@
 
 namespace orx {
 
-// A straight line without vertical exception, and the stretch of it that the used points cover.
+// A straight line, upright ones like all others, and the stretch of it that the used points cover.
 struct ORX_API TMeasuredLine : TFitReport {
     cv::Point2d point;            // on the line, where its place is known best
     cv::Point2d direction{1, 0};  // of length 1; leads from the first points to the last
@@ -63,7 +63,7 @@ struct ORX_API TMeasuredCircle : TFitReport {
 };
 
 // A circular arc: the circle, and its ends where the outermost points stand at it.
-struct ORX_API TMeasuredArc : TMeasuredCircle {
+struct TMeasuredArc : TMeasuredCircle {
     cv::Point2d start;    // at(startAngle)
     cv::Point2d middle;   // halfway along
     cv::Point2d end;      // at(startAngle + sweep)

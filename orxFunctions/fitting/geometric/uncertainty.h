@@ -121,6 +121,7 @@ ChainSums<kParameters> chainSums(const std::vector<ChainLink<kParameters>>& link
     const double reach = 6.0 * smoothing;
     const ChainCorrelation correlation(smoothing);
     const std::size_t count = links.size();
+    if (count == 0) return {};         // no point has a say
     std::vector<double> steps(count);  // from each link to the next, from the last to the first
     for (std::size_t i = 0; i < count; ++i) steps[i] = cv::norm(links[(i + 1) % count].at - links[i].at);
     const double length = std::accumulate(steps.begin(), steps.end() - 1, 0.0);

@@ -1,8 +1,9 @@
+#include "orxFunctions/measuring/zones/circle_zones.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "orxFunctions/measuring/zones/bisector.h"
-#include "orxFunctions/measuring/zones/circle_zones.h"
 #include "orxFunctions/measuring/zones/strip_zone.h"
 
 namespace orx::zones {
