@@ -1,9 +1,10 @@
+#include "orxFunctions/analysis/contour_edges.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
-#include "orxFunctions/analysis/contour_edges.h"
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 

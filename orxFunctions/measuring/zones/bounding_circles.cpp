@@ -1,9 +1,11 @@
+#include "orxFunctions/measuring/zones/circle_zones.h"
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "orxFunctions/measuring/zones/bisector.h"
-#include "orxFunctions/measuring/zones/circle_zones.h"
 
 namespace orx::zones {
 namespace {
