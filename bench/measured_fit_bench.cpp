@@ -49,10 +49,10 @@ BENCHMARK_TEMPLATE(circleFit, orx::flTukey)->Name("measured_circle_tukey")->Appl
 
 // In order along the outline, about a point a pixel.
 void circleChain(benchmark::State& state) {
-    const auto count = static_cast<double>(state.range(0));
+    const auto count = static_cast<int>(state.range(0));
     fit_scenes::Random random(5);
     Points points;
-    for (double i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i) {
         const double radius = count / (2 * fit_scenes::kPi) + random.normal(0.02);
         const double angle = 2 * fit_scenes::kPi * i / count;
         points.emplace_back(500 + radius * std::cos(angle), 500 + radius * std::sin(angle));

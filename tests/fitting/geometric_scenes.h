@@ -148,7 +148,7 @@ inline std::vector<double> smoothedNoise(int count, double spacing, double sigma
     }
     std::vector<double> result;
     for (int i = 0; i < count; ++i) {
-        const auto at = static_cast<std::size_t>(i * stride);
+        const auto at = static_cast<std::size_t>(i) * static_cast<std::size_t>(stride);
         double sum = 0;
         for (std::size_t k = 0; k < kernel.size(); ++k) sum += kernel[k] * white[(at + k) % white.size()];
         result.push_back(sum / std::sqrt(squares));
