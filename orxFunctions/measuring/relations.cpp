@@ -229,6 +229,11 @@ TMeasuredPoint centerOf(const TMeasuredCircle& circle) {
     return {rsOk, circle.center, circle.covariance.get_minor<2, 2>(0, 0), circle.degreesOfFreedom};
 }
 
+TMeasuredPoint centerOf(const TMeasuredEllipse& ellipse) {
+    if (!ellipse.valid()) return {};
+    return {rsOk, ellipse.center, ellipse.covariance.get_minor<2, 2>(0, 0), ellipse.degreesOfFreedom};
+}
+
 TMeasuredPoint pointOn(const TMeasuredLine& line, double along) {
     if (!line.valid()) return {};
     const cv::Vec2d normal(line.normal().x, line.normal().y);

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/fitting/ellipse_geometric.h"
 #include "orxFunctions/fitting/geometric_fit.h"
 
 namespace orx {
@@ -58,6 +59,7 @@ struct TMeasuredPoint {
 };
 
 ORX_API TMeasuredPoint centerOf(const TMeasuredCircle& circle);
+ORX_API TMeasuredPoint centerOf(const TMeasuredEllipse& ellipse);
 // line.point + along * line.direction; uncertain across the line alone.
 ORX_API TMeasuredPoint pointOn(const TMeasuredLine& line, double along);
 

@@ -86,7 +86,7 @@ TEST(GeometricLine, EdgeChainsCountTheNoiseThatNeighboursShare) {
         Random random(9);
         Errors angle;
         Errors offset;
-        for (int run = 0; run < 1500; ++run) {
+        for (int run = 0; run < 600; ++run) {
             const auto noise = smoothedNoise(kCount, 1, sigma, false, random);
             std::vector<cv::Point2d> points;
             for (int i = 0; i < kCount; ++i) {
@@ -98,8 +98,8 @@ TEST(GeometricLine, EdgeChainsCountTheNoiseThatNeighboursShare) {
             offset.add(fit.signedDistance(truth.middle), 1, fit.offsetDeviation, fit.degreesOfFreedom);
         }
         for (const Errors* errors : {&offset, &angle}) {
-            EXPECT_NEAR(errors->within68(), 68.3, 4);
-            EXPECT_NEAR(errors->within95(), 95.4, 2);
+            EXPECT_NEAR(errors->within68(), 68.3, 6);
+            EXPECT_NEAR(errors->within95(), 95.4, 3);
         }
     }
 }

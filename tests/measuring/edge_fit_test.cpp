@@ -96,6 +96,40 @@ TEST(EdgeFit, UncertaintiesOfWholeEdgesAreTheTrueOnes) {
     }
 }
 
+TEST(EdgeFit, EllipsesKnowTheirUncertaintyToo) {
+    Random random(4);
+    Spread center;
+    Spread axes;
+    for (int i = 0; i < 150; ++i) {
+        const cv::Point2d c(32 + random.uniform(-.5, .5), 32 + random.uniform(-.5, .5));
+        const double a = 24;
+        const double b = 16;
+        // The distance from an ellipse to second order near it, which is all that has grey levels of its own.
+        const auto inside = [&](double x, double y) {
+            const double u = (x - c.x) / a;
+            const double v = (y - c.y) / b;
+            const double f = 1 - u * u - v * v;
+            const double slope = 2 * std::hypot(u / a, v / b);
+            return slope > 0 ? f / slope : a;
+        };
+        const TMetricContour edge = longestEdge(edge_scene::draw(kSize, {40, 200, 0.7, 4, i + 1}, inside));
+        ASSERT_TRUE(edge.closed);
+        const orx::TMeasuredEllipse ellipse = orx::fitEllipseGeometric(edge, 1.0);
+        ASSERT_TRUE(ellipse.valid());
+        EXPECT_EQ(ellipse.sweep, 360);
+        const orx::TMeasuredPoint middle = orx::centerOf(ellipse);
+        center.add(std::sqrt(middle.covariance(0, 0)), middle.position.x - c.x);
+        center.add(std::sqrt(middle.covariance(1, 1)), middle.position.y - c.y);
+        EXPECT_NEAR(ellipse.semiMajor, a, 0.1);
+        EXPECT_NEAR(ellipse.semiMinor, b, 0.1);
+        axes.add(ellipse.angleDeviation, std::remainder(ellipse.angle, 180));
+    }
+    for (const Spread& spread : {center, axes}) {
+        EXPECT_GT(spread.ratio(), 0.85);
+        EXPECT_LT(spread.ratio(), 1.2);
+    }
+}
+
 TEST(EdgeFit, ArcsAndShapesOfCalipersAreThoseOfTheScene) {
     const Look look{40, 200, 0.8, 2};
     const cv::Point2d c(31.6, 32.3);
@@ -113,6 +147,10 @@ TEST(EdgeFit, ArcsAndShapesOfCalipersAreThoseOfTheScene) {
     ASSERT_TRUE(arc.valid());
     EXPECT_NEAR(arc.radius, 20, 4 * arc.radiusDeviation);
     EXPECT_NEAR(arc.sweep, 90, 2);
+    const orx::TMeasuredEllipse ellipse = orx::fitEllipseGeometric(edges);
+    ASSERT_TRUE(ellipse.valid());
+    EXPECT_NEAR(ellipse.center.x, c.x, 4 * ellipse.xDeviation);
+    EXPECT_GT(ellipse.xDeviation, arc.xDeviation);  // a quarter tells the axes less well than the radius
     // Noise across the edge is not taken for noise in x and y, which would make the circle smaller.
     std::vector<cv::Point2d> points;
     for (const orx::TContrastEdge& edge : edges) points.push_back(edge.position);
