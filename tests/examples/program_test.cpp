@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -126,6 +127,25 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_THAT(html, Not(HasSubstr("http")));  // needs no network
     EXPECT_THAT(html, HasSubstr(std::string("<td>") + radius + "</td>"));
     EXPECT_THAT(html, HasSubstr("</html>"));
+}
+
+TEST_F(Program, AnEllipseStandsInEveryReportWithItsUncertainty) {
+    const Outcome outcome = run({writeDisk("disk.png"), "--ellipse", "ransac", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const Json::Value feature = report()["images"][0]["features"][0];
+    EXPECT_EQ(feature["shape"].asString(), "ellipse");
+    const std::string html = textOf(path("out/report.html"));
+    for (const char* name : {"x", "y", "radius", "length", "width"}) {
+        const double deviation = feature["deviations"][name].asDouble();
+        EXPECT_GT(deviation, 0.001) << name;
+        EXPECT_LT(deviation, 0.04) << name;
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f ± %.3f", feature[name].asDouble(), deviation);
+        EXPECT_THAT(outcome.output, HasSubstr(text));
+        EXPECT_THAT(html, HasSubstr(text));
+    }
+    // A disk does not tell which way it is turned.
+    EXPECT_NEAR(feature["deviations"]["angle"].asDouble(), 180.0 / std::sqrt(12.0), 1e-6);
 }
 
 TEST_F(Program, NamesMayHaveAnyCharacters) {

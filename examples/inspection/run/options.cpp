@@ -224,7 +224,7 @@ void addEstimatorOptions(CLI::App& app, Words& words) {
         {"search", "ransac", "robust"});
     add("--ellipse", words.ellipse,
         "Measure ellipses where --shape makes a circle, through all edge points (norm)\n"
-        "or by random samples of them; not with --circle",
+        "or those that most agree on (ransac); not with --circle",
         {"none", "norm", "ransac"});
 }
 
