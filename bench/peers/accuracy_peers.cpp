@@ -13,7 +13,7 @@
 
 #include "docs/tools/measuring_accuracy.h"
 #ifdef ORX_PEERS_CERES
-#include <ceres/ceres.h>
+#include "bench/peers/ceres_circle.h"
 #endif
 #ifdef ORX_PEERS_PCL
 #include <pcl/sample_consensus/ransac.h>
@@ -77,36 +77,14 @@ orx::TMeasuredLine lineByOpenCv(const Points& points, cv::DistanceTypes loss) {
 }
 
 #ifdef ORX_PEERS_CERES
-struct Distance {
-    double x;
-    double y;
-
-    template <class T>
-    bool operator()(const T* circle, T* residual) const {
-        const T dx = circle[0] - x;
-        const T dy = circle[1] - y;
-        residual[0] = ceres::sqrt(dx * dx + dy * dy) - circle[2];
-        return true;
-    }
-};
-
 // Huber's loss that bends at 1.345 times the true noise, from this library's least squares.
 orx::TMeasuredCircle circleByCeres(const Points& points) {
     const orx::TMeasuredCircle start = orx::fitCircleGeometric(points);
     double circle[3] = {start.center.x, start.center.y, std::max(1.0, start.radius)};
-    ceres::Problem problem;
-    for (const cv::Point2d& p : points) {
-        problem.AddResidualBlock(new ceres::AutoDiffCostFunction<Distance, 1, 3>(new Distance{p.x, p.y}),
-                                 new ceres::HuberLoss(1.345 * kNoise), circle);
-    }
     ceres::Solver::Options options;
-    options.linear_solver_type = ceres::DENSE_QR;
-    options.num_threads = 1;
     options.max_num_iterations = 200;
-    options.logging_type = ceres::SILENT;
     options.function_tolerance = 1e-14;
-    ceres::Solver::Summary summary;
-    ceres::Solve(options, &problem, &summary);
+    ceres_circle::fit(points, 1.345 * kNoise, circle, options);
     return circleOf({circle[0], circle[1]}, circle[2]);
 }
 #endif
