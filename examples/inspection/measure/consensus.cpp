@@ -49,7 +49,10 @@ orx::TMeasuredCircle searchCircle(const std::vector<cv::Point>& points, double l
                                   const Settings& settings) {
     const std::vector<cv::Point2d> centres = toDouble(points);
     const auto found = orx::findCircle(centres, roundOptions(largestRadius, settings));
-    return found.valid() ? found : orx::fitCircleGeometric(centres, robustFit());
+    if (found.valid()) return found;
+    // What no circle follows well has one still, for the report to call weak.
+    const auto robust = orx::fitCircleGeometric(centres, robustFit());
+    return robust.valid() ? robust : orx::fitCircleGeometric(centres);
 }
 
 orx::TMeasuredEllipse searchEllipse(const std::vector<cv::Point>& points, double largestAxis,
