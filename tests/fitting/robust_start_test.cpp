@@ -49,6 +49,16 @@ TEST(RobustStart, FindsTheNoiseBelowThatOfTheSamples) {
                 [](const auto& points) { return orx::fitEllipseGeometric(points, tukey()); });
 }
 
+// Steps from a radius far too large led through zero.
+TEST(RobustStart, FindsShortArcsFromAnyRadius) {
+    expectFound(circleTask(30, 200, 1, 0.4), {2029141734U, 1497019195U, 2649392728U, 625212545U},
+                [](const auto& points) { return orx::fitCircleGeometric(points, tukey()); });
+    orx::TConsensusOptions options;
+    options.tolerance = 3.5;
+    const auto search = [&](const auto& points) { return orx::findCircle(points, options); };
+    EXPECT_EQ(measure(circleTask(30, 200, 1, 0.4), search, 1, 300, 2).lost, 0);
+}
+
 TEST(RobustStart, BearsOutliersAtRegularSteps) {
     for (const std::size_t step : {5U, 10U}) {
         SCOPED_TRACE(testing::Message() << "every point of " << step);
