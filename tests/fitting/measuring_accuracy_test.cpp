@@ -113,6 +113,9 @@ TEST(MeasuringAccuracy, FortyPercentOfOutliersCostLittle) {
     expectWithin(measure(circleTask(90, 200, 0.1, 0.4), circle, 4, 800, kThreads), kBounds);
     expectWithin(measure(circleTask(30, 2000, 0.1, 0.4), circle, 5, 200, kThreads), {1.06, 0.03, 11});
     expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
+    // Twelve inliers: one outlier far along the circle turns it by more than their noise does.
+    expectWithin(measure(circleTask(30, 20, 0.1, 0.4), circle, 11, 800, kThreads), {1.06, 0.03, 6});
+    expectWithin(measure(lineTask(20, 0.1, 0.4), line, 12, 800, kThreads), {1.06, 0.03, 6});
 }
 
 TEST(MeasuringAccuracy, SearchesAmongFortyPercentOfOutliersEndAsWell) {
@@ -124,6 +127,7 @@ TEST(MeasuringAccuracy, SearchesAmongFortyPercentOfOutliersEndAsWell) {
     expectWithin(measure(circleTask(360, 200, 0.1, 0.4), circle, 3, 800, kThreads), kBounds);
     expectWithin(measure(circleTask(30, 200, 0.1, 0.4), circle, 9, 800, kThreads), kBounds);
     expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
+    expectWithin(measure(circleTask(30, 20, 0.1, 0.4), circle, 11, 800, kThreads), {1.1, 0.03, 6});
 }
 
 TEST(MeasuringAccuracy, IsTheSameOnAnyNumberOfThreads) {

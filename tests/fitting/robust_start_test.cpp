@@ -76,4 +76,22 @@ TEST(RobustStart, BearsOutliersAtRegularSteps) {
     }
 }
 
+// A lone point far along the outline is one of many outliers, or the best that there is.
+TEST(RobustStart, TellsLonePointsFromOutliers) {
+    const TrueCircle truth{{412.3, 287.8}, 100, 33};
+    Random random(5);
+    std::vector<cv::Point2d> points = truth.points({30, 20, 0.1}, random);
+    for (const double angle : {150.0, 230.0, 310.0})
+        points.push_back(truth.center + truth.radius * geometric_scenes::unit(angle));
+    const orx::TMeasuredCircle all = orx::fitCircleGeometric(points, tukey());
+    ASSERT_EQ(all.status, orx::fsOk);
+    EXPECT_EQ(all.usedPoints, 23);
+    EXPECT_GT(all.sweep, 250);
+    // Outliers in numbers from which the three may well be.
+    for (int i = 0; i < 10; ++i) points.emplace_back(random.uniform(250, 380), random.uniform(250, 380));
+    const orx::TMeasuredCircle arc = orx::fitCircleGeometric(points, tukey());
+    ASSERT_EQ(arc.status, orx::fsOk);
+    EXPECT_LT(arc.sweep, 60);
+}
+
 }  // namespace
