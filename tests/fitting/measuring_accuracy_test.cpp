@@ -116,6 +116,10 @@ TEST(MeasuringAccuracy, FortyPercentOfOutliersCostLittle) {
     // Twelve inliers: one outlier far along the circle turns it by more than their noise does.
     expectWithin(measure(circleTask(30, 20, 0.1, 0.4), circle, 11, 800, kThreads), {1.06, 0.03, 6});
     expectWithin(measure(lineTask(20, 0.1, 0.4), line, 12, 800, kThreads), {1.06, 0.03, 6});
+    const auto ellipse = [](const auto& points) {
+        return orx::fitEllipseGeometric(points, withLoss(orx::flTukey));
+    };
+    expectWithin(measure(ellipseTask(2, 20, 0.1, 0.4), ellipse, 13, 400, kThreads), {1.06, 0.04, 8});
 }
 
 TEST(MeasuringAccuracy, SearchesAmongFortyPercentOfOutliersEndAsWell) {

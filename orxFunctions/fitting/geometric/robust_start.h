@@ -80,6 +80,9 @@ template <class Model>
 bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& scale) {
     // With 40 % outliers one sample in five holds none (three points), one in thirteen (five).
     constexpr int kSamples = Model::kSample <= 2 ? 100 : 250;
+    // Few points tell the good ones worse.
+    constexpr std::size_t kFewPoints = 40;
+    const int samples = Model::kSample > 3 && judges.count() <= kFewPoints ? 2 * kSamples : kSamples;
     // Most samples show on a few judges that they are worse; one in a hundred as good as the best is lost so.
     constexpr std::size_t kFew = 64;
     const std::size_t fewWithin = judges.count() > kFew ? 22 : 0;
@@ -88,9 +91,12 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
     SampleNumbers numbers;
     double distances[kJudges];
     double best = std::numeric_limits<double>::infinity();
-    for (int k = 0; k < kSamples; ++k) {
+    for (int k = 0; k < samples; ++k) {
         std::size_t at[Model::kSample];
-        for (std::size_t& i : at) i = numbers.below(judges.count());
+        for (std::size_t m = 0; m < Model::kSample;) {
+            at[m] = numbers.below(judges.count());
+            if (std::find(at, at + m, at[m]) == at + m) ++m;
+        }
         typename Model::Shape candidate{};
         if (!Model::through(judges.columns(), at, candidate)) continue;
         if (best < std::numeric_limits<double>::infinity() &&
