@@ -38,8 +38,8 @@ class SampleNumbers {
 };
 
 // At most this many points, from everywhere, judge the samples: of 40 % outliers among all, chance makes half
-// of them in one choice of 200,000.
-constexpr std::size_t kJudges = 400;
+// of them in three choices of 10,000. The scale is then told anew by all points (loosen).
+constexpr std::size_t kJudges = 256;
 static_assert(kJudges % inlier_kernels::kPointsPerStep == 0);
 
 class Judges {
@@ -47,12 +47,13 @@ class Judges {
     explicit Judges(const Columns& points) : count_(std::min(points.count, kJudges)) {
         // One of each stretch, at random: outliers may come at regular steps.
         SampleNumbers numbers;
+        const bool all = points.count <= kJudges;
         for (std::size_t i = 0; i < kJudges; ++i) {
+            const bool filled = i < count_;
             // Mixed (the stride has no factor in common with their number), so that the first ones are
             // anywhere, too.
-            const std::size_t mixed = count_ == kJudges ? i * 77 % kJudges : i;
-            const bool filled = i < count_;
-            const std::size_t at = (mixed * points.count + numbers.below(points.count)) / count_;
+            const std::size_t mixed = i * 77 % kJudges;
+            const std::size_t at = all ? i : (mixed * points.count + numbers.below(points.count)) / kJudges;
             x_[i] = filled ? points.x[at] : std::numeric_limits<double>::quiet_NaN();
             y_[i] = filled ? points.y[at] : std::numeric_limits<double>::quiet_NaN();
             weights_[i] = filled && points.weights != nullptr ? points.weights[at] : 1.0;
@@ -60,7 +61,6 @@ class Judges {
     }
     std::size_t count() const { return count_; }
     Columns columns() const { return {x_, y_, weights_, count_}; }
-    Columns some(std::size_t most) const { return {x_, y_, weights_, std::min(most, count_)}; }
     // The first `most` of them at the most, as the kernels of inliers want them.
     inlier_kernels::PointSpan first(std::size_t most) const {
         constexpr std::size_t kStep = inlier_kernels::kPointsPerStep;
@@ -185,7 +185,7 @@ bool robustStart(const Columns& points, int maxIterations, double rounding, type
     scale = std::clamp(scale, limits[0], limits[1]);
     if (points.count > kJudges) {
         const int steps = std::min(maxIterations, 10);
-        if (!settle<Model>(judges.some(kJudges / 2), steps, limits, shape, scale, iterations)) return false;
+        if (!settle<Model>(judges.columns(), steps, limits, shape, scale, iterations)) return false;
     }
     if (!settle<Model>(points, maxIterations, limits, shape, scale, iterations)) return false;
     if (!(known > 0.0)) loosen<Model>(points, maxIterations, rounding, limits[0], shape, scale, iterations);
