@@ -8,6 +8,7 @@
 #include "orxFunctions/fitting/geometric/arc_coverage.h"
 #include "orxFunctions/fitting/geometric/ellipse_steps.h"
 #include "orxFunctions/fitting/geometric/local_support.h"
+#include "orxFunctions/fitting/geometric/outline_bias.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
 #include "orxFunctions/foundation/angles_internal.h"
@@ -190,12 +191,18 @@ EllipseVector biasOf(const FitPoints& points, const TFitOptions& options, const 
     }
     const EllipseBiasSums sums =
         foot_kernels::chosen().biasSums(points.columns(), fit.solution.ellipse, fit.loss, covariance);
-    EllipseVector bias = judgement.inverse * EllipseVector(sums.parameters);
+    EllipseVector normal = 0.5 * EllipseVector(sums.parameters);
     if (options.noise == pnIndependent) {
         const double noise = judgement.figures.noise;
-        bias += noise * noise * (judgement.inverse * EllipseVector(sums.outline));
+        const Ellipse& ellipse = fit.solution.ellipse;
+        const DistanceSums& d = fit.solution.sums.distances;
+        // Where weights fall off with the distance, the estimate answers more than the normal matrix has it.
+        normal += outlineTurnsWithinNoise(ellipse, noise)
+                      ? d.omega / std::max(d.slope, 0.1 * d.omega) *
+                            outlineBiasSums(points.columns(), ellipse, fit.loss, noise)
+                      : 0.5 * noise * noise * EllipseVector(sums.outline);
     }
-    return 0.5 * bias;
+    return judgement.inverse * normal;
 }
 
 // Half the difference of the axes, (p, q) its vector at twice the angle, freed from what the noise adds to
