@@ -56,8 +56,8 @@ bool outlineTurnsWithinNoise(const Ellipse& ellipse, double noise) {
     return noise * ellipse.a > kTurns * ellipse.b * ellipse.b;
 }
 
-// By the rule of C. F. Gauss and C. Hermite with three places in each direction, exact to the fifth order. The
-// place in the middle has no distance.
+// By the rule of C. F. Gauss and C. Hermite with three places in each direction, exact to the fifth order.
+// The place in the middle has no distance.
 EllipseVector outlineBiasSums(const Columns& points, const Ellipse& ellipse, const Loss& loss, double noise) {
     struct Places {
         double share;
