@@ -140,6 +140,11 @@ TEST(MeasuringAccuracy, SearchesAmongFortyPercentOfOutliersEndAsWell) {
     expectWithin(measure(circleTask(30, 200, 0.1, 0.4), circle, 9, 800, kThreads), kBounds);
     expectWithin(measure(lineTask(200, 0.1, 0.4), line, 6, 800, kThreads), kBounds);
     expectWithin(measure(circleTask(30, 20, 0.1, 0.4), circle, 11, 800, kThreads), {1.1, 0.03, 6});
+    const auto ellipse = [&](const auto& points) { return orx::findEllipse(points, options); };
+    EllipseTask half = ellipseTask(2, 2000, 0.1, 0.4);
+    half.truth.from = 0;
+    half.scene.extent = 180;
+    expectWithin(measure(half, ellipse, 15, 200, kThreads), {1.09, 0.04, 11});
 }
 
 TEST(MeasuringAccuracy, IsTheSameOnAnyNumberOfThreads) {

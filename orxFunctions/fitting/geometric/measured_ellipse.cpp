@@ -94,8 +94,11 @@ TFitStatus startAmongOutliers(const TFitOptions& options, const Start<Ellipse>* 
     fit.scale = toldScale(points, options);
     const bool told = fit.scale > 0.0;
     if (known != nullptr) {
+        // Points must not be left out by a shape that is only near the one sought.
         start = known->shape;
-        if (!told) fit.scale = known->scale;
+        double scale = told ? fit.scale : known->scale;
+        settleEllipse(points.columns(), steps, points.rounding(), start, scale, fit.iterations);
+        if (!told) fit.scale = scale;
     } else if (!robustEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations) &&
                start.a == 0.0) {
         // Steps that do not settle leave a start to judge by.
@@ -106,7 +109,7 @@ TFitStatus startAmongOutliers(const TFitOptions& options, const Start<Ellipse>* 
     const bool closed = true;
     const bool dropped =
         leaveOutOutliers(distances, outlierReach2(fit.scale), closed, OutlinePlaces(start), points);
-    if ((dropped || known != nullptr) && !told) {
+    if (dropped && !told) {
         settleEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
     }
     return fsOk;
