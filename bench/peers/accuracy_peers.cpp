@@ -11,7 +11,7 @@
 #include <map>
 #include <opencv2/imgproc.hpp>
 
-#include "docs/tools/measuring_accuracy.h"
+#include "bench/peers/ellipse_peers.h"
 #ifdef ORX_PEERS_CERES
 #include "bench/peers/ceres_circle.h"
 #endif
@@ -23,13 +23,7 @@
 
 namespace {
 
-using namespace measuring_accuracy;
-using Points = std::vector<cv::Point2d>;
-
-constexpr int kPoints = 200;
-constexpr double kNoise = 0.3;
-// A result further off than this many bounds is another shape.
-constexpr double kAstray = 100;
+using namespace accuracy_peers;
 
 struct Settings {
     int scenes = 1000;
@@ -54,20 +48,6 @@ orx::TMeasuredLine lineOf(cv::Point2d point, cv::Point2d direction) {
     line.direction = direction / length;
     line.angle = std::atan2(direction.y, direction.x) * 180 / geometric_scenes::kPi;
     return line;
-}
-
-std::vector<cv::Point2f> floats(const Points& points) { return {points.begin(), points.end()}; }
-
-orx::TFitOptions tukey() {
-    orx::TFitOptions options;
-    options.loss = orx::flTukey;
-    return options;
-}
-
-orx::TConsensusOptions tolerating() {
-    orx::TConsensusOptions options;
-    options.tolerance = 3.5 * kNoise;
-    return options;
 }
 
 orx::TMeasuredLine lineByOpenCv(const Points& points, cv::DistanceTypes loss) {
@@ -124,12 +104,6 @@ orx::TMeasuredLine lineByPcl(const Points& points) {
 }
 #endif
 
-template <class Shape>
-struct Peer {
-    const char* name;
-    Shape (*fit)(const Points& points);
-};
-
 const std::vector<Peer<orx::TMeasuredCircle>> kCirclePeers = {
     {"this library, least squares", [](const Points& p) { return orx::fitCircleGeometric(p); }},
     {"this library, Tukey", [](const Points& p) { return orx::fitCircleGeometric(p, tukey()); }},
@@ -158,14 +132,6 @@ const std::vector<Peer<orx::TMeasuredLine>> kLinePeers = {
 #ifdef ORX_PEERS_PCL
     {"PCL, RANSAC and refinement", lineByPcl},
 #endif
-};
-
-// A column: its scenes, and the number that seeds them and names them in the files.
-template <class Kind>
-struct Column {
-    const char* name;
-    int row;
-    Kind kind;
 };
 
 const std::vector<Column<CircleTask>> kCircles = {
@@ -211,6 +177,11 @@ orx::TMeasuredCircle shapeOf(const CircleTask& /*kind*/, const std::vector<doubl
 
 orx::TMeasuredLine shapeOf(const LineTask& /*kind*/, const std::vector<double>& v) {
     return v.size() < 4 ? orx::TMeasuredLine() : lineOf({v[0], v[1]}, {v[2], v[3]});
+}
+
+orx::TMeasuredEllipse shapeOf(const EllipseTask& /*kind*/, const std::vector<double>& v) {
+    if (v.size() < 5) return {};
+    return ellipseOf({v[0], v[1]}, v[2], v[3], v[4] * 180 / geometric_scenes::kPi);
 }
 
 void printCell(const Result& result) {
@@ -333,6 +304,7 @@ int main(int argc, char** argv) {
         if (file == nullptr) return usage();
         writePoints(file, "circle", settings, kCircles);
         writePoints(file, "line", settings, kLines);
+        writePoints(file, "ellipse", settings, kEllipses);
         return std::fclose(file) == 0 ? 0 : 1;
     }
     const Estimates estimates =
@@ -340,6 +312,7 @@ int main(int argc, char** argv) {
     printIntroduction(settings);
     table(settings, "circles", kCircles, kCirclePeers, estimates);
     table(settings, "lines", kLines, kLinePeers, estimates);
+    table(settings, "ellipses", kEllipses, kEllipsePeers, estimates);
 #ifndef ORX_PEERS_PCL
     std::printf(
         "\nPCL was not at hand when this table was made; where it is, `accuracy_peers` has its search.\n");

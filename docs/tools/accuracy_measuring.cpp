@@ -27,6 +27,7 @@ constexpr Table kTables[] = {
     {"circle-consensus", circleConsensusTable},
     {"line-consensus", lineConsensusTable},
     {"ellipse-consensus", ellipseConsensusTable},
+    {"oracle", oracleTable},
     {"edges", edgeTable},
     {"exact", exactTable},
     {"notes", [](const Settings&) { printNotes(); }},

@@ -65,6 +65,7 @@ void ellipseOutlierTable(const Settings& settings);
 void circleConsensusTable(const Settings& settings);
 void lineConsensusTable(const Settings& settings);
 void ellipseConsensusTable(const Settings& settings);
+void oracleTable(const Settings& settings);
 void edgeTable(const Settings& settings);
 void exactTable(const Settings& settings);
 void printIntroduction();
