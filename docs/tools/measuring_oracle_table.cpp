@@ -43,8 +43,7 @@ Shape leastLoss(const Points& points, double noise, std::size_t sample, int samp
         Points chosen = points;
         for (std::size_t i = 0; i < sample; ++i) {
             const int last = static_cast<int>(points.size()) - 1;
-            std::swap(chosen[i],
-                      chosen[static_cast<std::size_t>(random.integer(static_cast<int>(i), last))]);
+            std::swap(chosen[i], chosen[static_cast<std::size_t>(random.integer(static_cast<int>(i), last))]);
         }
         chosen.resize(sample);
         Shape shape = fit(chosen, {});
