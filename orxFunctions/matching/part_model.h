@@ -59,13 +59,21 @@ struct TTeachReport {
     std::vector<int> pointsPerLevel;  // finest first
     double leastContrast = 0.0;       // grey levels: of the weakest twentieth of the outline; 0 for drawings
     double radius = 0.0;              // of the outline about the reference point, pixels
-    // The part looks the same after 1/symmetry of a turn: 1 for none, 2 for a rectangle, 6 for a hexagon; 0
-    // for every angle (a ring).
+    // The part looks the same after 1/symmetry of a turn about symmetryCentre: 1 for none, 2 for a rectangle,
+    // 6 for a hexagon, up to 64; 0 for every angle (a ring).
     int symmetry = 1;
-    // What the outline can't tell, as far as it goes: a turn about a point, a shift along a line, the scale.
+    // As many times a turn the part looks nearly the same: most of the outline does, the rest (nearShare of
+    // it excepted) tells the angle. 0 for every angle: a ring with a notch. 1 where there is no such turn
+    // beyond those of `symmetry`.
+    int nearSymmetry = 1;
+    double nearShare = 0.0;      // of the outline that is the same after 1/nearSymmetry of a turn
+    cv::Point2d symmetryCentre;  // of both, in the model's plane; of a free turn else; else (0, 0)
+    // What the outline can't tell, as far as it goes: a turn about symmetryCentre (a ring, an arc), a shift
+    // along a line (parallel edges), the scale (a corner, a straight edge).
     bool anglesAreFree = false;
     bool aShiftIsFree = false;
-    double freeDirection = 0.0;         // of that shift, degrees in the model's plane
+    double freeDirection = 0.0;  // of that shift, degrees in the model's plane, 0 to 180
+    bool scaleIsFree = false;
     std::vector<std::string> warnings;  // in English, for a person
 };
 

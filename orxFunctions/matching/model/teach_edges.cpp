@@ -1,0 +1,176 @@
+#include "orxFunctions/matching/model/teach_edges.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "orxFunctions/analysis/image_noise.h"
+#include "orxFunctions/analysis/subpixel_edges_metric.h"
+#include "orxFunctions/matching/model/bounds.h"
+#include "orxFunctions/matching/model/pyramid.h"
+
+namespace orx::matching {
+namespace {
+
+// Share of the strong edges' contrast that an edge of the part must have.
+constexpr double kContrastShare = 0.3;
+// Edges are followed down to this share of what begins one.
+constexpr double kFollowed = 0.5;
+// What the optics blurs as much as the finder reads 0.7 of its contrast.
+constexpr double kReadContrast = 0.7;
+// Below it steps are shading.
+constexpr double kLeastStep = 5;
+// As much of the edges may be too weak before they are found anew.
+constexpr double kTolerated = 0.02;
+// Chains shorter than a share of the outline's size, within these lengths in pixels, are stray.
+constexpr double kStrayShare = 0.2;
+constexpr double kShortestStray = 6;
+constexpr double kLongestStray = 12;
+
+// Standard deviations of the noise above which hardly a pixel of a picture comes by chance.
+constexpr double kNoiseDistance = 5;
+
+// The least contrast that does not come from noise: of a sharp step, grey levels. Derivatives of a Gaussian
+// see noise n like a step of n / (2 sigma).
+double noiseFloor(const cv::Mat& grey, double sigma) {
+    return std::max(kLeastStep, kNoiseDistance * getImageNoise(grey) / (2 * sigma));
+}
+
+std::vector<OutlinePoint> edgesOf(const TeachPyramid& pyramid, int level, double sigma, double high) {
+    ORXEdge::TMetricOptions find;
+    find.sigma = sigma;
+    find.high = high;
+    find.low = kFollowed * high;
+    std::vector<ORXEdge::TMetricContour> contours;
+    std::vector<OutlinePoint> points;
+    if (pyramid.view(level).empty()) return points;
+    ORXEdge::edgesSubPixMetric(pyramid.view(level), contours, find);
+    const cv::Point2d corner = pyramid.corner(level);
+    int chain = 0;
+    for (const ORXEdge::TMetricContour& contour : contours) {
+        for (std::size_t i = 0; i < contour.points.size(); ++i) {
+            const double direction = contour.direction[i];
+            points.push_back({fromLevel(cv::Point2d(contour.points[i]) + corner, level),
+                              {std::cos(direction), std::sin(direction)},
+                              contour.deviation[i],
+                              contour.contrast[i],
+                              chain});
+        }
+        ++chain;
+    }
+    return points;
+}
+
+void keepInside(std::vector<OutlinePoint>& points, const TeachRegion& region) {
+    // A chain that leaves the region and comes back is two.
+    std::size_t kept = 0;
+    int chain = -1;
+    int previousChain = -1;
+    bool wasInside = false;
+    for (const OutlinePoint& point : points) {
+        const bool inside = region.contains(point.position);
+        if (inside) {
+            if (!wasInside || point.chain != previousChain) ++chain;
+            previousChain = point.chain;
+            points[kept] = point;
+            points[kept++].chain = chain;
+        }
+        wasInside = inside;
+    }
+    points.resize(kept);
+}
+
+// The contrast of the strong edges: half of the squared contrast belongs to stronger ones, so that any amount
+// of weak texture counts little.
+double strongContrast(const std::vector<OutlinePoint>& points) {
+    std::vector<double> contrasts;
+    contrasts.reserve(points.size());
+    double total = 0;
+    for (const OutlinePoint& point : points) {
+        contrasts.push_back(point.contrast);
+        total += point.contrast * point.contrast;
+    }
+    std::sort(contrasts.begin(), contrasts.end());
+    double sum = 0;
+    for (const double contrast : contrasts) {
+        sum += contrast * contrast;
+        if (sum >= total / 2) return contrast;
+    }
+    return 0;
+}
+
+// Keeps the chains that reach the contrast somewhere and that are long enough; numbers them anew.
+void dropStrays(std::vector<OutlinePoint>& points, double contrast) {
+    const double shortest =
+        std::clamp(kStrayShare * boundsOf(points).extent() / 2, kShortestStray, kLongestStray);
+    std::size_t kept = 0;
+    int chain = 0;
+    for (std::size_t from = 0; from < points.size();) {
+        double length = 0;
+        double strongest = 0;
+        std::size_t to = from;
+        for (; to < points.size() && points[to].chain == points[from].chain; ++to) {
+            strongest = std::max(strongest, points[to].contrast);
+            if (to == from) continue;
+            const cv::Point2d step = points[to].position - points[to - 1].position;
+            length += std::hypot(step.x, step.y);
+        }
+        if (strongest >= contrast && length >= shortest) {
+            for (std::size_t i = from; i < to; ++i) {
+                points[kept] = points[i];
+                points[kept++].chain = chain;
+            }
+            ++chain;
+        }
+        from = to;
+    }
+    points.resize(kept);
+}
+
+}  // namespace
+
+int marginFor(double sigma) { return static_cast<int>(std::ceil(5 * sigma)) + 3; }
+
+std::vector<OutlinePoint> findOutline(const TeachPyramid& pyramid, const TeachRegion& region, double sigma,
+                                      double minContrast) {
+    double least = minContrast;
+    std::vector<OutlinePoint> points;
+    bool again = true;
+    if (minContrast <= 0) {
+        const double floor = noiseFloor(pyramid.view(0), sigma);
+        points = edgesOf(pyramid, 0, sigma, floor);
+        keepInside(points, region);
+        least = std::max(floor, kContrastShare * strongContrast(points));
+        const auto weak = std::count_if(points.begin(), points.end(), [least](const OutlinePoint& p) {
+            return p.contrast < kFollowed * least;
+        });
+        again = static_cast<double>(weak) > kTolerated * static_cast<double>(points.size());
+    }
+    if (again) {
+        points = edgesOf(pyramid, 0, sigma, kReadContrast * least);
+        keepInside(points, region);
+    }
+    dropStrays(points, least);
+    return points;
+}
+
+double leastContrastFor(const std::vector<OutlinePoint>& outline, double minContrast) {
+    return minContrast > 0 ? minContrast : std::max(kLeastStep, kContrastShare * strongContrast(outline));
+}
+
+std::vector<OutlinePoint> findEdges(const TeachPyramid& pyramid, int level, double sigma,
+                                    double minContrast) {
+    return edgesOf(pyramid, level, sigma, kReadContrast * minContrast);
+}
+
+double contrastQuantile(const std::vector<OutlinePoint>& points, double share) {
+    if (points.empty()) return 0;
+    std::vector<double> contrasts;
+    contrasts.reserve(points.size());
+    for (const OutlinePoint& point : points) contrasts.push_back(point.contrast);
+    const auto rank = static_cast<std::ptrdiff_t>(share * static_cast<double>(contrasts.size() - 1));
+    std::nth_element(contrasts.begin(), contrasts.begin() + rank, contrasts.end());
+    return contrasts[static_cast<std::size_t>(rank)];
+}
+
+}  // namespace orx::matching
