@@ -1,0 +1,78 @@
+// The inner loops of the search for parts. Every instruction set gives the same bits.
+//
+// Gradients are pairs (dx, dy) of 16-bit integers as in analysis/edges/gradient.h; pairs of an edge field
+// (edge_field.h) are directions of gradients, kFieldUnit long on the crest of an edge.
+#ifndef ORXFUNCTIONS_MATCHING_SEARCH_KERNELS_H
+#define ORXFUNCTIONS_MATCHING_SEARCH_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace orx::search_kernels {
+
+constexpr int kFieldUnit = 256;
+// Rows of bytes and of magnitudes are processed in whole vectors: elements that can be read and written after
+// each row.
+constexpr std::size_t kRowPadding = 32;
+
+// Places that sumRows looks at side by side.
+constexpr std::size_t kBlockColumns = 64;
+// A response is this at most, so that 8 bits hold the sum of kByteSum of them.
+constexpr int kBestResponse = 15;
+constexpr std::size_t kByteSum = 17;
+
+// The window of places around a pose that windowSums looks at.
+constexpr int kWindowRows = 5;
+constexpr int kWindowColumns = 8;
+
+// Which directions answer a model's direction, by the difference of their bins: bits of the bins 0 to 7 and
+// 8 to 15.
+constexpr std::size_t kRanks = 3;
+struct ResponseRanks {
+    std::uint8_t low[kRanks];
+    std::uint8_t high[kRanks];
+    std::uint8_t value[kRanks];  // falling
+};
+
+// Points of a model, turned and scaled: where they lie against the pose, in 16-bit elements of the field, and
+// their normals, kFieldUnit long: x in the low half, y in the high one.
+struct PlacedPoints {
+    const std::int32_t* offsets;
+    const std::int32_t* normals;
+    std::size_t count;
+};
+
+struct Kernels {
+    // A row of the field. Magnitudes are squared; those of the rows above and below have one readable element
+    // before the row and one after it. Pixels whose squared magnitude is below `least` (above 0) are 0.
+    void (*fieldRow)(const std::int16_t* gradient, const std::int32_t* above, const std::int32_t* centre,
+                     const std::int32_t* below, std::size_t width, float least, std::int16_t* out);
+    // For each pixel of a field that is near a crest the bit of its direction's bin of 16 over the full turn,
+    // bins 0 to 7 in low, 8 to 15 in high; 0 elsewhere.
+    void (*binRow)(const std::int16_t* field, std::size_t width, std::uint8_t* low, std::uint8_t* high);
+    // The bits of each pixel's 3 x 3 neighbours; one readable byte before each row and one after it.
+    void (*spreadRow)(const std::uint8_t* above, const std::uint8_t* centre, const std::uint8_t* below,
+                      std::size_t width, std::uint8_t* out);
+    // How well the directions at each pixel answer one direction of a model.
+    void (*responseRow)(const std::uint8_t* low, const std::uint8_t* high, const ResponseRanks& ranks,
+                        std::size_t width, std::uint8_t* out);
+    // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits.
+    // Returns the largest sum.
+    std::int32_t (*sumRows)(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,
+                            const std::int32_t* offsets, std::size_t count, std::int16_t* out);
+    // Adds to the sums, kWindowRows of kWindowColumns, the products of the normals with the field; field is
+    // the window's top-left pair, step between rows in 16-bit elements.
+    void (*windowSums)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                       std::int32_t* sums);
+    // The same of the products' magnitudes.
+    void (*windowMagnitudes)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                             std::int32_t* sums);
+};
+
+extern const Kernels kAvx2;
+
+const Kernels& chosen();
+
+}  // namespace orx::search_kernels
+
+#endif

@@ -1,0 +1,80 @@
+// The score of a pose on a level of the picture, and climbing to the best pose nearby.
+#ifndef ORXFUNCTIONS_MATCHING_SEARCH_POSE_SCORE_H
+#define ORXFUNCTIONS_MATCHING_SEARCH_POSE_SCORE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "orxFunctions/matching/search/edge_field.h"
+#include "orxFunctions/matching/search/kernels.h"
+#include "orxFunctions/matching/search/search_plan.h"
+
+namespace orx::matching {
+
+// A place of the middle of the outline, in pixels of a level.
+struct LevelPose {
+    double x = 0.0;
+    double y = 0.0;
+    double angle = 0.0;  // radians
+    double scale = 1.0;
+    bool reversed = false;
+    double score = 0.0;
+};
+
+// How signs of gradients count against those of the model.
+enum class SignRule { same, either, any };
+
+// The score is the mean over the model's points of the cosines between their normals and the directions of
+// the edges there, points without an edge and those outside of the picture counting as 0; for
+// SignRule::either its magnitude, for SignRule::any the mean of magnitudes. C. Steger, "Occlusion, clutter,
+// and illumination invariant object recognition", International Archives of Photogrammetry and Remote Sensing
+// 34 (2002).
+//
+// One thread at a time; each thread has its own.
+class PoseScore {
+  public:
+    PoseScore(const EdgeField& field, const SearchPlan& plan, const ScaleBand& band, int level,
+              SignRule rule);
+
+    // Climbs from a pose that is a few pixels off to the best one nearby.
+    LevelPose climbed(const LevelPose& start);
+
+  private:
+    // The best place of a window, and its sums.
+    struct Place {
+        int x = 0;
+        int y = 0;
+        double angle = 0.0;
+        double scale = 1.0;
+        std::int32_t sum = 0;  // signed
+        std::int32_t value = -1;
+        double offsetX = 0.0;  // of the summit between the pixels
+        double offsetY = 0.0;
+    };
+
+    Place bestPlace(int x, int y, double angle, double scale);
+    Place lookAt(int x, int y, double angle, double scale);
+    void place(int x, int y, double angle, double scale);
+    std::int32_t valueOf(std::int32_t sum) const;
+    double climbAngle(Place& best, double step);
+    double climbScale(Place& best, double step);
+    double allowedAngle(double angle) const;
+
+    const EdgeField& field_;
+    const SearchPlan& plan_;
+    const ScaleBand& band_;
+    int level_;
+    SignRule rule_;
+    const search_kernels::Kernels& kernels_;
+    std::size_t pointCount_ = 0;
+    std::vector<std::int32_t> offsets_;
+    std::vector<std::int32_t> normals_;
+    std::array<std::int32_t, search_kernels::kWindowRows * search_kernels::kWindowColumns> sums_{};
+};
+
+}  // namespace orx::matching
+
+#endif
