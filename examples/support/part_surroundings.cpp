@@ -86,8 +86,8 @@ Loop threadPolygon(cv::Size size, RandomSource& random) {
 
 }  // namespace
 
-void roughen(cv::Mat& image, double deviation, RandomSource& random) {
-    cv::Mat grains(image.size(), CV_32F);
+void roughen(cv::Mat& image, double deviation, int fineness, RandomSource& random) {
+    cv::Mat grains(image.size() / fineness, CV_32F);
     for (int row = 0; row < grains.rows; ++row) {
         auto* pixels = grains.ptr<float>(row);
         for (int column = 0; column < grains.cols; ++column)
@@ -97,28 +97,33 @@ void roughen(cv::Mat& image, double deviation, RandomSource& random) {
     cv::Scalar mean;
     cv::Scalar spread;
     cv::meanStdDev(grains, mean, spread);
-    cv::scaleAdd(grains, deviation / spread[0], image, image);
+    cv::Mat fine;
+    cv::resize(grains, fine, image.size(), 0, 0, cv::INTER_LINEAR);
+    cv::scaleAdd(fine, deviation / spread[0], image, image);
 }
 
-void paintClutter(cv::Mat& image, double number, const std::vector<Loop>& parts, RandomSource& random) {
+void paintClutter(cv::Mat& image, double number, const std::vector<Loop>& parts, int fineness,
+                  RandomSource& random) {
+    const cv::Size size = image.size() / fineness;
     ClutterLimits limits(parts);
-    const int wanted = static_cast<int>(std::lround(number * areaUnits(image.size())));
+    const int wanted = static_cast<int>(std::lround(number * areaUnits(size)));
     for (int i = 0; i < wanted; ++i) {
         const double level = oneIn(2, random) ? random.uniform(15, 60) : random.uniform(110, 240);
         for (int attempt = 0; attempt < 20; ++attempt) {
-            const Loop loop = anyClutter(image.size(), random);
+            const Loop loop = anyClutter(size, random);
             if (!limits.admits(loop)) continue;
-            paint(image, {loop}, level);
+            paint(image, {loop}, level, fineness);
             break;
         }
     }
 }
 
-void paintThreads(cv::Mat& image, double number, RandomSource& random) {
-    const int wanted = static_cast<int>(std::lround(number * areaUnits(image.size())));
+void paintThreads(cv::Mat& image, double number, int fineness, RandomSource& random) {
+    const cv::Size size = image.size() / fineness;
+    const int wanted = static_cast<int>(std::lround(number * areaUnits(size)));
     for (int i = 0; i < wanted; ++i) {
         const double level = oneIn(2, random) ? random.uniform(10, 60) : random.uniform(190, 245);
-        paint(image, {threadPolygon(image.size(), random)}, level);
+        paint(image, {threadPolygon(size, random)}, level, fineness);
     }
 }
 

@@ -20,15 +20,18 @@ inline int wholeNumber(int low, int high, RandomSource& random) {
     return std::min(high, static_cast<int>(random.uniform(low, high + 1)));
 }
 
+// In all of these, `fineness` is that of paint().
+
 // Rough ground; its grey levels deviate by so much.
-void roughen(cv::Mat& image, double deviation, RandomSource& random);
+void roughen(cv::Mat& image, double deviation, int fineness, RandomSource& random);
 
 // Bright and dark things, so many for each 640 x 480 pixels. Of each part, given by points along its outline,
 // they take a tenth of the points at the most.
-void paintClutter(cv::Mat& image, double number, const std::vector<Loop>& parts, RandomSource& random);
+void paintClutter(cv::Mat& image, double number, const std::vector<Loop>& parts, int fineness,
+                  RandomSource& random);
 
 // Curved lines, so many for each 640 x 480 pixels.
-void paintThreads(cv::Mat& image, double number, RandomSource& random);
+void paintThreads(cv::Mat& image, double number, int fineness, RandomSource& random);
 
 }  // namespace scenes
 

@@ -91,21 +91,21 @@ cv::Rect windowOf(const Loop& outline, cv::Size size) {
     return {left, top, right - left, bottom - top};
 }
 
-// From pixels' centres at whole numbers to their corners at whole numbers.
-Loop cornered(Loop loop) {
-    for (cv::Point2d& p : loop) p += cv::Point2d(0.5, 0.5);
+// From pixels' centres at whole numbers to finer pixels' corners at whole numbers.
+Loop cornered(Loop loop, int fineness) {
+    for (cv::Point2d& p : loop) p = (p + cv::Point2d(0.5, 0.5)) * fineness;
     return loop;
 }
 
 }  // namespace
 
-void paint(cv::Mat& image, const std::vector<Loop>& loops, double level) {
+void paint(cv::Mat& image, const std::vector<Loop>& loops, double level, int fineness) {
     if (loops.empty() || loops.front().size() < 3) return;
-    const cv::Rect window = windowOf(cornered(loops.front()), image.size());
+    const cv::Rect window = windowOf(cornered(loops.front(), fineness), image.size());
     if (window.empty()) return;
     Accumulator accumulator(window);
     for (const Loop& loop : loops) {
-        const Loop corners = cornered(loop);
+        const Loop corners = cornered(loop, fineness);
         for (std::size_t i = 0; i < corners.size(); ++i)
             accumulator.add(corners[i], corners[(i + 1) % corners.size()]);
     }
