@@ -21,7 +21,8 @@ using matching::Box;
 using matching::Candidate;
 using matching::ModelData;
 
-// Share of the model's contrast that an edge must have, and of the noise: what is below, noise makes anywhere.
+// Share of the model's contrast that an edge must have, and of the noise: what is below, noise makes
+// anywhere.
 constexpr double kContrastShare = 0.1;
 constexpr double kNoiseShare = 3.0;
 constexpr double kDrawnContrast = 20.0;  // in place of a model's that knows none
@@ -108,14 +109,14 @@ class PartList {
     PartList(const Box& box, const TFindOptions& options) : box_(box), options_(options) {}
 
     bool isFree(const TPartPose& pose) const {
-        const Box box = boxAt(box_, pose);
+        const Box box = matching::boxAt(box_, pose);
         return std::all_of(boxes_.begin(), boxes_.end(), [&](const Box& other) {
             return matching::sharedArea(box, other) <= options_.maxOverlap;
         });
     }
 
     void add(TFoundPart part) {
-        boxes_.push_back(boxAt(box_, part.pose));
+        boxes_.push_back(matching::boxAt(box_, part.pose));
         parts_.push_back(std::move(part));
     }
 

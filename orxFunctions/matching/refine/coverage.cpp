@@ -59,6 +59,7 @@ Coverage coverageOf(const ReadyOutline& outline, const WindowEdges& edges, const
     }
     if (!(length > 0)) return coverage;
     coverage.score = std::min(length / outline.length, 1.0);
+    coverage.fit = (length - squares / (most * most)) / outline.length;
     coverage.rms = std::sqrt(squares / length);
     return coverage;
 }

@@ -10,8 +10,8 @@
 
 namespace orx::matching {
 
-// Steps are (x, y, turn, growth) of the outline about its centre, all in pixels: turn and growth are what they
-// move a point at the outline's radius by.
+// Steps are (x, y, turn, growth) of the outline about its centre, all in pixels: turn and growth are what
+// they move a point at the outline's radius by.
 class PoseProblem {
   public:
     // `radius` of the outline in the picture, pixels. A turn or a growth that is not asked for stays 0.
@@ -25,8 +25,8 @@ class PoseProblem {
 
     // All about the last solve():
     cv::Vec4d step() const { return step_; }
-    // Of the step where 1 / weight is the variance of a match's distance, and matches are independent; without
-    // the directions that are not told.
+    // Of the step where 1 / weight is the variance of a match's distance, and matches are independent;
+    // without the directions that are not told.
     const cv::Matx44d& covariance() const { return covariance_; }
     // Those directions, of length 1. A turn that was not asked for is none of them, nor is a growth.
     const std::vector<cv::Vec4d>& open() const { return open_; }

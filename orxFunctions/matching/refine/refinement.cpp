@@ -14,7 +14,7 @@ namespace orx::matching {
 namespace {
 
 // What remains of errors that follow the pixel grid, standard deviation in pixels.
-constexpr double kGridDeviation = 0.006;
+constexpr double kGridDeviation = 0.009;
 
 // One turn of the loop: how far edges may be, and which points are asked.
 struct Round {
@@ -60,7 +60,7 @@ class Refiner {
         const Coverage before = coverageAt(start);
         const CentredPose refined = settle(start);
         const Coverage after = coverageAt(refined);
-        const bool better = after.score >= before.score;
+        const bool better = after.fit >= before.fit;
         TFoundPart part;
         part.reversed = candidate_.reversed;
         const CentredPose& best = better ? refined : start;
@@ -111,9 +111,9 @@ class Refiner {
 
     double radiusAt(const CentredPose& pose) const { return outline_.radius * pose.scale; }
 
-    // Sets the variances of the found matches to what neighbours have on average, with the grid's share; gives
-    // each a weight by its distance. The number of standard deviations that inliers have is returned, 1 at the
-    // least, 0 where there are too few.
+    // Sets the variances of the found matches to what neighbours have on average, with the grid's share;
+    // gives each a weight by its distance. The number of standard deviations that inliers have is returned, 1
+    // at the least, 0 where there are too few.
     double weigh(std::vector<Match>& matches, std::vector<double>& weights) const {
         weights.assign(matches.size(), 0.0);
         std::vector<double> distances;
@@ -216,8 +216,7 @@ void Refiner::tellUncertainty(const CentredPose& pose, TFoundPart& part) const {
                                   0, 1, arm.x / radius, arm.y / radius,   //
                                   0, 0, degrees(1 / radius), 0,           //
                                   0, 0, 0, pose.scale / radius);
-    part.covariance = factor * apart / pose.scale *
-                      (toReference * problem.covariance() * toReference.t());
+    part.covariance = factor * apart / pose.scale * (toReference * problem.covariance() * toReference.t());
     part.deviationX = std::sqrt(part.covariance(0, 0));
     part.deviationY = std::sqrt(part.covariance(1, 1));
     part.deviationAngle = std::sqrt(part.covariance(2, 2));
