@@ -44,7 +44,8 @@ struct TTeachOptions {
     // [0] Least contrast of an edge that belongs to the part, grey levels of a sharp step, 0 to 255; 0 takes
     // it from the picture: a share of its strongest edges, above the noise.
     double minContrast = 0.0;
-    // [middle of the outline] The point whose place is told when the part is found, pixels of the picture.
+    // [middle of the outline] The point whose place is told when the part is found, pixels of the picture;
+    // it may lie outside, up to 1e6 pixels from the origin.
     bool hasReference = false;
     cv::Point2d reference;
     // [0] The direction whose angle is told, degrees.

@@ -20,14 +20,12 @@ using matching::OutlinePoint;
 using matching::TeachPyramid;
 using matching::TeachRegion;
 
-// More points than a part of a thousand pixels can have.
-constexpr std::size_t kMostPoints = 200000;
-
 bool isAcceptable(const TTeachOptions& options) {
     return isBetween(options.sigma, 0.5, 5) && isBetween(options.minContrast, 0, 255) &&
-           isBetween(options.levels, 0, matching::kMostLevels) && std::isfinite(options.direction) &&
+           isBetween(options.levels, 0, matching::kMostLevels) && isBetween(options.direction, -1e6, 1e6) &&
            (!options.hasReference ||
-            (std::isfinite(options.reference.x) && std::isfinite(options.reference.y)));
+            (isBetween(options.reference.x, -matching::kFarthest, matching::kFarthest) &&
+             isBetween(options.reference.y, -matching::kFarthest, matching::kFarthest)));
 }
 
 // From pixels of the picture into the model's plane.
@@ -70,7 +68,7 @@ TPartModel teach(const cv::Mat& img, const TeachRegion& region, const TTeachOpti
     auto data = std::make_shared<ModelData>();
     data->outline = matching::findOutline(pyramid, region, options.sigma, options.minContrast);
     if (data->outline.size() < matching::kLeastPoints) return matching::refusedModel(msTooFewEdges);
-    if (data->outline.size() > kMostPoints) return matching::refusedModel(msTooLarge);
+    if (data->outline.size() > matching::kMostPoints) return matching::refusedModel(msTooLarge);
 
     const cv::Point2d reference =
         options.hasReference ? options.reference : matching::boundsOf(data->outline).middle();

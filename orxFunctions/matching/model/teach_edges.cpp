@@ -14,8 +14,8 @@ namespace {
 
 // Share of the strong edges' contrast that an edge of the part must have.
 constexpr double kContrastShare = 0.3;
-// Edges are followed down to this share of what begins one.
-constexpr double kFollowed = 0.5;
+// Edges are followed down to this share of what begins one: not along the texture that they cross.
+constexpr double kFollowed = 0.8;
 // What the optics blurs as much as the finder reads 0.7 of its contrast.
 constexpr double kReadContrast = 0.7;
 // Below it steps are shading.
@@ -61,23 +61,32 @@ std::vector<OutlinePoint> edgesOf(const TeachPyramid& pyramid, int level, double
     return points;
 }
 
-void keepInside(std::vector<OutlinePoint>& points, const TeachRegion& region) {
-    // A chain that leaves the region and comes back is two.
+// Keeps the points that `counts` accepts. A chain of which something in between falls away is two.
+template <typename Counts>
+void keep(std::vector<OutlinePoint>& points, const Counts& counts) {
     std::size_t kept = 0;
     int chain = -1;
     int previousChain = -1;
-    bool wasInside = false;
+    bool wasKept = false;
     for (const OutlinePoint& point : points) {
-        const bool inside = region.contains(point.position);
-        if (inside) {
-            if (!wasInside || point.chain != previousChain) ++chain;
+        const bool isKept = counts(point);
+        if (isKept) {
+            if (!wasKept || point.chain != previousChain) ++chain;
             previousChain = point.chain;
             points[kept] = point;
             points[kept++].chain = chain;
         }
-        wasInside = inside;
+        wasKept = isKept;
     }
     points.resize(kept);
+}
+
+void keepInside(std::vector<OutlinePoint>& points, const TeachRegion& region) {
+    keep(points, [&region](const OutlinePoint& point) { return region.contains(point.position); });
+}
+
+void dropWeak(std::vector<OutlinePoint>& points, double contrast) {
+    keep(points, [contrast](const OutlinePoint& point) { return point.contrast >= contrast; });
 }
 
 // The contrast of the strong edges: half of the squared contrast belongs to stronger ones, so that any amount
@@ -150,6 +159,7 @@ std::vector<OutlinePoint> findOutline(const TeachPyramid& pyramid, const TeachRe
         points = edgesOf(pyramid, 0, sigma, kReadContrast * least);
         keepInside(points, region);
     }
+    dropWeak(points, kFollowed * least);
     dropStrays(points, least);
     return points;
 }

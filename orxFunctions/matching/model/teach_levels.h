@@ -5,12 +5,9 @@
 #include <vector>
 
 #include "orxFunctions/matching/model/model_data.h"
+#include "orxFunctions/matching/model/model_limits.h"
 
 namespace orx::matching {
-
-constexpr int kMostLevels = 8;
-// Fewer points of the outline tell a part from nothing.
-constexpr std::size_t kLeastPoints = 16;
 
 // Levels on which an outline of this size, from end to end in pixels, may be told; 1 at the least.
 int levelsFor(double extent);
