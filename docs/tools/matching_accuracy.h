@@ -87,13 +87,15 @@ inline cv::Vec4d errorOf(const orx::TPartPose& found, const scenes::PlacedPart& 
             (found.scale / truth.pose.scale - 1) * radius};
 }
 
-// A find is the part where no point of the outline is off by more than about so much, pixels; what the finder
-// states to be free does not count.
+// A find is the part where no point of the outline is off by more than about so much, pixels. What the finder
+// states to be free does not count, where a part is hidden: in full view each of them tells everything.
 constexpr double kNear = 4;
+constexpr double kHidden = 0.05;
 
 inline bool isThere(const orx::TFoundPart& found, const scenes::PlacedPart& truth) {
     cv::Vec4d error = errorOf(found.pose, truth);
-    for (const cv::Vec4d& free : found.free) error -= free * error.dot(free);
+    if (truth.hidden > kHidden)
+        for (const cv::Vec4d& free : found.free) error -= free * error.dot(free);
     return cv::norm(error) <= kNear;
 }
 

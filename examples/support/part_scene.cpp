@@ -18,7 +18,7 @@ constexpr double kDistance = 1000;
 // Optics blurs before the pixels gather light. Painted in pixels and blurred then, an edge along an axis
 // would lie up to 0.03 pixels off; in thirds of a pixel it is a thousandth. Large pictures are not worth it.
 constexpr int kFineness = 3;
-constexpr int kFineArea = 2'000'000;
+constexpr int kFineArea = 6'000'000;
 
 double radiusOf(const ScenePose& pose) { return kPartRadius * pose.scale; }
 
@@ -123,11 +123,14 @@ class Placing {
     }
 
     static bool overlap(const Laid& a, const Laid& b) {
-        const auto anyInside = [](const Loop& points, const Loop& outline) {
-            return std::any_of(points.begin(), points.end(),
-                               [&](cv::Point2d p) { return contains(outline, p); });
+        const auto anyInside = [](const Laid& one, const Laid& other) {
+            const ScenePose& pose = other.part.pose;
+            return std::any_of(one.points.begin(), one.points.end(), [&](cv::Point2d p) {
+                return std::hypot(p.x - pose.x, p.y - pose.y) <= radiusOf(pose) + 1 &&
+                       contains(other.loops.front(), p);
+            });
         };
-        return anyInside(a.points, b.loops.front()) || anyInside(b.points, a.loops.front());
+        return anyInside(a, b) || anyInside(b, a);
     }
 
     bool isInside(const ScenePose& pose) const {
@@ -313,7 +316,7 @@ PartScene renderParts(const PartSceneSettings& settings) {
 PartPicture renderPartAlone(PartKind kind, double noiseSigma, double contrast, double blurSigma) {
     constexpr double kGround = 80;
     PartPicture picture;
-    picture.pose = {80.3, 79.6, 0, 1};
+    picture.pose = {80.3, 79.6, 12, 1};
     cv::Mat ideal(cv::Size(160, 160) * kFineness, CV_32F,
                   cv::Scalar(contrast < 0 ? kGround - contrast : kGround));
     paint(ideal, lay(kind, picture.pose, 0, 0).loops, contrast < 0 ? kGround : kGround + contrast, kFineness);

@@ -1,7 +1,7 @@
 // Pictures of parts at known poses, for finding them: hidden in part, among clutter, in uneven light.
 //
 // A scene depends on its settings alone, as in synthetic_scene.h; coordinates are as there. Areas are exact
-// and blurred before pixels gather them, so edges lie where the truth says; in pictures of more than 2
+// and blurred before pixels gather them, so edges lie where the truth says; in pictures of more than 6
 // megapixels to within 0.03 pixels. Reentrant.
 #ifndef EXAMPLES_SUPPORT_PART_SCENE_H
 #define EXAMPLES_SUPPORT_PART_SCENE_H
@@ -66,8 +66,9 @@ struct PartScene {
 
 PartScene renderParts(const PartSceneSettings& settings);
 
-// A part alone at a pose, in a picture just large enough for it to teach from: exact, without noise unless it
-// is given. At angle 0 and scale 1, the origin not quite at a pixel's centre.
+// A part alone, in a picture just large enough for it to teach from, without noise unless it is given. It
+// lies a little askew: along the rows, a picture without noise would have whole edges shifted by up to 0.03
+// pixels, since all of their pixels round to grey levels alike.
 struct PartPicture {
     cv::Mat image;
     ScenePose pose;
