@@ -27,8 +27,22 @@ constexpr double kSameDistance = 2.0;
 // Candidates for each part that is asked for, and some more.
 constexpr std::size_t kMostCandidates = 16;
 constexpr std::size_t kCandidatesForPart = 4;
+// Of poses whose middles are nearer than this share of the radius one at the most is right, and those whose
+// score is less than this share of the best one's are not.
+constexpr double kOnePlace = 0.3;
+constexpr double kDominated = 0.85;
+constexpr int kMostAtOnePlace = 4;
+// Places where parts that look nearly the same after a turn are turned.
+constexpr std::size_t kTurnedPlaces = 3;
+constexpr std::size_t kTurnedPlacesForPart = 2;
 // Candidates that are followed by one thread at a time.
 constexpr int kChunk = 16;
+
+cv::Point2d turnedBy(cv::Point2d p, double angle) {
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    return {c * p.x - s * p.y, s * p.x + c * p.y};
+}
 
 SignRule signRule(const ModelData& model, const TFindOptions& options) {
     if (!model.signsAreKnown) return SignRule::any;
@@ -55,7 +69,9 @@ class Search {
             for (LevelPose& pose : poses) pose = onFinest(pose, band.bottom);
             found.insert(found.end(), poses.begin(), poses.end());
         }
-        keepBest(found, 0, kSameDistance * 2, kMostCandidates + kCandidatesForPart * maxParts());
+        keepBest(found, 0, kSameDistance * 2, kMostFollowed + kFollowedForPart * maxParts());
+        dropDominated(found);
+        found.resize(std::min(found.size(), kMostCandidates + kCandidatesForPart * maxParts()));
         std::vector<Candidate> result;
         result.reserve(found.size());
         for (const LevelPose& pose : found) result.push_back(candidateOf(pose));
@@ -65,8 +81,11 @@ class Search {
   private:
     std::size_t maxParts() const { return static_cast<std::size_t>(std::max(1, options_.maxParts)); }
 
-    // The least score on a level: greediness expects more of what has been seen.
-    double leastScore() const { return options_.minScore * (0.6 + 0.3 * options_.greediness); }
+    // The least score on a level: coarse ones blur what is thin. Greediness expects more of them.
+    double leastScore(int level) const {
+        const double blurred = level > 1 ? 0.45 : 0.6;
+        return options_.minScore * (blurred + 0.25 * options_.greediness);
+    }
 
     static LevelPose onFinest(LevelPose pose, int level) {
         pose.x = fromLevel(pose.x, level);
@@ -98,8 +117,8 @@ class Search {
         EdgeField& top = field(band.top, plan_.sigma());
         top.prepareAll();
         const DirectionMaps maps(top, rule_ != SignRule::same);
-        std::vector<LevelPose> poses =
-            searchLevel(maps, plan_, band, region(), leastScore(), kMostSeeds + kSeedsForPart * maxParts());
+        std::vector<LevelPose> poses = searchLevel(maps, plan_, band, region(), leastScore(band.top),
+                                                   kMostSeeds + kSeedsForPart * maxParts());
         for (int number = band.top; number >= band.bottom; --number) {
             if (number < band.top) {
                 for (LevelPose& pose : poses) {
@@ -110,7 +129,62 @@ class Search {
             climb(poses, band, number);
             keepBest(poses, number, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
         }
+        std::vector<LevelPose> turned = nearlyTheSame(poses, band);
+        if (!turned.empty()) {
+            climb(turned, band, band.bottom);
+            poses.insert(poses.end(), turned.begin(), turned.end());
+            keepBest(poses, band.bottom, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
+        }
+        refine(poses, band);
         return poses;
+    }
+
+    bool areAtOnePlace(const LevelPose& a, const LevelPose& b, int number) const {
+        const double radius = std::ldexp(plan_.radius() * a.scale, -number);
+        return std::hypot(a.x - b.x, a.y - b.y) < kOnePlace * radius;
+    }
+
+    // The best pose at each place, turned as far as coarse levels may have mistaken it.
+    std::vector<LevelPose> nearlyTheSame(const std::vector<LevelPose>& poses, const ScaleBand& band) const {
+        std::vector<LevelPose> turned;
+        std::vector<LevelPose> places;
+        for (const LevelPose& pose : poses) {
+            if (places.size() >= kTurnedPlaces + kTurnedPlacesForPart * maxParts()) break;
+            const bool isKnown = std::any_of(places.begin(), places.end(), [&](const LevelPose& other) {
+                return areAtOnePlace(other, pose, band.bottom);
+            });
+            if (isKnown) continue;
+            places.push_back(pose);
+            for (const double turn : plan_.nearTurns(band.bottom, pose.scale)) {
+                LevelPose other = pose;
+                other.angle = pose.angle + turn;
+                if (!plan_.isAllowed(other.angle)) continue;
+                const double unit = std::ldexp(pose.scale, -band.bottom);
+                const cv::Point2d centre = turnedBy(plan_.symmetryCentre() * unit, pose.angle);
+                const cv::Point2d back = turnedBy(plan_.symmetryCentre() * unit, other.angle);
+                other.x += centre.x - back.x;
+                other.y += centre.y - back.y;
+                turned.push_back(other);
+            }
+        }
+        return turned;
+    }
+
+    // Without those that a better one at the same place leaves no chance.
+    void dropDominated(std::vector<LevelPose>& poses) const {
+        if (options_.maxOverlap >= 1) return;
+        std::vector<LevelPose> kept;
+        for (const LevelPose& pose : poses) {
+            int better = 0;
+            bool isDominated = false;
+            for (const LevelPose& other : kept) {
+                if (!areAtOnePlace(other, pose, 0)) continue;
+                ++better;
+                isDominated = isDominated || pose.score < kDominated * other.score;
+            }
+            if (!isDominated && better < kMostAtOnePlace) kept.push_back(pose);
+        }
+        poses.swap(kept);
     }
 
     // Where the outline lies, as far as its points may move while climbing.
@@ -140,10 +214,18 @@ class Search {
                 pose = score.climbed(pose);
             }
         });
-        const double least = leastScore();
+        const double least = leastScore(number);
         poses.erase(std::remove_if(poses.begin(), poses.end(),
                                    [least](const LevelPose& pose) { return !(pose.score >= least); }),
                     poses.end());
+    }
+
+    void refine(std::vector<LevelPose>& poses, const ScaleBand& band) {
+        const EdgeField& edges = field(band.bottom);
+        platform::parallelFor(static_cast<int>(poses.size()), [&](int i) {
+            LevelPose& pose = poses[static_cast<std::size_t>(i)];
+            pose = PoseScore(edges, plan_, band, band.bottom, rule_).refined(pose);
+        });
     }
 
     bool areSame(const LevelPose& a, const LevelPose& b, int number, double distance) const {
@@ -171,9 +253,9 @@ class Search {
     Candidate candidateOf(const LevelPose& pose) const {
         Candidate candidate;
         const double angle = std::remainder(pose.angle, 2 * kPi);
-        const cv::Point2d middle = plan_.middle() * pose.scale;
-        candidate.pose.x = pose.x - (std::cos(angle) * middle.x - std::sin(angle) * middle.y);
-        candidate.pose.y = pose.y - (std::sin(angle) * middle.x + std::cos(angle) * middle.y);
+        const cv::Point2d middle = turnedBy(plan_.middle() * pose.scale, angle);
+        candidate.pose.x = pose.x - middle.x;
+        candidate.pose.y = pose.y - middle.y;
         candidate.pose.angle = degrees(angle);
         candidate.pose.scale = pose.scale;
         candidate.reversed = pose.reversed || (options_.polarity == ppReversed && rule_ == SignRule::same);

@@ -1,8 +1,7 @@
 #include "orxFunctions/matching/search/direction_maps.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/platform/parallel_internal.h"
@@ -10,46 +9,20 @@
 namespace orx::matching {
 namespace {
 
-using search_kernels::Kernels;
-using search_kernels::ResponseRanks;
-
-// For directions in the same bin, in neighbouring bins and two bins (45 degrees) apart: about the cosine.
-constexpr std::array<std::uint8_t, search_kernels::kRanks> kResponses = {search_kernels::kBestResponse, 13,
-                                                                         7};
 constexpr int kStripeRows = 32;
 
-void addBin(ResponseRanks& ranks, std::size_t rank, int bin) {
-    const int wrapped = bin & (DirectionMaps::kBins - 1);
-    std::uint8_t& bits = wrapped < 8 ? ranks.low[rank] : ranks.high[rank];
-    bits = static_cast<std::uint8_t>(bits | (1U << (wrapped & 7)));
+std::int32_t packedDirection(int bin) {
+    const double angle = bin * 2 * kPi / DirectionMaps::kBins;
+    const auto low = static_cast<std::uint16_t>(cvRound(search_kernels::kFieldUnit * std::cos(angle)));
+    const auto high = static_cast<std::uint16_t>(cvRound(search_kernels::kFieldUnit * std::sin(angle)));
+    return static_cast<std::int32_t>(low | (static_cast<std::uint32_t>(high) << 16));
 }
 
-ResponseRanks ranksOf(int bin, bool anySign) {
-    ResponseRanks ranks{};
-    for (std::size_t rank = 0; rank < search_kernels::kRanks; ++rank) {
-        ranks.value[rank] = kResponses[rank];
-        for (const int turn : {0, DirectionMaps::kBins / 2}) {
-            if (turn != 0 && !anySign) continue;
-            addBin(ranks, rank, bin + turn + static_cast<int>(rank));
-            addBin(ranks, rank, bin + turn - static_cast<int>(rank));
-        }
-    }
-    return ranks;
+// The larger of both, in both.
+void joinSigns(std::uint8_t* along, std::uint8_t* against, std::size_t width) {
+    for (std::size_t i = 0; i < width; ++i) along[i] = std::max(along[i], against[i]);
+    std::copy_n(along, width, against);
 }
-
-// Bits of the bins for each pixel, in a frame of zeros.
-struct BinImage {
-    explicit BinImage(cv::Size size)
-        : low(cv::Mat::zeros(size.height + 2, size.width + 2 + static_cast<int>(search_kernels::kRowPadding),
-                             CV_8UC1)),
-          high(low.clone()) {}
-
-    std::uint8_t* lowRow(int r) { return low.ptr(r + 1) + 1; }
-    std::uint8_t* highRow(int r) { return high.ptr(r + 1) + 1; }
-
-    cv::Mat low;
-    cv::Mat high;
-};
 
 }  // namespace
 
@@ -57,34 +30,21 @@ DirectionMaps::DirectionMaps(const EdgeField& field, bool anySign)
     : size_(field.size()),
       maps_(
           cv::Mat::zeros(kBins * (size_.height + 2 * kBlockRows), size_.width + 2 * kBlockColumns, CV_8UC1)) {
-    const Kernels& kernels = search_kernels::chosen();
-    std::array<ResponseRanks, kBins> ranks{};
-    for (int bin = 0; bin < kBins; ++bin) ranks[static_cast<std::size_t>(bin)] = ranksOf(bin, anySign);
-    BinImage bins(size_);
+    const search_kernels::Kernels& kernels = search_kernels::chosen();
     const auto width = static_cast<std::size_t>(size_.width);
-    const int stripes = (size_.height + kStripeRows - 1) / kStripeRows;
-    const auto forRows = [&](int stripe, const auto& body) {
-        const int end = std::min(size_.height, (stripe + 1) * kStripeRows);
-        for (int r = stripe * kStripeRows; r < end; ++r) body(r);
+    const auto rowOf = [&](int bin, int r) {
+        return maps_.ptr(kBlockRows + bin * (size_.height + 2 * kBlockRows) + r) + kBlockColumns;
     };
-    platform::parallelFor(stripes, [&](int stripe) {
-        forRows(stripe, [&](int r) { kernels.binRow(field.row(r), width, bins.lowRow(r), bins.highRow(r)); });
-    });
-    platform::parallelFor(stripes, [&](int stripe) {
-        std::vector<std::uint8_t> low(width + search_kernels::kRowPadding);
-        std::vector<std::uint8_t> high(low.size());
-        std::vector<std::uint8_t> responses(low.size());
-        forRows(stripe, [&](int r) {
-            kernels.spreadRow(bins.lowRow(r - 1), bins.lowRow(r), bins.lowRow(r + 1), width, low.data());
-            kernels.spreadRow(bins.highRow(r - 1), bins.highRow(r), bins.highRow(r + 1), width, high.data());
-            for (int bin = 0; bin < kBins; ++bin) {
-                kernels.responseRow(low.data(), high.data(), ranks[static_cast<std::size_t>(bin)], width,
-                                    responses.data());
-                std::copy_n(
-                    responses.data(), width,
-                    maps_.ptr(kBlockRows + bin * (size_.height + 2 * kBlockRows) + r) + kBlockColumns);
+    platform::parallelFor((size_.height + kStripeRows - 1) / kStripeRows, [&](int stripe) {
+        const int end = std::min(size_.height, (stripe + 1) * kStripeRows);
+        for (int r = stripe * kStripeRows; r < end; ++r) {
+            for (int bin = 0; bin < kBins / 2; ++bin) {
+                std::uint8_t* along = rowOf(bin, r);
+                std::uint8_t* against = rowOf(bin + kBins / 2, r);
+                kernels.responseRow(field.row(r), packedDirection(bin), width, along, against);
+                if (anySign) joinSigns(along, against, width);
             }
-        });
+        }
     });
 }
 

@@ -11,10 +11,11 @@
 
 namespace orx::matching {
 
-// A map of responses, 0 to search_kernels::kBestResponse, for each of 16 directions: the best that the edges
-// of a pixel and its eight neighbours give. All maps lie in one block of memory, each in a margin of zeros.
-// S. Hinterstoisser et al., "Gradient response maps for real-time detection of textureless objects", IEEE
-// Transactions on Pattern Analysis and Machine Intelligence 34 (2012).
+// A map of responses, 0 to search_kernels::kBestResponse, for each of 16 directions: the cosines between it
+// and the directions of a field, so that an edge answers as far as a pixel beside its crest. All maps lie in
+// one block of memory, each in a margin of zeros. S. Hinterstoisser et al., "Gradient response maps for
+// real-time detection of textureless objects", IEEE Transactions on Pattern Analysis and Machine Intelligence
+// 34 (2012).
 class DirectionMaps {
   public:
     static constexpr int kBins = 16;

@@ -11,28 +11,18 @@
 namespace orx::search_kernels {
 
 constexpr int kFieldUnit = 256;
-// Rows of bytes and of magnitudes are processed in whole vectors: elements that can be read and written after
-// each row.
-constexpr std::size_t kRowPadding = 32;
+// Rows of a field are read in whole vectors: elements that can be read after each row.
+constexpr std::size_t kRowPadding = 16;
 
 // Places that sumRows looks at side by side.
 constexpr std::size_t kBlockColumns = 64;
 // A response is this at most, so that 8 bits hold the sum of kByteSum of them.
-constexpr int kBestResponse = 15;
-constexpr std::size_t kByteSum = 17;
+constexpr int kBestResponse = 16;
+constexpr std::size_t kByteSum = 15;
 
 // The window of places around a pose that windowSums looks at.
 constexpr int kWindowRows = 5;
 constexpr int kWindowColumns = 8;
-
-// Which directions answer a model's direction, by the difference of their bins: bits of the bins 0 to 7 and
-// 8 to 15.
-constexpr std::size_t kRanks = 3;
-struct ResponseRanks {
-    std::uint8_t low[kRanks];
-    std::uint8_t high[kRanks];
-    std::uint8_t value[kRanks];  // falling
-};
 
 // Points of a model, turned and scaled: where they lie against the pose, in 16-bit elements of the field, and
 // their normals, kFieldUnit long: x in the low half, y in the high one.
@@ -47,15 +37,11 @@ struct Kernels {
     // before the row and one after it. Pixels whose squared magnitude is below `least` (above 0) are 0.
     void (*fieldRow)(const std::int16_t* gradient, const std::int32_t* above, const std::int32_t* centre,
                      const std::int32_t* below, std::size_t width, float least, std::int16_t* out);
-    // For each pixel of a field that is near a crest the bit of its direction's bin of 16 over the full turn,
-    // bins 0 to 7 in low, 8 to 15 in high; 0 elsewhere.
-    void (*binRow)(const std::int16_t* field, std::size_t width, std::uint8_t* low, std::uint8_t* high);
-    // The bits of each pixel's 3 x 3 neighbours; one readable byte before each row and one after it.
-    void (*spreadRow)(const std::uint8_t* above, const std::uint8_t* centre, const std::uint8_t* below,
-                      std::size_t width, std::uint8_t* out);
-    // How well the directions at each pixel answer one direction of a model.
-    void (*responseRow)(const std::uint8_t* low, const std::uint8_t* high, const ResponseRanks& ranks,
-                        std::size_t width, std::uint8_t* out);
+    // How well the pixels of a row of a field answer a direction, and the opposite one: the field times the
+    // normal (packed as in PlacedPoints), kBestResponse where they agree, 0 where they are across or against
+    // one another. Rows of the field have kRowPadding readable elements to spare.
+    void (*responseRow)(const std::int16_t* field, std::int32_t normal, std::size_t width,
+                        std::uint8_t* along, std::uint8_t* against);
     // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits.
     // Returns the largest sum.
     std::int32_t (*sumRows)(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,

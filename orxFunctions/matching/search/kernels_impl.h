@@ -54,50 +54,24 @@ inline void fieldRow(const std::int16_t* gradient, const std::int32_t* above, co
     }
 }
 
-// The bin of a direction: 0 about the x axis, 4 about the y axis.
-inline std::int32_t binOf(std::int32_t x, std::int32_t y) {
-    const std::int32_t ax = x < 0 ? -x : x;
-    const std::int32_t ay = y < 0 ? -y : y;
-    // Tangents of 11.25, 33.75, 56.25 and 78.75 degrees in 1/256.
-    const std::int32_t quarter = (256 * ay > 51 * ax ? 1 : 0) + (256 * ay > 171 * ax ? 1 : 0) +
-                                 (256 * ay > 383 * ax ? 1 : 0) + (256 * ay > 1287 * ax ? 1 : 0);
-    const std::int32_t half = x < 0 ? 8 - quarter : quarter;
-    return (y < 0 ? 16 - half : half) & 15;
-}
-
-inline void binRow(const std::int16_t* field, std::size_t width, std::uint8_t* low, std::uint8_t* high) {
-    constexpr std::int32_t kNear = kFieldUnit * kFieldUnit / 4;
-    for (std::size_t i = 0; i < width; ++i) {
-        const std::int32_t x = field[2 * i];
-        const std::int32_t y = field[2 * i + 1];
-        const std::int32_t bit = x * x + y * y < kNear ? 0 : 1 << binOf(x, y);
-        low[i] = static_cast<std::uint8_t>(bit & 255);
-        high[i] = static_cast<std::uint8_t>(bit >> 8);
-    }
-}
-
-inline VecB aroundColumn(const std::uint8_t* row) {
-    return VecB::load(row - 1) | VecB::load(row) | VecB::load(row + 1);
-}
-
-inline void spreadRow(const std::uint8_t* above, const std::uint8_t* centre, const std::uint8_t* below,
-                      std::size_t width, std::uint8_t* out) {
-    for (std::size_t i = 0; i < width; i += VecB::kLanes) {
-        (aroundColumn(above + i) | aroundColumn(centre + i) | aroundColumn(below + i)).store(out + i);
-    }
-}
-
-inline void responseRow(const std::uint8_t* low, const std::uint8_t* high, const ResponseRanks& ranks,
-                        std::size_t width, std::uint8_t* out) {
-    for (std::size_t i = 0; i < width; i += VecB::kLanes) {
-        const VecB lowBits = VecB::load(low + i);
-        const VecB highBits = VecB::load(high + i);
-        VecB best = VecB::all(0);
-        for (std::size_t k = 0; k < kRanks; ++k) {
-            const VecB hit = (lowBits & VecB::all(ranks.low[k])) | (highBits & VecB::all(ranks.high[k]));
-            best = max(best, andNot(isZero(hit), VecB::all(ranks.value[k])));
+inline void responseRow(const std::int16_t* field, std::int32_t normal, std::size_t width,
+                        std::uint8_t* along, std::uint8_t* against) {
+    constexpr std::size_t kChunk = 64;
+    constexpr int kShift = 12;  // from kFieldUnit squared to kBestResponse
+    std::int32_t products[kChunk];
+    for (std::size_t from = 0; from < width; from += kChunk) {
+        const std::size_t count = width - from < kChunk ? width - from : kChunk;
+        for (std::size_t i = 0; i < count; i += VecI::kLanes) {
+            pairProducts(VecI::loadPairs(field + 2 * (from + i)), VecI::all(normal)).store(products + i);
         }
-        best.store(out + i);
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::int32_t rounded = (larger(products[i], 0) + (1 << (kShift - 1))) >> kShift;
+            along[from + i] = static_cast<std::uint8_t>(rounded);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::int32_t rounded = (larger(-products[i], 0) + (1 << (kShift - 1))) >> kShift;
+            against[from + i] = static_cast<std::uint8_t>(rounded);
+        }
     }
 }
 
@@ -172,8 +146,7 @@ inline void windowMagnitudes(const std::int16_t* field, std::ptrdiff_t step, con
     addWindows<true>(field, step, points, sums);
 }
 
-inline constexpr Kernels kKernels = {fieldRow, binRow,     spreadRow,       responseRow,
-                                     sumRows,  windowSums, windowMagnitudes};
+inline constexpr Kernels kKernels = {fieldRow, responseRow, sumRows, windowSums, windowMagnitudes};
 
 }  // namespace orx::search_kernels::ORX_SIMD
 

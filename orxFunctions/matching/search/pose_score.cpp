@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "orxFunctions/foundation/angles_internal.h"
 
@@ -15,9 +16,15 @@ using search_kernels::kWindowRows;
 // From the window's top-left place to its middle.
 constexpr int kMiddleColumn = 3;
 constexpr int kMiddleRow = 2;
+// Points that are looked at in a climb.
+constexpr std::size_t kMostPoints = 160;
+// Steps to the summit between the pixels, pixels.
+constexpr double kFineStep = 0.5;
 // A climb ends after so many steps one way.
-constexpr int kMostSteps = 6;
+constexpr int kMostSteps = 5;
+constexpr int kScannedSteps = 2;
 constexpr int kMostMoves = 3;
+constexpr std::int32_t kUnknown = std::numeric_limits<std::int32_t>::min();
 
 // Of a parabola through three values at -1, 0 and 1, the middle one the largest.
 double summit(double before, double middle, double after) {
@@ -58,8 +65,8 @@ void PoseScore::place(int x, int y, double angle, double scale) {
     const cv::Size size = field_.size();
     offsets_.clear();
     normals_.clear();
-    pointCount_ = points.size();
-    for (std::size_t i = 0; i < points.size(); ++i) {
+    pointCount_ = std::min(points.size(), kMostPoints);
+    for (std::size_t i = 0; i < pointCount_; ++i) {
         const int dx = cvRound(cu * points.x[i] - su * points.y[i]);
         const int dy = cvRound(su * points.x[i] + cu * points.y[i]);
         const int left = x - kMiddleColumn + dx;
@@ -120,46 +127,52 @@ double PoseScore::allowedAngle(double angle) const {
     return std::clamp(angle, plan_.startAngle(), plan_.startAngle() + plan_.angleRange());
 }
 
+template <typename LookAtStep>
+double PoseScore::climbSteps(Place& best, const LookAtStep& lookAtStep) {
+    std::array<Place, 2 * kMostSteps + 1> places;
+    const auto placeAt = [&](int i) -> Place& { return places[static_cast<std::size_t>(i + kMostSteps)]; };
+    placeAt(0) = best;
+    int top = 0;
+    for (int i = 1; i <= kScannedSteps; ++i) {
+        for (const int step : {i, -i}) {
+            placeAt(step) = lookAtStep(step, best);
+            if (placeAt(step).value > placeAt(top).value) top = step;
+        }
+    }
+    for (bool rises = true; rises && std::abs(top) < kMostSteps;) {
+        rises = false;
+        const int summitStep = top;
+        for (const int step : {summitStep - 1, summitStep + 1}) {
+            if (placeAt(step).value == kUnknown) placeAt(step) = lookAtStep(step, placeAt(summitStep));
+            if (placeAt(step).value > placeAt(top).value) {
+                top = step;
+                rises = true;
+            }
+        }
+    }
+    best = placeAt(top);
+    if (std::abs(top) == kMostSteps) return top;
+    return top + summit(placeAt(top - 1).value, best.value, placeAt(top + 1).value);
+}
+
 // Returns the angle of the summit.
 double PoseScore::climbAngle(Place& best, double step) {
-    double before = best.value;
-    double after = best.value;
-    for (const int sign : {1, -1}) {
-        for (int i = 0; i < kMostSteps; ++i) {
-            const double angle = allowedAngle(best.angle + sign * step);
-            if (std::abs(angle - best.angle) < 1e-9) break;
-            const Place next = bestPlace(best.x, best.y, angle, best.scale);
-            if (next.value <= best.value) {
-                (sign > 0 ? after : before) = next.value;
-                break;
-            }
-            (sign > 0 ? before : after) = best.value;
-            best = next;
-        }
-        if (sign > 0 && before < best.value) break;  // it went up: what lies behind is known
-    }
-    return allowedAngle(best.angle + step * summit(before, best.value, after));
+    const double middle = best.angle;
+    const double summitStep = climbSteps(best, [&](int i, const Place& near) {
+        const double angle = allowedAngle(middle + i * step);
+        return bestPlace(near.x, near.y, angle, near.scale);
+    });
+    return allowedAngle(middle + summitStep * step);
 }
 
 double PoseScore::climbScale(Place& best, double step) {
-    double before = best.value;
-    double after = best.value;
-    for (const int sign : {1, -1}) {
-        for (int i = 0; i < kMostSteps; ++i) {
-            const double scale = std::clamp(best.scale * (1 + sign * step), band_.least, band_.most);
-            if (std::abs(scale - best.scale) < 1e-9) break;
-            const Place next = bestPlace(best.x, best.y, best.angle, scale);
-            if (next.value <= best.value) {
-                (sign > 0 ? after : before) = next.value;
-                break;
-            }
-            (sign > 0 ? before : after) = best.value;
-            best = next;
-        }
-        if (sign > 0 && before < best.value) break;
-    }
-    const double scale = best.scale * (1 + step * summit(before, best.value, after));
-    return std::clamp(scale, band_.least, band_.most);
+    const double middle = best.scale;
+    const auto scaleAt = [&](double i) {
+        return std::clamp(middle * (1 + i * step), band_.least, band_.most);
+    };
+    const double summitStep = climbSteps(
+        best, [&](int i, const Place& near) { return bestPlace(near.x, near.y, near.angle, scaleAt(i)); });
+    return scaleAt(summitStep);
 }
 
 LevelPose PoseScore::climbed(const LevelPose& start) {
@@ -184,6 +197,78 @@ LevelPose PoseScore::climbed(const LevelPose& start) {
     const double most = static_cast<double>(pointCount_) * kFieldUnit * kFieldUnit;
     pose.score = most > 0 ? best.value / most : 0.0;
     return pose;
+}
+
+double PoseScore::exactScore(const LevelPose& pose, std::size_t count) const {
+    const SearchPoints& points = plan_.points(level_, pose.scale);
+    count = std::min(count, points.size());
+    if (count == 0) return 0;
+    const double unit = std::ldexp(pose.scale, -level_);
+    const auto c = static_cast<float>(std::cos(pose.angle));
+    const auto s = static_cast<float>(std::sin(pose.angle));
+    const auto cu = static_cast<float>(unit * std::cos(pose.angle));
+    const auto su = static_cast<float>(unit * std::sin(pose.angle));
+    const auto px = static_cast<float>(pose.x);
+    const auto py = static_cast<float>(pose.y);
+    const cv::Size size = field_.size();
+    float sum = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const float x = px + cu * points.x[i] - su * points.y[i];
+        const float y = py + su * points.x[i] + cu * points.y[i];
+        if (!(x > -1.0F && y > -1.0F && x < static_cast<float>(size.width) &&
+              y < static_cast<float>(size.height))) {
+            continue;
+        }
+        const int left = cvFloor(x);
+        const int above = cvFloor(y);
+        const float u = x - static_cast<float>(left);
+        const float v = y - static_cast<float>(above);
+        const float nx = c * points.normalX[i] - s * points.normalY[i];
+        const float ny = s * points.normalX[i] + c * points.normalY[i];
+        const std::int16_t* pair = field_.row(above) + 2 * left;
+        const std::int16_t* below = pair + field_.step();
+        const auto along = [&](const std::int16_t* p) {
+            return nx * static_cast<float>(p[0]) + ny * static_cast<float>(p[1]);
+        };
+        const float value = (1 - v) * ((1 - u) * along(pair) + u * along(pair + 2)) +
+                            v * ((1 - u) * along(below) + u * along(below + 2));
+        sum += rule_ == SignRule::any ? std::abs(value) : value;
+    }
+    const float seen = rule_ == SignRule::either ? std::abs(sum) : sum;
+    return static_cast<double>(seen) / (kFieldUnit * static_cast<double>(count));
+}
+
+LevelPose PoseScore::refined(const LevelPose& pose) const {
+    LevelPose best = pose;
+    best.score = exactScore(best, kMostPoints);
+    const double turn = kFineStep / std::max(2.0, std::ldexp(plan_.radius() * pose.scale, -level_));
+    const auto improve = [&](double LevelPose::*member, double step) {
+        LevelPose before = best;
+        LevelPose after = best;
+        before.*member -= step;
+        after.*member += step;
+        before.score = exactScore(before, kMostPoints);
+        after.score = exactScore(after, kMostPoints);
+        const LevelPose& better = before.score > after.score ? before : after;
+        LevelPose next = best;
+        if (better.score > best.score) {
+            next = better;
+        } else {
+            next.*member += step * summit(before.score, best.score, after.score);
+            next.score = exactScore(next, kMostPoints);
+        }
+        if (next.score >= best.score) best = next;
+    };
+    improve(&LevelPose::x, kFineStep);
+    improve(&LevelPose::y, kFineStep);
+    if (plan_.angleRange() > 0) improve(&LevelPose::angle, turn);
+    if (band_.most > band_.least) improve(&LevelPose::scale, turn * pose.scale);
+    improve(&LevelPose::x, kFineStep / 2);
+    improve(&LevelPose::y, kFineStep / 2);
+    best.angle = allowedAngle(best.angle);
+    best.scale = std::clamp(best.scale, band_.least, band_.most);
+    best.score = exactScore(best, plan_.points(level_, best.scale).size());
+    return best;
 }
 
 }  // namespace orx::matching

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -41,6 +42,8 @@ class PoseScore {
 
     // Climbs from a pose that is a few pixels off to the best one nearby.
     LevelPose climbed(const LevelPose& start);
+    // A pose that climbed() gave, moved to the summit between the pixels, with the score of all points.
+    LevelPose refined(const LevelPose& pose) const;
 
   private:
     // The best place of a window, and its sums.
@@ -49,16 +52,23 @@ class PoseScore {
         int y = 0;
         double angle = 0.0;
         double scale = 1.0;
-        std::int32_t sum = 0;  // signed
-        std::int32_t value = -1;
-        double offsetX = 0.0;  // of the summit between the pixels
+        std::int32_t sum = 0;                                           // signed
+        std::int32_t value = std::numeric_limits<std::int32_t>::min();  // unknown
+        double offsetX = 0.0;                                           // of the summit between the pixels
         double offsetY = 0.0;
     };
 
     Place bestPlace(int x, int y, double angle, double scale);
     Place lookAt(int x, int y, double angle, double scale);
     void place(int x, int y, double angle, double scale);
+    // Interpolates the field between pixels, at the points' first `count`.
+    double exactScore(const LevelPose& pose, std::size_t count) const;
     std::int32_t valueOf(std::int32_t sum) const;
+    // Steps to the best of the poses that lookAtStep(i, near) gives for the steps i to either side of 0: of
+    // those near 0 first, then as long as it gets better. `best` becomes that pose; returns the summit's
+    // place between the steps.
+    template <typename LookAtStep>
+    double climbSteps(Place& best, const LookAtStep& lookAtStep);
     double climbAngle(Place& best, double step);
     double climbScale(Place& best, double step);
     double allowedAngle(double angle) const;

@@ -12,17 +12,21 @@ namespace {
 // On the top level the outline is at least so far from its middle, root mean square, pixels.
 constexpr double kLeastRadius = 6;
 // Steps of angle and scale on the top level move no point by more than this, pixels. Half of it, and half a
-// pixel of the place, the spread directions of the maps bear.
-constexpr double kTopStep = 1.5;
+// pixel of the place, the width of edges in the maps bears.
+constexpr double kTopStep = 1.25;
 // Scales that are searched together differ by this factor at the most.
 constexpr double kWidestBand = 1.5;
-constexpr std::size_t kMostPoints = 160;
+constexpr std::size_t kMostPoints = 1024;
 // Of the contrast that an edge must have a thin part on a coarse level keeps this share.
 constexpr double kContrastShare = 0.55;
 // Noise makes few gradients this many times its standard deviation.
 constexpr double kNoiseFactor = 3.5;
 constexpr double kLeastNoise = 0.29;  // of rounding
 constexpr double kPictureBlur = 0.5;  // pixels of a level, of a sharp picture
+
+// Of a part that looks nearly the same at every angle the angles are looked at in such steps, pixels at its
+// rim: climbing bridges them.
+constexpr double kNearTurn = 4;
 
 // An order in which any first part of a sequence is spread evenly over all of it.
 std::vector<std::size_t> spreadOrder(std::size_t count) {
@@ -68,8 +72,10 @@ SearchPlan::SearchPlan(const ModelData& model, const TFindOptions& options, cv::
       noise_(options.noise) {
     addLevels(model, options.polarity == ppReversed && model.signsAreKnown);
     if (levels_.empty()) return;
-    const int symmetry = model.report.symmetry;
-    period_ = symmetry > 0 ? 2 * kPi / symmetry : 0.0;
+    symmetry_ = model.report.symmetry;
+    nearSymmetry_ = model.report.nearSymmetry;
+    symmetryCentre_ = model.report.symmetryCentre - middle_;
+    period_ = symmetry_ > 0 ? 2 * kPi / symmetry_ : 0.0;
     angleRange_ = std::min(angleRange_, period_);
     // Equal factors, none wider than a band.
     const double ratio = options.maxScale / options.minScale;
@@ -100,6 +106,22 @@ void SearchPlan::addLevels(const ModelData& model, bool reversed) {
 std::size_t SearchPlan::modelLevel(int level, double scale) const {
     const double wanted = std::round(level - std::log2(scale));
     return static_cast<std::size_t>(std::clamp(wanted, 0.0, static_cast<double>(levels_.size()) - 1));
+}
+
+std::vector<double> SearchPlan::nearTurns(int level, double scale) const {
+    std::vector<double> turns;
+    if (symmetry_ == 0 || angleRange_ <= 0 || nearSymmetry_ == 1 || nearSymmetry_ == symmetry_) return turns;
+    const double radius = std::max(1.0, std::ldexp(radius_ * scale, -level));
+    const int count = nearSymmetry_ > 0 ? std::max(1, nearSymmetry_ / symmetry_)
+                                        : static_cast<int>(std::ceil(period_ * radius / kNearTurn));
+    for (int i = 1; i < count; ++i) turns.push_back(period_ * i / count);
+    return turns;
+}
+
+bool SearchPlan::isAllowed(double angle) const {
+    if (anglesAreClosed() || period_ <= 0) return true;
+    const double turned = angle - startAngle_;
+    return turned - period_ * std::floor(turned / period_) <= angleRange_;
 }
 
 double SearchPlan::leastSlope(int level) const {

@@ -52,10 +52,17 @@ class SearchPlan {
     double radius() const { return radius_; }
     // Radians after which the part looks the same; 0 if it does at every angle.
     double period() const { return period_; }
+    // Turns about symmetryCentre(), counted from the middle of the outline, after which the part looks nearly
+    // the same, so that coarse levels may take one for the other; radians. `level`: where they are told
+    // apart.
+    std::vector<double> nearTurns(int level, double scale) const;
+    cv::Point2d symmetryCentre() const { return symmetryCentre_; }
     // Angles that candidates may have, radians.
     double startAngle() const { return startAngle_; }
     double angleRange() const { return angleRange_; }
     bool anglesAreClosed() const { return period_ > 0 && angleRange_ >= period_; }
+    // Whether the angle, or one that looks the same, lies in the range.
+    bool isAllowed(double angle) const;
     double sigma() const { return sigma_; }  // smoothing of gradients
     // The least slope of the gradient that is an edge on a level, grey levels a pixel.
     double leastSlope(int level) const;
@@ -73,6 +80,9 @@ class SearchPlan {
     double radius_ = 0.0;
     double typicalRadius_ = 0.0;
     double period_ = 0.0;
+    int symmetry_ = 1;
+    int nearSymmetry_ = 1;
+    cv::Point2d symmetryCentre_;
     double startAngle_ = 0.0;
     double angleRange_ = 0.0;
     double sigma_ = 1.0;
