@@ -37,17 +37,18 @@ void dropShortRuns(const ReadyOutline& outline, const std::vector<Match>& matche
 
 }  // namespace
 
-Coverage coverageOf(const ReadyOutline& outline, const WindowEdges& edges, const CentredPose& pose,
-                    bool eitherSign) {
-    const double most = kMostDistance * std::max(1.0, pose.scale);
-    const EdgeWish wish{std::min(most + 0.5, double{WindowEdges::kLargestReach}), radians(kMostTurn),
-                        eitherSign};
-    std::vector<Match> matches;
-    matchOutline(outline, edges, pose, wish, 1, matches);
+double seenDistance(double scale) { return kMostDistance * std::max(1.0, scale); }
+
+Coverage coverageOf(const ReadyOutline& outline, const std::vector<Match>& matches, double scale) {
+    const double most = seenDistance(scale);
+    const double mostTurn = radians(kMostTurn);
     Coverage coverage;
     coverage.seen.resize(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
-        coverage.seen[i] = matches[i].found && std::abs(matches[i].distance) <= most ? 1 : 0;
+        const Match& match = matches[i];
+        const bool isSeen =
+            match.found && std::abs(match.distance) <= most && std::abs(match.turn) <= mostTurn;
+        coverage.seen[i] = isSeen ? 1 : 0;
     }
     dropShortRuns(outline, matches, coverage.seen);
     double length = 0;

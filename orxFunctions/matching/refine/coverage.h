@@ -15,10 +15,13 @@ struct Coverage {
     std::vector<unsigned char> seen;  // for each point of the outline
 };
 
-// A point is seen where an edge of its direction lies next to it, and next to some of its neighbours without
-// a jump: what texture does by chance for a point or two counts for nothing.
-Coverage coverageOf(const ReadyOutline& outline, const WindowEdges& edges, const CentredPose& pose,
-                    bool eitherSign);
+// How far the edges of a point that is seen may be, pixels in the picture.
+double seenDistance(double scale);
+
+// From the matches of a pose, of every point, and at least as far as seenDistance(). A point is seen where an
+// edge of its direction lies next to it, and next to some of its neighbours without a jump: what texture does
+// by chance for a point or two counts for nothing.
+Coverage coverageOf(const ReadyOutline& outline, const std::vector<Match>& matches, double scale);
 
 }  // namespace orx::matching
 

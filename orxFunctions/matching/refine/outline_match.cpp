@@ -145,10 +145,13 @@ void matchOutline(const ReadyOutline& outline, const WindowEdges& edges, const C
     constexpr double kBeyond = 1.0;
     const double c = std::cos(pose.angle);
     const double s = std::sin(pose.angle);
-    matches.assign(outline.points.size(), {});
-    for (std::size_t i = 0; i < matches.size(); i += static_cast<std::size_t>(stride)) {
+    matches.resize(outline.points.size());
+    const auto every = static_cast<std::size_t>(stride);
+    for (std::size_t i = 0; i < matches.size(); ++i) {
         const ReadyPoint& point = outline.points[i];
         Match& match = matches[i];
+        match.found = false;
+        if (i % every != 0) continue;
         const cv::Point2d turned(c * point.position.x - s * point.position.y,
                                  s * point.position.x + c * point.position.y);
         match.arm = pose.scale * turned;

@@ -5,10 +5,19 @@ namespace orx::matching {
 PoseProblem::PoseProblem(double radius, bool turns, bool grows)
     : radius_(radius), turns_(turns), grows_(grows) {}
 
-void PoseProblem::add(const Match& match, double weight) {
+cv::Vec4d PoseProblem::slope(const Match& match) const {
     const cv::Point2d n = match.normal;
-    const cv::Vec4d row(n.x, n.y, turns_ ? (match.arm.x * n.y - match.arm.y * n.x) / radius_ : 0.0,
-                        grows_ ? match.arm.dot(n) / radius_ : 0.0);
+    return {n.x, n.y, turns_ ? (match.arm.x * n.y - match.arm.y * n.x) / radius_ : 0.0,
+            grows_ ? match.arm.dot(n) / radius_ : 0.0};
+}
+
+void PoseProblem::add(const PoseProblem& other) {
+    normal_ += other.normal_;
+    right_ += other.right_;
+}
+
+void PoseProblem::add(const Match& match, double weight) {
+    const cv::Vec4d row = slope(match);
     for (int i = 0; i < 4; ++i) {
         for (int j = i; j < 4; ++j) normal_(i, j) += weight * row[i] * row[j];
     }

@@ -17,8 +17,12 @@ class PoseProblem {
     // `radius` of the outline in the picture, pixels. A turn or a growth that is not asked for stays 0.
     PoseProblem(double radius, bool turns, bool grows);
 
+    // How match.distance falls with a step.
+    cv::Vec4d slope(const Match& match) const;
     // The outline's point asks to move by match.distance along its normal.
     void add(const Match& match, double weight);
+    // All that the other problem, of the same outline, was asked.
+    void add(const PoseProblem& other);
     // `leastShare`: directions in which an outline point tells on average less than this share of what it
     // tells across itself are not told at all.
     void solve(double leastShare);

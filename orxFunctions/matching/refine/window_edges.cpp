@@ -1,6 +1,7 @@
 #include "orxFunctions/matching/refine/window_edges.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace orx::matching {
 

@@ -2,7 +2,6 @@
 #ifndef ORXFUNCTIONS_MATCHING_REFINE_WINDOW_EDGES_H
 #define ORXFUNCTIONS_MATCHING_REFINE_WINDOW_EDGES_H
 
-#include <cmath>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -16,7 +15,7 @@ namespace orx::matching {
 inline double turnBetween(double from, double to, bool eitherSign) {
     const double period = eitherSign ? kPi : 2 * kPi;
     const double turn = to - from;
-    return turn - period * std::floor(turn / period + 0.5);
+    return turn - period * cvFloor(turn * (1 / period) + 0.5);
 }
 
 struct EdgePoint {
