@@ -89,6 +89,7 @@
 #include "orxFunctions/matching/part_finder.h"
 #include "orxFunctions/matching/part_model.h"
 #include "orxFunctions/matching/part_model_file.h"
+#include "orxFunctions/matching/part_outline.h"
 #include "orxFunctions/matching/part_pose.h"
 #include "orxFunctions/measuring/edge_fit.h"
 #include "orxFunctions/measuring/form.h"
