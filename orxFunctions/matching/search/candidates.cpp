@@ -83,7 +83,7 @@ class Search {
 
     // The least score on a level: coarse ones blur what is thin. Greediness expects more of them.
     double leastScore(int level) const {
-        const double blurred = level > 1 ? 0.45 : 0.6;
+        const double blurred = level > 1 ? 0.35 : 0.6;
         return options_.minScore * (blurred + 0.25 * options_.greediness);
     }
 
@@ -127,7 +127,8 @@ class Search {
                 }
             }
             climb(poses, band, number);
-            keepBest(poses, number, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
+            keepBest(poses, number, number == band.top ? kSameDistance / 2 : kSameDistance,
+                     kMostFollowed + kFollowedForPart * maxParts());
         }
         std::vector<LevelPose> turned = nearlyTheSame(poses, band);
         if (!turned.empty()) {
@@ -207,13 +208,18 @@ class Search {
         for (const LevelPose& pose : poses) parts.push_back(reach(pose, number));
         edges.prepare(parts);
         const int count = static_cast<int>(poses.size());
+        // What hides a part can draw a climb on the top level away from it: where it began is followed, too.
+        const bool isTop = number == band.top && band.top > band.bottom;
+        std::vector<LevelPose> beginnings(isTop ? poses.size() : 0);
         platform::parallelFor((count + kChunk - 1) / kChunk, [&](int chunk) {
             PoseScore score(edges, plan_, band, number, rule_);
             for (int i = chunk * kChunk; i < std::min(count, (chunk + 1) * kChunk); ++i) {
                 LevelPose& pose = poses[static_cast<std::size_t>(i)];
+                if (isTop) beginnings[static_cast<std::size_t>(i)] = score.moved(pose);
                 pose = score.climbed(pose);
             }
         });
+        poses.insert(poses.end(), beginnings.begin(), beginnings.end());
         const double least = leastScore(number);
         poses.erase(std::remove_if(poses.begin(), poses.end(),
                                    [least](const LevelPose& pose) { return !(pose.score >= least); }),

@@ -188,11 +188,22 @@ LevelPose PoseScore::climbed(const LevelPose& start) {
         scale = climbScale(best, step);
         if (turns && best.scale != former) angle = climbAngle(best, step);
     }
+    LevelPose pose = poseOf(best);
+    pose.angle = angle;
+    pose.scale = scale;
+    return pose;
+}
+
+LevelPose PoseScore::moved(const LevelPose& start) {
+    return poseOf(bestPlace(cvRound(start.x), cvRound(start.y), start.angle, start.scale));
+}
+
+LevelPose PoseScore::poseOf(const Place& best) const {
     LevelPose pose;
     pose.x = best.x + best.offsetX;
     pose.y = best.y + best.offsetY;
-    pose.angle = angle;
-    pose.scale = scale;
+    pose.angle = best.angle;
+    pose.scale = best.scale;
     pose.reversed = rule_ == SignRule::either && best.sum < 0;
     const double most = static_cast<double>(pointCount_) * kFieldUnit * kFieldUnit;
     pose.score = most > 0 ? best.value / most : 0.0;

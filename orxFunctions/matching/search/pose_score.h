@@ -42,6 +42,8 @@ class PoseScore {
 
     // Climbs from a pose that is a few pixels off to the best one nearby.
     LevelPose climbed(const LevelPose& start);
+    // The best place nearby at the pose's angle and scale.
+    LevelPose moved(const LevelPose& start);
     // A pose that climbed() gave, moved to the summit between the pixels, with the score of all points.
     LevelPose refined(const LevelPose& pose) const;
 
@@ -63,6 +65,7 @@ class PoseScore {
     void place(int x, int y, double angle, double scale);
     // Interpolates the field between pixels, at the points' first `count`.
     double exactScore(const LevelPose& pose, std::size_t count) const;
+    LevelPose poseOf(const Place& best) const;
     std::int32_t valueOf(std::int32_t sum) const;
     // Steps to the best of the poses that lookAtStep(i, near) gives for the steps i to either side of 0: of
     // those near 0 first, then as long as it gets better. `best` becomes that pose; returns the summit's
