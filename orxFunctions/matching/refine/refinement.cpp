@@ -8,18 +8,21 @@
 #include "orxFunctions/matching/refine/coverage.h"
 #include "orxFunctions/matching/refine/outline_match.h"
 #include "orxFunctions/matching/refine/pose_problem.h"
+#include "orxFunctions/matching/refine/turn_scan.h"
 #include "orxFunctions/matching/refine/uncertainty.h"
 
 namespace orx::matching {
 namespace {
 
-// One turn of the loop: how far edges may be, and which points are asked.
+// One turn of the loop: how far edges may be, which points are asked, and what counts in full (weightsOf()): the
+// few points that tell the angle of a round part are far off when all the others have found their edges.
 struct Round {
     double reach;     // pixels
     double mostTurn;  // degrees
     int stride;
+    double tolerance;  // pixels
 };
-constexpr Round kRounds[] = {{4, 30, 3}, {3, 30, 3}, {2, 25, 1}, {1.5, 20, 1}};
+constexpr Round kRounds[] = {{4, 30, 3, 4}, {3, 30, 3, 2}, {2, 25, 1, 0.5}, {1.5, 20, 1, 0}};
 constexpr int kPlanned = static_cast<int>(std::size(kRounds));
 constexpr int kMostRounds = 12;
 // Where inliers are so much farther than they should be, edges of something else may be among them.
@@ -42,11 +45,13 @@ class Refiner {
           start_(centredPose(candidate.pose, outline_)),
           sigma_(std::clamp(model.sigma * candidate.pose.scale, 0.6, 20.0)),
           edges_(grey, window(), finding(options)),
+          turns_{radians(options.startAngle), radians(options.angleRange)},
           freedom_{model.report.symmetry != 0, options.maxScale > options.minScale,
                    leastShare(outline_, model)} {}
 
     TFoundPart refine() {
         Placed best = placedAt(settled(start_));
+        if (freedom_.turns) lookAround(best);
         // Hardly anything can be better than this.
         constexpr double kGood = 0.9;
         if (best.coverage.fit < kGood) {
@@ -102,6 +107,16 @@ class Refiner {
         return placed;
     }
 
+    // Takes the pose that a nearly round part is seen better at, turned, if there is one.
+    void lookAround(Placed& best) const {
+        const TurnScan scan(outline_);
+        if (!scan.isDoubtful(best.matches)) return;
+        const CentredPose turned = scan.turned(edges_, best.pose, !model_.signsAreKnown, turns_);
+        if (turned.angle == best.pose.angle) return;
+        Placed other = placedAt(settled(turned));
+        if (other.coverage.fit > best.coverage.fit) best = std::move(other);
+    }
+
     EdgeWish wish(double reach, double mostTurn) const {
         return {reach, radians(mostTurn), !model_.signsAreKnown};
     }
@@ -113,9 +128,9 @@ class Refiner {
         for (int i = 0; i < kMostRounds; ++i) {
             const Round& round = kRounds[std::min(i, kPlanned - 1)];
             matchOutline(outline_, edges_, pose, wish(round.reach, round.mostTurn), round.stride, matches);
-            const Weights weights = weightsOf(outline_, matches, round.stride);
+            const Weights weights = weightsOf(outline_, matches, round.stride, round.tolerance);
             if (weights.values.empty()) break;
-            if (round.stride == 1 && weights.scale > kDisagreement && !isAgreed) {
+            if (i + 1 >= kPlanned && weights.scale > kDisagreement && !isAgreed) {
                 isAgreed = true;
                 pose = moved(pose, consensusStep(outline_, pose, matches, freedom_));
                 continue;
@@ -125,7 +140,7 @@ class Refiner {
             const cv::Vec4d step = problem.step();
             pose = moved(pose, step);
             const double size = cv::norm(step);
-            if (round.stride == 1 && isLast(size, before)) break;
+            if (i + 1 >= kPlanned && isLast(size, before)) break;
             before = size;
         }
         return pose;
@@ -151,6 +166,7 @@ class Refiner {
     CentredPose start_;
     double sigma_;
     WindowEdges edges_;
+    TurnRange turns_;
     Freedom freedom_;
 };
 

@@ -13,10 +13,11 @@ namespace {
 // What remains of errors that follow the pixel grid, standard deviation in pixels, of model and picture.
 constexpr double kGridDeviation = 0.009;
 
-// The weight of a distance in standard deviations: one of inliers, none of outliers.
+// Distances in standard deviations: of inliers, and beyond of outliers.
+constexpr double kInlier = 2.5;
+constexpr double kOutlier = 4.5;
+
 double omega(double z) {
-    constexpr double kInlier = 2.5;
-    constexpr double kOutlier = 4.5;
     if (z <= kInlier) return 1;
     if (z >= kOutlier) return 0;
     const double t = (z - kInlier) / (kOutlier - kInlier);
@@ -75,7 +76,8 @@ double leastShare(const ReadyOutline& outline, const ModelData& model) {
     return 1e-4 + variance / (model.sigma * model.sigma);
 }
 
-Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride) {
+Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride,
+                  double tolerance) {
     std::vector<double> ratios(matches.size(), 0.0);
     std::vector<double> found;
     found.reserve(matches.size());
@@ -91,8 +93,9 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
     weights.values.resize(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (!matches[i].found) continue;
-        weights.values[i] =
-            omega(ratios[i] / weights.scale) * outline.points[i].length / varianceOf(matches[i]);
+        const double variance = varianceOf(matches[i]);
+        const double scale = std::max(weights.scale, tolerance / (kOutlier * std::sqrt(variance)));
+        weights.values[i] = omega(ratios[i] / scale) * outline.points[i].length / variance;
     }
     if (stride == 1) trimEnds(outline, weights.values);
     return weights;
@@ -112,7 +115,7 @@ double independentDistance(double sigma) { return 2 * std::sqrt(kPi) * edges::ch
 void tellUncertainty(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
                      const Freedom& freedom, double apart, double reportedRadius, TFoundPart& part) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
-    const Weights weights = weightsOf(outline, matches, 1);
+    const Weights weights = weightsOf(outline, matches, 1, 0);
     PoseProblem problem = problemOf(outline, pose, matches, weights, freedom);
     problem.solve(freedom.leastShare);
 

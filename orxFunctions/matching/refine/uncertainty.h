@@ -32,8 +32,10 @@ struct Weights {
     double scale = 1.0;
 };
 
-// `stride` is that of matchOutline().
-Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride);
+// `stride` is that of matchOutline(). Distances up to about half of the tolerance (pixels) count in full,
+// whatever the variances.
+Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride,
+                  double tolerance);
 
 PoseProblem problemOf(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
                       const Weights& weights, const Freedom& freedom);
