@@ -32,6 +32,7 @@ constexpr std::size_t kCandidatesForPart = 4;
 constexpr double kOnePlace = 0.3;
 constexpr double kDominated = 0.85;
 constexpr int kMostAtOnePlace = 4;
+constexpr int kMostRefined = 8;  // at one place
 // Places where parts that look nearly the same after a turn are turned.
 constexpr std::size_t kTurnedPlaces = 3;
 constexpr std::size_t kTurnedPlacesForPart = 2;
@@ -70,7 +71,7 @@ class Search {
             found.insert(found.end(), poses.begin(), poses.end());
         }
         keepBest(found, 0, kSameDistance * 2, kMostFollowed + kFollowedForPart * maxParts());
-        dropDominated(found);
+        dropDominated(found, 0, kMostAtOnePlace);
         found.resize(std::min(found.size(), kMostCandidates + kCandidatesForPart * maxParts()));
         std::vector<Candidate> result;
         result.reserve(found.size());
@@ -117,8 +118,9 @@ class Search {
         EdgeField& top = field(band.top, plan_.sigma());
         top.prepareAll();
         const DirectionMaps maps(top, rule_ != SignRule::same);
-        std::vector<LevelPose> poses = searchLevel(maps, plan_, band, region(), leastScore(band.top),
-                                                   kMostSeeds + kSeedsForPart * maxParts());
+        std::vector<LevelPose> poses =
+            searchLevel(maps, plan_, band, region(), {leastScore(band.top), 0.4 + 0.3 * options_.greediness},
+                        kMostSeeds + kSeedsForPart * maxParts());
         for (int number = band.top; number >= band.bottom; --number) {
             if (number < band.top) {
                 for (LevelPose& pose : poses) {
@@ -171,19 +173,19 @@ class Search {
         return turned;
     }
 
-    // Without those that a better one at the same place leaves no chance.
-    void dropDominated(std::vector<LevelPose>& poses) const {
+    // Without those that a better one at the same place leaves no chance. Best first.
+    void dropDominated(std::vector<LevelPose>& poses, int number, int mostAtOnePlace) const {
         if (options_.maxOverlap >= 1) return;
         std::vector<LevelPose> kept;
         for (const LevelPose& pose : poses) {
             int better = 0;
             bool isDominated = false;
             for (const LevelPose& other : kept) {
-                if (!areAtOnePlace(other, pose, 0)) continue;
+                if (!areAtOnePlace(other, pose, number)) continue;
                 ++better;
                 isDominated = isDominated || pose.score < kDominated * other.score;
             }
-            if (!isDominated && better < kMostAtOnePlace) kept.push_back(pose);
+            if (!isDominated && better < mostAtOnePlace) kept.push_back(pose);
         }
         poses.swap(kept);
     }
@@ -226,8 +228,13 @@ class Search {
                     poses.end());
     }
 
+    // To the summits between the pixels, those of all that have a chance.
     void refine(std::vector<LevelPose>& poses, const ScaleBand& band) {
         const EdgeField& edges = field(band.bottom);
+        const PoseScore score(edges, plan_, band, band.bottom, rule_);
+        for (LevelPose& pose : poses) pose.score = score.exactScore(pose);
+        std::sort(poses.begin(), poses.end(), isBetter);
+        dropDominated(poses, band.bottom, kMostRefined);
         platform::parallelFor(static_cast<int>(poses.size()), [&](int i) {
             LevelPose& pose = poses[static_cast<std::size_t>(i)];
             pose = PoseScore(edges, plan_, band, band.bottom, rule_).refined(pose);

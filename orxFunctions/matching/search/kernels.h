@@ -32,6 +32,14 @@ struct PlacedPoints {
     std::size_t count;
 };
 
+// What sumRows adds up.
+struct ShiftedRows {
+    const std::int32_t* offsets;
+    std::size_t count;
+    std::size_t first;        // so many first offsets tell rows that need no more,
+    std::int32_t leastFirst;  // those whose sums are all less than this
+};
+
 struct Kernels {
     // A row of the field. Magnitudes are squared; those of the rows above and below have one readable element
     // before the row and one after it. Pixels whose squared magnitude is below `least` (above 0) are 0.
@@ -42,10 +50,10 @@ struct Kernels {
     // one another. Rows of the field have kRowPadding readable elements to spare.
     void (*responseRow)(const std::int16_t* field, std::int32_t normal, std::size_t width,
                         std::uint8_t* along, std::uint8_t* against);
-    // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits.
-    // Returns the largest sum.
+    // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits; rows
+    // of which no sum over the first offsets is large enough may be 0 instead. Returns the largest sum.
     std::int32_t (*sumRows)(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,
-                            const std::int32_t* offsets, std::size_t count, std::int16_t* out);
+                            const ShiftedRows& shifts, std::int16_t* out);
     // Adds to the sums, kWindowRows of kWindowColumns, the products of the normals with the field; field is
     // the window's top-left pair, step between rows in 16-bit elements.
     void (*windowSums)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,

@@ -76,33 +76,48 @@ inline void responseRow(const std::int16_t* field, std::int32_t normal, std::siz
 }
 
 // Sums of a row's block of columns, kept in registers.
-inline void sumRow(const std::uint8_t* responses, const std::int32_t* offsets, std::size_t count,
-                   std::int16_t* out) {
-    constexpr std::size_t kParts = kBlockColumns / VecB::kLanes;
-    ByteSums sums[kParts];
-    for (ByteSums& sum : sums) sum = ByteSums::zero();
-    for (std::size_t from = 0; from < count; from += kByteSum) {
-        const std::size_t to = count - from < kByteSum ? count : from + kByteSum;
-        VecB bytes[kParts];
-        for (VecB& part : bytes) part = VecB::all(0);
-        for (std::size_t i = from; i < to; ++i) {
-            const std::uint8_t* row = responses + offsets[i];
-            for (std::size_t k = 0; k < kParts; ++k) {
-                bytes[k] = bytes[k] + VecB::load(row + k * VecB::kLanes);
+struct BlockSums {
+    static constexpr std::size_t kParts = kBlockColumns / VecB::kLanes;
+    ByteSums parts[kParts];
+
+    void add(const std::uint8_t* responses, const std::int32_t* offsets, std::size_t begin, std::size_t end) {
+        for (std::size_t from = begin; from < end; from += kByteSum) {
+            const std::size_t to = end - from < kByteSum ? end : from + kByteSum;
+            VecB bytes[kParts];
+            for (VecB& part : bytes) part = VecB::all(0);
+            for (std::size_t i = from; i < to; ++i) {
+                const std::uint8_t* row = responses + offsets[i];
+                for (std::size_t k = 0; k < kParts; ++k) {
+                    bytes[k] = bytes[k] + VecB::load(row + k * VecB::kLanes);
+                }
             }
+            for (std::size_t k = 0; k < kParts; ++k) parts[k].add(bytes[k]);
         }
-        for (std::size_t k = 0; k < kParts; ++k) sums[k].add(bytes[k]);
     }
-    for (std::size_t k = 0; k < kParts; ++k) sums[k].store(out + k * VecB::kLanes);
-}
+
+    // Returns the largest.
+    std::int32_t store(std::int16_t* out) const {
+        for (std::size_t k = 0; k < kParts; ++k) parts[k].store(out + k * VecB::kLanes);
+        std::int16_t best = 0;
+        for (std::size_t i = 0; i < kBlockColumns; ++i) best = best < out[i] ? out[i] : best;
+        return best;
+    }
+};
 
 inline std::int32_t sumRows(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,
-                            const std::int32_t* offsets, std::size_t count, std::int16_t* out) {
-    for (std::size_t r = 0; r < rows; ++r) {
-        sumRow(responses + static_cast<std::ptrdiff_t>(r) * step, offsets, count, out + r * kBlockColumns);
+                            const ShiftedRows& shifts, std::int16_t* out) {
+    std::int32_t best = 0;
+    for (std::size_t r = 0; r < rows; ++r, responses += step, out += kBlockColumns) {
+        BlockSums sums;
+        for (ByteSums& part : sums.parts) part = ByteSums::zero();
+        sums.add(responses, shifts.offsets, 0, shifts.first);
+        if (sums.store(out) < shifts.leastFirst) {
+            for (std::size_t i = 0; i < kBlockColumns; ++i) out[i] = 0;
+            continue;
+        }
+        sums.add(responses, shifts.offsets, shifts.first, shifts.count);
+        best = larger(best, sums.store(out));
     }
-    std::int16_t best = 0;
-    for (std::size_t i = 0; i < rows * kBlockColumns; ++i) best = best < out[i] ? out[i] : best;
     return best;
 }
 

@@ -249,6 +249,8 @@ double PoseScore::exactScore(const LevelPose& pose, std::size_t count) const {
     return static_cast<double>(seen) / (kFieldUnit * static_cast<double>(count));
 }
 
+double PoseScore::exactScore(const LevelPose& pose) const { return exactScore(pose, kMostPoints); }
+
 LevelPose PoseScore::refined(const LevelPose& pose) const {
     LevelPose best = pose;
     best.score = exactScore(best, kMostPoints);

@@ -44,6 +44,8 @@ class PoseScore {
     LevelPose climbed(const LevelPose& start);
     // The best place nearby at the pose's angle and scale.
     LevelPose moved(const LevelPose& start);
+    // The score at a pose, of as many points as climbed() looks at, with the field between the pixels.
+    double exactScore(const LevelPose& pose) const;
     // A pose that climbed() gave, moved to the summit between the pixels, with the score of all points.
     LevelPose refined(const LevelPose& pose) const;
 
