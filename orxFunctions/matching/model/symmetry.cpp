@@ -1,5 +1,6 @@
 #include "orxFunctions/matching/model/symmetry.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numeric>
@@ -20,7 +21,7 @@ constexpr double kSameShare = 0.98;
 constexpr double kNearShare = 0.85;
 // The centre is looked for where at least this share of the outline lies near itself.
 constexpr double kLooseShare = 0.6;
-constexpr std::size_t kSamples = 100;
+constexpr std::size_t kSamples = 64;
 // Where so little of the samples match, the rest is not looked at.
 constexpr double kHopelessShare = 0.75;
 // A polygon of many corners is not a ring: rms of the distances across, pixels, beside the noise.
@@ -47,7 +48,8 @@ class TurnTest {
     explicit TurnTest(const MatchedOutline& outline)
         : outline_(outline), stride_(std::max<std::size_t>(1, outline.points().size() / kSamples)) {}
 
-    Turn test(int order) const {
+    // Where only the same is asked for, the share of what is not may be missing.
+    Turn test(int order, bool onlySame = false) const {
         const double angle = 2 * kPi * stepsFor(order) / order;
         Motion motion;
         motion.factor = std::polar(1.0, angle);
@@ -60,7 +62,8 @@ class TurnTest {
         const double noise = outline_.noise();
         MatchTolerance tight;
         tight.across = std::max(0.5, 5 * noise);
-        const SelfMatch match = outline_.match(motion, tight);
+        const SelfMatch match =
+            onlySame ? outline_.match(motion, tight, kFeature) : outline_.match(motion, tight);
         turn.share = match.share;
         turn.same = match.share >= kSameShare && match.longestGap < kFeature &&
                     match.meanSquare < kSameDistance * kSameDistance + 2 * noise * noise;
@@ -71,7 +74,7 @@ class TurnTest {
     // Shifts the turned outline onto itself. False where too little of it lies near itself.
     bool settle(Motion& motion) const {
         const double wide = 3 * outline_.cell();
-        const std::array<double, 4> reaches = {wide, wide / 2, wide / 4, 0.6};
+        const std::array<double, 3> reaches = {wide, wide / 3, 0.6};
         for (const double reach : reaches) {
             const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.8};
             double matched = 0;
@@ -111,10 +114,9 @@ struct Found {
 
 bool isAccepted(const Turn& turn, bool strict) { return turn.same || (!strict && turn.share >= kNearShare); }
 
-Found ringOf(const TurnTest& test, bool strict) {
+Found ringOf(const std::array<Turn, kOrdersOfARing.size()>& turns, bool strict) {
     Found found;
-    for (const int order : kOrdersOfARing) {
-        const Turn turn = test.test(order);
+    for (const Turn& turn : turns) {
         if (!isAccepted(turn, strict)) return {};
         found = {0, std::min(found.share, turn.share), turn.centre};
     }
@@ -127,7 +129,7 @@ Found orderOf(const TurnTest& test, const std::array<Turn, kPrimes.size()>& prim
     for (std::size_t i = 0; i < kPrimes.size(); ++i) {
         if (!isAccepted(primes[i], strict)) continue;
         for (int order = found.order * kPrimes[i]; order <= kHighestOrder; order *= kPrimes[i]) {
-            const Turn turn = order == kPrimes[i] ? primes[i] : test.test(order);
+            const Turn turn = order == kPrimes[i] ? primes[i] : test.test(order, strict);
             if (!isAccepted(turn, strict)) break;
             found = {order, std::min(found.share, turn.share), turn.centre};
         }
@@ -141,18 +143,23 @@ Symmetry findSymmetry(const MatchedOutline& outline) {
     Symmetry symmetry;
     symmetry.centre = outline.centroid();
     const TurnTest test(outline);
-    const Found ring = ringOf(test, true);
+    std::array<Turn, kOrdersOfARing.size()> rings;
+    std::transform(kOrdersOfARing.begin(), kOrdersOfARing.end(), rings.begin(),
+                   [&test](int order) { return test.test(order); });
+    const Found ring = ringOf(rings, true);
     if (ring.order == 0) {
         symmetry.order = 0;
         symmetry.centre = ring.centre;
         return symmetry;
     }
+    Found near = ringOf(rings, false);
+    const bool isNearlyARing = near.order == 0;
     std::array<Turn, kPrimes.size()> primes;
-    for (std::size_t i = 0; i < kPrimes.size(); ++i) primes[i] = test.test(kPrimes[i]);
+    std::transform(kPrimes.begin(), kPrimes.end(), primes.begin(),
+                   [&](int order) { return test.test(order, isNearlyARing); });
     const Found same = orderOf(test, primes, true);
     symmetry.order = same.order;
-    Found near = ringOf(test, false);
-    if (near.order != 0) near = orderOf(test, primes, false);
+    if (!isNearlyARing) near = orderOf(test, primes, false);
     if (same.order > 1) {
         symmetry.centre = same.centre;
     } else if (near.order != 1) {

@@ -32,12 +32,14 @@ constexpr double kNoiseDistance = 5;
 
 // The least contrast that does not come from noise: of a sharp step, grey levels. Derivatives of a Gaussian
 // see noise n like a step of n / (2 sigma).
-double noiseFloor(const cv::Mat& grey, double sigma) {
-    return std::max(kLeastStep, kNoiseDistance * getImageNoise(grey) / (2 * sigma));
+double noiseFloor(double noise, double sigma) {
+    return std::max(kLeastStep, kNoiseDistance * noise / (2 * sigma));
 }
 
-std::vector<OutlinePoint> edgesOf(const TeachPyramid& pyramid, int level, double sigma, double high) {
+std::vector<OutlinePoint> edgesOf(const TeachPyramid& pyramid, int level, double sigma, double high,
+                                  double noise) {
     ORXEdge::TMetricOptions find;
+    find.noise = noise;
     find.sigma = sigma;
     find.high = high;
     find.low = kFollowed * high;
@@ -142,12 +144,13 @@ int marginFor(double sigma) { return static_cast<int>(std::ceil(5 * sigma)) + 3;
 
 std::vector<OutlinePoint> findOutline(const TeachPyramid& pyramid, const TeachRegion& region, double sigma,
                                       double minContrast) {
+    const double noise = getImageNoise(pyramid.view(0));
     double least = minContrast;
     std::vector<OutlinePoint> points;
     bool again = true;
     if (minContrast <= 0) {
-        const double floor = noiseFloor(pyramid.view(0), sigma);
-        points = edgesOf(pyramid, 0, sigma, floor);
+        const double floor = noiseFloor(noise, sigma);
+        points = edgesOf(pyramid, 0, sigma, floor, noise);
         keepInside(points, region);
         least = std::max(floor, kContrastShare * strongContrast(points));
         const auto weak = std::count_if(points.begin(), points.end(), [least](const OutlinePoint& p) {
@@ -156,7 +159,7 @@ std::vector<OutlinePoint> findOutline(const TeachPyramid& pyramid, const TeachRe
         again = static_cast<double>(weak) > kTolerated * static_cast<double>(points.size());
     }
     if (again) {
-        points = edgesOf(pyramid, 0, sigma, kReadContrast * least);
+        points = edgesOf(pyramid, 0, sigma, kReadContrast * least, noise);
         keepInside(points, region);
     }
     dropWeak(points, kFollowed * least);
@@ -170,7 +173,8 @@ double leastContrastFor(const std::vector<OutlinePoint>& outline, double minCont
 
 std::vector<OutlinePoint> findEdges(const TeachPyramid& pyramid, int level, double sigma,
                                     double minContrast) {
-    return edgesOf(pyramid, level, sigma, kReadContrast * minContrast);
+    // Their deviations are of no use: any noise will do, and none need be measured.
+    return edgesOf(pyramid, level, sigma, kReadContrast * minContrast, 1);
 }
 
 double contrastQuantile(const std::vector<OutlinePoint>& points, double share) {
