@@ -14,8 +14,8 @@
 namespace orx::matching {
 namespace {
 
-// One turn of the loop: how far edges may be, which points are asked, and what counts in full (weightsOf()): the
-// few points that tell the angle of a round part are far off when all the others have found their edges.
+// One turn of the loop: how far edges may be, which points are asked, and what counts in full (weightsOf()):
+// the few points that tell the angle of a round part are far off when all the others have found their edges.
 struct Round {
     double reach;     // pixels
     double mostTurn;  // degrees

@@ -1,5 +1,5 @@
-// Parts that are round but for a few details, as a ring with a notch: the search may find them turned, since the
-// details make little of the score.
+// Parts that are round but for a few details, as a ring with a notch: the search may find them turned, since
+// the details make little of the score.
 #ifndef ORXFUNCTIONS_MATCHING_REFINE_TURN_SCAN_H
 #define ORXFUNCTIONS_MATCHING_REFINE_TURN_SCAN_H
 
@@ -17,8 +17,8 @@ struct TurnRange {
 
 class TurnScan {
   public:
-    // Finds the details: points whose edges move when the part turns about its middle. There are none where the
-    // part is not nearly round.
+    // Finds the details: points whose edges move when the part turns about its middle. There are none where
+    // the part is not nearly round.
     explicit TurnScan(const ReadyOutline& outline);
 
     // Whether the pose leaves most details unseen.
