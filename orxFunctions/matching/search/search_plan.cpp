@@ -14,6 +14,8 @@ constexpr double kLeastRadius = 6;
 // Steps of angle and scale on the top level move no point by more than this, pixels. Half of it, and half a
 // pixel of the place, the width of edges in the maps bears.
 constexpr double kTopStep = 1.25;
+// A picture's diagonal against the outline's radius, if all of it is to be seen.
+constexpr double kLeastDiagonal = 0.5;
 // Scales that are searched together differ by this factor at the most.
 constexpr double kWidestBand = 1.5;
 constexpr std::size_t kMostPoints = 1024;
@@ -69,7 +71,8 @@ SearchPlan::SearchPlan(const ModelData& model, const TFindOptions& options, cv::
       angleRange_(radians(options.angleRange)),
       sigma_(model.sigma),
       contrast_(options.minContrast),
-      noise_(options.noise) {
+      noise_(options.noise),
+      leastShare_(options.minScore) {
     addLevels(model, options.polarity == ppReversed && model.signsAreKnown);
     if (levels_.empty()) return;
     symmetry_ = model.report.symmetry;
@@ -154,6 +157,9 @@ AngleSteps SearchPlan::angleSteps(double radius) const {
 }
 
 void SearchPlan::addBand(double least, double most, cv::Size picture) {
+    // Such a picture can't hold as much of the outline as is to be seen.
+    const double diagonal = std::hypot(picture.width, picture.height);
+    if (diagonal < kLeastDiagonal * leastShare_ * typicalRadius_ * least) return;
     ScaleBand band;
     band.least = least;
     band.most = most;

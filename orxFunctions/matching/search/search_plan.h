@@ -88,6 +88,7 @@ class SearchPlan {
     double sigma_ = 1.0;
     double contrast_ = 0.0;
     double noise_ = 0.0;
+    double leastShare_ = 1.0;
 };
 
 }  // namespace orx::matching
