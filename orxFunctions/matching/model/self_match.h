@@ -31,9 +31,9 @@ struct Motion {
 
 // When a moved point counts as lying on the outline.
 struct MatchTolerance {
-    double across = 0.5;   // pixels
-    double along = 3.0;    // pixels: bridges small gaps
-    double cosine = 0.87;  // of the angle between the normals
+    double across = 0.5;  // pixels
+    double along = 3.0;   // pixels: bridges small gaps
+    double cosine = 0.7;  // of the angle between the normals: noise turns them, too
 };
 
 struct SelfMatch {

@@ -66,7 +66,7 @@ class TurnTest {
             onlySame ? outline_.match(motion, tight, kFeature) : outline_.match(motion, tight);
         turn.share = match.share;
         turn.same = match.share >= kSameShare && match.longestGap < kFeature &&
-                    match.meanSquare < kSameDistance * kSameDistance + 2 * noise * noise;
+                    match.meanSquare < kSameDistance * kSameDistance + 3 * noise * noise;
         return turn;
     }
 
@@ -76,7 +76,7 @@ class TurnTest {
         const double wide = 3 * outline_.cell();
         const std::array<double, 3> reaches = {wide, wide / 3, 0.6};
         for (const double reach : reaches) {
-            const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.8};
+            const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.7};
             double matched = 0;
             double seen = 0;
             // Held back a little where nothing tells the shift.
