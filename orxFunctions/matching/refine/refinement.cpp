@@ -53,7 +53,7 @@ class Refiner {
         Placed best = placedAt(settled(start_));
         if (freedom_.turns) lookAround(best);
         // Hardly anything can be better than this.
-        constexpr double kGood = 0.9;
+        constexpr double kGood = 0.85;
         if (best.coverage.fit < kGood) {
             Placed before = placedAt(start_);
             if (before.coverage.fit > best.coverage.fit) best = std::move(before);
