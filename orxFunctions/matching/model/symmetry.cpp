@@ -46,7 +46,9 @@ int stepsFor(int order) {
 class TurnTest {
   public:
     explicit TurnTest(const MatchedOutline& outline)
-        : outline_(outline), stride_(std::max<std::size_t>(1, outline.points().size() / kSamples)) {}
+        : outline_(outline), stride_(std::max<std::size_t>(1, outline.points().size() / kSamples)) {
+        for (std::size_t i = 0; i < outline.points().size(); i += stride_) sampled_ += outline.lengthAt(i);
+    }
 
     // Where only the same is asked for, the share of what is not may be missing.
     Turn test(int order, bool onlySame = false) const {
@@ -77,25 +79,25 @@ class TurnTest {
         const std::array<double, 3> reaches = {wide, wide / 3, 0.6};
         for (const double reach : reaches) {
             const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.7};
-            double matched = 0;
-            double seen = 0;
+            const double least = reach == reaches.back() ? kHopelessShare : kLooseShare;
+            double missing = 0;
             // Held back a little where nothing tells the shift.
             cv::Matx22d squares(1e-3, 0, 0, 1e-3);
             cv::Vec2d products(0, 0);
             for (std::size_t i = 0; i < outline_.points().size(); i += stride_) {
                 const double length = outline_.lengthAt(i);
-                seen += length;
                 const int found = outline_.partner(i, motion, tolerance);
-                if (found < 0) continue;
-                matched += length;
+                if (found < 0) {
+                    missing += length;
+                    if (missing > (1 - least) * sampled_) return false;
+                    continue;
+                }
                 const OutlinePoint& other = outline_.points()[static_cast<std::size_t>(found)];
                 const cv::Point2d d = motion.apply(outline_.points()[i].position) - other.position;
                 const cv::Vec2d n(other.normal.x, other.normal.y);
                 squares += length * (n * n.t());
                 products += length * d.dot(other.normal) * n;
             }
-            const double least = reach == reaches.back() ? kHopelessShare : kLooseShare;
-            if (matched < least * seen) return false;
             const cv::Vec2d step = squares.inv() * products;
             motion.shift -= std::complex<double>(step[0], step[1]);
         }
@@ -104,6 +106,7 @@ class TurnTest {
 
     const MatchedOutline& outline_;
     std::size_t stride_;
+    double sampled_ = 0;  // length that the samples stand for
 };
 
 struct Found {
