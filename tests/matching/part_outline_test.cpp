@@ -121,6 +121,20 @@ TEST(PartOutline, LeavesOutCornersAndWhatIsTooSmall) {
     }
 }
 
+// As programs that draw write out curves.
+TEST(PartOutline, HasAPointAPixelAlongPiecesOfAnyLength) {
+    Loop loop;
+    for (int i = 0; i < 3000; ++i) {
+        loop.push_back(50 * cv::Point2d(std::cos(i * CV_PI / 1500), std::sin(i * CV_PI / 1500)));
+    }
+    const TPartModel model = orx::teachPart(std::vector<TOutline>{linesOf(loop)});
+    ASSERT_TRUE(model.valid());
+    EXPECT_EQ(model.report().symmetry, 0);
+    const std::vector<cv::Point2d> points = model.outline();
+    EXPECT_EQ(points.size(), 314U);
+    for (std::size_t i = 1; i < points.size(); ++i) EXPECT_NEAR(cv::norm(points[i] - points[i - 1]), 1, 0.01);
+}
+
 TEST(PartOutline, HasTheSymmetryOfTheDrawing) {
     const auto report = [](const std::vector<TOutline>& drawing) { return orx::teachPart(drawing).report(); };
     EXPECT_EQ(report({gearOutline(64, 150, 140), {outlineArc({}, 40, 0, 360)}}).symmetry, 64);
