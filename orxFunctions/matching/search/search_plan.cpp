@@ -11,6 +11,8 @@ namespace {
 
 // On the top level the outline is at least so far from its middle, root mean square, pixels.
 constexpr double kLeastRadius = 6;
+// And so many pixels of it are seen where the least score is reached.
+constexpr double kLeastSeen = 18;
 // Steps of angle and scale on the top level move no point by more than this, pixels. Half of it, and half a
 // pixel of the place, the width of edges in the maps bears.
 constexpr double kTopStep = 1.25;
@@ -134,13 +136,17 @@ double SearchPlan::leastSlope(int level) const {
     return std::max(slope, kNoiseFactor * noise / (sigma_ * sigma_ * std::sqrt(8 * kPi)));
 }
 
+bool SearchPlan::isFineEnough(int level, double scale) const {
+    const std::size_t ofModel = modelLevel(level, scale);
+    const double finer = scale * std::ldexp(1.0, static_cast<int>(ofModel) - level);
+    const double points = finer * static_cast<double>(levels_[ofModel].size());
+    return std::ldexp(typicalRadius_ * scale, -level) >= kLeastRadius && leastShare_ * points >= kLeastSeen &&
+           level - std::log2(scale) < static_cast<double>(levels_.size()) - 0.5;
+}
+
 int SearchPlan::topFor(double scale, cv::Size picture) const {
     int top = 0;
-    while (std::ldexp(typicalRadius_ * scale, -(top + 1)) >= kLeastRadius &&
-           top + 1 - std::log2(scale) < static_cast<double>(levels_.size()) - 0.5 &&
-           std::min(picture.width, picture.height) >> (top + 1) > 0) {
-        ++top;
-    }
+    while (isFineEnough(top + 1, scale) && std::min(picture.width, picture.height) >> (top + 1) > 0) ++top;
     return top;
 }
 

@@ -71,6 +71,8 @@ class SearchPlan {
     std::size_t modelLevel(int level, double scale) const;
     void addLevels(const ModelData& model, bool reversed);
     void addBand(double least, double most, cv::Size picture);
+    // Whether a level of the picture shows enough of the part to look for it there.
+    bool isFineEnough(int level, double scale) const;
     int topFor(double scale, cv::Size picture) const;
     AngleSteps angleSteps(double radius) const;
 
