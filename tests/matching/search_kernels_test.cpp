@@ -131,14 +131,16 @@ TEST(SearchKernels, AddWindowsOfProducts) {
     }
     std::array<std::int32_t, kWindow> expected{};
     std::array<std::int32_t, kWindow> expectedMagnitudes{};
+    std::array<std::int32_t, kWindow> expectedPositives{};
     for (std::size_t w = 0; w < kWindow; ++w) {
         const std::size_t place = w / kWindowColumns * kStep + 2 * (w % kWindowColumns);
-        expected[w] = expectedMagnitudes[w] = 5;
+        expected[w] = expectedMagnitudes[w] = expectedPositives[w] = 5;
         for (std::size_t i = 0; i < offsets.size(); ++i) {
             const std::int16_t* pair = field.data() + place + offsets[i];
             const int product = pair[0] * normals[2 * i] + pair[1] * normals[2 * i + 1];
             expected[w] += product;
             expectedMagnitudes[w] += std::abs(product);
+            expectedPositives[w] += std::max(0, product);
         }
     }
     const PlacedPoints points{offsets.data(), packedNormals.data(), offsets.size()};
@@ -150,6 +152,9 @@ TEST(SearchKernels, AddWindowsOfProducts) {
         sums.fill(5);
         kernels->windowMagnitudes(field.data(), kStep, points, sums.data());
         EXPECT_EQ(sums, expectedMagnitudes);
+        sums.fill(5);
+        kernels->windowPositives(field.data(), kStep, points, sums.data());
+        EXPECT_EQ(sums, expectedPositives);
     }
 }
 

@@ -21,7 +21,7 @@ constexpr int kBestResponse = 16;
 constexpr std::size_t kByteSum = 15;
 
 // The window of places around a pose that windowSums looks at.
-constexpr int kWindowRows = 5;
+constexpr int kWindowRows = 7;
 constexpr int kWindowColumns = 8;
 
 // Points of a model, turned and scaled: where they lie against the pose, in 16-bit elements of the field, and
@@ -61,6 +61,9 @@ struct Kernels {
     // The same of the products' magnitudes.
     void (*windowMagnitudes)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                              std::int32_t* sums);
+    // The same of the products that are above 0.
+    void (*windowPositives)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                            std::int32_t* sums);
 };
 
 extern const Kernels kAvx2;

@@ -123,7 +123,18 @@ inline std::int32_t sumRows(const std::uint8_t* responses, std::ptrdiff_t step, 
 
 inline VecI magnitudeOf(VecI a) { return (a ^ shiftRightSigned<31>(a)) + shiftRightUnsigned<31>(a); }
 
-template <bool Magnitudes>
+struct Signed {
+    static VecI of(VecI a) { return a; }
+};
+struct Magnitude {
+    static VecI of(VecI a) { return magnitudeOf(a); }
+};
+// What is below 0 counts as 0.
+struct Positive {
+    static VecI of(VecI a) { return andNot(shiftRightSigned<31>(a), a); }
+};
+
+template <class Part>
 void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                 std::int32_t* sums) {
     constexpr std::size_t kParts = kWindowColumns / VecI::kLanes;
@@ -139,7 +150,7 @@ void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoin
         for (std::size_t r = 0; r < kWindowRows; ++r) {
             for (std::size_t k = 0; k < kParts; ++k) {
                 const VecI product = pairProducts(VecI::loadPairs(row + 2 * k * VecI::kLanes), normal);
-                total[r][k] = total[r][k] + (Magnitudes ? magnitudeOf(product) : product);
+                total[r][k] = total[r][k] + Part::of(product);
             }
             row += step;
         }
@@ -153,15 +164,21 @@ void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoin
 
 inline void windowSums(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                        std::int32_t* sums) {
-    addWindows<false>(field, step, points, sums);
+    addWindows<Signed>(field, step, points, sums);
 }
 
 inline void windowMagnitudes(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                              std::int32_t* sums) {
-    addWindows<true>(field, step, points, sums);
+    addWindows<Magnitude>(field, step, points, sums);
 }
 
-inline constexpr Kernels kKernels = {fieldRow, responseRow, sumRows, windowSums, windowMagnitudes};
+inline void windowPositives(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                            std::int32_t* sums) {
+    addWindows<Positive>(field, step, points, sums);
+}
+
+inline constexpr Kernels kKernels = {fieldRow,   responseRow,      sumRows,
+                                     windowSums, windowMagnitudes, windowPositives};
 
 }  // namespace orx::search_kernels::ORX_SIMD
 

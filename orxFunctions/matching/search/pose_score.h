@@ -42,7 +42,7 @@ class PoseScore {
 
     // Climbs from a pose that is a few pixels off to the best one nearby.
     LevelPose climbed(const LevelPose& start);
-    // The best place nearby at the pose's angle and scale.
+    // The best of the pixels next to a pose, at its angle and scale.
     LevelPose moved(const LevelPose& start);
     // The score at a pose, of as many points as climbed() looks at, with the field between the pixels.
     double exactScore(const LevelPose& pose) const;
@@ -63,7 +63,8 @@ class PoseScore {
     };
 
     Place bestPlace(int x, int y, double angle, double scale);
-    Place lookAt(int x, int y, double angle, double scale);
+    // `reach` is how far from the window's middle.
+    Place lookAt(int x, int y, double angle, double scale, int reach);
     void place(int x, int y, double angle, double scale);
     // Interpolates the field between pixels, at the points' first `count`.
     double exactScore(const LevelPose& pose, std::size_t count) const;
