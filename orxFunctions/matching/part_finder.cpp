@@ -142,8 +142,8 @@ class Selection {
         : grey_(grey), model_(model), options_(options), box_(matching::outlineBox(model)) {}
 
     std::vector<TFoundPart> choose(const std::vector<Candidate>& candidates) {
-        // So many at a time on any number of threads: the same ones are left out.
-        const std::size_t most = std::max<std::size_t>(4, static_cast<std::size_t>(options_.maxParts));
+        // So many at a time on any number of threads: the same ones are left out. Mostly the best will do.
+        std::size_t most = static_cast<std::size_t>(options_.maxParts);
         std::size_t next = 0;
         while (next < candidates.size()) {
             const PartList list = best();
@@ -152,6 +152,7 @@ class Selection {
                 if (canMatter(candidates[next], list)) batch.push_back(candidates[next]);
             }
             refine(batch);
+            most = std::max<std::size_t>(most, 4);
         }
         return best().take();
     }

@@ -8,7 +8,8 @@ namespace {
 
 constexpr double kMostDistance = 1.2;  // pixels
 constexpr double kMostTurn = 15;       // degrees
-// Edges at this distance have half of the weight, pixels: what covers a part has edges next to its outline, too.
+// Edges at this distance have half of the weight, pixels: what covers a part has edges next to its outline,
+// too.
 constexpr double kNear = 0.2;
 // Between neighbours, pixels.
 constexpr double kMostJump = 0.5;

@@ -28,6 +28,15 @@ constexpr int kMostRounds = 12;
 // Where inliers are so much farther than they should be, edges of something else may be among them.
 constexpr double kDisagreement = 1.7;
 
+// The model's smoothing, as the part has grown; more in strong noise, where it is worth that corners are
+// rounded a little more than the model's.
+double sigmaFor(const ModelData& model, double scale, double noise) {
+    constexpr double kUsualContrast = 100;  // of drawings, which know none
+    const double share = noise / (model.contrast > 0 ? model.contrast : kUsualContrast);
+    const double more = 0.4 * std::clamp((share - 0.03) / 0.05, 0.0, 1.0);
+    return std::clamp(model.sigma * scale * (1 + more), 0.6, 20.0);
+}
+
 // Where the outline lies, with all that follows from it.
 struct Placed {
     CentredPose pose;
@@ -43,7 +52,7 @@ class Refiner {
         : model_(model),
           outline_(readyOutline(model, candidate.reversed)),
           start_(centredPose(candidate.pose, outline_)),
-          sigma_(std::clamp(model.sigma * candidate.pose.scale, 0.6, 20.0)),
+          sigma_(sigmaFor(model, candidate.pose.scale, options.noise)),
           edges_(grey, window(), finding(options)),
           turns_{radians(options.startAngle), radians(options.angleRange)},
           freedom_{model.report.symmetry != 0, options.maxScale > options.minScale,
@@ -62,8 +71,7 @@ class Refiner {
         part.pose = partPose(best.pose, outline_);
         part.score = best.coverage.score;
         part.rms = best.coverage.rms;
-        tellUncertainty(outline_, best.pose, best.matches, freedom_, independentDistance(sigma_),
-                        model_.report.radius, part);
+        tellUncertainty(outline_, best.pose, best.matches, freedom_, sigma_, model_.report.radius, part);
         part.seen = std::move(best.coverage.seen);
         return part;
     }
@@ -128,7 +136,8 @@ class Refiner {
         for (int i = 0; i < kMostRounds; ++i) {
             const Round& round = kRounds[std::min(i, kPlanned - 1)];
             matchOutline(outline_, edges_, pose, wish(round.reach, round.mostTurn), round.stride, matches);
-            const Weights weights = weightsOf(outline_, matches, round.stride, round.tolerance);
+            const std::size_t trimmed = round.stride == 1 ? trimmedPoints(sigma_, pose.scale) : 0;
+            const Weights weights = weightsOf(outline_, matches, trimmed, round.tolerance);
             if (weights.values.empty()) break;
             if (i + 1 >= kPlanned && weights.scale > kDisagreement && !isAgreed) {
                 isAgreed = true;
