@@ -23,15 +23,18 @@ constexpr double kSpreadMargin = 0.02;
 class NearCells {
   public:
     NearCells(const std::vector<OutlinePoint>& outline, double cell, int reach) : cell_(cell) {
+        const int border = reach + 1;  // roundings may move a point to the next cell
         const Bounds bounds = boundsOf(outline);
-        low_ = bounds.low - cv::Point2d(reach, reach) * cell;
+        low_ = bounds.low - cv::Point2d(border, border) * cell;
         const cv::Point2d size = (bounds.high - bounds.low) * (1 / cell);
-        marks_ = cv::Mat::zeros(static_cast<int>(size.y) + 2 * reach + 1,
-                                static_cast<int>(size.x) + 2 * reach + 1, CV_8UC1);
+        marks_ = cv::Mat::zeros(static_cast<int>(size.y) + 2 * border + 1,
+                                static_cast<int>(size.x) + 2 * border + 1, CV_8UC1);
         for (const OutlinePoint& point : outline) {
-            const cv::Point own = cellOf(point.position);
-            for (int y = own.y - reach; y <= own.y + reach; ++y) {
-                std::fill_n(marks_.ptr(y) + own.x - reach, 2 * reach + 1, static_cast<unsigned char>(1));
+            const cv::Rect near(cellOf(point.position) - cv::Point(reach, reach),
+                                cv::Size(2 * reach + 1, 2 * reach + 1));
+            const cv::Rect inside = near & cv::Rect(cv::Point(), marks_.size());
+            for (int y = inside.y; y < inside.br().y; ++y) {
+                std::fill_n(marks_.ptr(y) + inside.x, inside.width, static_cast<unsigned char>(1));
             }
         }
     }
