@@ -136,7 +136,7 @@ class Search {
         if (!turned.empty()) {
             climb(turned, band, band.bottom);
             poses.insert(poses.end(), turned.begin(), turned.end());
-            keepBest(poses, band.bottom, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
+            keepBest(poses, band.bottom, kSameDistance, poses.size());
         }
         refine(poses, band);
         return poses;

@@ -29,10 +29,11 @@ struct LevelPose {
 enum class SignRule { same, either, any };
 
 // The score is the mean over the model's points of the cosines between their normals and the directions of
-// the edges there, points without an edge and those outside of the picture counting as 0; for
-// SignRule::either its magnitude, for SignRule::any the mean of magnitudes. C. Steger, "Occlusion, clutter,
-// and illumination invariant object recognition", International Archives of Photogrammetry and Remote Sensing
-// 34 (2002).
+// the edges there, points without an edge and those outside of the picture counting as 0. For SignRule::same
+// edges of the other polarity count as 0, too: they belong to what hides the part. For SignRule::either the
+// score is the mean's magnitude, for SignRule::any the mean of magnitudes.
+// C. Steger, "Occlusion, clutter, and illumination invariant object recognition", International Archives of
+// Photogrammetry and Remote Sensing 34 (2002).
 //
 // One thread at a time; each thread has its own.
 class PoseScore {
