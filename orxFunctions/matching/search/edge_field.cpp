@@ -10,8 +10,8 @@
 namespace orx::matching {
 namespace {
 
-constexpr int kTileRows = 64;
-constexpr int kTileColumns = 128;
+constexpr int kTileRows = 32;
+constexpr int kTileColumns = 64;
 
 int tilesFor(int length, int tile) { return (length + tile - 1) / tile; }
 
