@@ -63,6 +63,29 @@ void trimEnds(const ReadyOutline& outline, std::size_t trimmed, std::vector<doub
     }
 }
 
+// Where neighbours together are farther from their edges than noise has it, something disturbs these: their
+// variance is what their distances say.
+void weighLocally(const std::vector<double>& ratios, double scale, std::vector<double>& weights) {
+    constexpr std::size_t kReach = 8;
+    constexpr double kUsual = 1.8;  // what noise hardly exceeds, of the mean square over so few
+    const std::size_t count = weights.size();
+    std::vector<double> squares(count + 1);
+    std::vector<double> numbers(count + 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool counts = weights[i] > 0;
+        const double z = ratios[i] / scale;
+        squares[i + 1] = squares[i] + (counts ? z * z : 0);
+        numbers[i + 1] = numbers[i] + (counts ? 1 : 0);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!(weights[i] > 0)) continue;
+        const std::size_t from = i - std::min(i, kReach);
+        const std::size_t to = std::min(i + kReach + 1, count);
+        const double mean = (squares[to] - squares[from]) / (numbers[to] - numbers[from]);
+        if (mean > kUsual) weights[i] *= kUsual / mean;
+    }
+}
+
 }  // namespace
 
 double varianceOf(const Match& match) { return match.variance + kGridDeviation * kGridDeviation; }
@@ -96,6 +119,7 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
         weights.values[i] = omega(ratios[i] / scale) * outline.points[i].length / variance;
     }
     if (trimmed > 0) trimEnds(outline, trimmed, weights.values);
+    if (trimmed > 0 && tolerance == 0) weighLocally(ratios, weights.scale, weights.values);
     return weights;
 }
 
