@@ -175,10 +175,4 @@ Symmetry findSymmetry(const MatchedOutline& outline) {
     return symmetry;
 }
 
-TPartPose turnedAbout(const TPartPose& pose, cv::Point2d centre, double angle) {
-    const TPartPose toCentre{-centre.x, -centre.y, 0, 1};
-    const TPartPose turnBack{centre.x, centre.y, angle, 1};
-    return composePoses(pose, composePoses(turnBack, toCentre));
-}
-
 }  // namespace orx::matching
