@@ -177,6 +177,10 @@ TEST(Refinement, WithoutEdgesTheStartComesBack) {
         EXPECT_NEAR(part.pose.angle, pose.angle, 1e-9);
         EXPECT_EQ(cv::countNonZero(part.seen), 0);
     }
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(200, 1), cv::Size(2, 90), cv::Size(9, 9)}) {
+        const cv::Mat tiny(size, CV_8UC1, cv::Scalar(90));
+        EXPECT_EQ(refined(tiny, model, {0, 0, 0, 1}, optionsFor(2)).score, 0);
+    }
 }
 
 TEST(Refinement, TextureIsNoPart) {

@@ -159,7 +159,10 @@ class Refiner {
         const double radius = outline_.radius * pose.scale;
         pose.centre += cv::Point2d(step[0], step[1]);
         pose.angle += step[2] / radius;
-        pose.scale *= std::exp(step[3] / radius);
+        // Chance edges may ask for anything; the candidate's scale is nearly right.
+        constexpr double kMostGrowth = 1.25;
+        pose.scale = std::clamp(pose.scale * std::exp(step[3] / radius), start_.scale / kMostGrowth,
+                                start_.scale * kMostGrowth);
         return pose;
     }
 
