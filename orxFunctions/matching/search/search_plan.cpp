@@ -18,6 +18,8 @@ constexpr double kLeastSeen = 18;
 constexpr double kTopStep = 1.25;
 // A picture's diagonal against the outline's radius, if all of it is to be seen.
 constexpr double kLeastDiagonal = 0.5;
+// Narrower pictures show nothing that could be told from anything else, pixels.
+constexpr int kNarrowest = 6;
 // Scales that are searched together differ by this factor at the most.
 constexpr double kWidestBand = 1.5;
 constexpr std::size_t kMostPoints = 1024;
@@ -166,6 +168,7 @@ void SearchPlan::addBand(double least, double most, cv::Size picture) {
     // Such a picture can't hold as much of the outline as is to be seen.
     const double diagonal = std::hypot(picture.width, picture.height);
     if (diagonal < kLeastDiagonal * leastShare_ * typicalRadius_ * least) return;
+    if (std::min(picture.width, picture.height) < kNarrowest) return;
     ScaleBand band;
     band.least = least;
     band.most = most;
