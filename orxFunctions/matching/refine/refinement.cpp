@@ -34,7 +34,8 @@ double sigmaFor(const ModelData& model, double scale, double noise) {
     constexpr double kUsualContrast = 100;  // of drawings, which know none
     const double share = noise / (model.contrast > 0 ? model.contrast : kUsualContrast);
     const double more = 0.4 * std::clamp((share - 0.03) / 0.05, 0.0, 1.0);
-    return std::clamp(model.sigma * scale * (1 + more), 0.6, 20.0);
+    constexpr double kLeast = 0.8;  // pixels alias below
+    return std::clamp(model.sigma * scale * (1 + more), std::min(kLeast, model.sigma), 20.0);
 }
 
 // Where the outline lies, with all that follows from it.
