@@ -3,15 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orxFunctions/analysis/edges/chain_smoothing.h"
 #include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
 namespace {
-
-// The variance that the 3 x 3 facet adds to the smoothing along the edge, pixels squared: where the stated
-// uncertainties of circles and lines meet the true ones, on rendered disks and half planes of blur 0.5 to 1.5
-// and noise 1 to 8 (0.33 at sigma 1, 0.44 at 1.5).
-constexpr double kFacetVariance = 0.37;
 
 bool knowsNoise(const ORXEdge::TMetricContour& edge) {
     return edge.deviation.size() == edge.points.size() &&
@@ -87,7 +83,7 @@ constexpr auto kArc = [](const auto& points, const TFitOptions& options) {
 
 }  // namespace
 
-double chainSmoothing(double sigma) { return std::sqrt(sigma * sigma + kFacetVariance); }
+double chainSmoothing(double sigma) { return edges::chainSmoothing(sigma); }
 
 TFitOptions edgeFitOptions(const ORXEdge::TMetricContour& edge, double sigma, const TFitOptions& options) {
     TFitOptions result = options;

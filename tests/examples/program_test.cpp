@@ -53,6 +53,16 @@ TEST_F(Program, BadArgumentsEndWithTwoAndAHint) {
         {picture, "--circle-caliper", "10,10,nan"},
         {picture, "--circle-caliper", "10,10"},
         {picture, "--edges=high"},
+        {"--synthetic-parts", "-1"},
+        {picture, "--teach-part", "1,2,0,4"},
+        {picture, picture, "--teach-part", "1,2,30,40"},
+        {picture, "--teach-part", "1,2,30,40", "--find", "model.part"},
+        {picture, "--min-score", "0.5"},
+        {picture, "--find", "model.part", "--min-score", "0"},
+        {picture, "--find", "model.part", "--max-parts", "0"},
+        {picture, "--find", "model.part", "--min-scale", "1.2", "--max-scale", "1.1"},
+        {picture, "--find", "model.part", "--part-polarity", "both"},
+        {"--camera", "--find", "model.part"},
     };
     for (const auto& arguments : cases) {
         const Outcome outcome = run(arguments);
@@ -67,11 +77,13 @@ TEST_F(Program, HelpNamesEveryOptionWithItsDefaultAndVersionIsOneLine) {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     for (const char* text :
-         {"--method",         "--objects",   "--smooth",  "--background", "--close",       "--min-area",
-          "--shape",          "--tolerance", "--trials",  "--seed",       "--min-inliers", "--no-subpixel",
-          "--synthetic",      "--output",    "--version", "shanbhag",     "Exit code",     "--circle",
-          "--line",           "--ellipse",   "--segment", "--edges",      "--caliper",     "X,Y,W,H",
-          "--circle-caliper", "CX,CY,R",     "--focus"})
+         {"--method",      "--objects",     "--smooth",     "--background", "--close",
+          "--min-area",    "--shape",       "--tolerance",  "--trials",     "--seed",
+          "--min-inliers", "--no-subpixel", "--synthetic",  "--output",     "--version",
+          "shanbhag",      "Exit code",     "--circle",     "--line",       "--ellipse",
+          "--segment",     "--edges",       "--caliper",    "X,Y,W,H",      "--circle-caliper",
+          "CX,CY,R",       "--focus",       "--teach-part", "--find",       "--synthetic-parts",
+          "--min-score",   "--max-parts",   "--min-scale"})
         EXPECT_THAT(help.output, HasSubstr(text));
     // CLI11 writes a default as =VALUE, or since its version 2.4 as [VALUE].
     for (const std::string value : {"otsu", "auto", "100", "2", "200", "0.5", "inspection", "search", "none"})
