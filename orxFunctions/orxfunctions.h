@@ -17,8 +17,10 @@
 //
 // Where to begin: edgesSubPixMetric (analysis/subpixel_edges_metric.h) finds edges between the pixels,
 // fitCircleGeometric and fitLineGeometric (fitting/geometric_fit.h) measure shapes in them and say how well
-// they are known, getThresholdValue (analysis/threshold.h) finds a grey level, APPgetMessage
-// (foundation/host_bridge.h) says what went wrong. docs/measuring.md leads from edges to a diameter.
+// they are known, teachPart and findParts (matching/part_model.h, part_finder.h) find parts at any place and
+// angle, getThresholdValue (analysis/threshold.h) finds a grey level, APPgetMessage
+// (foundation/host_bridge.h) says what went wrong. docs/measuring.md leads from edges to a diameter,
+// docs/parts.md from a part to its places.
 //
 // Thread words used in these headers. Reentrant: may run on several threads at once on different data.
 // Thread-safe: may run on several threads at once on the same object. One thread at a time: the caller

@@ -22,12 +22,6 @@ std::string levelsText(const orx::TTeachReport& report) {
            (report.pointsPerLevel.size() == 1 ? " level" : " levels of the pyramid");
 }
 
-std::string symmetryText(int symmetry) {
-    if (symmetry == 0) return "looks the same at every angle";
-    if (symmetry == 1) return "looks different at every angle";
-    return "looks the same after 1/" + std::to_string(symmetry) + " of a turn";
-}
-
 // "123.456 ± 0.004"; "free" where the outline can't tell.
 std::string valueText(double value, double deviation, int decimals) {
     const std::string number = fixedText(value, decimals);
@@ -87,10 +81,8 @@ std::vector<std::string> describe(const orx::TTeachReport& report) {
         lines.push_back(levelsText(report));
         lines.push_back("radius " + fixedText(report.radius, 1) + " pixels, least contrast " +
                         fixedText(report.leastContrast, 0) + " grey levels");
-        lines.push_back(symmetryText(report.symmetry));
-        if (report.anglesAreFree && report.symmetry != 0) lines.emplace_back("its angle can't be told");
-        if (report.aShiftIsFree)
-            lines.push_back("a shift along " + fixedText(report.freeDirection, 1) + " degrees can't be told");
+        if (report.symmetry == 1 && report.nearSymmetry == 1)
+            lines.emplace_back("looks different at every angle");
     }
     lines.insert(lines.end(), report.warnings.begin(), report.warnings.end());
     return lines;
