@@ -47,6 +47,8 @@
 #include "orxFunctions/api.h"
 #include "orxFunctions/calibration/calibration_file.h"
 #include "orxFunctions/calibration/calibration_image.h"
+#include "orxFunctions/calibration/plane_calibration.h"
+#include "orxFunctions/calibration/plane_target.h"
 #include "orxFunctions/calibration/point_transform.h"
 #include "orxFunctions/calibration/pose.h"
 #include "orxFunctions/camera/camera.h"
