@@ -1,0 +1,100 @@
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/measuring/recipe/calibration_shift.h"
+#include "orxFunctions/measuring/recipe/shape.h"
+
+namespace orx::recipes {
+namespace {
+
+TFitOptions fitOptions(const EdgePoints& edges, const PlacedPoints& placed, TFitLoss loss) {
+    TFitOptions options;
+    options.loss = loss;
+    options.noise = edges.noise;
+    options.smoothing = edges.smoothing;
+    if (edges.weighted) options.deviations = placed.deviations;
+    return options;
+}
+
+// Takes over what the fit tells beside the shape.
+template <class Fitted>
+void settle(Fitted fit, double size, Fitted& target, SpaceShape& result) {
+    result.valid = fit.valid();
+    if (!result.valid) result.problem = fitStatusText(fit.status);
+    result.rms = fit.rms * size;
+    result.used = std::move(fit.used);
+    fit.used.clear();
+    target = scaled(std::move(fit), size);
+}
+
+// Along the points, jumps included. Ends are where edges were lost: half a pixel either way.
+TMeasuredValue lengthAlong(const EdgePoints& edges, const PlacedPoints& placed) {
+    constexpr std::size_t kStep = 5;  // points: shorter chords would add the noise to the length
+    constexpr double kEnd = 0.5;
+    std::vector<cv::Point2d> coarse;
+    for (std::size_t i = 0; i < placed.points.size(); i += kStep) coarse.push_back(placed.points[i]);
+    if (!edges.closed && (placed.points.size() - 1) % kStep != 0) coarse.push_back(placed.points.back());
+    double noise = 0.0;
+    for (const double d : placed.deviations) noise = std::max(noise, d);
+    TMeasuredValue value;
+    value.status = rsOk;
+    value.value = lengthOf(coarse, edges.closed) * placed.size;
+    const double ends = edges.closed ? 0.0 : kEnd * std::sqrt(2.0);
+    // Chords turn by their ends' noise; along the outline it shows where the chain bends, and no more than
+    // that.
+    value.deviation = std::hypot(ends, noise * std::sqrt(2.0)) * placed.size;
+    value.degreesOfFreedom = std::numeric_limits<double>::infinity();
+    return value;
+}
+
+}  // namespace
+
+SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plane* plane) {
+    SpaceShape result;
+    result.shape.kind = spec.kind;
+    const PlacedPoints placed = placedPoints(edges, plane);
+    if (placed.points.empty()) {
+        result.problem = edges.points.empty() ? "no edge was found" : "has no place on the calibrated plane";
+        return result;
+    }
+    const TFitOptions options = fitOptions(edges, placed, spec.loss);
+    switch (spec.kind) {
+        case fkLine:
+            settle(fitLineGeometric(placed.points, options), placed.size, result.shape.line, result);
+            break;
+        case fkCircle:
+        case fkArc:
+            settle(fitCircleGeometric(placed.points, options), placed.size, result.shape.circle, result);
+            break;
+        case fkEllipse:
+            settle(fitEllipseGeometric(placed.points, options), placed.size, result.shape.ellipse, result);
+            break;
+        default:
+            result.valid = true;
+            result.shape.length = lengthAlong(edges, placed);
+            return result;
+    }
+    if (result.valid && plane != nullptr) {
+        result.shifted = shiftedShapes(result.shape, edges, result.used, *plane);
+        result.valid = !result.shifted.empty() || plane->shifts() == 0;
+        if (!result.valid) result.problem = "has no place on the calibrated plane";
+    }
+    return result;
+}
+
+Curve curveOf(const Shape& shape) {
+    if (shape.kind == fkLine) {
+        const TMeasuredLine& line = shape.line;
+        return lineCurve(line.point + line.from * line.direction, line.point + line.to * line.direction);
+    }
+    if (shape.kind == fkEllipse) {
+        const TMeasuredEllipse& ellipse = shape.ellipse;
+        return ellipseCurve(ellipse.center, ellipse.semiMajor, ellipse.semiMinor, ellipse.angle);
+    }
+    const TMeasuredCircle& circle = shape.circle;
+    return circleCurve(circle.center, circle.radius, circle.startAngle, circle.sweep);
+}
+
+}  // namespace orx::recipes
