@@ -96,6 +96,7 @@
 #include "orxFunctions/measuring/edge_fit.h"
 #include "orxFunctions/measuring/form.h"
 #include "orxFunctions/measuring/recipe.h"
+#include "orxFunctions/measuring/recipe_proposal.h"
 #include "orxFunctions/measuring/recipe_result.h"
 #include "orxFunctions/measuring/relations.h"
 #include "orxFunctions/measuring/verdict.h"

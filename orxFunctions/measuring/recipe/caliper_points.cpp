@@ -8,7 +8,7 @@ namespace orx::recipes {
 namespace {
 
 constexpr double kWidth = 5.0;  // of a caliper, pixels, where the recipe says nothing
-constexpr int kFewest = 8;      // calipers, where the recipe says nothing
+constexpr int kFewest = 12;     // calipers, where the recipe says nothing
 
 struct Calipers {
     int count;
@@ -19,10 +19,9 @@ struct Calipers {
 // As many as fit side by side, where the recipe says nothing: they do not share pixels then.
 Calipers calipersFor(const FeatureSpec& spec, double length, int most) {
     Calipers calipers{};
-    calipers.width = spec.width > 0.0 ? spec.width : kWidth;
-    calipers.count = spec.count > 0
-                         ? spec.count
-                         : std::clamp(static_cast<int>(length / (calipers.width + 1.0)), kFewest, 10000);
+    calipers.width = spec.width > 0.0 ? spec.width : std::clamp(length / kFewest - 1.0, 1.0, kWidth);
+    const int sideBySide = static_cast<int>(length / (calipers.width + 1.0));
+    calipers.count = spec.count > 0 ? spec.count : std::clamp(sideBySide, kFewest, 10000);
     if (most > 0) calipers.count = std::min(calipers.count, most);
     calipers.options = {spec.sigma, spec.minContrast, spec.polarity, esStrongest};
     return calipers;
@@ -74,13 +73,13 @@ EdgePoints aroundCircle(const Picture& picture, const FeatureSpec& spec, const F
     return edges;
 }
 
-// Along a line or another outline; what its bend does to them is taken back below.
+// Along a line or another outline; what its bend does to edges under straight calipers is taken back.
 EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
     const Curve curve = curveOf(spec);
     const ToImage toImage = [&](cv::Point2d p) { return frame.toImage(p); };
+    const double band = bandOf(spec, frame);
     const double length = lengthOf(polylineOf(curve, toImage, 4.0), curve.closed);
     const Calipers calipers = calipersFor(spec, length, most);
-    const double band = bandOf(spec, frame);
     EdgePoints edges;
     edges.searched = calipers.count;
     edges.closed = curve.closed;

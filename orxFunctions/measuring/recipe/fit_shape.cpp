@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "orxFunctions/foundation/angles_internal.h"
@@ -16,6 +17,26 @@ TFitOptions fitOptions(const EdgePoints& edges, const PlacedPoints& placed, TFit
     options.smoothing = edges.smoothing;
     if (edges.weighted) options.deviations = placed.deviations;
     return options;
+}
+
+// The noise that the points have by the picture's alone.
+double leastNoise(const PlacedPoints& placed) {
+    constexpr double kGrid = 0.01;  // what the pixels' grid leaves of a caliper's edge
+    double squares = 0.0;
+    for (const double d : placed.deviations) squares += d * d;
+    return std::hypot(kGrid, std::sqrt(squares / static_cast<double>(placed.deviations.size())));
+}
+
+// A robust fit takes its scale from the points. Of few points half may lie near a shape by chance: a scale
+// below the picture's noise would then throw out good ones, and promise too much.
+template <class Fit>
+auto fitSoundly(Fit fit, const EdgePoints& edges, const PlacedPoints& placed, TFitLoss loss) {
+    TFitOptions options = fitOptions(edges, placed, loss);
+    auto fitted = fit(placed.points, options);
+    const double least = leastNoise(placed);
+    if (loss == flLeastSquares || (fitted.valid() && fitted.noise >= least)) return fitted;
+    options.scale = edges.weighted ? 1.0 : least;
+    return fit(placed.points, options);
 }
 
 // Takes over what the fit tells beside the shape.
@@ -59,17 +80,26 @@ SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plan
         result.problem = edges.points.empty() ? "no edge was found" : "has no place on the calibrated plane";
         return result;
     }
-    const TFitOptions options = fitOptions(edges, placed, spec.loss);
+    const auto fitted = [&](auto fit) { return fitSoundly(fit, edges, placed, spec.loss); };
+    const auto line = [](const auto& points, const auto& options) {
+        return fitLineGeometric(points, options);
+    };
+    const auto circle = [](const auto& points, const auto& options) {
+        return fitCircleGeometric(points, options);
+    };
+    const auto ellipse = [](const auto& points, const auto& options) {
+        return fitEllipseGeometric(points, options);
+    };
     switch (spec.kind) {
         case fkLine:
-            settle(fitLineGeometric(placed.points, options), placed.size, result.shape.line, result);
+            settle(fitted(line), placed.size, result.shape.line, result);
             break;
         case fkCircle:
         case fkArc:
-            settle(fitCircleGeometric(placed.points, options), placed.size, result.shape.circle, result);
+            settle(fitted(circle), placed.size, result.shape.circle, result);
             break;
         case fkEllipse:
-            settle(fitEllipseGeometric(placed.points, options), placed.size, result.shape.ellipse, result);
+            settle(fitted(ellipse), placed.size, result.shape.ellipse, result);
             break;
         default:
             result.valid = true;

@@ -60,7 +60,7 @@ class MeasuredFields {
     void readMethod() {
         static const Choices<Method> kMethods{
             {"edges", Method::kEdges}, {"calipers", Method::kCalipers}, {"chain", Method::kChain}};
-        spec_.method = fields_.choice("by", kMethods).value_or(Method::kEdges);
+        spec_.method = fields_.choice("by", kMethods).value_or(Method::kCalipers);
         readCalipers();
         if (spec_.method == Method::kEdges) {
             for (const char* name : {"count", "width", "sigma"}) {
