@@ -99,6 +99,7 @@
 #include "orxFunctions/measuring/recipe_proposal.h"
 #include "orxFunctions/measuring/recipe_result.h"
 #include "orxFunctions/measuring/relations.h"
+#include "orxFunctions/measuring/statistics.h"
 #include "orxFunctions/measuring/verdict.h"
 #include "orxFunctions/segmentation/segment_circle.h"
 #include "orxFunctions/segmentation/segment_contour.h"
