@@ -23,18 +23,24 @@ cv::Point2d bent(const PlaneCamera& camera, cv::Point2d ray) {
             ray.y * radial + camera.p1 * (square + 2 * ray.y * ray.y) + 2 * camera.p2 * ray.x * ray.y};
 }
 
-// The radius whose ring is drawn at the radius `seen`.
+// The radius whose ring is drawn at the radius `seen`: halved until it is near, then by Newton's steps.
 double straightRadius(const PlaneCamera& camera, double seen) {
     double low = 0;
     double high = 2 * seen;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 6; ++i) {
         const double middle = (low + high) / 2;
         (middle * radialPart(camera, middle * middle) < seen ? low : high) = middle;
     }
-    return (low + high) / 2;
+    double radius = (low + high) / 2;
+    for (int i = 0; i < 6; ++i) {
+        const double square = radius * radius;
+        const double slope = 1 + square * (3 * camera.k1 + square * (5 * camera.k2 + square * 7 * camera.k3));
+        radius -= (radius * radialPart(camera, square) - seen) / slope;
+    }
+    return radius;
 }
 
-// Radial by bisection, tangential, which is small, by taking it off again and again.
+// The tangential part, which is small, is taken off again and again.
 cv::Point2d straightened(const PlaneCamera& camera, cv::Point2d seen) {
     cv::Point2d ray = seen;
     for (int i = 0; i < 40; ++i) {
@@ -45,7 +51,7 @@ cv::Point2d straightened(const PlaneCamera& camera, cv::Point2d seen) {
         const cv::Point2d next = radius > 0 ? ring * (straightRadius(camera, radius) / radius) : ring;
         const double moved = std::hypot(next.x - ray.x, next.y - ray.y);
         ray = next;
-        if (moved < 1e-15 || (camera.p1 == 0 && camera.p2 == 0)) break;
+        if (moved < 1e-14 || (camera.p1 == 0 && camera.p2 == 0)) break;
     }
     return ray;
 }
@@ -174,24 +180,32 @@ PlaneShape dotGridShape(int columns, int rows, double pitch, double diameter) {
     };
 }
 
-cv::Mat renderPlane(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
+cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
     cv::Mat light = fineLight(camera, shape);
     if (exposure.blurSigma > 0) {
         const double sigma = exposure.blurSigma * kFine;
         cv::GaussianBlur(light, light, cv::Size(), sigma, sigma, cv::BORDER_REPLICATE);
     }
-    cv::Mat gathered;
-    cv::resize(light, gathered, camera.size, 0, 0, cv::INTER_AREA);
-    RandomSource random(exposure.seed);
-    cv::Mat picture(camera.size, CV_8U);
+    cv::Mat levels;
+    cv::resize(light, levels, camera.size, 0, 0, cv::INTER_AREA);
+    levels.convertTo(levels, CV_32F, exposure.bright - exposure.dark, exposure.dark);
+    return levels;
+}
+
+cv::Mat withNoise(const cv::Mat& levels, double noiseSigma, std::uint64_t seed) {
+    RandomSource random(seed);
+    cv::Mat picture(levels.size(), CV_8U);
     for (int y = 0; y < picture.rows; ++y) {
         for (int x = 0; x < picture.cols; ++x) {
-            double level = exposure.dark + (exposure.bright - exposure.dark) * gathered.at<float>(y, x);
-            if (exposure.noiseSigma > 0) level += exposure.noiseSigma * random.normal();
-            picture.at<uchar>(y, x) = cv::saturate_cast<uchar>(level);
+            const double noise = noiseSigma > 0 ? noiseSigma * random.normal() : 0;
+            picture.at<uchar>(y, x) = cv::saturate_cast<uchar>(levels.at<float>(y, x) + noise);
         }
     }
     return picture;
+}
+
+cv::Mat renderPlane(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
+    return withNoise(renderPlaneLevels(camera, shape, exposure), exposure.noiseSigma, exposure.seed);
 }
 
 }  // namespace scenes

@@ -30,7 +30,7 @@ struct PlaneCamera {
 
     // Where a place of the plane is seen.
     cv::Point2d project(cv::Point2d millimetres) const;
-    // The place that is seen there; the lens is undone by bisection, for lenses that draw rings in order.
+    // The place that is seen there, for lenses that draw wider rings for wider angles.
     cv::Point2d place(cv::Point2d pixel) const;
 };
 
@@ -54,7 +54,11 @@ struct PlaneExposure {
     std::uint64_t seed = 1;
 };
 
-// The 8-bit picture.
+// The grey levels without noise, CV_32F.
+cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure);
+// The 8-bit picture of such levels, with noise.
+cv::Mat withNoise(const cv::Mat& levels, double noiseSigma, std::uint64_t seed);
+// Both.
 cv::Mat renderPlane(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure);
 
 }  // namespace scenes

@@ -1,4 +1,5 @@
-// Flat calibration targets: chessboards and dot grids, and what pictures show of them.
+// Flat calibration targets: chessboards and dot grids, found in pictures between the pixels, and printed to
+// scale.
 //
 // All functions are reentrant. Nothing throws.
 #ifndef ORXFUNCTIONS_CALIBRATION_PLANE_TARGET_H
@@ -7,6 +8,8 @@
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
+
+#include "orxFunctions/api.h"
 
 namespace orx {
 
@@ -40,6 +43,33 @@ struct TTargetView {
     std::vector<double> deviations;
     double dotDiameter = 0.0;  // millimetres; 0 for corners
 };
+
+// Looks for the whole target. Pictures are 8- or 16-bit unsigned with 1 to 4 channels, 20 to 32,767 pixels a
+// side; anything else, options outside of their ranges among it, is answered by a view that is not found.
+//
+// Rows and columns are numbered so that the millimetres' axes turn as the pixels' do (x to y clockwise on the
+// screen), and that the rows lead to the right as far as the target allows: a board that looks the same half
+// turned has no upper side of its own.
+//
+// Corners by A. Duda and U. Frese, "Accurate detection and localization of checkerboard corners for
+// calibration", BMVC 2018 (OpenCV's findChessboardCornersSB), then where the grey levels are a saddle. Dots
+// by their outlines: an ellipse through the edges along calipers across each (fitting/ellipse_geometric.h).
+ORX_API TTargetView findTarget(const cv::Mat& img, const TTarget& target);
+
+// A page to print without scaling, and where the target lies on it.
+struct TTargetPage {
+    // [297 x 210] Millimetres: A4 across. 10 to 10,000 each.
+    double width = 297.0;
+    double height = 210.0;
+    // [true] A line of 100 mm (10 mm on small pages) below the target, by which to check the print.
+    bool scaleBar = true;
+};
+
+// The page as a file of SVG, or of PDF, to scale; the target in its middle. Empty where options are outside
+// of their ranges or the target, with a white margin of a pitch around it (of a quarter for dots), does not
+// fit.
+ORX_API std::string targetToSvg(const TTarget& target, const TTargetPage& page = {});
+ORX_API std::string targetToPdf(const TTarget& target, const TTargetPage& page = {});
 
 }  // namespace orx
 
