@@ -66,11 +66,15 @@ class Band {
     }
     bool isWithin(cv::Point2d p, int i) const {
         const cv::Point2d way = p - probe(i).point;
-        const bool isEnd = !closed_ && (i == 0 || i == count() - 1);
-        const cv::Point2d along(probe(i).normal.y, -probe(i).normal.x);
-        const bool isBeside = !isEnd || std::abs(way.dot(along)) <= kProbeSpacing;
-        return isBeside && std::abs(way.dot(probe(i).normal)) <= reach_ &&
-               cv::norm(way) <= reach_ + kProbeSpacing;
+        const bool isNear =
+            std::abs(way.dot(probe(i).normal)) <= reach_ && cv::norm(way) <= reach_ + kProbeSpacing;
+        return isNear && !isBeyondEnd(way, i);
+    }
+    bool isBeyondEnd(cv::Point2d way, int i) const {
+        if (closed_ || (i > 0 && i < count() - 1)) return false;
+        const cv::Point2d inwards =
+            i == 0 ? probe(1).point - probe(0).point : probe(i - 1).point - probe(i).point;
+        return way.dot(inwards) < 0.0;
     }
 
     std::vector<TEdgeProbe> probes_;

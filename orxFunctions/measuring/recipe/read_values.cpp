@@ -100,7 +100,10 @@ void readPieces(Fields& fields, const Json::Value& value, const std::string& pat
 void readFrame(Fields& fields, const RecipeData& data, ValueSpec& spec) {
     static const Choices<bool> kFrames{{"part", true}, {"picture", false}};
     spec.inPart = data.place.kind != PlaceKind::kPicture;
-    if (!hasFrame(spec.kind, spec.of.size())) return;
+    const bool mayHaveFrame = hasFrame(spec.kind, 1);
+    if (!mayHaveFrame) return;
+    if (spec.of.size() == 2 && fields.has("frame"))
+        fields.problem("frame", "means nothing for an angle between two lines");
     if (const auto inPart = fields.choice("frame", kFrames)) {
         if (*inPart && data.place.kind == PlaceKind::kPicture)
             fields.problem("frame", "\"part\" wants a part in the recipe");
@@ -131,7 +134,11 @@ ValueSpec readValue(const Json::Value& value, const std::string& path, bool mill
     readUnit(fields, millimetres, data, spec);
     ToleranceFields(fields, spec.target).read();
     readFrame(fields, data, spec);
-    if (isOfTwoLines(spec, data)) spec.section = fields.choice("at", kSections).value_or(spec.section);
+    if (spec.kind == ValueKind::kDistance) {
+        spec.section = fields.choice("at", kSections).value_or(spec.section);
+        if (fields.has("at") && spec.of.size() == 2 && !isOfTwoLines(spec, data))
+            fields.problem("at", "means nothing but for the distance of two lines");
+    }
     spec.addedDeviation = fields.number("addedDeviation", {0.0, 1e6, false}).value_or(0.0);
     fields.finish();
     return spec;

@@ -196,6 +196,16 @@ double calibrationVariance(const ValueSpec& spec, const Scene& scene, int shifts
     return variance;
 }
 
+// Angles come round: the one that is nearest to what the value should be.
+double unwrapped(const ValueSpec& spec, double value) {
+    if (spec.kind == ValueKind::kAngle && spec.of.size() == 2) return value;
+    const TTolerance& limits = spec.target.tolerance;
+    const bool bothLimits = std::isfinite(limits.lower) && std::isfinite(limits.upper);
+    if (turnOf(spec.kind) == 0.0 || !(spec.target.hasNominal || bothLimits)) return value;
+    const double middle = bothLimits ? (limits.lower + limits.upper) / 2.0 : spec.target.nominal;
+    return middle + std::remainder(value - middle, turnOf(spec.kind));
+}
+
 // Without a calibration: of what the recipe measured itself.
 TMeasuredValue scoreOf(const Place& place) { return told(place.told.score, 0.0, kInfinite); }
 
@@ -249,7 +259,7 @@ TRecipeValue tellValue(const RecipeData& recipe, const ValueSpec& spec, const Pl
     const double own = squared(measured.deviation);
     const double added = squared(spec.addedDeviation);
     value.measured = true;
-    value.value = measured.value;
+    value.value = unwrapped(spec, measured.value);
     value.deviation = std::sqrt(own + calibration + added);
     value.calibrationDeviation = std::sqrt(calibration);
     const double freedom = freedomOf(own, measured.degreesOfFreedom, calibration,
