@@ -88,6 +88,7 @@
 #include "orxFunctions/foundation/registry.h"
 #include "orxFunctions/foundation/stopwatch.h"
 #include "orxFunctions/foundation/text.h"
+#include "orxFunctions/matching/part_drawing.h"
 #include "orxFunctions/matching/part_finder.h"
 #include "orxFunctions/matching/part_model.h"
 #include "orxFunctions/matching/part_model_file.h"

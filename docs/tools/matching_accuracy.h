@@ -333,6 +333,10 @@ inline std::vector<Row> furtherRows() {
     row.scene.hidden = 0.4;
     row.find.greediness = 0;
     rows.push_back(row);
+    row = plainRow("40 % hidden by covers that follow the outline", 0.45);
+    row.scene.hidden = 0.4;
+    row.scene.coverReach = 2;
+    rows.push_back(row);
     row = plainRow("scale 0.5 to 2");
     row.scene.minScale = row.find.minScale = 0.5;
     row.scene.maxScale = row.find.maxScale = 2;

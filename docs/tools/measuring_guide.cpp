@@ -1,6 +1,8 @@
 // The code and the pictures of docs/measuring.md, and the numbers in it.
 //
-//   measuring_guide FOLDER     writes measuring-fit.png and measuring-interval.png there, prints the numbers
+//   measuring_guide FOLDER     writes measuring-fit.png, measuring-shapes.png and measuring-interval.png
+//   there,
+//                              prints the numbers
 //
 // What the page shows stands here to the letter; a test compares.
 #include <algorithm>
@@ -50,6 +52,33 @@ orx::TMeasuredCircle measureNominal(const cv::Mat& image, cv::Point2d center, do
     return orx::fitCircleGeometric(orx::pointsOf(edges), options);
 }
 
+orx::TMeasuredEllipse measureEllipse(const ORXEdge::TMetricContour& edge) {
+    return orx::fitEllipseGeometric(edge, 1.0);
+}
+
+void report(const orx::TMeasuredEllipse& ellipse) {
+    if (!ellipse.valid()) {
+        std::printf("no ellipse: %s\n", orx::fitStatusText(ellipse.status));
+        return;
+    }
+    std::printf("axes %.3f and %.3f, standard uncertainties %.3f and %.3f, ", 2 * ellipse.semiMajor,
+                2 * ellipse.semiMinor, 2 * ellipse.semiMajorDeviation, 2 * ellipse.semiMinorDeviation);
+    if (ellipse.angleTold)
+        std::printf("turned by %.2f, standard uncertainty %.2f\n", ellipse.angle, ellipse.angleDeviation);
+    else
+        std::printf("round: which way it is turned is not told\n");
+}
+
+std::vector<orx::TMeasuredCircle> circlesAmong(const std::vector<cv::Point2d>& edgePoints) {
+    orx::TConsensusOptions options;
+    options.tolerance = 0.2;  // some noises of a point
+    options.minRadius = 10;
+    options.minSupport = 0.15;
+    options.fit.noise = orx::pnEdgeChain;
+    options.fit.smoothing = orx::chainSmoothing(1.0);
+    return orx::findCircles(edgePoints, options);
+}
+
 void reportRoundness(const ORXEdge::TMetricContour& edge, double noise) {
     orx::TFormOptions options;
     options.noise = noise;
@@ -90,6 +119,29 @@ ORXEdge::TMetricContour longestOf(const std::vector<ORXEdge::TMetricContour>& ed
     return longest == edges.end() ? ORXEdge::TMetricContour() : *longest;
 }
 
+const scenes::Disk kTogether[] = {{{46.4, 52.7}, 33.0}, {{88.8, 61.3}, 27.0}};
+
+cv::Mat twoDisksAndABar(std::uint64_t seed) {
+    cv::Mat ideal(130, 130, CV_32F, cv::Scalar(50.0));
+    for (const scenes::Disk& disk : kTogether) scenes::paint(ideal, disk, 190.0);
+    scenes::paint(ideal, scenes::Bar{{61.0, 90.0}, 24.0, 90.0, 18.0}, 190.0);
+    return scenes::expose(ideal, {0.0, 0.8, 2.5, seed});
+}
+
+// A disk seen askew: axes of 100 and 66.67, upright.
+cv::Mat tiltedDisk() {
+    cv::Mat ideal(260, 390, CV_32F, cv::Scalar(50.0));
+    scenes::paint(ideal, scenes::Disk{{194.0, 131.0}, 100.0}, 190.0);
+    cv::resize(ideal, ideal, {130, 130}, 0, 0, cv::INTER_AREA);
+    return scenes::expose(ideal, {0.0, 0.8, 2.5, 5});
+}
+
+std::vector<cv::Point2d> pointsOf(const std::vector<ORXEdge::TMetricContour>& edges) {
+    std::vector<cv::Point2d> points;
+    for (const auto& edge : edges) points.insert(points.end(), edge.points.begin(), edge.points.end());
+    return points;
+}
+
 // Part of a picture, each of its pixels `scale` wide, to draw on in the picture's coordinates.
 class Enlarged {
   public:
@@ -100,9 +152,10 @@ class Enlarged {
     void line(cv::Point2d from, cv::Point2d to, const cv::Scalar& color, int thickness) {
         cv::line(canvas_, fixed(from), fixed(to), color, thickness, cv::LINE_AA, kShift);
     }
-    void outline(const orx::TMeasuredCircle& circle, const cv::Scalar& color) {
+    template <class Shape>
+    void outline(const Shape& shape, const cv::Scalar& color) {
         std::vector<cv::Point> corners;
-        for (int i = 0; i < 720; ++i) corners.push_back(fixed(circle.at(0.5 * i)));
+        for (int i = 0; i < 720; ++i) corners.push_back(fixed(shape.at(0.5 * i)));
         cv::polylines(canvas_, corners, true, color, 2, cv::LINE_AA, kShift);
     }
     void dot(cv::Point2d at, double pixels, const cv::Scalar& color) {
@@ -126,6 +179,13 @@ void write(cv::Mat& canvas, const std::string& text, cv::Point at, const cv::Sca
     cv::putText(canvas, text, at, cv::FONT_HERSHEY_SIMPLEX, 0.45, color, 1, cv::LINE_AA);
 }
 
+cv::Mat besides(const cv::Mat& left, const cv::Mat& right) {
+    cv::Mat picture;
+    cv::hconcat(std::vector<cv::Mat>{left, cv::Mat(left.rows, 12, CV_8UC3, cv::Scalar::all(255)), right},
+                picture);
+    return picture;
+}
+
 // Left the part with both circles, right its dent from near, with each point's deviation thirty times
 // enlarged.
 cv::Mat drawFit(const cv::Mat& image, const ORXEdge::TMetricContour& edge, const orx::TMeasuredCircle& robust,
@@ -146,11 +206,22 @@ cv::Mat drawFit(const cv::Mat& image, const ORXEdge::TMetricContour& edge, const
         near.dot(point, 3.5, color);
         whole.dot(point, 2.4, color);
     }
-    cv::Mat picture;
-    cv::hconcat(
-        std::vector<cv::Mat>{whole.canvas(), cv::Mat(520, 12, CV_8UC3, cv::Scalar::all(255)), near.canvas()},
-        picture);
-    return picture;
+    return besides(whole.canvas(), near.canvas());
+}
+
+// Left the ellipse with its axes, right the circles among the edges of other things.
+cv::Mat drawShapes(const cv::Mat& tilted, const orx::TMeasuredEllipse& ellipse, const cv::Mat& mixed,
+                   const std::vector<cv::Point2d>& points, const std::vector<orx::TMeasuredCircle>& circles) {
+    Enlarged left(tilted, {0, 0, 130, 130}, 4);
+    left.outline(ellipse, kBlue);
+    for (const double end : {0.0, 90.0}) left.line(ellipse.at(end), ellipse.at(end + 180), kBlue, 1);
+    Enlarged right(mixed, {0, 0, 130, 130}, 4);
+    for (const auto& circle : circles) right.outline(circle, kBlue);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const auto supports = [&](const auto& circle) { return circle.used[i] != 0; };
+        right.dot(points[i], 2.4, std::any_of(circles.begin(), circles.end(), supports) ? kGreen : kOrange);
+    }
+    return besides(left.canvas(), right.canvas());
 }
 
 // Errors of the diameter over what a fit states, of many pictures that differ in place and noise.
@@ -192,6 +263,27 @@ Ratios errorRatios(int scenes) {
     ratios.within68 /= static_cast<double>(ratios.chain.size());
     ratios.within95 /= static_cast<double>(ratios.chain.size());
     return ratios;
+}
+
+// The larger disk's radius over many pictures, where both disks were found.
+void reportAmongOthers(int scenes) {
+    int both = 0;
+    double sum = 0;
+    double squares = 0;
+    double stated = 0;
+    for (int i = 0; i < scenes; ++i) {
+        const cv::Mat image = twoDisksAndABar(static_cast<std::uint64_t>(i) + 1);
+        const auto circles = circlesAmong(pointsOf(findEdges(image)));
+        if (circles.size() != 2) continue;
+        ++both;
+        const double error = circles[0].radius - kTogether[0].radius;
+        sum += error;
+        squares += error * error;
+        stated += circles[0].radiusDeviation * circles[0].radiusDeviation;
+    }
+    const double bias = sum / both;
+    std::printf("Of %d pictures %d show both; radius %.4f off on average, spread over stated %.2f\n", scenes,
+                both, bias, std::sqrt((squares / both - bias * bias) / (stated / both)));
 }
 
 void drawHistogram(cv::Mat canvas, const std::vector<double>& values, const cv::Scalar& color,
@@ -269,14 +361,33 @@ int main(int argc, char** argv) {
     std::printf("Two points: ");
     report(orx::fitCircleGeometric(std::vector<cv::Point2f>{{1, 1}, {2, 2}}));
 
+    const cv::Mat tilted = tiltedDisk();
+    const orx::TMeasuredEllipse ellipse = measureEllipse(longestOf(findEdges(tilted)));
+    std::printf("The tilted disk: ");
+    report(ellipse);
+    std::printf("The sound part as an ellipse: ");
+    report(measureEllipse(outline));
+    const cv::Mat mixed = twoDisksAndABar(1);
+    const std::vector<cv::Point2d> points = pointsOf(findEdges(mixed));
+    const std::vector<orx::TMeasuredCircle> circles = circlesAmong(points);
+    std::printf("%d circles among %d points\n", static_cast<int>(circles.size()),
+                static_cast<int>(points.size()));
+    for (const orx::TMeasuredCircle& circle : circles) {
+        std::printf("%d points: ", circle.usedPoints);
+        report(circle);
+    }
+    reportAmongOthers(300);
+
     const Ratios ratios = errorRatios(1000);
     std::printf("Over %d pictures: error over naive uncertainty %.2f, over the fit's %.2f;\n",
                 static_cast<int>(ratios.chain.size()), rootMeanSquare(ratios.naive),
                 rootMeanSquare(ratios.chain));
     std::printf("its intervals of 68.3 and 95 %% hold %.1f and %.1f %%\n", 100 * ratios.within68,
                 100 * ratios.within95);
-    const bool written = cv::imwrite(folder + "/measuring-fit.png", drawFit(image, edge, robust, plain)) &&
-                         cv::imwrite(folder + "/measuring-interval.png", drawIntervals(ratios));
+    const bool written =
+        cv::imwrite(folder + "/measuring-fit.png", drawFit(image, edge, robust, plain)) &&
+        cv::imwrite(folder + "/measuring-shapes.png", drawShapes(tilted, ellipse, mixed, points, circles)) &&
+        cv::imwrite(folder + "/measuring-interval.png", drawIntervals(ratios));
     if (!written) std::fprintf(stderr, "measuring_guide: can't write into %s\n", folder.c_str());
     return written ? 0 : 1;
 }

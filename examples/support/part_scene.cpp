@@ -194,10 +194,11 @@ class Placing {
 // ---- Covers
 // -------------------------------------------------------------------------------------------------
 
-// What lies farther than `distance` from the part's origin in a direction, up to just outside its circle.
-Loop coverBeyond(const ScenePose& pose, cv::Point2d way, double distance, RandomSource& random) {
+// What lies farther than `distance` from the part's origin in a direction, up to somewhat outside its circle.
+Loop coverBeyond(const ScenePose& pose, double reach, cv::Point2d way, double distance,
+                 RandomSource& random) {
     constexpr int kCorners = 16;
-    const double radius = radiusOf(pose) + 2;
+    const double radius = radiusOf(pose) + reach;
     const double half = std::acos(std::clamp(distance / radius, -1.0, 1.0));
     const double turn = std::atan2(way.y, way.x);
     Loop loop;
@@ -205,9 +206,9 @@ Loop coverBeyond(const ScenePose& pose, cv::Point2d way, double distance, Random
         const double angle = turn + half * (2.0 * i / (kCorners - 1) - 1);
         // Both ends lie on the cover's straight edge; the rest is outside the circle.
         const bool isEnd = i == 0 || i == kCorners - 1;
-        const double reach =
+        const double away =
             isEnd ? radius : radius / std::cos(2 * half / (kCorners - 1)) + random.uniform(0, 3);
-        loop.push_back(cv::Point2d(pose.x, pose.y) + unit(angle) * reach);
+        loop.push_back(cv::Point2d(pose.x, pose.y) + unit(angle) * away);
     }
     return loop;
 }
@@ -228,14 +229,14 @@ double coverLevel(RandomSource& random) {
     return kind == 1 ? random.uniform(105, 155) : random.uniform(205, 240);
 }
 
-std::vector<Loop> coversOf(const Laid& laid, double share, RandomSource& random) {
+std::vector<Loop> coversOf(const Laid& laid, double share, double reach, RandomSource& random) {
     const double turn = random.uniform(0, 2 * kPi);
     const double first = oneIn(2, random) ? share : share * random.uniform(0.3, 0.7);
     std::vector<Loop> covers;
     const auto add = [&](double angle, double part) {
         if (part < 1e-6) return;
         covers.push_back(
-            coverBeyond(laid.part.pose, unit(angle), beginHiding(laid, unit(angle), part), random));
+            coverBeyond(laid.part.pose, reach, unit(angle), beginHiding(laid, unit(angle), part), random));
     };
     add(turn, first);
     add(turn + kPi, share - first);
@@ -299,7 +300,7 @@ PartScene renderParts(const PartSceneSettings& settings) {
     for (const Laid& laid : everything)
         paint(ideal, laid.loops, settings.ground + settings.contrast, fineness);
     for (Laid& laid : parts) {
-        const std::vector<Loop> covers = coversOf(laid, settings.hidden, objects);
+        const std::vector<Loop> covers = coversOf(laid, settings.hidden, settings.coverReach, objects);
         for (const Loop& cover : covers) paint(ideal, {cover}, coverLevel(objects), fineness);
         laid.part.hidden = hiddenShare(laid, covers, settings.size);
     }

@@ -41,6 +41,7 @@ struct PartSceneSettings {
     double texture = 0;
     // Share of each part's outline that lies under one or two covers.
     double hidden = 0;
+    double coverReach = 8;  // how far covers reach beyond a part's circle at least, pixels
     // Each part touches one of those before it.
     bool touching = false;
     // Share of the first part's outline that lies outside the picture.

@@ -7,8 +7,9 @@
 // Gauss-Newton steps with Levenberg's damping on the orthogonal distances (S. J. Ahn, W. Rauh and
 // H.-J. Warnecke, "Least-squares orthogonal distances fitting of circle, sphere, ellipse, hyperbola, and
 // parabola", Pattern Recognition 34 (2001)), in parameters that are regular where the axes are equal. The
-// biases of second order are taken back: of the curved outline under noise in x and y, of the curved
-// parameters (M. J. Box), and of axes that noise drives apart where they are (nearly) equal.
+// biases of second order are taken back: of the curved outline under noise in x and y (to fourth order where
+// the outline turns within the noise), of the curved parameters (M. J. Box), and of axes that noise drives
+// apart where they are (nearly) equal.
 #ifndef ORXFUNCTIONS_FITTING_ELLIPSE_GEOMETRIC_H
 #define ORXFUNCTIONS_FITTING_ELLIPSE_GEOMETRIC_H
 

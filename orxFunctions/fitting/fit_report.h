@@ -93,7 +93,8 @@ struct TFitReport {
     // For each point 1 where it had a say, else 0. All with a deviation above 0 have in least squares. A
     // robust loss leaves out those beyond 5 scales of the shape that most points follow (Tukey's those beyond
     // its bend), and those near it by chance, far along the outline from the stretches that hold a twentieth
-    // or more of the points.
+    // or more of the points. Of up to 64 near it these are such that stand alone (for five median steps or
+    // more), if there are as many outliers elsewhere.
     std::vector<unsigned char> used;
 
     bool valid() const { return status == fsOk; }

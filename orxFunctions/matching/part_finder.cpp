@@ -108,11 +108,14 @@ class PartList {
   public:
     PartList(const Box& box, const TFindOptions& options) : box_(box), options_(options) {}
 
-    bool isFree(const TPartPose& pose) const {
+    // Whether a part there would cover one of at least this score too much, or be covered by it.
+    bool isTaken(const TPartPose& pose, double score) const {
         const Box box = matching::boxAt(box_, pose);
-        return std::all_of(boxes_.begin(), boxes_.end(), [&](const Box& other) {
-            return matching::sharedArea(box, other) <= options_.maxOverlap;
-        });
+        for (std::size_t i = 0; i < parts_.size(); ++i) {
+            if (parts_[i].score < score) break;
+            if (matching::sharedArea(box, boxes_[i]) > options_.maxOverlap) return true;
+        }
+        return false;
     }
 
     void add(TFoundPart part) {
@@ -121,6 +124,8 @@ class PartList {
     }
 
     bool isFull() const { return parts_.size() >= static_cast<std::size_t>(options_.maxParts); }
+    // Full, and all have at least this score.
+    bool isFullOf(double score) const { return isFull() && parts_.back().score >= score; }
     std::vector<TFoundPart> take() { return std::move(parts_); }
 
   private:
@@ -130,35 +135,68 @@ class PartList {
     std::vector<TFoundPart> parts_;
 };
 
-std::vector<TFoundPart> refineAll(const cv::Mat& grey, const ModelData& model,
-                                  const std::vector<Candidate>& candidates, const TFindOptions& options) {
-    std::vector<TFoundPart> parts(candidates.size());
-    platform::parallelFor(static_cast<int>(candidates.size()), [&](int i) {
-        const auto k = static_cast<std::size_t>(i);
-        parts[k] = matching::refineCandidate(grey, model, candidates[k], options);
-    });
-    return parts;
-}
+// Refines candidates, best first, as long as they can change the list.
+class Selection {
+  public:
+    Selection(const cv::Mat& grey, const ModelData& model, const TFindOptions& options)
+        : grey_(grey), model_(model), options_(options), box_(matching::outlineBox(model)) {}
 
-std::vector<TFoundPart> chosenParts(std::vector<TFoundPart> found, const ModelData& model,
-                                    const TFindOptions& options) {
-    const double period = periodOf(model);
-    std::vector<TFoundPart> good;
-    for (TFoundPart& part : found) {
-        part.pose.angle = foldedAngle(part.pose.angle, period, options);
-        if (part.score >= options.minScore && wasAskedFor(part.pose, period, options)) {
-            good.push_back(std::move(part));
+    std::vector<TFoundPart> choose(const std::vector<Candidate>& candidates) {
+        // So many at a time on any number of threads: the same ones are left out. Mostly the best will do.
+        std::size_t most = static_cast<std::size_t>(options_.maxParts);
+        std::size_t next = 0;
+        while (next < candidates.size()) {
+            const PartList list = best();
+            std::vector<Candidate> batch;
+            for (; next < candidates.size() && batch.size() < most; ++next) {
+                if (canMatter(candidates[next], list)) batch.push_back(candidates[next]);
+            }
+            refine(batch);
+            most = std::max<std::size_t>(most, 4);
         }
+        return best().take();
     }
-    std::stable_sort(good.begin(), good.end(),
-                     [](const TFoundPart& a, const TFoundPart& b) { return a.score > b.score; });
-    PartList list(matching::outlineBox(model), options);
-    for (TFoundPart& part : good) {
-        if (list.isFull()) break;
-        if (list.isFree(part.pose)) list.add(std::move(part));
+
+  private:
+    // What the best refined scores are to the search's: parts tell more of their outline from near.
+    static double hoped(const Candidate& candidate) { return std::min(1.15 * candidate.score + 0.08, 0.98); }
+
+    bool canMatter(const Candidate& candidate, const PartList& list) const {
+        const double hope = hoped(candidate);
+        return !list.isFullOf(hope) && !list.isTaken(candidate.pose, hope);
     }
-    return list.take();
-}
+
+    void refine(const std::vector<Candidate>& batch) {
+        const double period = periodOf(model_);
+        std::vector<TFoundPart> parts(batch.size());
+        platform::parallelFor(static_cast<int>(batch.size()), [&](int i) {
+            const auto k = static_cast<std::size_t>(i);
+            parts[k] = matching::refineCandidate(grey_, model_, batch[k], options_);
+        });
+        for (TFoundPart& part : parts) {
+            part.pose.angle = foldedAngle(part.pose.angle, period, options_);
+            if (part.score < options_.minScore || !wasAskedFor(part.pose, period, options_)) continue;
+            good_.push_back(std::move(part));
+        }
+        std::stable_sort(good_.begin(), good_.end(),
+                         [](const TFoundPart& a, const TFoundPart& b) { return a.score > b.score; });
+    }
+
+    PartList best() const {
+        PartList list(box_, options_);
+        for (const TFoundPart& part : good_) {
+            if (list.isFull()) break;
+            if (!list.isTaken(part.pose, 0)) list.add(part);
+        }
+        return list;
+    }
+
+    const cv::Mat& grey_;
+    const ModelData& model_;
+    const TFindOptions& options_;
+    Box box_;
+    std::vector<TFoundPart> good_;  // best first
+};
 
 }  // namespace
 
@@ -171,7 +209,7 @@ TFindResult findParts(const cv::Mat& img, const TPartModel& model, const TFindOp
     const TFindOptions all = completed(options, grey, data);
     const std::vector<cv::Mat> pyramid = matching::makePyramid(grey, static_cast<int>(data.levels.size()));
     const std::vector<Candidate> candidates = matching::searchCandidates(pyramid, data, all);
-    result.parts = chosenParts(refineAll(grey, data, candidates, all), data, all);
+    result.parts = Selection(grey, data, all).choose(candidates);
     return result;
 }
 

@@ -63,11 +63,11 @@ struct TTeachReport {
     // The part looks the same after 1/symmetry of a turn about symmetryCentre: 1 for none, 2 for a rectangle,
     // 6 for a hexagon, up to 64; 0 for every angle (a ring).
     int symmetry = 1;
-    // As many times a turn the part looks nearly the same: most of the outline does, the rest (nearShare of
-    // it excepted) tells the angle. 0 for every angle: a ring with a notch. 1 where there is no such turn
-    // beyond those of `symmetry`.
+    // After 1/nearSymmetry of a turn most of the outline (nearShare of it) looks the same, and the rest tells
+    // the turns from each other: a gear with a tooth missing. 0 for every angle: a ring with a notch. 1 where
+    // there is no such turn beyond those of `symmetry`.
     int nearSymmetry = 1;
-    double nearShare = 0.0;      // of the outline that is the same after 1/nearSymmetry of a turn
+    double nearShare = 0.0;      // 0.85 to 1; 0 where nearSymmetry is 1
     cv::Point2d symmetryCentre;  // of both, in the model's plane; of a free turn else; else (0, 0)
     // What the outline can't tell, as far as it goes: a turn about symmetryCentre (a ring, an arc), a shift
     // along a line (parallel edges), the scale (a corner, a straight edge).
@@ -105,8 +105,19 @@ class ORX_API TPartModel {
 };
 
 // Teaches the part whose outline lies in a region of a picture: 8- or 16-bit unsigned, 1 to 4 channels. The
-// mask is CV_8UC1 of the picture's size, not 0 where edges count. What crosses the region's border counts up
-// to there. A model that is not valid() tells in its report why.
+// rectangle or the polygon (pixels, three corners or more) lies in the picture; the mask is CV_8UC1 of the
+// picture's size, not 0 where edges count. What crosses the region's border counts up to there.
+//
+// The outline is what edgesSubPixMetric finds of at least 0.3 of the strong edges' contrast, above the noise;
+// short stray edges and, where there is texture, weak short ones are left out. Teach from a clean picture all
+// the same, or with a polygon or a mask close to the part: what is taught from dirt is looked for, too.
+// Coarser levels are added as long as they show most of the outline and are 12 pixels large. Symmetry is
+// found by turning the outline about its middle and laying it over itself; what differs over six pixels of
+// the outline, or over a fiftieth of it in all, tells one turn from another. Takes about as long as four runs
+// of the edge finder on the region.
+//
+// A model that is not valid() tells in its report why: msBadImage, msBadRegion (an empty mask, too),
+// msBadOptions, msTooFewEdges (fewer than 16 points), msTooLarge (more than 200,000).
 ORX_API TPartModel teachPart(const cv::Mat& img, const cv::Rect& region, const TTeachOptions& options = {});
 ORX_API TPartModel teachPart(const cv::Mat& img, const std::vector<cv::Point2d>& polygon,
                              const TTeachOptions& options = {});

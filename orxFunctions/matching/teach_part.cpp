@@ -1,3 +1,5 @@
+#include "orxFunctions/matching/part_model.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -10,7 +12,6 @@
 #include "orxFunctions/matching/model/teach_levels.h"
 #include "orxFunctions/matching/model/teach_region.h"
 #include "orxFunctions/matching/model/teach_report.h"
-#include "orxFunctions/matching/part_model.h"
 
 namespace orx {
 namespace {

@@ -1,6 +1,7 @@
 // The library's estimators as the inspection program uses them, on shapes of known truth.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -72,15 +73,15 @@ TEST(EllipseEstimators, AxesAndAngleAreThoseOfTheDrawnEllipse) {
             const auto features = measureAll(ideal, settings);
             ASSERT_EQ(features.size(), 1U);
             const Feature& found = features[0];
-            // A random search rests on six points of the contour.
-            const double within = estimator == EllipseEstimator::kNorm ? 0.05 : 0.25;
+            const inspection::Deviations& u = found.deviations;
             EXPECT_EQ(found.shape, Shape::kEllipse);
-            EXPECT_NEAR(found.center.x, truth.center.x, within);
-            EXPECT_NEAR(found.center.y, truth.center.y, within);
-            EXPECT_NEAR(found.length, 2.0 * truth.longer, 2.0 * within);
-            EXPECT_NEAR(found.width, 2.0 * truth.shorter, 2.0 * within);
-            EXPECT_NEAR(found.radius, std::sqrt(truth.longer * truth.shorter), within);
-            EXPECT_LT(angleBetween(found.angle, angle), 0.5);
+            EXPECT_NEAR(found.center.x, truth.center.x, std::min(0.03, 4.0 * u.x));
+            EXPECT_NEAR(found.center.y, truth.center.y, std::min(0.03, 4.0 * u.y));
+            EXPECT_NEAR(found.length, 2.0 * truth.longer, std::min(0.06, 4.0 * u.length));
+            EXPECT_NEAR(found.width, 2.0 * truth.shorter, std::min(0.06, 4.0 * u.width));
+            const double radius = std::sqrt(truth.longer * truth.shorter);
+            EXPECT_NEAR(found.radius, radius, std::min(0.03, 4.0 * u.radius));
+            EXPECT_LT(angleBetween(found.angle, angle), std::min(0.1, 4.0 * u.angle));
             EXPECT_GT(found.inlierRatio, 0.99);
             EXPECT_LT(found.meanResidual, 0.15);
         }
@@ -99,8 +100,11 @@ TEST(EllipseEstimators, OnlyTheRandomSearchWithstandsABite) {
     const auto norm = measureAll(ideal, settings);
     ASSERT_EQ(ransac.size(), 1U);
     ASSERT_EQ(norm.size(), 1U);
-    EXPECT_NEAR(ransac[0].width, 110.0, 2.0);
+    // Where the bite begins its edge comes near the ellipse's.
+    EXPECT_NEAR(ransac[0].width, 110.0, 0.3);
+    EXPECT_LT(ransac[0].deviations.width, 0.1);
     EXPECT_LT(norm[0].width, 107.0);
+    EXPECT_GT(norm[0].deviations.width, 0.5);
     EXPECT_GT(ransac[0].inlierRatio, norm[0].inlierRatio);
 }
 

@@ -57,36 +57,42 @@ INSTANTIATE_TEST_SUITE_P(Scenes, SceneAccuracy,
 
 // Parts are not ideal: what is drawn on a coin comes near its edge.
 TEST(Measurement, StatedUncertaintiesAreThoseOfTheErrors) {
-    double squares[3] = {0.0, 0.0, 0.0};
-    int counts[3] = {0, 0, 0};
-    const auto add = [&](int kind, double error, double deviation) {
-        ASSERT_GT(deviation, 0.0);
-        squares[kind] += std::pow(error / deviation, 2);
-        ++counts[kind];
-    };
-    for (const std::uint64_t seed : {5U, 6U, 7U}) {
-        scenes::SceneSettings scene;
-        scene.seed = seed;
-        const scenes::Scene rendered = scenes::renderScene(scene);
-        const auto features = measureAll(rendered.image, Settings());
-        for (const auto& error : inspection::compareWithTruth(features, rendered)) {
-            ASSERT_GE(error.feature, 0);
-            const auto& found = features[static_cast<std::size_t>(error.feature)].deviations;
-            if (error.shape == Shape::kCircle) {
-                add(0, error.centerError, std::hypot(found.x, found.y));
-                add(1, error.radiusError, found.radius);
-                EXPECT_EQ(found.angle, 0.0);
-            } else {
-                add(2, error.angleError, found.angle);
-                EXPECT_GT(found.offset, 0.0);
-                EXPECT_GT(found.width, found.offset);
+    using inspection::EllipseEstimator;
+    for (const auto estimator :
+         {EllipseEstimator::kNone, EllipseEstimator::kNorm, EllipseEstimator::kRansac}) {
+        double squares[3] = {0.0, 0.0, 0.0};
+        int counts[3] = {0, 0, 0};
+        const auto add = [&](int kind, double error, double deviation) {
+            ASSERT_GT(deviation, 0.0);
+            squares[kind] += std::pow(error / deviation, 2);
+            ++counts[kind];
+        };
+        for (const std::uint64_t seed : {5U, 6U, 7U}) {
+            scenes::SceneSettings scene;
+            scene.seed = seed;
+            const scenes::Scene rendered = scenes::renderScene(scene);
+            Settings settings;
+            settings.ellipse = estimator;
+            const auto features = measureAll(rendered.image, settings);
+            for (const auto& error : inspection::compareWithTruth(features, rendered)) {
+                ASSERT_GE(error.feature, 0);
+                const auto& found = features[static_cast<std::size_t>(error.feature)].deviations;
+                if (error.shape == Shape::kCircle) {
+                    add(0, error.centerError, std::hypot(found.x, found.y));
+                    add(1, error.radiusError, found.radius);
+                    EXPECT_EQ(found.angle > 0.0, estimator != EllipseEstimator::kNone);
+                } else {
+                    add(2, error.angleError, found.angle);
+                    EXPECT_GT(found.offset, 0.0);
+                    EXPECT_GT(found.width, found.offset);
+                }
             }
         }
-    }
-    for (int kind = 0; kind < 3; ++kind) {
-        const double ratio = std::sqrt(squares[kind] / counts[kind]);
-        EXPECT_GT(ratio, 0.7) << kind;
-        EXPECT_LT(ratio, 1.8) << kind;
+        for (int kind = 0; kind < 3; ++kind) {
+            const double ratio = std::sqrt(squares[kind] / counts[kind]);
+            EXPECT_GT(ratio, 0.7) << kind;
+            EXPECT_LT(ratio, 1.8) << kind;
+        }
     }
 }
 

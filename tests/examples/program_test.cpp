@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -52,6 +53,16 @@ TEST_F(Program, BadArgumentsEndWithTwoAndAHint) {
         {picture, "--circle-caliper", "10,10,nan"},
         {picture, "--circle-caliper", "10,10"},
         {picture, "--edges=high"},
+        {"--synthetic-parts", "-1"},
+        {picture, "--teach-part", "1,2,0,4"},
+        {picture, picture, "--teach-part", "1,2,30,40"},
+        {picture, "--teach-part", "1,2,30,40", "--find", "model.part"},
+        {picture, "--min-score", "0.5"},
+        {picture, "--find", "model.part", "--min-score", "0"},
+        {picture, "--find", "model.part", "--max-parts", "0"},
+        {picture, "--find", "model.part", "--min-scale", "1.2", "--max-scale", "1.1"},
+        {picture, "--find", "model.part", "--part-polarity", "both"},
+        {"--camera", "--find", "model.part"},
     };
     for (const auto& arguments : cases) {
         const Outcome outcome = run(arguments);
@@ -66,11 +77,13 @@ TEST_F(Program, HelpNamesEveryOptionWithItsDefaultAndVersionIsOneLine) {
     const Outcome help = run({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     for (const char* text :
-         {"--method",         "--objects",   "--smooth",  "--background", "--close",       "--min-area",
-          "--shape",          "--tolerance", "--trials",  "--seed",       "--min-inliers", "--no-subpixel",
-          "--synthetic",      "--output",    "--version", "shanbhag",     "Exit code",     "--circle",
-          "--line",           "--ellipse",   "--segment", "--edges",      "--caliper",     "X,Y,W,H",
-          "--circle-caliper", "CX,CY,R",     "--focus"})
+         {"--method",      "--objects",     "--smooth",     "--background", "--close",
+          "--min-area",    "--shape",       "--tolerance",  "--trials",     "--seed",
+          "--min-inliers", "--no-subpixel", "--synthetic",  "--output",     "--version",
+          "shanbhag",      "Exit code",     "--circle",     "--line",       "--ellipse",
+          "--segment",     "--edges",       "--caliper",    "X,Y,W,H",      "--circle-caliper",
+          "CX,CY,R",       "--focus",       "--teach-part", "--find",       "--synthetic-parts",
+          "--min-score",   "--max-parts",   "--min-scale"})
         EXPECT_THAT(help.output, HasSubstr(text));
     // CLI11 writes a default as =VALUE, or since its version 2.4 as [VALUE].
     for (const std::string value : {"otsu", "auto", "100", "2", "200", "0.5", "inspection", "search", "none"})
@@ -126,6 +139,25 @@ TEST_F(Program, AMeasuredDiskStandsInEveryReport) {
     EXPECT_THAT(html, Not(HasSubstr("http")));  // needs no network
     EXPECT_THAT(html, HasSubstr(std::string("<td>") + radius + "</td>"));
     EXPECT_THAT(html, HasSubstr("</html>"));
+}
+
+TEST_F(Program, AnEllipseStandsInEveryReportWithItsUncertainty) {
+    const Outcome outcome = run({writeDisk("disk.png"), "--ellipse", "ransac", "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    const Json::Value feature = report()["images"][0]["features"][0];
+    EXPECT_EQ(feature["shape"].asString(), "ellipse");
+    const std::string html = textOf(path("out/report.html"));
+    for (const char* name : {"x", "y", "radius", "length", "width"}) {
+        const double deviation = feature["deviations"][name].asDouble();
+        EXPECT_GT(deviation, 0.001) << name;
+        EXPECT_LT(deviation, 0.04) << name;
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f ± %.3f", feature[name].asDouble(), deviation);
+        EXPECT_THAT(outcome.output, HasSubstr(text));
+        EXPECT_THAT(html, HasSubstr(text));
+    }
+    // A disk does not tell which way it is turned.
+    EXPECT_NEAR(feature["deviations"]["angle"].asDouble(), 180.0 / std::sqrt(12.0), 1e-6);
 }
 
 TEST_F(Program, NamesMayHaveAnyCharacters) {

@@ -94,6 +94,22 @@ TEST(FindEllipse, FindsHalfOfOneAndCircles) {
     EXPECT_NEAR(circle.semiMinor, 250, 0.2);
 }
 
+// Twelve points of an ellipse, among eight: hardly more than chance, but more.
+TEST(FindEllipse, FindsFewPointsOfOne) {
+    int found = 0;
+    constexpr int kScenes = 200;
+    for (unsigned seed = 0; seed < kScenes; ++seed) {
+        Scene scene(seed);
+        addEllipse(scene, 300, 150, 12, 4);
+        scene.strewn(8);
+        orx::TConsensusOptions options;
+        options.tolerance = 14;
+        const orx::TMeasuredEllipse e = orx::findEllipse(scene.points, options);
+        found += e.valid() && std::abs(e.semiMajor - 300) < 6 * e.semiMajorDeviation ? 1 : 0;
+    }
+    EXPECT_GE(found, 105);
+}
+
 TEST(FindEllipse, WhatIsNoneIsRefused) {
     orx::TConsensusOptions options;
     options.maxTrials = 2000;

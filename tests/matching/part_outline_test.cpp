@@ -121,6 +121,33 @@ TEST(PartOutline, LeavesOutCornersAndWhatIsTooSmall) {
     }
 }
 
+// As programs that draw write out curves.
+TEST(PartOutline, HasAPointAPixelAlongPiecesOfAnyLength) {
+    Loop loop;
+    for (int i = 0; i < 3000; ++i) {
+        loop.push_back(50 * cv::Point2d(std::cos(i * CV_PI / 1500), std::sin(i * CV_PI / 1500)));
+    }
+    const TPartModel model = orx::teachPart(std::vector<TOutline>{linesOf(loop)});
+    ASSERT_TRUE(model.valid());
+    EXPECT_EQ(model.report().symmetry, 0);
+    const std::vector<cv::Point2d> points = model.outline();
+    EXPECT_EQ(points.size(), 314U);
+    for (std::size_t i = 1; i < points.size(); ++i) EXPECT_NEAR(cv::norm(points[i] - points[i - 1]), 1, 0.01);
+}
+
+// Roundings fall otherwise for each: nothing may leave its memory.
+TEST(PartOutline, MayLieAnywhere) {
+    cv::RNG random(7);
+    for (int i = 0; i < 100; ++i) {
+        const cv::Point2d centre(random.uniform(-1e4, 1e4), random.uniform(-1e4, 1e4));
+        const TOutline circle = {
+            outlineArc(centre, random.uniform(20.0, 90.0), random.uniform(0.0, 360.0), 360)};
+        TDrawingOptions options;
+        options.hasReference = i % 2 == 0;
+        EXPECT_EQ(orx::teachPart(std::vector<TOutline>{circle}, options).report().symmetry, 0);
+    }
+}
+
 TEST(PartOutline, HasTheSymmetryOfTheDrawing) {
     const auto report = [](const std::vector<TOutline>& drawing) { return orx::teachPart(drawing).report(); };
     EXPECT_EQ(report({gearOutline(64, 150, 140), {outlineArc({}, 40, 0, 360)}}).symmetry, 64);

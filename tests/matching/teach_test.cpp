@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/matching/part_model.h"
+#include "support/part_scene.h"
 #include "taught_scene.h"
 
 namespace {
@@ -130,6 +131,30 @@ TEST(TeachPart, TakesTheLeastContrastFromThePicture) {
         EXPECT_GT(static_cast<double>(model.outline().size()), 0.75 * lengthOf(kBracket));
         EXPECT_NEAR(model.report().leastContrast, std::abs(light.contrast),
                     0.25 * std::abs(light.contrast) + light.texture);
+    }
+}
+
+// Grains of the ground, 15 levels of deviation, have edges of up to half of the part's contrast.
+TEST(TeachPart, TellsThePartFromRoughGround) {
+    for (const scenes::PartKind kind : scenes::kFiveParts) {
+        scenes::PartSceneSettings settings;
+        settings.kind = kind;
+        settings.size = {240, 240};
+        settings.texture = 15;
+        const scenes::PartScene scene = scenes::renderParts(settings);
+        ASSERT_EQ(scene.parts.size(), 1U);
+        const scenes::ScenePose& pose = scene.parts[0].pose;
+        const cv::Rect region(cvRound(pose.x) - 65, cvRound(pose.y) - 65, 131, 131);
+        const TPartModel model = orx::teachPart(scene.image, region & cv::Rect({}, scene.image.size()));
+        ASSERT_TRUE(model.valid());
+        const Loops there = placed(scenes::partShape(kind).loops, {pose.x, pose.y, pose.angle, pose.scale});
+        double near = 0;
+        for (const cv::Point2d& p : orx::applyPoseToPoints(model.taughtPose(), model.outline())) {
+            near += distanceTo(there, p) < 1.5 ? 1 : 0;
+        }
+        EXPECT_GT(near / static_cast<double>(model.outline().size()), 0.9) << scenes::partName(kind);
+        // Slanted edges have 0.7 points a pixel.
+        EXPECT_GT(near, 0.65 * lengthOf(there)) << scenes::partName(kind);
     }
 }
 

@@ -7,61 +7,14 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/orxfunctions.h"
-#include "tests/support/fit_scenes.h"
+#include "tests/measuring/form_scenes.h"
 
 namespace {
 
-using fit_scenes::kPi;
-using fit_scenes::Random;
+using namespace form_scenes;
 using testing::SizeIs;
-using Points = std::vector<cv::Point2d>;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
-// A circle around `center` whose radius has `lobes` lobes of a height (peak to valley), and noise.
-struct Lobed {
-    cv::Point2d center{200, 150};
-    double radius = 80;
-    int count = 400;
-    int lobes = 3;
-    double height = 0;
-    double sweep = 2 * kPi;
-};
-
-Points lobed(const Lobed& part, const std::vector<double>& noise) {
-    Points points;
-    for (int i = 0; i < part.count; ++i) {
-        const double angle = 0.3 + part.sweep * i / part.count;
-        const double r = part.radius + part.height / 2 * std::cos(part.lobes * angle) +
-                         (noise.empty() ? 0.0 : noise[static_cast<std::size_t>(i)]);
-        points.push_back(part.center + r * cv::Point2d(std::cos(angle), std::sin(angle)));
-    }
-    return points;
-}
-
-std::vector<double> whiteNoise(int count, double sigma, Random& random) {
-    std::vector<double> noise;
-    for (int i = 0; i < count; ++i) noise.push_back(random.normal(sigma));
-    return noise;
-}
-
-// Round a closed outline, correlated by exp(-(d / (2 smoothing))^2) at the distance d in steps.
-std::vector<double> chainNoise(int count, double sigma, double smoothing, Random& random) {
-    const std::vector<double> white = whiteNoise(count, 1, random);
-    const int reach = static_cast<int>(std::ceil(4 * smoothing));
-    std::vector<double> noise;
-    double squares = 0;
-    for (int k = -reach; k <= reach; ++k) squares += std::exp(-k * k / (smoothing * smoothing));
-    for (int i = 0; i < count; ++i) {
-        double sum = 0;
-        for (int k = -reach; k <= reach; ++k) {
-            sum += white[static_cast<std::size_t>((i + k + count) % count)] *
-                   std::exp(-k * k / (2 * smoothing * smoothing));
-        }
-        noise.push_back(sigma * sum / std::sqrt(squares));
-    }
-    return noise;
-}
 
 struct Range {
     double least = std::numeric_limits<double>::infinity();
@@ -309,112 +262,6 @@ TEST(Form, WhatIsRefusedSaysWhy) {
     }
     EXPECT_EQ(statuses(square, {1, pnEdgeChain, 0.1}), all(fsBadOptions));
     EXPECT_EQ(statuses(square, {1, TPointNoise(7)}), all(fsBadOptions));
-}
-
-struct Freed {
-    double raw = 0;        // mean of what the points show
-    double mean = 0;       // of what is freed
-    double spread = 0;     // of the latter before it stops at 0, as far as it shows
-    double deviation = 0;  // mean of the stated ones
-};
-
-template <class Zone>
-Freed freedOf(const Lobed& part, double sigma, bool chain, int scenes, Zone zone) {
-    Random random(17);
-    orx::TFormOptions options;
-    options.noise = sigma;
-    options.pointNoise = chain ? orx::pnEdgeChain : orx::pnNormal;
-    options.smoothing = 1.2;
-    Freed result;
-    double squares = 0;
-    for (int i = 0; i < scenes; ++i) {
-        // Chains have a point a pixel.
-        const std::vector<double> noise =
-            chain ? chainNoise(part.count, sigma, 1.2, random) : whiteNoise(part.count, sigma, random);
-        const auto form = zone(lobed(part, noise), options);
-        EXPECT_TRUE(form.valid());
-        result.raw += form.value / scenes;
-        result.mean += form.freed / scenes;
-        result.deviation += form.deviation / scenes;
-        squares += form.freed * form.freed / scenes;
-    }
-    result.spread = std::sqrt(std::max(0.0, squares - result.mean * result.mean));
-    return result;
-}
-
-TEST(FreedForm, RoundnessOfPerfectAndOfLobedCirclesLosesTheShareOfTheNoise) {
-    const auto ring = [](const Points& points, const orx::TFormOptions& options) {
-        return orx::minimumZoneCircle(points, options);
-    };
-    for (const bool chain : {false, true}) {
-        for (const double noise : {0.02, 0.2}) {
-            for (const double height : {0.0, 0.05, 0.2, 1.0}) {
-                Lobed part;
-                part.count = 251;  // a point a pixel
-                part.radius = 40;
-                part.height = height;
-                const Freed freed = freedOf(part, noise, chain, 8, ring);
-                SCOPED_TRACE(testing::Message() << "chain " << chain << ", noise " << noise << ", height "
-                                                << height << ": raw " << freed.raw << ", freed " << freed.mean
-                                                << " +- " << freed.deviation << ", spread " << freed.spread);
-                EXPECT_GT(freed.raw, height + (height > 0.1 ? 1.5 : 3) * noise);  // what is to be taken off
-                // What is no larger than the noise is told apart from it now and then.
-                const bool within = height > 0 && height <= noise;
-                EXPECT_NEAR(freed.mean, height, (within ? 0.7 : 0.35) * noise);
-                EXPECT_GT(freed.deviation, 0.3 * noise);
-                EXPECT_LT(freed.deviation, 0.8 * noise);
-                if (height >= 2 * noise) {
-                    EXPECT_NEAR(freed.spread / freed.deviation, 1, 0.5);
-                }
-            }
-        }
-    }
-}
-
-TEST(FreedForm, RadiiAndStraightnessLoseItToo) {
-    Lobed part;
-    part.count = 251;
-    part.radius = 40;
-    part.height = 0.2;
-    const auto outer = [](const Points& points, const orx::TFormOptions& options) {
-        const orx::TRoundness circle = orx::minimumCircumscribedCircle(points, options);
-        orx::TFormError form = circle;
-        form.value = circle.outerRadius;
-        form.freed = circle.freedOuter;
-        form.deviation = circle.outerDeviation;
-        return form;
-    };
-    const auto inner = [](const Points& points, const orx::TFormOptions& options) {
-        const orx::TRoundness circle = orx::maximumInscribedCircle(points, options);
-        orx::TFormError form = circle;
-        form.value = circle.innerRadius;
-        form.freed = circle.freedInner;
-        form.deviation = circle.innerDeviation;
-        return form;
-    };
-    // Three lobes: the circle touches all of them.
-    const Freed around = freedOf(part, 0.1, false, 15, outer);
-    EXPECT_GT(around.raw, 40.1 + 0.1);
-    EXPECT_NEAR(around.mean, 40.1, 0.03);
-    const Freed within = freedOf(part, 0.1, false, 15, inner);
-    EXPECT_LT(within.raw, 39.9 - 0.1);
-    EXPECT_NEAR(within.mean, 39.9, 0.03);
-
-    for (const double height : {0.0, 0.5}) {
-        Random random(23);
-        double freed = 0;
-        for (int i = 0; i < 20; ++i) {
-            Points line;  // bent by a parabola, which departs from its zone's middle by half its height
-            for (int k = 0; k <= 300; ++k) {
-                const double t = k / 150.0 - 1;
-                const double across = height * t * t + random.normal(0.1);
-                line.push_back(cv::Point2d(500, 300) + 150 * t * cv::Point2d(0.6, 0.8) +
-                               across * cv::Point2d(-0.8, 0.6));
-            }
-            freed += orx::minimumZoneLine(line, {0.1}).freed / 20;
-        }
-        EXPECT_NEAR(freed, height, 0.04);
-    }
 }
 
 TEST(FreedForm, ADentOfAFewPointsIsNotTakenForNoise) {

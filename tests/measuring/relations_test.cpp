@@ -3,165 +3,54 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <string>
 
+#include "docs/tools/form_accuracy.h"
 #include "orxFunctions/orxfunctions.h"
-#include "tests/support/fit_scenes.h"
+#include "tests/measuring/relation_scenes.h"
 
 namespace {
 
-using fit_scenes::kPi;
-using fit_scenes::Random;
-using orx::TMeasuredCircle;
-using orx::TMeasuredLine;
-using orx::TMeasuredPoint;
-using orx::TMeasuredValue;
+using namespace relation_scenes;
 
-constexpr double kNoise = 0.1;
-
-// Fits of noisy points on shapes that are known.
-TMeasuredLine lineThrough(cv::Point2d from, cv::Point2d to, Random& random, double noise = kNoise) {
-    std::vector<cv::Point2d> points;
-    const int count = 40;
-    for (int i = 0; i < count; ++i) {
-        points.push_back(from + (to - from) * (i / (count - 1.0)) +
-                         cv::Point2d(random.normal(noise), random.normal(noise)));
-    }
-    return orx::fitLineGeometric(points);
-}
-
-TMeasuredCircle circleAround(cv::Point2d center, double radius, double sweep, Random& random,
-                             double noise = kNoise) {
-    std::vector<cv::Point2d> points;
-    const int count = 60;
-    for (int i = 0; i < count; ++i) {
-        const double angle = 1 + sweep * i / count;
-        points.push_back(center + radius * cv::Point2d(std::cos(angle), std::sin(angle)) +
-                         cv::Point2d(random.normal(noise), random.normal(noise)));
-    }
-    return orx::fitCircleGeometric(points);
-}
-
-// Two nearly parallel edges 2 degrees apart, a third across; two circles apart, one within the first.
-struct Scene {
-    TMeasuredLine left;
-    TMeasuredLine right;
-    TMeasuredLine across;
-    TMeasuredCircle big;
-    TMeasuredCircle small;
-    TMeasuredCircle inner;
-
-    explicit Scene(Random& random)
-        : left(lineThrough({10, 0}, {10, 100}, random)),
-          right(lineThrough({40, 120}, {40 + 100 * std::tan(2 * kPi / 180), 20}, random)),
-          across(lineThrough({0, 50}, {100, 60}, random)),
-          big(circleAround({50, 50}, 30, 4, random)),
-          small(circleAround({95, 70}, 15, 5, random)),
-          inner(circleAround({53, 46}, 12, 6, random)) {}
-};
-
-using Relation = std::function<TMeasuredValue(const Scene&)>;
-
-struct NamedRelation {
-    const char* name;
-    double truth;
-    Relation of;
-};
+constexpr int kScenes = 1500;
 
 TEST(Relations, StatedUncertaintiesAreTheTrueOnes) {
-    const double tilt = 2 * kPi / 180;
-    const double half = std::cos(tilt / 2);
-    // Right of left by 30 + (120 - y) tan 2 degrees at y; seen across the line midway.
-    const auto width = [&](double y) { return (30 + (120 - y) * std::tan(tilt)); };
-    const double rise = std::atan2(10.0, 100.0);
-    const NamedRelation relations[] = {
-        {"points", std::hypot(45, 20), [](const Scene& s) { return orx::distance(s.big, s.small); }},
-        {"point to line", 40, [](const Scene& s) { return orx::distance(orx::centerOf(s.big), s.left); }},
-        {"gap apart", std::hypot(45, 20) - 45, [](const Scene& s) { return orx::gap(s.big, s.small); }},
-        {"gap within", 30 - 12 - 5, [](const Scene& s) { return orx::gap(s.big, s.inner); }},
-        {"gap within, turned", 30 - 12 - 5, [](const Scene& s) { return orx::gap(s.inner, s.big); }},
-        {"angle", 2, [](const Scene& s) { return orx::angle(s.left, s.right); }},
-        {"signed angle", 90 - rise * 180 / kPi,
-         [](const Scene& s) { return orx::signedAngle(s.across, s.left); }},
-        {"parallelism", 100 * std::tan(tilt),
-         [](const Scene& s) { return orx::parallelism(s.right, s.left); }},
-        {"perpendicularity", 100 * std::sin(rise),
-         [](const Scene& s) { return orx::perpendicularity(s.left, s.across); }},
-        {"concentricity", 10, [](const Scene& s) { return orx::concentricity(s.inner, s.big); }},
-        {"middle", width(60) * half, [](const Scene& s) { return orx::distance(s.left, s.right).middle; }},
-        {"least", width(100) * half, [](const Scene& s) { return orx::distance(s.right, s.left).least; }},
-        {"largest", width(20) * half, [](const Scene& s) { return orx::distance(s.left, s.right).largest; }},
-    };
-    constexpr int kScenes = 1500;
-    Random random(5);
-    std::vector<Scene> scenes;
-    for (int i = 0; i < kScenes; ++i) scenes.emplace_back(random);
-    for (const NamedRelation& relation : relations) {
-        SCOPED_TRACE(relation.name);
-        double sum = 0;
-        double squares = 0;
-        double stated = 0;
-        for (const Scene& scene : scenes) {
-            const TMeasuredValue value = relation.of(scene);
-            ASSERT_TRUE(value.valid());
-            EXPECT_FALSE(value.folded);
-            EXPECT_GT(value.degreesOfFreedom, 37.9);
-            const double error = value.value - relation.truth;
-            sum += error;
-            squares += error * error;
-            stated += value.deviation * value.deviation;
+    for (const double noise : {0.02, 0.3}) {
+        const std::vector<Scene> scenes = scenesOf(kScenes, noise, 5);
+        for (const ValueRelation& relation : valueRelations()) {
+            SCOPED_TRACE(testing::Message() << relation.name << ", noise " << noise);
+            const form_accuracy::Errors errors = form_accuracy::measureRelation(relation, scenes);
+            ASSERT_EQ(errors.count(), kScenes);
+            // The ends of the common stretch, where width is taken, move with the noise.
+            EXPECT_NEAR(errors.bias(), 0, 4 * errors.spread() / std::sqrt(kScenes) + 0.01 * noise);
+            EXPECT_NEAR(errors.stated() / errors.rms(), 1, 0.07);
+            EXPECT_GT(relation.of(scenes.front()).degreesOfFreedom, 37.9);
         }
-        const double spread = std::sqrt(squares / kScenes);
-        // The ends of the common stretch, where width is taken, move with the noise and with the section.
-        const double allowed = 4 * spread / std::sqrt(kScenes) + 0.02 * (relation.truth < 40);
-        EXPECT_NEAR(sum / kScenes, 0, allowed);
-        EXPECT_NEAR(std::sqrt(stated / kScenes) / spread, 1, 0.08) << spread;
+        for (const PointRelation& relation : pointRelations()) {
+            SCOPED_TRACE(testing::Message() << relation.name << ", noise " << noise);
+            const form_accuracy::Errors errors = form_accuracy::measureRelation(relation, scenes);
+            ASSERT_EQ(errors.count(), kScenes);
+            EXPECT_NEAR(errors.stated() / errors.rms(), 1, 0.07);
+        }
     }
 }
 
-using Point = std::function<TMeasuredPoint(const Scene&)>;
-
 TEST(Relations, IntersectionsAreWhereTheCovarianceSays) {
-    struct Named {
-        const char* name;
-        cv::Point2d truth;
-        Point of;
-    };
-    // The line across meets the first circle where (x - 50)^2 + (x / 10)^2 = 900.
-    const double root = std::sqrt(2500 - 1.01 * 1600);
-    const double farX = (50 + root) / 1.01;
-    // Circles of radius 30 around (50, 50) and 25 around (80, 50).
-    const double x = (30 * 30 + 30 * 30 - 25 * 25) / 60.0;
-    const Named named[] = {
-        {"lines", {10, 51}, [](const Scene& s) { return orx::intersection(s.left, s.across); }},
-        {"line and circle",
-         {farX, 50 + farX / 10},
-         [](const Scene& s) { return orx::intersections(s.across, s.big).points.back(); }},
-        {"circles",
-         {50 + x, 50 + std::sqrt(900 - x * x)},
-         [](const Scene& s) { return orx::intersections(s.big, s.small).points.front(); }},
-        {"on a line", {10, 50}, [](const Scene& s) {
-             const TMeasuredPoint far = orx::pointOn(s.left, 50 - s.left.point.y);
-             return far;
-         }}};
-    Random random(6);
-    constexpr int kScenes = 1000;
-    std::vector<Scene> scenes;
-    for (int i = 0; i < kScenes; ++i) {
-        scenes.emplace_back(random);
-        scenes.back().small = circleAround({80, 50}, 25, 5, random);
-    }
-    for (const Named& one : named) {
-        SCOPED_TRACE(one.name);
+    const std::vector<Scene> scenes = scenesOf(kScenes, kNoise, 6);
+    for (const PointRelation& relation : pointRelations()) {
+        SCOPED_TRACE(relation.name);
         double squares = 0;
         cv::Point2d sum;
-        const bool onLine = std::string(one.name) == "on a line";
+        const bool onLine = std::string(relation.name) == "on a line";
         for (const Scene& scene : scenes) {
-            const TMeasuredPoint point = one.of(scene);
+            const TMeasuredPoint point = relation.of(scene);
             ASSERT_TRUE(point.valid());
-            const cv::Vec2d off(point.position.x - one.truth.x, point.position.y - one.truth.y);
-            sum += cv::Point2d(off[0], off[1]);
+            const cv::Point2d off = point.position - relation.truth;
+            sum += off;
+            const cv::Vec2d v(off.x, off.y);
             squares +=
-                onLine ? off[0] * off[0] / point.covariance(0, 0) : off.dot(point.covariance.inv() * off) / 2;
+                onLine ? off.x * off.x / point.covariance(0, 0) : v.dot(point.covariance.inv() * v) / 2;
         }
         EXPECT_LT(cv::norm(sum) / kScenes, 0.01);
         EXPECT_NEAR(std::sqrt(squares / kScenes), 1, 0.08);

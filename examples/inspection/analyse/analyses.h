@@ -10,6 +10,7 @@
 #include "inspection/measure/contour_pieces.h"
 #include "inspection/measure/edge_chains.h"
 #include "inspection/measure/measurement.h"
+#include "inspection/parts/part_search.h"
 #include "inspection/run/settings.h"
 
 namespace inspection {
@@ -28,6 +29,9 @@ struct Analyses {
     std::vector<BoxCaliper> boxCalipers;
     std::vector<CircleCaliper> circleCalipers;
     std::optional<FocusValues> focus;
+    // Not of analyse(): a run adds them (run.cpp).
+    std::optional<TaughtPart> taught;
+    std::optional<FoundParts> parts;
 };
 
 // `grey` is the 8-bit picture as it came. One thread at a time.

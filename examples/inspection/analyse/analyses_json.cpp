@@ -1,5 +1,7 @@
 #include "inspection/analyse/analyses_json.h"
 
+#include "inspection/parts/parts_json.h"
+
 namespace inspection {
 namespace {
 
@@ -121,6 +123,8 @@ void addAnalyses(Json::Value& image, const Analyses& analyses) {
     for (const CircleCaliper& caliper : analyses.circleCalipers)
         image["circleCalipers"].append(circleValue(caliper));
     if (analyses.focus) image["focus"] = focusValue(*analyses.focus);
+    if (analyses.taught) image["taughtPart"] = taughtValue(*analyses.taught);
+    if (analyses.parts) image["parts"] = foundValue(*analyses.parts);
 }
 
 }  // namespace inspection

@@ -3,6 +3,7 @@
 #include "inspection/analyse/analyses_pictures.h"
 #include "inspection/analyse/closeup_plot.h"
 #include "inspection/analyse/profile_plot.h"
+#include "inspection/parts/part_sections.h"
 #include "inspection/report/table.h"
 #include "support/angles.h"
 
@@ -154,6 +155,11 @@ Section focusSection(const FocusValues& focus) {
 
 std::vector<Section> sectionsOf(const cv::Mat& grey, const Analyses& analyses) {
     std::vector<Section> sections;
+    if (analyses.taught) sections.push_back(taughtSection(grey, *analyses.taught));
+    if (analyses.parts) {
+        sections.push_back(foundSection(grey, *analyses.parts));
+        if (!analyses.parts->truth.empty()) sections.push_back(truthSection(*analyses.parts));
+    }
     if (analyses.contours) sections.push_back(contourSection(grey, *analyses.contours));
     if (analyses.edges) sections.push_back(edgeSection(grey, *analyses.edges));
     for (const BoxCaliper& caliper : analyses.boxCalipers) sections.push_back(boxSection(grey, caliper));

@@ -21,6 +21,19 @@ orx::TConsensusOptions optionsFrom(const Settings& settings) {
     return options;
 }
 
+orx::TConsensusOptions roundOptions(double largestRadius, const Settings& settings) {
+    orx::TConsensusOptions options = optionsFrom(settings);
+    options.minRadius = kSmallestRadius;
+    options.maxRadius = std::max(kSmallestRadius, largestRadius);
+    return options;
+}
+
+orx::TFitOptions robustFit() {
+    orx::TFitOptions options;
+    options.loss = orx::flTukey;
+    return options;
+}
+
 // Along the main axis, and as far out as leaves the outermost points within the tolerance.
 orx::TMeasuredLine outermostLine(const std::vector<cv::Point2d>& points, double tolerance) {
     orx::TMeasuredLine line = orx::fitLineGeometric(points);
@@ -34,15 +47,19 @@ orx::TMeasuredLine outermostLine(const std::vector<cv::Point2d>& points, double 
 
 orx::TMeasuredCircle searchCircle(const std::vector<cv::Point>& points, double largestRadius,
                                   const Settings& settings) {
-    orx::TConsensusOptions options = optionsFrom(settings);
-    options.minRadius = kSmallestRadius;
-    options.maxRadius = std::max(kSmallestRadius, largestRadius);
     const std::vector<cv::Point2d> centres = toDouble(points);
-    const orx::TMeasuredCircle found = orx::findCircle(centres, options);
+    const auto found = orx::findCircle(centres, roundOptions(largestRadius, settings));
     if (found.valid()) return found;
-    orx::TFitOptions robust;
-    robust.loss = orx::flTukey;
-    return orx::fitCircleGeometric(centres, robust);
+    // What no circle follows well has one still, for the report to call weak.
+    const auto robust = orx::fitCircleGeometric(centres, robustFit());
+    return robust.valid() ? robust : orx::fitCircleGeometric(centres);
+}
+
+orx::TMeasuredEllipse searchEllipse(const std::vector<cv::Point>& points, double largestAxis,
+                                    const Settings& settings) {
+    const std::vector<cv::Point2d> centres = toDouble(points);
+    const auto found = orx::findEllipse(centres, roundOptions(largestAxis, settings));
+    return found.valid() ? found : orx::fitEllipseGeometric(centres, robustFit());
 }
 
 LineConsensus searchLine(const std::vector<cv::Point>& points, const orx::TMeasuredLine* parallelTo,

@@ -14,6 +14,9 @@ namespace inspection {
 // the robust circle through all: what is reported as weak, or by its residual, must be measured.
 orx::TMeasuredCircle searchCircle(const std::vector<cv::Point>& points, double largestRadius,
                                   const Settings& settings);
+// The same for ellipses, both half axes in these limits.
+orx::TMeasuredEllipse searchEllipse(const std::vector<cv::Point>& points, double largestAxis,
+                                    const Settings& settings);
 
 struct LineConsensus {
     orx::TMeasuredLine line;  // not valid where there is none

@@ -1,12 +1,6 @@
 #include "inspection/measure/contour_edges.h"
 
 namespace inspection {
-namespace {
-
-// Short, so that the rim inside a round object's edge takes little part in the level of the object.
-constexpr double kRoundReach = 2.75;
-
-}  // namespace
 
 orx::TEdgeProbe probeAt(cv::Point pixel, cv::Point2d outward, double curvature) {
     return {cv::Point2d(pixel) + 0.5 * outward, outward, curvature};

@@ -26,6 +26,9 @@ struct EdgeContext {
 // The edge at a contour pixel lies half a pixel outwards, before the grey profile tells it better.
 orx::TEdgeProbe probeAt(cv::Point pixel, cv::Point2d outward, double curvature = 0.0);
 
+// Short, so that the rim inside a round object's edge takes little part in the level of the object.
+constexpr double kRoundReach = 2.75;
+
 // For each probe the edge that the grey profile shows, or else the probe's own place. The profile
 // reaches so many pixels to either side.
 Edges edgesAt(const std::vector<orx::TEdgeProbe>& probes, const EdgeContext& context, double reach = 3.0);

@@ -7,28 +7,16 @@
 #include <vector>
 
 #include "inspection/measure/contour_edges.h"
+#include "orxFunctions/fitting/ellipse_geometric.h"
 
 namespace inspection {
 
-struct Ellipse {
-    cv::Point2d center;
-    double longer = 0.0;   // half axes, pixels
-    double shorter = 0.0;  // above 0
-    double angle = 0.0;    // of the longer axis: degrees in [0, 180), from the x axis towards the y axis
-
-    // From the outline, to first order: exact for circles and near the outline.
-    double distance(cv::Point2d p) const;
-    // The unit normal of the concentric ellipse through p; any direction in the centre.
-    cv::Point2d outward(cv::Point2d p) const;
-    // On the outline, at a parameter in radians.
-    cv::Point2d at(double parameter) const;
-};
-
-// Fits with the library's estimator that the settings name: once to the contour's pixels, then to the edges
-// that are found across that ellipse. The random search takes ellipses that the least inlier ratio supports;
-// where there are none, the one with the least mean error. Nothing where no ellipse fits into one and a half
-// times the contour's extent. Draws from rand(): one thread at a time.
+// Fits an ellipse to the contour's pixels, with kRansac to those that agree best, and then to the edges that
+// are found across it, with kRansac to those within the tolerance. Nothing where either fit is refused.
 std::optional<Feature> measureEllipse(const std::vector<cv::Point>& points, const EdgeContext& context);
+
+// Of a feature that is one: its place and shape alone.
+orx::TMeasuredEllipse ellipseOf(const Feature& feature);
 
 }  // namespace inspection
 

@@ -12,6 +12,7 @@
 #include "orxFunctions/analysis/image_noise.h"
 #include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/fitting/point_list.h"
+#include "orxFunctions/measuring/relations.h"
 
 namespace inspection {
 namespace {
@@ -106,25 +107,20 @@ cv::Point2d outwardOf(const orx::TMeasuredLine& line, cv::Point2d middle) {
     return line.signedDistance(middle) > 0.0 ? -line.normal() : line.normal();
 }
 
-// The axis along the mean direction of two sides, each of which counts by how well its angle is known, and
-// their distance where their places are known best.
-ParallelLines betweenSides(const orx::TMeasuredLine& first, const orx::TMeasuredLine& second) {
+// The axis along the mean direction of two sides, each of which counts by how well its angle is known.
+ParallelLines betweenSides(const orx::TMeasuredLine& first, const orx::TMeasuredLine& second,
+                           const orx::TMeasuredValue& width) {
     const auto weightOf = [](const orx::TMeasuredLine& side) {
         return 1.0 / std::max(1e-12, side.angleDeviation * side.angleDeviation);
     };
     const cv::Point2d opposite =
         second.direction.dot(first.direction) < 0.0 ? -second.direction : second.direction;
     const cv::Point2d sum = weightOf(first) * first.direction + weightOf(second) * opposite;
-    ParallelLines lines;
-    lines.axis = {0.5 * (first.point + second.point), sum / cv::norm(sum)};
-    const cv::Point2d way = second.point - first.point;
-    lines.width = std::abs(lines.axis.normal().dot(way));
-    lines.angleDeviation = 1.0 / std::sqrt(weightOf(first) + weightOf(second));
-    const double ofPlaces = std::hypot(first.offsetDeviation, second.offsetDeviation);
-    const double ofAngle = lines.axis.direction.dot(way) * lines.angleDeviation * scenes::kDegree;
-    lines.widthDeviation = std::hypot(ofPlaces, ofAngle);
-    lines.offsetDeviation = 0.5 * ofPlaces;
-    return lines;
+    return {{0.5 * (first.point + second.point), sum / cv::norm(sum)},
+            width.value,
+            0.5 * std::hypot(first.offsetDeviation, second.offsetDeviation),
+            1.0 / std::sqrt(weightOf(first) + weightOf(second)),
+            width.deviation};
 }
 
 // The axis between the two long sides, or the one side that was found.
@@ -141,8 +137,9 @@ std::optional<ParallelLines> searchedSides(const std::vector<cv::Point>& points,
         const auto opposite = measureSide(second, -outward, context);
         const double away = outward.dot(second.line.point - first.line.point);
         const bool isOpposite = away < -2.0 * context.settings.tolerance;
-        if (opposite.valid() && isOpposite && opposite.points >= kSecondSide * measured.points)
-            return betweenSides(measured, opposite);
+        const orx::TMeasuredValue width = orx::distance(measured, opposite).middle;
+        if (width.valid() && isOpposite && opposite.points >= kSecondSide * measured.points)
+            return betweenSides(measured, opposite, width);
     }
     return ParallelLines{
         {measured.point, measured.direction}, 0.0, measured.offsetDeviation, measured.angleDeviation, 0.0};

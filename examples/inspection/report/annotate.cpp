@@ -23,12 +23,8 @@ cv::Point2d directionOf(const Feature& feature) {
     return {std::cos(feature.angle * kDegree), std::sin(feature.angle * kDegree)};
 }
 
-Ellipse ellipseOf(const Feature& feature) {
-    return {feature.center, 0.5 * feature.length, 0.5 * feature.width, feature.angle};
-}
-
 double distanceFrom(const Feature& feature, cv::Point2d p) {
-    if (feature.shape == Shape::kEllipse) return ellipseOf(feature).distance(p);
+    if (feature.shape == Shape::kEllipse) return std::abs(ellipseOf(feature).signedDistance(p));
     if (feature.shape == Shape::kCircle) return Circle{feature.center, feature.radius}.distance(p);
     const Line axis{feature.center, directionOf(feature)};
     return std::abs(std::abs(axis.signedDistance(p)) - 0.5 * feature.width);
@@ -45,13 +41,13 @@ void drawLineFeature(Pen& pen, const Feature& feature, const cv::Scalar& color) 
 
 void drawEllipseFeature(Pen& pen, const Feature& feature, const cv::Scalar& color) {
     constexpr int kCorners = 180;
-    const Ellipse ellipse = ellipseOf(feature);
+    const orx::TMeasuredEllipse ellipse = ellipseOf(feature);
     std::vector<cv::Point2d> outline;
     outline.reserve(kCorners);
-    for (int i = 0; i < kCorners; ++i) outline.push_back(ellipse.at(i * 360.0 / kCorners * kDegree));
+    for (int i = 0; i < kCorners; ++i) outline.push_back(ellipse.at(i * 360.0 / kCorners));
     pen.polyline(outline, true, color);
-    pen.line(ellipse.at(0.0), ellipse.at(180.0 * kDegree), color);
-    pen.line(ellipse.at(90.0 * kDegree), ellipse.at(270.0 * kDegree), color);
+    pen.line(ellipse.at(0.0), ellipse.at(180.0), color);
+    pen.line(ellipse.at(90.0), ellipse.at(270.0), color);
 }
 
 // The ends of an elongated object belong to it, though not to its sides.

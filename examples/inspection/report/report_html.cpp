@@ -130,6 +130,20 @@ void writeSection(std::ostream& out, const Section& section) {
     out << "</table></div>\n";
 }
 
+std::string shapesText(const ImageResult& result) {
+    return std::string(", ") + (result.brightObjects ? "bright" : "dark") + " objects, " +
+           std::to_string(result.features.size()) + " features";
+}
+
+void writeShapes(std::ostream& out, const ImageResult& result, const cv::Mat& annotated,
+                 const std::string& method) {
+    writePicture(out, annotated, "The picture with the measured features");
+    out << "<h3>Histogram and level (" << escapeHtml(method) << ", square-root scale)</h3>\n"
+        << histogramSvg(result.histogram, result.level, result.brightObjects) << "\n";
+    writeFeatures(out, result.features);
+    if (result.hasTruth) writeTruth(out, result.truth);
+}
+
 void writeMessages(std::ostream& out, const std::vector<std::string>& messages) {
     if (messages.empty()) return;
     out << "<h3>Messages of the library</h3><ul>\n";
@@ -158,14 +172,9 @@ void HtmlReport::add(const ImageResult& result, const cv::Mat& annotated) {
         out_ << "<p class='problem'>" << (result.measured() ? "Measured, but: " : "Not measured: ")
              << escapeHtml(result.problemText()) << "</p>\n";
     if (result.measured()) {
-        out_ << "<p class='soft'>" << result.size.width << " x " << result.size.height << " pixels, "
-             << (result.brightObjects ? "bright" : "dark") << " objects, " << result.features.size()
-             << " features</p>\n";
-        writePicture(out_, annotated, "The picture with the measured features");
-        out_ << "<h3>Histogram and level (" << escapeHtml(method_) << ", square-root scale)</h3>\n"
-             << histogramSvg(result.histogram, result.level, result.brightObjects) << "\n";
-        writeFeatures(out_, result.features);
-        if (result.hasTruth) writeTruth(out_, result.truth);
+        out_ << "<p class='soft'>" << result.size.width << " x " << result.size.height << " pixels"
+             << (result.hasShapes ? shapesText(result) : "") << "</p>\n";
+        if (result.hasShapes) writeShapes(out_, result, annotated, method_);
         for (const Section& section : result.sections) writeSection(out_, section);
     }
     writeMessages(out_, result.messages);

@@ -4,6 +4,7 @@
 
 #include "inspection/analyse/analyses_json.h"
 #include "inspection/measure/fit_estimators.h"
+#include "inspection/parts/parts_json.h"
 
 namespace inspection {
 namespace {
@@ -33,6 +34,7 @@ Json::Value settingsValue(const Settings& settings) {
     value["seed"] = settings.seed;
     value["minInliers"] = settings.minInliers;
     value["subPixel"] = settings.subPixel;
+    if (!settings.parts.modelFile.empty()) value["find"] = partSearchValue(settings.parts);
     return value;
 }
 
@@ -98,20 +100,24 @@ Json::Value truthValue(const TruthError& error) {
     return value;
 }
 
-void addMeasured(Json::Value& image, const ImageResult& result) {
-    image["width"] = result.size.width;
-    image["height"] = result.size.height;
+void addShapes(Json::Value& image, const ImageResult& result) {
     image["level"] = result.level;
     image["objects"] = result.brightObjects ? "bright" : "dark";
     image["annotated"] = result.annotatedFile;
-    for (const std::string& file : result.moreFiles) image["pictures"].append(file);
     image["features"] = Json::Value(Json::arrayValue);
     int number = 0;
     for (const Feature& feature : result.features) image["features"].append(featureValue(++number, feature));
-    addAnalyses(image, result.analyses);
     if (!result.hasTruth) return;
     image["truth"] = Json::Value(Json::arrayValue);
     for (const TruthError& error : result.truth) image["truth"].append(truthValue(error));
+}
+
+void addMeasured(Json::Value& image, const ImageResult& result) {
+    image["width"] = result.size.width;
+    image["height"] = result.size.height;
+    for (const std::string& file : result.moreFiles) image["pictures"].append(file);
+    if (result.hasShapes) addShapes(image, result);
+    addAnalyses(image, result.analyses);
 }
 
 }  // namespace

@@ -25,6 +25,7 @@ struct ImageResult {
     std::vector<std::string> problems;  // what failed, in the order in which it did; UTF-8
 
     cv::Size size;
+    bool hasShapes = true;  // false where parts were looked for, and level, objects and features say nothing
     int level = 0;
     bool brightObjects = true;
     std::array<int, 256> histogram{};

@@ -76,6 +76,18 @@ void printSummary(std::ostream& out, const std::vector<Feature>& features) {
     out << "\n";
 }
 
+void printShapes(std::ostream& out, const ImageResult& result, const std::string& method) {
+    out << ", " << method << " level " << result.level << ", " << (result.brightObjects ? "bright" : "dark")
+        << " objects\n";
+    std::vector<Row> rows{
+        {"#", "shape", "x", "y", "radius", "angle", "length", "width", "points", "inliers", "residual", ""}};
+    for (std::size_t i = 0; i < result.features.size(); ++i)
+        rows.push_back(featureRow(i + 1, result.features[i]));
+    if (rows.size() > 1) printAligned(out, rows);
+    printSummary(out, result.features);
+    if (result.hasTruth) printTruth(out, result.truth);
+}
+
 }  // namespace
 
 std::string fixedText(double value, int decimals) {
@@ -112,16 +124,11 @@ void printResult(std::ostream& out, const ImageResult& result, const std::string
         out << "\n" << result.name << ": not measured: " << result.problemText() << "\n";
         return;
     }
-    out << "\n"
-        << result.name << ": " << result.size.width << " x " << result.size.height << " pixels, " << method
-        << " level " << result.level << ", " << (result.brightObjects ? "bright" : "dark") << " objects\n";
-    std::vector<Row> rows{
-        {"#", "shape", "x", "y", "radius", "angle", "length", "width", "points", "inliers", "residual", ""}};
-    for (std::size_t i = 0; i < result.features.size(); ++i)
-        rows.push_back(featureRow(i + 1, result.features[i]));
-    if (rows.size() > 1) printAligned(out, rows);
-    printSummary(out, result.features);
-    if (result.hasTruth) printTruth(out, result.truth);
+    out << "\n" << result.name << ": " << result.size.width << " x " << result.size.height << " pixels";
+    if (result.hasShapes)
+        printShapes(out, result, method);
+    else
+        out << "\n";
     for (const Section& section : result.sections) {
         out << "\n" << section.title << (section.note.empty() ? "" : ": ") << section.note << "\n";
         printAligned(out, section.rows);

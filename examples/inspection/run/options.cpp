@@ -27,6 +27,8 @@ const std::map<std::string, LineEstimator> kLineEstimators = {{"search", LineEst
 const std::map<std::string, EllipseEstimator> kEllipseEstimators = {{"none", EllipseEstimator::kNone},
                                                                     {"norm", EllipseEstimator::kNorm},
                                                                     {"ransac", EllipseEstimator::kRansac}};
+const std::map<std::string, orx::TPartPolarity> kPartPolarities = {
+    {"same", orx::ppSame}, {"reversed", orx::ppReversed}, {"either", orx::ppEither}};
 const std::map<int, std::string> kCameraTypes = {
     {VD_TYPE_DAHUA, "Dahua"},
     {VD_TYPE_BASLER, "Basler"},
@@ -46,6 +48,8 @@ struct Words {
     bool noSubPixel = false;
     std::vector<std::string> calipers;
     std::vector<std::string> circleCalipers;
+    std::string partRegion;
+    std::string partPolarity = "same";
 };
 
 // CLI::Range would let "nan" pass.
@@ -75,6 +79,11 @@ void addInputs(CLI::App& app, Options& options) {
         ->type_name("FILE|FOLDER");
     app.add_option("--synthetic", options.syntheticSeed,
                    "Also measure a rendered scene of this seed and print the errors against its truth")
+        ->check(digits())
+        ->type_name("SEED");
+    app.add_option("--synthetic-parts", options.partsSeed,
+                   "Also find twenty parts in a rendered scene of this seed and print the errors against "
+                   "its truth")
         ->check(digits())
         ->type_name("SEED");
     app.add_option("-o,--output", options.output,
@@ -224,7 +233,7 @@ void addEstimatorOptions(CLI::App& app, Words& words) {
         {"search", "ransac", "robust"});
     add("--ellipse", words.ellipse,
         "Measure ellipses where --shape makes a circle, through all edge points (norm)\n"
-        "or by random samples of them; not with --circle",
+        "or those that most agree on (ransac); not with --circle",
         {"none", "norm", "ransac"});
 }
 
@@ -249,6 +258,37 @@ void addAnalysisOptions(CLI::App& app, Settings& settings, Words& words) {
     app.add_flag("--focus", settings.focus, "How sharp the picture is, by four measures")->group(group);
 }
 
+void addPartOptions(CLI::App& app, PartSettings& parts, Words& words) {
+    const char* group = "Finding parts, in place of round and elongated objects";
+    auto* const teach =
+        app.add_option("--teach-part", words.partRegion,
+                       "Teach the part in this region of the one picture given: writes its model, a\n"
+                       "picture of it and what was found out about it")
+            ->check(CLI::Validator([](const std::string& text) { return problemOfBox(text); }, ""))
+            ->type_name("X,Y,W,H")
+            ->group(group);
+    auto* const find = app.add_option("--find", parts.modelFile, "Find the parts of this model")
+                           ->excludes(teach)
+                           ->type_name("MODEL")
+                           ->group(group);
+    const auto add = [&](const char* name, auto& value, const char* text, const CLI::Validator& range,
+                         const char* type) {
+        app.add_option(name, value, text)
+            ->check(range)
+            ->needs(find)
+            ->type_name(type)
+            ->capture_default_str()
+            ->group(group);
+    };
+    add("--min-score", parts.find.minScore, "Least share of a part's outline that must be seen",
+        between(0.1, 1.0), "SHARE");
+    add("--max-parts", parts.find.maxParts, "The best parts, so many at the most", between(1, 10000), "N");
+    add("--min-scale", parts.find.minScale, "Smallest scale against the model", between(0.2, 5.0), "SCALE");
+    add("--max-scale", parts.find.maxScale, "Largest scale", between(0.2, 5.0), "SCALE");
+    add("--part-polarity", words.partPolarity, "Whether bright and dark are as they were taught",
+        CLI::IsMember({"same", "reversed", "either"}), "NAME");
+}
+
 // An estimator that no contour could reach would be ignored in silence.
 void requireReachableEstimators(const Settings& settings) {
     const bool choosesCircle = settings.circle != CircleEstimator::kSearch;
@@ -270,13 +310,26 @@ void takeWords(const Words& words, Settings& settings) {
     settings.subPixel = !words.noSubPixel;
     for (const std::string& text : words.calipers) settings.calipers.push_back(boxFrom(text));
     for (const std::string& text : words.circleCalipers) settings.circleCalipers.push_back(circleFrom(text));
+    if (!words.partRegion.empty()) settings.parts.region = boxFrom(words.partRegion);
+    settings.parts.find.polarity = kPartPolarities.at(words.partPolarity);
+}
+
+void requireUsableParts(const Options& options) {
+    const PartSettings& parts = options.settings.parts;
+    if (parts.find.minScale > parts.find.maxScale)
+        throw CLI::ValidationError("--min-scale must not exceed --max-scale");
+    if (parts.region && (options.inputs.size() != 1 || options.syntheticSeed || options.partsSeed))
+        throw CLI::ValidationError("--teach-part takes one picture");
+    if (parts.wanted() && options.camera.wanted)
+        throw CLI::ValidationError("--camera finds no parts: leave out --find and --teach-part");
 }
 
 void requireInput(const Options& options) {
-    const bool hasPictures = !options.inputs.empty() || options.syntheticSeed;
+    const bool hasPictures = !options.inputs.empty() || options.syntheticSeed || options.partsSeed;
     if (!hasPictures && !options.camera.wanted)
         throw CLI::ValidationError(
-            "nothing to measure: give pictures, folders, --synthetic SEED or --camera");
+            "nothing to measure: give pictures, folders, --synthetic SEED, --synthetic-parts SEED or "
+            "--camera");
     if (hasPictures && options.camera.wanted)
         throw CLI::ValidationError("--camera measures no pictures: leave them out");
 }
@@ -289,7 +342,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
     CLI::App app{
         "Finds round and elongated objects in pictures and measures them: threshold, contours, RANSAC "
         "circle\n"
-        "or line for each contour. Writes annotated pictures, a JSON and an HTML report.",
+        "or line for each contour. Or teaches parts and finds them. Writes annotated pictures, a JSON and an "
+        "HTML report.",
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
     app.footer(
@@ -302,6 +356,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
     addShapeOptions(app, options.settings, words);
     addEstimatorOptions(app, words);
     addAnalysisOptions(app, options.settings, words);
+    addPartOptions(app, options.settings.parts, words);
     try {
         app.parse(argc, argv);
         if (!std::isfinite(options.settings.minArea))
@@ -309,6 +364,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         requireInput(options);
         takeWords(words, options.settings);
         requireReachableEstimators(options.settings);
+        requireUsableParts(options);
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
         return std::nullopt;

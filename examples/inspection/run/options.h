@@ -23,6 +23,7 @@ struct CameraOptions {
 struct Options {
     std::vector<std::string> inputs;             // files and folders
     std::optional<std::uint64_t> syntheticSeed;  // measure a rendered scene too
+    std::optional<std::uint64_t> partsSeed;      // find parts in a rendered scene too
     std::string output = "inspection";           // folder of the pictures and reports
     bool window = false;                         // show each annotated picture
     double windowSeconds = 0.0;                  // for so long; 0: until it is closed

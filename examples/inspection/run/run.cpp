@@ -70,7 +70,8 @@ class Session {
 
     void measureAll(HtmlReport& html) {
         const std::vector<ImageSource> sources = listSources(options_.inputs);
-        const std::size_t total = sources.size() + (options_.syntheticSeed ? 1 : 0);
+        const std::size_t total =
+            sources.size() + (options_.syntheticSeed ? 1 : 0) + (options_.partsSeed ? 1 : 0);
         Progress progress(log_, total, isOnTerminal());
         std::size_t done = 0;
         for (const ImageSource& source : sources) {
@@ -89,6 +90,7 @@ class Session {
             keep(result, annotated, html);
         }
         if (options_.syntheticSeed) measureScene(*options_.syntheticSeed, html);
+        if (options_.partsSeed) searchTray(*options_.partsSeed, html);
     }
 
     void measureScene(std::uint64_t seed, HtmlReport& html) {
@@ -103,9 +105,68 @@ class Session {
         keep(result, annotated, html);
     }
 
-    // Fills the result; the annotated picture is empty when there is no level.
+    void searchTray(std::uint64_t seed, HtmlReport& html) {
+        const PartTray tray = renderPartTray(seed);
+        ImageResult result;
+        result.name = "parts-" + std::to_string(seed);
+        const fs::path file = folder_.file(result.name + ".png");
+        FoundParts found = findPartsIn(tray.scene.image, tray.model, tray.find);
+        found.truth = compareWithTruth(found.result, tray.scene.parts);
+        const auto missed = std::count_if(found.truth.begin(), found.truth.end(),
+                                          [](const PartError& error) { return error.part < 0; });
+        if (missed > 0)
+            result.problems.push_back(std::to_string(missed) + " of " + std::to_string(found.truth.size()) +
+                                      " true parts were not found");
+        result.analyses.parts = found;
+        finishParts(tray.scene.image, file, result);
+        if (!writePng(file, tray.scene.image)) result.problems.push_back(unwritable(file));
+        keep(result, {}, html);
+    }
+
+    void lookForParts(const cv::Mat& grey, const fs::path& source, ImageResult& result) {
+        const PartSettings& parts = options_.settings.parts;
+        result.analyses = analyse(grey, {}, options_.settings);
+        if (parts.region) {
+            result.analyses.taught = TaughtPart{*parts.region, orx::teachPart(grey, *parts.region), ""};
+            keepModel(source, *result.analyses.taught, result.problems);
+        } else {
+            result.analyses.parts = findPartsIn(grey, parts.model, parts.find);
+            const orx::TMatchStatus status = result.analyses.parts->result.status;
+            if (status != orx::msOk)
+                result.problems.push_back(std::string("no parts could be looked for: ") +
+                                          orx::matchStatusText(status));
+        }
+        finishParts(grey, source, result);
+    }
+
+    void finishParts(const cv::Mat& grey, const fs::path& source, ImageResult& result) {
+        result.status = Status::kMeasured;
+        result.hasShapes = false;
+        result.size = grey.size();
+        writeSections(grey, source, result);
+    }
+
+    void keepModel(const fs::path& source, TaughtPart& taught, std::vector<std::string>& problems) {
+        orx::TMatchStatus status = taught.model.report().status;
+        if (status != orx::msOk) {
+            problems.push_back(std::string("the part can't be taught: ") + orx::matchStatusText(status));
+            return;
+        }
+        const fs::path file = folder_.file(source.stem().u8string() + ".part");
+        status = orx::writePartModel(file.u8string(), taught.model);
+        if (status == orx::msOk)
+            taught.file = displayName(file);
+        else
+            problems.push_back("the model " + displayName(file) + " can't be written");
+    }
+
+    // Fills the result; the annotated picture is empty when there is no level, or parts are looked for.
     cv::Mat measurePicture(const cv::Mat& grey, const fs::path& source, const scenes::Scene* scene,
                            ImageResult& result) {
+        if (options_.settings.parts.wanted()) {
+            lookForParts(grey, source, result);
+            return {};
+        }
         std::string problem;
         const auto prepared = prepare(grey, options_.settings, problem);
         result.messages = takeMessages();
@@ -121,18 +182,21 @@ class Session {
         result.features = measure(grey, *prepared, options_.settings);
         if (scene != nullptr) checkTruth(*scene, result);
         result.analyses = analyse(grey, result.features, options_.settings);
+        cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
+        result.annotatedFile = writePicture(source, "-measured", annotated, result.problems);
+        writeSections(grey, source, result);
+        return annotated;
+    }
+
+    void writeSections(const cv::Mat& grey, const fs::path& source, ImageResult& result) {
         result.sections = sectionsOf(grey, result.analyses);
         const std::vector<std::string> messages = takeMessages();
         result.messages.insert(result.messages.end(), messages.begin(), messages.end());
-
-        cv::Mat annotated = annotate(grey, result.features, options_.settings.tolerance);
-        result.annotatedFile = writePicture(source, "-measured", annotated, result.problems);
         for (const Section& section : result.sections) {
             if (section.picture.empty()) continue;
             const std::string file = writePicture(source, section.suffix, section.picture, result.problems);
             if (!file.empty()) result.moreFiles.push_back(file);
         }
-        return annotated;
     }
 
     static std::string unwritable(const fs::path& file) {
@@ -168,7 +232,9 @@ class Session {
         pictures_.insert(pictures_.end(), result.moreFiles.begin(), result.moreFiles.end());
         html.add(result, annotated);
         json_.add(result);
-        if (options_.window && hasDisplay_) show(result, annotated);
+        const bool onlySection = annotated.empty() && !result.sections.empty();
+        const cv::Mat& shown = onlySection ? result.sections.front().picture : annotated;
+        if (options_.window && hasDisplay_) show(result, shown);
     }
 
     void show(const ImageResult& result, const cv::Mat& annotated) {
@@ -198,7 +264,17 @@ class Session {
 
 int run(const Options& options, std::ostream& out, std::ostream& log) {
     if (options.camera.wanted) return runCameras(options, out, log);
-    return Session(options, out, log).run();
+    Options withModel = options;
+    PartSettings& parts = withModel.settings.parts;
+    if (!parts.modelFile.empty()) {
+        parts.model = orx::readPartModel(parts.modelFile);
+        if (!parts.model.valid()) {
+            log << "orx_inspection: the model " << cleanUtf8(parts.modelFile)
+                << " can't be used: " << orx::matchStatusText(parts.model.report().status) << "\n";
+            return 1;
+        }
+    }
+    return Session(withModel, out, log).run();
 }
 
 }  // namespace inspection

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "inspection/measure/shapes.h"
+#include "inspection/parts/part_settings.h"
 
 namespace inspection {
 
@@ -45,6 +46,8 @@ struct Settings {
     bool focus = false;  // how sharp it is
     std::vector<cv::Rect> calipers;
     std::vector<Circle> circleCalipers;
+
+    PartSettings parts;
 };
 
 }  // namespace inspection

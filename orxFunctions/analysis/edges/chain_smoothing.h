@@ -12,8 +12,8 @@ namespace orx::edges {
 constexpr double kFacetVariance = 0.37;
 
 // Of the errors along an edge that edgesSubPixMetric found with `sigma`: those of two points at the distance
-// t are correlated by exp(-t^2 / (4 smoothing^2)), so the chain tells as much as independent points 2 sqrt(pi)
-// smoothing apart.
+// t are correlated by exp(-t^2 / (4 smoothing^2)), so the chain tells as much as independent points 2
+// sqrt(pi) smoothing apart.
 inline double chainSmoothing(double sigma) { return std::sqrt(sigma * sigma + kFacetVariance); }
 
 }  // namespace orx::edges

@@ -52,8 +52,7 @@ class CircleModel {
                 Circle step{};
                 double fall = 0.0;
                 if (!circleStep(sums, 0.0, step, fall)) return false;
-                circle = {circle.x + step.x, circle.y + step.y, circle.r + step.r};
-                if (!(circle.r > 0.0)) return false;
+                if (!movedCircle(circle, sums, step, 1.0, circle)) return false;
             }
         }
         return radiusTold(sums, circle.r, share);

@@ -1,5 +1,7 @@
 #include "orxFunctions/fitting/consensus/finder.h"
 
+#include "orxFunctions/foundation/angles_internal.h"
+
 namespace orx::consensus {
 
 bool optionsFit(const TConsensusOptions& options) {
@@ -42,10 +44,18 @@ bool likelyByChance(std::size_t count, std::size_t used, std::size_t sample, dou
     // H. Chernoff's bound for so many of the others in the band of one sample, as a logarithm.
     double one = share * std::log(share / bandShare);
     if (share < 1.0) one += (1.0 - share) * std::log((1.0 - share) / (1.0 - bandShare));
+    double improbable = free * one;
+    // What the bound leaves out: the largest term by J. Stirling's formula, the others as a geometric series.
+    if (share < 1.0) {
+        const double outside = free * (1.0 - share);
+        const double ratio = outside * bandShare / ((free * share + 1.0) * (1.0 - bandShare));
+        const double term = 0.5 * std::log(2.0 * kPi * free * share * (1.0 - share));
+        improbable += std::max(0.0, term + std::log1p(-ratio));
+    }
     double samples = 0.0;  // the logarithm of their number
     for (std::size_t k = 0; k < sample; ++k)
         samples += std::log(static_cast<double>(count - k) / static_cast<double>(k + 1));
-    return free * one < samples;
+    return improbable < samples;
 }
 
 std::vector<unsigned char> nearPoints(const distance_kernels::Columns& points,

@@ -96,6 +96,23 @@ bool circleStep(const CircleSums& sums, double damping, Circle& step, double& fa
     return std::isfinite(step.x) && std::isfinite(step.y) && std::isfinite(step.r);
 }
 
+// On the equation |q|^2 / (2 r) - r / 2 = 0 of points q about the center, whose left side is the distance
+// near the outline. Of the equation's factor that choice is made which keeps the mean of its gradients'
+// length.
+bool movedCircle(const Circle& circle, const CircleSums& sums, const Circle& step, double factor,
+                 Circle& next) {
+    const double dx = factor * step.x;
+    const double dy = factor * step.y;
+    const double along = (sums.u * dx + sums.v * dy) / sums.distances.w;
+    const double s = 1.0 + along / circle.r;
+    const double square = circle.r * (circle.r + 2.0 * factor * step.r + along);
+    const Circle there{circle.x + dx / s, circle.y + dy / s,
+                       std::sqrt((dx * dx + dy * dy) / (s * s) + square / s)};
+    if (!sensible(there)) return false;
+    next = there;
+    return true;
+}
+
 namespace {
 
 // Steps that lower the sum of squares by less than this share of the noise (a deviation's square) change
@@ -103,10 +120,6 @@ namespace {
 constexpr double kSettled = 1e-10;
 constexpr double kSettledRobust = 1e-8;
 constexpr double kNearlySettled = 1e-5;
-
-Circle moved(const Circle& circle, const Circle& step, double factor) {
-    return {circle.x + factor * step.x, circle.y + factor * step.y, circle.r + factor * step.r};
-}
 
 // A fall below this is rounding.
 double roundingFall(double weight, double rounding, double radius) {
@@ -132,17 +145,13 @@ void dampedSteps(const Columns& points, int maxIterations, double rounding, Circ
         Circle step{};
         double fall = 0.0;
         constexpr double kMostDamping = 1e12;
-        for (next.r = 0.0; !(next.r > 0.0);) {
+        for (bool taken = false; !taken;) {
             if (damping > kMostDamping || !circleStep(solution.sums, damping, step, fall)) {
                 solution.status = fsCollinear;
                 return;
             }
-            next = moved(solution.circle, step, 1.0);
-            if (!(next.r > 0.0)) damping = std::max(1e-3, 10.0 * damping);
-        }
-        if (!(next.r < kLargestRadius)) {
-            solution.status = fsCollinear;
-            return;
+            taken = movedCircle(solution.circle, solution.sums, step, 1.0, next);
+            if (!taken) damping = std::max(1e-3, 10.0 * damping);
         }
         const DistanceSums& d = solution.sums.distances;
         const double noise2 = d.dd / std::max(1.0, d.used - kParameters);
@@ -173,8 +182,8 @@ void reweightedSteps(const Columns& points, const Loss& loss, int maxIterations,
         solution.status = fsCollinear;
         if (!circleStep(sums, 0.0, step, fall)) return;
         const double steep = std::clamp(d.omega / std::max(d.slope, 1e-300), 1.0, 1.6);
-        solution.circle = moved(solution.circle, step, solution.iterations <= kStretched ? steep : 1.0);
-        if (!sensible(solution.circle)) return;
+        const double stretch = solution.iterations <= kStretched ? steep : 1.0;
+        if (!movedCircle(solution.circle, sums, step, stretch, solution.circle)) return;
         solution.status = fsNotConverged;
         const double noise2 = d.dd / std::max(1.0, d.omega - kParameters);
         const double least = roundingFall(d.w, rounding, solution.circle.r);
@@ -229,10 +238,7 @@ struct CircleModel {
         sums = pass.distances;
         Circle step{};
         if (!circleStep(pass, 0.0, step, fall)) return false;
-        const Circle next{circle.x + step.x, circle.y + step.y, circle.r + step.r};
-        if (!sensible(next)) return false;
-        circle = next;
-        return true;
+        return movedCircle(circle, pass, step, 1.0, circle);
     }
 };
 

@@ -34,6 +34,11 @@ CircleSolution refineCircle(const Columns& points, const Circle& start, const Lo
 // it. `damping` 0 for Gauss-Newton. False where the points do not tell the circle.
 bool circleStep(const CircleSums& sums, double damping, Circle& step, double& fall);
 
+// The circle after so many times a step from where the sums were taken, in parameters that move evenly for
+// short arcs, too: through a line to the other side as well. False, and `next` as it was, where it is a line.
+bool movedCircle(const Circle& circle, const CircleSums& sums, const Circle& step, double factor,
+                 Circle& next);
+
 // Finds a circle that at least half of the points follow, whatever the others do, by the least median of
 // squares over samples of three, always the same, and steps with Tukey's loss. `scale` becomes the noise of
 // those points; above 0 it is known, and stays. False where no three points tell a circle.

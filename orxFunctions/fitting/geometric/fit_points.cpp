@@ -165,6 +165,7 @@ FitPoints FitPoints::only(const std::vector<unsigned char>& keep) const {
         for (const int i : entries) *to++ = from[i];
     };
     kept.size_ = count;
+    kept.others_ = others_ + size_ - count;
     kept.columns_.reset(new double[2 * count]);
     copy(columns_.get(), kept.columns_.get());
     copy(columns_.get() + size_, kept.columns_.get() + count);

@@ -39,6 +39,8 @@ class FitPoints {
     Columns columns() const { return {columns_.get(), columns_.get() + size_, weights_.get(), size_}; }
     double weight(std::size_t i) const { return weights_ == nullptr ? 1.0 : weights_[i]; }
     cv::Point2d at(std::size_t i) const { return {columns_[i], columns_[size_ + i]}; }
+    // How many only() has left behind.
+    std::size_t others() const { return others_; }
     // Its index among the points given.
     std::size_t given(std::size_t i) const {
         return given_.empty() ? i : static_cast<std::size_t>(given_[i]);
@@ -68,6 +70,7 @@ class FitPoints {
     std::unique_ptr<double[]> columns_;  // x, then y
     std::unique_ptr<double[]> weights_;  // null where all are 1
     std::size_t size_ = 0;
+    std::size_t others_ = 0;
     // Where points are left out: the index of each among the points given.
     std::vector<int> given_;
     std::size_t givenCount_ = 0;

@@ -40,8 +40,32 @@ class LocalSupport {
     bool closed_;
 };
 
+// The same for few points, whose places along the outline leave bins empty anyway: which of them stand alone,
+// with gaps on both sides that places as dense as most would hardly leave. Empty where none does, or too many
+// to be there by chance.
+std::vector<unsigned char> lonePlaces(const std::vector<double>& places, bool closed);
+
+// Forgets those of the kept points that stand alone among outliers. True where there are any.
+template <class PlaceOf>
+bool leaveOutLonePoints(bool closed, std::size_t kept, PlaceOf placeOf, const FitPoints& points,
+                        std::vector<unsigned char>& keep) {
+    std::vector<double> places;
+    std::vector<std::size_t> at;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (keep[i] == 0 || !(points.weight(i) > 0.0)) continue;
+        places.push_back(placeOf(points.at(i)));
+        at.push_back(i);
+    }
+    const std::vector<unsigned char> lone = lonePlaces(places, closed);
+    // Among fewer outliers so many would hardly lie near the outline by chance.
+    const auto many = static_cast<std::size_t>(std::count(lone.begin(), lone.end(), 1));
+    if (many == 0 || many > points.size() - kept + points.others()) return false;
+    for (std::size_t k = 0; k < at.size(); ++k) keep[at[k]] = lone[k] != 0 ? 0 : 1;
+    return true;
+}
+
 // Takes the say of outliers away: of points whose weight times squared distance is beyond `reach2`, and of
-// those in dropped bins. `placeOf(p)` gives a point's place along the outline.
+// those in dropped bins or alone. `placeOf(p)` gives a point's place along the outline.
 template <class PlaceOf>
 bool leaveOutOutliers(const std::vector<double>& distances, double reach2, bool closed, PlaceOf placeOf,
                       FitPoints& points) {
@@ -51,6 +75,12 @@ bool leaveOutOutliers(const std::vector<double>& distances, double reach2, bool 
     for (std::size_t i = 0; i < count; ++i) {
         keep[i] = points.weight(i) * distances[i] * distances[i] <= reach2 ? 1 : 0;
         kept += keep[i];
+    }
+    constexpr std::size_t kFew = LocalSupport::kBins / 2;
+    if (kept <= kFew) {
+        const bool dropped = leaveOutLonePoints(closed, kept, placeOf, points, keep);
+        if (dropped || kept < count) points.leaveOut(keep);
+        return dropped;
     }
     const auto binOf = [&](std::size_t i) { return LocalSupport::binOf(placeOf(points.at(i))); };
     const auto supportOfEvery = [&](std::size_t stride) {

@@ -32,16 +32,19 @@ bool startAmongOutliers(const TFitOptions& options, const Start<Circle>* known, 
         if (!robustCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
             return false;
     } else {
+        // Points must not be left out by a shape that is only near the one sought.
         start = known->shape;
-        if (!told) fit.scale = known->scale;
+        double scale = told ? fit.scale : known->scale;
+        if (!settleCircle(points.columns(), steps, points.rounding(), start, scale, fit.iterations))
+            return false;
+        if (!told) fit.scale = scale;
     }
     const auto placeOf = [&](cv::Point2d p) { return pseudoAngle(p.x - start.x, p.y - start.y) / 4.0; };
     std::vector<double> distances(points.size());
     distance_kernels::chosen().circleDistances(points.columns(), start, distances.data());
     const bool closed = true;
     const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
-    const bool settled = known == nullptr && !dropped;
-    return settled || told ||
+    return !dropped || told ||
            settleCircle(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 

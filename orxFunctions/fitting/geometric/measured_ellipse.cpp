@@ -8,6 +8,7 @@
 #include "orxFunctions/fitting/geometric/arc_coverage.h"
 #include "orxFunctions/fitting/geometric/ellipse_steps.h"
 #include "orxFunctions/fitting/geometric/local_support.h"
+#include "orxFunctions/fitting/geometric/outline_bias.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/geometric/uncertainty.h"
 #include "orxFunctions/foundation/angles_internal.h"
@@ -93,8 +94,11 @@ TFitStatus startAmongOutliers(const TFitOptions& options, const Start<Ellipse>* 
     fit.scale = toldScale(points, options);
     const bool told = fit.scale > 0.0;
     if (known != nullptr) {
+        // Points must not be left out by a shape that is only near the one sought.
         start = known->shape;
-        if (!told) fit.scale = known->scale;
+        double scale = told ? fit.scale : known->scale;
+        settleEllipse(points.columns(), steps, points.rounding(), start, scale, fit.iterations);
+        if (!told) fit.scale = scale;
     } else if (!robustEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations) &&
                start.a == 0.0) {
         // Steps that do not settle leave a start to judge by.
@@ -105,7 +109,7 @@ TFitStatus startAmongOutliers(const TFitOptions& options, const Start<Ellipse>* 
     const bool closed = true;
     const bool dropped =
         leaveOutOutliers(distances, outlierReach2(fit.scale), closed, OutlinePlaces(start), points);
-    if ((dropped || known != nullptr) && !told) {
+    if (dropped && !told) {
         settleEllipse(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
     }
     return fsOk;
@@ -190,12 +194,18 @@ EllipseVector biasOf(const FitPoints& points, const TFitOptions& options, const 
     }
     const EllipseBiasSums sums =
         foot_kernels::chosen().biasSums(points.columns(), fit.solution.ellipse, fit.loss, covariance);
-    EllipseVector bias = judgement.inverse * EllipseVector(sums.parameters);
+    EllipseVector normal = 0.5 * EllipseVector(sums.parameters);
     if (options.noise == pnIndependent) {
         const double noise = judgement.figures.noise;
-        bias += noise * noise * (judgement.inverse * EllipseVector(sums.outline));
+        const Ellipse& ellipse = fit.solution.ellipse;
+        const DistanceSums& d = fit.solution.sums.distances;
+        // Where weights fall off with the distance, the estimate answers more than the normal matrix has it.
+        normal += outlineTurnsWithinNoise(ellipse, noise)
+                      ? d.omega / std::max(d.slope, 0.1 * d.omega) *
+                            outlineBiasSums(points.columns(), ellipse, fit.loss, noise)
+                      : 0.5 * noise * noise * EllipseVector(sums.outline);
     }
-    return 0.5 * bias;
+    return judgement.inverse * normal;
 }
 
 // Half the difference of the axes, (p, q) its vector at twice the angle, freed from what the noise adds to

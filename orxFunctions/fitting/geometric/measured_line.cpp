@@ -47,8 +47,12 @@ bool startAmongOutliers(const TFitOptions& options, const Start<Line>* known, Fi
         if (!robustLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations))
             return false;
     } else {
+        // Points must not be left out by a shape that is only near the one sought.
         start = known->shape;
-        if (!told) fit.scale = known->scale;
+        double scale = told ? fit.scale : known->scale;
+        if (!settleLine(points.columns(), steps, points.rounding(), start, scale, fit.iterations))
+            return false;
+        if (!told) fit.scale = scale;
     }
     const LineSums sums = distance_kernels::chosen().lineSums(points.columns(), start, searchLoss(fit.scale));
     const double length = std::max(sums.to - sums.from, 1e-100);
@@ -59,8 +63,7 @@ bool startAmongOutliers(const TFitOptions& options, const Start<Line>* known, Fi
     distance_kernels::chosen().lineDistances(points.columns(), start, distances.data());
     const bool closed = false;
     const bool dropped = leaveOutOutliers(distances, outlierReach2(fit.scale), closed, placeOf, points);
-    const bool settled = known == nullptr && !dropped;
-    return settled || told ||
+    return !dropped || told ||
            settleLine(points.columns(), steps, points.rounding(), start, fit.scale, fit.iterations);
 }
 

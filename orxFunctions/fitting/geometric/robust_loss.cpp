@@ -88,10 +88,12 @@ double noiseOfMedian(double median, std::size_t count, int parameters) {
 }
 
 // P. J. Rousseeuw and A. M. Leroy, "Robust Regression and Outlier Detection" (1987), section 3.4, have half
-// of parameters + 1 for it; lines and circles are content with one.
+// of parameters + 1 for it; lines and circles are content with one. Of few points no more than 60 %, since
+// the others may all be outliers, but always twice as many as parameters.
 std::size_t quorumOf(std::size_t count, int parameters) {
     const int more = parameters > 3 ? (parameters + 1) / 2 : 1;
-    return std::min(count, count / 2 + static_cast<std::size_t>(more));
+    const std::size_t sixty = std::max((3 * count + 4) / 5, static_cast<std::size_t>(2 * parameters));
+    return std::min({count, count / 2 + static_cast<std::size_t>(more), std::max(sixty, count / 2 + 1)});
 }
 
 double quorumDistance(double* distances, std::size_t count, int parameters) {

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <limits>
 #include <opencv2/core.hpp>
+#include <vector>
 
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/kernels/distance.h"
@@ -36,18 +37,23 @@ class SampleNumbers {
     std::uint64_t state_ = 20011;
 };
 
-// At most this many points, evenly chosen, judge the samples.
-constexpr std::size_t kJudges = 200;
+// At most this many points, from everywhere, judge the samples: of 40 % outliers among all, chance makes half
+// of them in three choices of 10,000. The scale is then told anew by all points (loosen).
+constexpr std::size_t kJudges = 256;
 static_assert(kJudges % inlier_kernels::kPointsPerStep == 0);
 
 class Judges {
   public:
     explicit Judges(const Columns& points) : count_(std::min(points.count, kJudges)) {
+        // One of each stretch, at random: outliers may come at regular steps.
+        SampleNumbers numbers;
+        const bool all = points.count <= kJudges;
         for (std::size_t i = 0; i < kJudges; ++i) {
-            // Mixed (the stride has no factor in common with 200), so that the first ones are anywhere, too.
-            const std::size_t mixed = count_ == kJudges ? i * 77 % kJudges : i;
-            const std::size_t at = mixed * points.count / count_;
             const bool filled = i < count_;
+            // Mixed (the stride has no factor in common with their number), so that the first ones are
+            // anywhere, too.
+            const std::size_t mixed = i * 77 % kJudges;
+            const std::size_t at = all ? i : (mixed * points.count + numbers.below(points.count)) / kJudges;
             x_[i] = filled ? points.x[at] : std::numeric_limits<double>::quiet_NaN();
             y_[i] = filled ? points.y[at] : std::numeric_limits<double>::quiet_NaN();
             weights_[i] = filled && points.weights != nullptr ? points.weights[at] : 1.0;
@@ -74,6 +80,9 @@ template <class Model>
 bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& scale) {
     // With 40 % outliers one sample in five holds none (three points), one in thirteen (five).
     constexpr int kSamples = Model::kSample <= 2 ? 100 : 250;
+    // Few points tell the good ones worse.
+    constexpr std::size_t kFewPoints = 40;
+    const int samples = Model::kSample > 3 && judges.count() <= kFewPoints ? 2 * kSamples : kSamples;
     // Most samples show on a few judges that they are worse; one in a hundred as good as the best is lost so.
     constexpr std::size_t kFew = 64;
     const std::size_t fewWithin = judges.count() > kFew ? 22 : 0;
@@ -82,9 +91,12 @@ bool leastMedian(const Judges& judges, typename Model::Shape& shape, double& sca
     SampleNumbers numbers;
     double distances[kJudges];
     double best = std::numeric_limits<double>::infinity();
-    for (int k = 0; k < kSamples; ++k) {
+    for (int k = 0; k < samples; ++k) {
         std::size_t at[Model::kSample];
-        for (std::size_t& i : at) i = numbers.below(judges.count());
+        for (std::size_t m = 0; m < Model::kSample;) {
+            at[m] = numbers.below(judges.count());
+            if (std::find(at, at + m, at[m]) == at + m) ++m;
+        }
         typename Model::Shape candidate{};
         if (!Model::through(judges.columns(), at, candidate)) continue;
         if (best < std::numeric_limits<double>::infinity() &&
@@ -132,6 +144,33 @@ inline cv::Vec2d scaleLimits(double scale, double rounding) {
     return {std::max(scale / 3.0, floor), std::max(scale * 1.5, floor)};
 }
 
+// Where the lower limit holds the scale, the samples were rougher than the points: all of them tell it anew
+// from the settled shape, until it comes to lie between its limits.
+template <class Model>
+void loosen(const Columns& points, int maxIterations, double rounding, double limit,
+            typename Model::Shape& shape, double& scale, int& iterations) {
+    constexpr int kMostRounds = 8;
+    std::vector<double> distances;
+    for (int round = 0; round < kMostRounds && !(scale > limit); ++round) {
+        distances.resize(points.count);
+        Model::distances(points, shape, distances.data());
+        for (std::size_t i = 0; points.weights != nullptr && i < points.count; ++i)
+            distances[i] *= std::sqrt(points.weights[i]);
+        const double quorum = quorumDistance(distances.data(), points.count, Model::kParameters);
+        const double told = noiseOfQuorum(quorum, points.count, Model::kParameters);
+        const cv::Vec2d limits = scaleLimits(told, rounding);
+        if (!(limits[0] < limit)) break;
+        scale = std::clamp(scale, limits[0], limits[1]);
+        const typename Model::Shape before = shape;
+        if (!settle<Model>(points, maxIterations, limits, shape, scale, iterations)) {
+            shape = before;
+            scale = limit;
+            return;
+        }
+        limit = limits[0];
+    }
+}
+
 // Finds the shape that at least half of the points follow, and the noise of those; `scale` above 0 is known.
 // Steps below `rounding` tell nothing. False where there is none.
 template <class Model>
@@ -148,7 +187,9 @@ bool robustStart(const Columns& points, int maxIterations, double rounding, type
         const int steps = std::min(maxIterations, 10);
         if (!settle<Model>(judges.columns(), steps, limits, shape, scale, iterations)) return false;
     }
-    return settle<Model>(points, maxIterations, limits, shape, scale, iterations);
+    if (!settle<Model>(points, maxIterations, limits, shape, scale, iterations)) return false;
+    if (!(known > 0.0)) loosen<Model>(points, maxIterations, rounding, limits[0], shape, scale, iterations);
+    return true;
 }
 
 }  // namespace orx::geometric

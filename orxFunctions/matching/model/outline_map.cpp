@@ -23,7 +23,8 @@ OutlineMap::OutlineMap(const std::vector<OutlinePoint>& outline, double cell, in
     const cv::Size cells(static_cast<int>(size.x) + 2 * reach + 3, static_cast<int>(size.y) + 2 * reach + 3);
     indices_ = cv::Mat(cells, CV_32S, cv::Scalar(-1));
     distances_ = cv::Mat(cells, CV_32F, cv::Scalar(std::numeric_limits<float>::max()));
-    for (std::size_t i = 0; i < outline.size(); ++i) enter(static_cast<int>(i), reach);
+    // The other points of a chain are reached from these.
+    for (std::size_t i = 0; i < outline.size(); i += 2) enter(static_cast<int>(i), reach);
 }
 
 void OutlineMap::enter(int index, int reach) {

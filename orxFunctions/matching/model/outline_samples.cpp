@@ -136,22 +136,26 @@ TMatchStatus checkOutlines(const std::vector<TOutline>& outlines) {
         }
     }
     if (pieces == 0 || pieces > kMostPieces) return msBadOutline;
-    // Each piece has a point at the least.
-    return length + static_cast<double>(pieces) > static_cast<double>(kMostPoints) ? msTooLarge : status;
+    return length > static_cast<double>(kMostPoints) - 1 ? msTooLarge : status;
 }
 
 std::vector<OutlinePoint> samplesOf(const TOutline& outline, bool normalsToTheLeft) {
     const double side = normalsToTheLeft ? 1 : -1;
+    double length = 0;
+    for (const TOutlinePiece& piece : outline) length += lengthOf(piece);
+    const double step = length / std::max(1.0, std::round(length));
     std::vector<OutlinePoint> samples;
+    double next = step / 2;  // from the start of the piece
     for (const TOutlinePiece& piece : outline) {
-        const int count = std::max(1, static_cast<int>(std::lround(lengthOf(piece))));
-        for (int i = 0; i < count; ++i) {
-            const Place place = placeOn(piece, (i + 0.5) / count);
+        const double own = lengthOf(piece);
+        for (; next < own; next += step) {
+            const Place place = placeOn(piece, next / own);
             OutlinePoint point;
             point.position = place.position;
             point.normal = side * cv::Point2d(place.direction.y, -place.direction.x);
             samples.push_back(point);
         }
+        next -= own;
     }
     return samples;
 }

@@ -16,7 +16,7 @@ std::vector<TOutline> inPixels(const std::vector<TOutline>& drawing, double pixe
 // msOk, msBadOutline or msTooLarge, for a drawing in pixels.
 TMatchStatus checkOutlines(const std::vector<TOutline>& outlines);
 
-// One outline as points about a pixel apart, none at the ends of pieces. Normals point to the left of the
+// One outline as points about a pixel apart, however short its pieces are. Normals point to the left of the
 // walking direction, or to the right.
 std::vector<OutlinePoint> samplesOf(const TOutline& outline, bool normalsToTheLeft);
 

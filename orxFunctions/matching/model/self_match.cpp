@@ -76,10 +76,11 @@ int MatchedOutline::partner(std::size_t i, const Motion& motion, const MatchTole
     if (d.dot(d) - across * across > tolerance.along * tolerance.along) return -1;
     const double agreement = motion.turn(outline_[i].normal).dot(other.normal);
     const double cosine = signsAreKnown_ ? agreement : std::abs(agreement);
-    return cosine >= tolerance.cosine * std::abs(motion.factor) ? found : -1;
+    return cosine >= tolerance.cosine * motion.scale() ? found : -1;
 }
 
-SelfMatch MatchedOutline::match(const Motion& motion, const MatchTolerance& tolerance) const {
+SelfMatch MatchedOutline::match(const Motion& motion, const MatchTolerance& tolerance,
+                                double longestGap) const {
     SelfMatch result;
     double matched = 0;
     double gap = 0;
@@ -91,6 +92,7 @@ SelfMatch MatchedOutline::match(const Motion& motion, const MatchTolerance& tole
             gap += lengths_[i];
             bridge = 0;
             result.longestGap = std::max(result.longestGap, gap);
+            if (gap >= longestGap) return result;
             continue;
         }
         bridge += lengths_[i];

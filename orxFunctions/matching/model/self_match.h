@@ -2,7 +2,9 @@
 #ifndef ORXFUNCTIONS_MATCHING_MODEL_SELF_MATCH_H
 #define ORXFUNCTIONS_MATCHING_MODEL_SELF_MATCH_H
 
+#include <cmath>
 #include <complex>
+#include <limits>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -20,6 +22,7 @@ struct Motion {
         return {factor.real() * p.x - factor.imag() * p.y + shift.real(),
                 factor.imag() * p.x + factor.real() * p.y + shift.imag()};
     }
+    double scale() const { return std::sqrt(std::norm(factor)); }
     // Of a vector; its length grows with the scale.
     cv::Point2d turn(cv::Point2d v) const {
         return {factor.real() * v.x - factor.imag() * v.y, factor.imag() * v.x + factor.real() * v.y};
@@ -28,9 +31,9 @@ struct Motion {
 
 // When a moved point counts as lying on the outline.
 struct MatchTolerance {
-    double across = 0.5;   // pixels
-    double along = 3.0;    // pixels: bridges small gaps
-    double cosine = 0.87;  // of the angle between the normals
+    double across = 0.5;  // pixels
+    double along = 3.0;   // pixels: bridges small gaps
+    double cosine = 0.7;  // of the angle between the normals: noise turns them, too
 };
 
 struct SelfMatch {
@@ -55,7 +58,9 @@ class MatchedOutline {
 
     // The point of the outline on which point i, moved, comes to lie; -1 for none.
     int partner(std::size_t i, const Motion& motion, const MatchTolerance& tolerance) const;
-    SelfMatch match(const Motion& motion, const MatchTolerance& tolerance) const;
+    // Stops at a gap of `longestGap` pixels: what it tells then is that gap alone.
+    SelfMatch match(const Motion& motion, const MatchTolerance& tolerance,
+                    double longestGap = std::numeric_limits<double>::infinity()) const;
 
   private:
     const std::vector<OutlinePoint>& outline_;

@@ -1,5 +1,6 @@
 #include "orxFunctions/matching/model/symmetry.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numeric>
@@ -20,7 +21,7 @@ constexpr double kSameShare = 0.98;
 constexpr double kNearShare = 0.85;
 // The centre is looked for where at least this share of the outline lies near itself.
 constexpr double kLooseShare = 0.6;
-constexpr std::size_t kSamples = 100;
+constexpr std::size_t kSamples = 64;
 // Where so little of the samples match, the rest is not looked at.
 constexpr double kHopelessShare = 0.75;
 // A polygon of many corners is not a ring: rms of the distances across, pixels, beside the noise.
@@ -45,9 +46,12 @@ int stepsFor(int order) {
 class TurnTest {
   public:
     explicit TurnTest(const MatchedOutline& outline)
-        : outline_(outline), stride_(std::max<std::size_t>(1, outline.points().size() / kSamples)) {}
+        : outline_(outline), stride_(std::max<std::size_t>(1, outline.points().size() / kSamples)) {
+        for (std::size_t i = 0; i < outline.points().size(); i += stride_) sampled_ += outline.lengthAt(i);
+    }
 
-    Turn test(int order) const {
+    // Where only the same is asked for, the share of what is not may be missing.
+    Turn test(int order, bool onlySame = false) const {
         const double angle = 2 * kPi * stepsFor(order) / order;
         Motion motion;
         motion.factor = std::polar(1.0, angle);
@@ -60,10 +64,11 @@ class TurnTest {
         const double noise = outline_.noise();
         MatchTolerance tight;
         tight.across = std::max(0.5, 5 * noise);
-        const SelfMatch match = outline_.match(motion, tight);
+        const SelfMatch match =
+            onlySame ? outline_.match(motion, tight, kFeature) : outline_.match(motion, tight);
         turn.share = match.share;
         turn.same = match.share >= kSameShare && match.longestGap < kFeature &&
-                    match.meanSquare < kSameDistance * kSameDistance + 2 * noise * noise;
+                    match.meanSquare < kSameDistance * kSameDistance + 3 * noise * noise;
         return turn;
     }
 
@@ -71,28 +76,28 @@ class TurnTest {
     // Shifts the turned outline onto itself. False where too little of it lies near itself.
     bool settle(Motion& motion) const {
         const double wide = 3 * outline_.cell();
-        const std::array<double, 4> reaches = {wide, wide / 2, wide / 4, 0.6};
+        const std::array<double, 3> reaches = {wide, wide / 3, 0.6};
         for (const double reach : reaches) {
-            const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.8};
-            double matched = 0;
-            double seen = 0;
+            const MatchTolerance tolerance{std::max(reach, 0.6), wide, 0.7};
+            const double least = reach == reaches.back() ? kHopelessShare : kLooseShare;
+            double missing = 0;
             // Held back a little where nothing tells the shift.
             cv::Matx22d squares(1e-3, 0, 0, 1e-3);
             cv::Vec2d products(0, 0);
             for (std::size_t i = 0; i < outline_.points().size(); i += stride_) {
                 const double length = outline_.lengthAt(i);
-                seen += length;
                 const int found = outline_.partner(i, motion, tolerance);
-                if (found < 0) continue;
-                matched += length;
+                if (found < 0) {
+                    missing += length;
+                    if (missing > (1 - least) * sampled_) return false;
+                    continue;
+                }
                 const OutlinePoint& other = outline_.points()[static_cast<std::size_t>(found)];
                 const cv::Point2d d = motion.apply(outline_.points()[i].position) - other.position;
                 const cv::Vec2d n(other.normal.x, other.normal.y);
                 squares += length * (n * n.t());
                 products += length * d.dot(other.normal) * n;
             }
-            const double least = reach == reaches.back() ? kHopelessShare : kLooseShare;
-            if (matched < least * seen) return false;
             const cv::Vec2d step = squares.inv() * products;
             motion.shift -= std::complex<double>(step[0], step[1]);
         }
@@ -101,6 +106,7 @@ class TurnTest {
 
     const MatchedOutline& outline_;
     std::size_t stride_;
+    double sampled_ = 0;  // length that the samples stand for
 };
 
 struct Found {
@@ -111,10 +117,9 @@ struct Found {
 
 bool isAccepted(const Turn& turn, bool strict) { return turn.same || (!strict && turn.share >= kNearShare); }
 
-Found ringOf(const TurnTest& test, bool strict) {
+Found ringOf(const std::array<Turn, kOrdersOfARing.size()>& turns, bool strict) {
     Found found;
-    for (const int order : kOrdersOfARing) {
-        const Turn turn = test.test(order);
+    for (const Turn& turn : turns) {
         if (!isAccepted(turn, strict)) return {};
         found = {0, std::min(found.share, turn.share), turn.centre};
     }
@@ -127,7 +132,7 @@ Found orderOf(const TurnTest& test, const std::array<Turn, kPrimes.size()>& prim
     for (std::size_t i = 0; i < kPrimes.size(); ++i) {
         if (!isAccepted(primes[i], strict)) continue;
         for (int order = found.order * kPrimes[i]; order <= kHighestOrder; order *= kPrimes[i]) {
-            const Turn turn = order == kPrimes[i] ? primes[i] : test.test(order);
+            const Turn turn = order == kPrimes[i] ? primes[i] : test.test(order, strict);
             if (!isAccepted(turn, strict)) break;
             found = {order, std::min(found.share, turn.share), turn.centre};
         }
@@ -141,18 +146,23 @@ Symmetry findSymmetry(const MatchedOutline& outline) {
     Symmetry symmetry;
     symmetry.centre = outline.centroid();
     const TurnTest test(outline);
-    const Found ring = ringOf(test, true);
+    std::array<Turn, kOrdersOfARing.size()> rings;
+    std::transform(kOrdersOfARing.begin(), kOrdersOfARing.end(), rings.begin(),
+                   [&test](int order) { return test.test(order); });
+    const Found ring = ringOf(rings, true);
     if (ring.order == 0) {
         symmetry.order = 0;
         symmetry.centre = ring.centre;
         return symmetry;
     }
+    Found near = ringOf(rings, false);
+    const bool isNearlyARing = near.order == 0;
     std::array<Turn, kPrimes.size()> primes;
-    for (std::size_t i = 0; i < kPrimes.size(); ++i) primes[i] = test.test(kPrimes[i]);
+    std::transform(kPrimes.begin(), kPrimes.end(), primes.begin(),
+                   [&](int order) { return test.test(order, isNearlyARing); });
     const Found same = orderOf(test, primes, true);
     symmetry.order = same.order;
-    Found near = ringOf(test, false);
-    if (near.order != 0) near = orderOf(test, primes, false);
+    if (!isNearlyARing) near = orderOf(test, primes, false);
     if (same.order > 1) {
         symmetry.centre = same.centre;
     } else if (near.order != 1) {
@@ -163,12 +173,6 @@ Symmetry findSymmetry(const MatchedOutline& outline) {
         symmetry.nearShare = near.share;
     }
     return symmetry;
-}
-
-TPartPose turnedAbout(const TPartPose& pose, cv::Point2d centre, double angle) {
-    const TPartPose toCentre{-centre.x, -centre.y, 0, 1};
-    const TPartPose turnBack{centre.x, centre.y, angle, 1};
-    return composePoses(pose, composePoses(turnBack, toCentre));
 }
 
 }  // namespace orx::matching

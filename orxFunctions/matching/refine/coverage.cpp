@@ -8,6 +8,9 @@ namespace {
 
 constexpr double kMostDistance = 1.2;  // pixels
 constexpr double kMostTurn = 15;       // degrees
+// Edges at this distance have half of the weight, pixels: what covers a part has edges next to its outline,
+// too.
+constexpr double kNear = 0.2;
 // Between neighbours, pixels.
 constexpr double kMostJump = 0.5;
 // Neighbours that must be seen together.
@@ -53,14 +56,17 @@ Coverage coverageOf(const ReadyOutline& outline, const std::vector<Match>& match
     dropShortRuns(outline, matches, coverage.seen);
     double length = 0;
     double squares = 0;
+    double near = 0;
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (coverage.seen[i] == 0) continue;
         length += outline.points[i].length;
-        squares += outline.points[i].length * matches[i].distance * matches[i].distance;
+        const double square = matches[i].distance * matches[i].distance;
+        squares += outline.points[i].length * square;
+        near += outline.points[i].length / (1 + square / (kNear * kNear));
     }
     if (!(length > 0)) return coverage;
     coverage.score = std::min(length / outline.length, 1.0);
-    coverage.fit = (length - squares / (most * most)) / outline.length;
+    coverage.fit = near / outline.length;
     coverage.rms = std::sqrt(squares / length);
     return coverage;
 }

@@ -10,7 +10,7 @@ namespace orx::matching {
 
 struct Coverage {
     double score = 0.0;               // share of the outline's length that is seen
-    double fit = 0.0;                 // the score, less the more the farther edges are from their points
+    double fit = 0.0;                 // the score with the more weight, the nearer edges are to their points
     double rms = 0.0;                 // of the seen points' distances, pixels
     std::vector<unsigned char> seen;  // for each point of the outline
 };

@@ -8,22 +8,35 @@
 #include "orxFunctions/matching/refine/coverage.h"
 #include "orxFunctions/matching/refine/outline_match.h"
 #include "orxFunctions/matching/refine/pose_problem.h"
+#include "orxFunctions/matching/refine/turn_scan.h"
 #include "orxFunctions/matching/refine/uncertainty.h"
 
 namespace orx::matching {
 namespace {
 
-// One turn of the loop: how far edges may be, and which points are asked.
+// One turn of the loop: how far edges may be, which points are asked, and what counts in full (weightsOf()):
+// the few points that tell the angle of a round part are far off when all the others have found their edges.
 struct Round {
     double reach;     // pixels
     double mostTurn;  // degrees
     int stride;
+    double tolerance;  // pixels
 };
-constexpr Round kRounds[] = {{4, 30, 3}, {3, 30, 3}, {2, 25, 1}, {1.5, 20, 1}};
+constexpr Round kRounds[] = {{4, 30, 3, 4}, {3, 30, 3, 2}, {2, 25, 1, 0.5}, {1.5, 20, 1, 0}};
 constexpr int kPlanned = static_cast<int>(std::size(kRounds));
 constexpr int kMostRounds = 12;
 // Where inliers are so much farther than they should be, edges of something else may be among them.
 constexpr double kDisagreement = 1.7;
+
+// The model's smoothing, as the part has grown; more in strong noise, where it is worth that corners are
+// rounded a little more than the model's.
+double sigmaFor(const ModelData& model, double scale, double noise) {
+    constexpr double kUsualContrast = 100;  // of drawings, which know none
+    const double share = noise / (model.contrast > 0 ? model.contrast : kUsualContrast);
+    const double more = 0.4 * std::clamp((share - 0.03) / 0.05, 0.0, 1.0);
+    constexpr double kLeast = 0.8;  // pixels alias below
+    return std::clamp(model.sigma * scale * (1 + more), std::min(kLeast, model.sigma), 20.0);
+}
 
 // Where the outline lies, with all that follows from it.
 struct Placed {
@@ -40,15 +53,17 @@ class Refiner {
         : model_(model),
           outline_(readyOutline(model, candidate.reversed)),
           start_(centredPose(candidate.pose, outline_)),
-          sigma_(std::clamp(model.sigma * candidate.pose.scale, 0.6, 20.0)),
+          sigma_(sigmaFor(model, candidate.pose.scale, options.noise)),
           edges_(grey, window(), finding(options)),
+          turns_{radians(options.startAngle), radians(options.angleRange)},
           freedom_{model.report.symmetry != 0, options.maxScale > options.minScale,
                    leastShare(outline_, model)} {}
 
     TFoundPart refine() {
         Placed best = placedAt(settled(start_));
+        if (freedom_.turns) lookAround(best);
         // Hardly anything can be better than this.
-        constexpr double kGood = 0.9;
+        constexpr double kGood = 0.85;
         if (best.coverage.fit < kGood) {
             Placed before = placedAt(start_);
             if (before.coverage.fit > best.coverage.fit) best = std::move(before);
@@ -57,8 +72,7 @@ class Refiner {
         part.pose = partPose(best.pose, outline_);
         part.score = best.coverage.score;
         part.rms = best.coverage.rms;
-        tellUncertainty(outline_, best.pose, best.matches, freedom_, independentDistance(sigma_),
-                        model_.report.radius, part);
+        tellUncertainty(outline_, best.pose, best.matches, freedom_, sigma_, model_.report.radius, part);
         part.seen = std::move(best.coverage.seen);
         return part;
     }
@@ -102,6 +116,16 @@ class Refiner {
         return placed;
     }
 
+    // Takes the pose that a nearly round part is seen better at, turned, if there is one.
+    void lookAround(Placed& best) const {
+        const TurnScan scan(outline_);
+        if (!scan.isDoubtful(best.matches)) return;
+        const CentredPose turned = scan.turned(edges_, best.pose, !model_.signsAreKnown, turns_);
+        if (turned.angle == best.pose.angle) return;
+        Placed other = placedAt(settled(turned));
+        if (other.coverage.fit > best.coverage.fit) best = std::move(other);
+    }
+
     EdgeWish wish(double reach, double mostTurn) const {
         return {reach, radians(mostTurn), !model_.signsAreKnown};
     }
@@ -113,9 +137,10 @@ class Refiner {
         for (int i = 0; i < kMostRounds; ++i) {
             const Round& round = kRounds[std::min(i, kPlanned - 1)];
             matchOutline(outline_, edges_, pose, wish(round.reach, round.mostTurn), round.stride, matches);
-            const Weights weights = weightsOf(outline_, matches, round.stride);
+            const std::size_t trimmed = round.stride == 1 ? trimmedPoints(sigma_, pose.scale) : 0;
+            const Weights weights = weightsOf(outline_, matches, trimmed, round.tolerance);
             if (weights.values.empty()) break;
-            if (round.stride == 1 && weights.scale > kDisagreement && !isAgreed) {
+            if (i + 1 >= kPlanned && weights.scale > kDisagreement && !isAgreed) {
                 isAgreed = true;
                 pose = moved(pose, consensusStep(outline_, pose, matches, freedom_));
                 continue;
@@ -125,7 +150,7 @@ class Refiner {
             const cv::Vec4d step = problem.step();
             pose = moved(pose, step);
             const double size = cv::norm(step);
-            if (round.stride == 1 && isLast(size, before)) break;
+            if (i + 1 >= kPlanned && isLast(size, before)) break;
             before = size;
         }
         return pose;
@@ -135,7 +160,10 @@ class Refiner {
         const double radius = outline_.radius * pose.scale;
         pose.centre += cv::Point2d(step[0], step[1]);
         pose.angle += step[2] / radius;
-        pose.scale *= std::exp(step[3] / radius);
+        // Chance edges may ask for anything; the candidate's scale is nearly right.
+        constexpr double kMostGrowth = 1.25;
+        pose.scale = std::clamp(pose.scale * std::exp(step[3] / radius), start_.scale / kMostGrowth,
+                                start_.scale * kMostGrowth);
         return pose;
     }
 
@@ -151,6 +179,7 @@ class Refiner {
     CentredPose start_;
     double sigma_;
     WindowEdges edges_;
+    TurnRange turns_;
     Freedom freedom_;
 };
 

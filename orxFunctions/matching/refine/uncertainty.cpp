@@ -13,10 +13,11 @@ namespace {
 // What remains of errors that follow the pixel grid, standard deviation in pixels, of model and picture.
 constexpr double kGridDeviation = 0.009;
 
-// The weight of a distance in standard deviations: one of inliers, none of outliers.
+// Distances in standard deviations: of inliers, and beyond of outliers.
+constexpr double kInlier = 2.5;
+constexpr double kOutlier = 4.5;
+
 double omega(double z) {
-    constexpr double kInlier = 2.5;
-    constexpr double kOutlier = 4.5;
     if (z <= kInlier) return 1;
     if (z >= kOutlier) return 0;
     const double t = (z - kInlier) / (kOutlier - kInlier);
@@ -46,9 +47,7 @@ double excess(const ReadyOutline& outline, const std::vector<Match>& matches,
     return weight > 0 ? std::max(1.0, squares / weight * points / left) : 1.0;
 }
 
-// What covers a part bends its edges where they end: points next to several that have no say get none either.
-void trimEnds(const ReadyOutline& outline, std::vector<double>& weights) {
-    constexpr std::size_t kTrimmed = 3;
+void trimEnds(const ReadyOutline& outline, std::size_t trimmed, std::vector<double>& weights) {
     constexpr std::size_t kSeveral = 4;
     const std::size_t count = weights.size();
     const std::vector<double> before = weights;
@@ -56,11 +55,34 @@ void trimEnds(const ReadyOutline& outline, std::vector<double>& weights) {
     for (std::size_t i = 0; i <= count; ++i) {
         if (i < count && !(before[i] > 0) && outline.chains[i] == outline.chains[start]) continue;
         if (i - start >= kSeveral) {
-            for (std::size_t k = start - std::min(start, kTrimmed); k < std::min(i + kTrimmed, count); ++k) {
+            for (std::size_t k = start - std::min(start, trimmed); k < std::min(i + trimmed, count); ++k) {
                 if (outline.chains[k] == outline.chains[start]) weights[k] = 0;
             }
         }
         start = i < count && !(before[i] > 0) ? i : i + 1;
+    }
+}
+
+// Where neighbours together are farther from their edges than noise has it, something disturbs these: their
+// variance is what their distances say.
+void weighLocally(const std::vector<double>& ratios, double scale, std::vector<double>& weights) {
+    constexpr std::size_t kReach = 8;
+    constexpr double kUsual = 1.8;  // what noise hardly exceeds, of the mean square over so few
+    const std::size_t count = weights.size();
+    std::vector<double> squares(count + 1);
+    std::vector<double> numbers(count + 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool counts = weights[i] > 0;
+        const double z = ratios[i] / scale;
+        squares[i + 1] = squares[i] + (counts ? z * z : 0);
+        numbers[i + 1] = numbers[i] + (counts ? 1 : 0);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!(weights[i] > 0)) continue;
+        const std::size_t from = i - std::min(i, kReach);
+        const std::size_t to = std::min(i + kReach + 1, count);
+        const double mean = (squares[to] - squares[from]) / (numbers[to] - numbers[from]);
+        if (mean > kUsual) weights[i] *= kUsual / mean;
     }
 }
 
@@ -75,7 +97,8 @@ double leastShare(const ReadyOutline& outline, const ModelData& model) {
     return 1e-4 + variance / (model.sigma * model.sigma);
 }
 
-Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride) {
+Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, std::size_t trimmed,
+                  double tolerance) {
     std::vector<double> ratios(matches.size(), 0.0);
     std::vector<double> found;
     found.reserve(matches.size());
@@ -91,10 +114,12 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
     weights.values.resize(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (!matches[i].found) continue;
-        weights.values[i] =
-            omega(ratios[i] / weights.scale) * outline.points[i].length / varianceOf(matches[i]);
+        const double variance = varianceOf(matches[i]);
+        const double scale = std::max(weights.scale, tolerance / (kOutlier * std::sqrt(variance)));
+        weights.values[i] = omega(ratios[i] / scale) * outline.points[i].length / variance;
     }
-    if (stride == 1) trimEnds(outline, weights.values);
+    if (trimmed > 0) trimEnds(outline, trimmed, weights.values);
+    if (trimmed > 0 && tolerance == 0) weighLocally(ratios, weights.scale, weights.values);
     return weights;
 }
 
@@ -107,12 +132,14 @@ PoseProblem problemOf(const ReadyOutline& outline, const CentredPose& pose, cons
     return problem;
 }
 
-double independentDistance(double sigma) { return 2 * std::sqrt(kPi) * edges::chainSmoothing(sigma); }
+std::size_t trimmedPoints(double sigma, double scale) {
+    return static_cast<std::size_t>(std::ceil(3 * sigma / scale));
+}
 
 void tellUncertainty(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
-                     const Freedom& freedom, double apart, double reportedRadius, TFoundPart& part) {
+                     const Freedom& freedom, double sigma, double reportedRadius, TFoundPart& part) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
-    const Weights weights = weightsOf(outline, matches, 1);
+    const Weights weights = weightsOf(outline, matches, trimmedPoints(sigma, pose.scale), 0);
     PoseProblem problem = problemOf(outline, pose, matches, weights, freedom);
     problem.solve(freedom.leastShare);
 
@@ -123,8 +150,8 @@ void tellUncertainty(const ReadyOutline& outline, const CentredPose& pose, const
                                   0, 1, arm.x / radius, arm.y / radius,   //
                                   0, 0, degrees(1 / radius), 0,           //
                                   0, 0, 0, pose.scale / radius);
-    // Lengths are the model's.
-    const double inModel = apart / pose.scale;
+    // Points of an edge tell as much as independent ones so far apart; lengths are the model's.
+    const double inModel = 2 * std::sqrt(kPi) * edges::chainSmoothing(sigma) / pose.scale;
     const double factor = inModel * excess(outline, matches, weights.values, inModel);
     part.covariance = factor * (toReference * problem.covariance() * toReference.t());
     double* const deviations[4] = {&part.deviationX, &part.deviationY, &part.deviationAngle,

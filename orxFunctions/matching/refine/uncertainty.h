@@ -32,19 +32,21 @@ struct Weights {
     double scale = 1.0;
 };
 
-// `stride` is that of matchOutline().
-Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, int stride);
+// `trimmed` points next to several that have no say get none either: what covers a part bends its edges where
+// they end. Distances up to about half of the tolerance (pixels) count in full, whatever the variances.
+Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, std::size_t trimmed,
+                  double tolerance);
 
 PoseProblem problemOf(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
                       const Weights& weights, const Freedom& freedom);
 
-// Points of an edge found with `sigma` tell as much as independent ones so far apart, pixels.
-double independentDistance(double sigma);
+// So many points of the outline lie next to an edge's end that a smoothing of `sigma` pixels bends.
+std::size_t trimmedPoints(double sigma, double scale);
 
-// Sets the covariance, the deviations and the free directions of a part whose pose is set; `apart` is
-// independentDistance() in the picture.
+// Sets the covariance, the deviations and the free directions of a part whose pose is set; `sigma` is that of
+// the edge finder in the picture.
 void tellUncertainty(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
-                     const Freedom& freedom, double apart, double reportedRadius, TFoundPart& part);
+                     const Freedom& freedom, double sigma, double reportedRadius, TFoundPart& part);
 
 }  // namespace orx::matching
 

@@ -32,6 +32,7 @@ constexpr std::size_t kCandidatesForPart = 4;
 constexpr double kOnePlace = 0.3;
 constexpr double kDominated = 0.85;
 constexpr int kMostAtOnePlace = 4;
+constexpr int kMostRefined = 8;  // at one place
 // Places where parts that look nearly the same after a turn are turned.
 constexpr std::size_t kTurnedPlaces = 3;
 constexpr std::size_t kTurnedPlacesForPart = 2;
@@ -70,7 +71,7 @@ class Search {
             found.insert(found.end(), poses.begin(), poses.end());
         }
         keepBest(found, 0, kSameDistance * 2, kMostFollowed + kFollowedForPart * maxParts());
-        dropDominated(found);
+        dropDominated(found, 0, kMostAtOnePlace);
         found.resize(std::min(found.size(), kMostCandidates + kCandidatesForPart * maxParts()));
         std::vector<Candidate> result;
         result.reserve(found.size());
@@ -83,7 +84,7 @@ class Search {
 
     // The least score on a level: coarse ones blur what is thin. Greediness expects more of them.
     double leastScore(int level) const {
-        const double blurred = level > 1 ? 0.45 : 0.6;
+        const double blurred = level > 1 ? 0.35 : 0.6;
         return options_.minScore * (blurred + 0.25 * options_.greediness);
     }
 
@@ -117,8 +118,9 @@ class Search {
         EdgeField& top = field(band.top, plan_.sigma());
         top.prepareAll();
         const DirectionMaps maps(top, rule_ != SignRule::same);
-        std::vector<LevelPose> poses = searchLevel(maps, plan_, band, region(), leastScore(band.top),
-                                                   kMostSeeds + kSeedsForPart * maxParts());
+        std::vector<LevelPose> poses =
+            searchLevel(maps, plan_, band, region(), {leastScore(band.top), 0.4 + 0.3 * options_.greediness},
+                        kMostSeeds + kSeedsForPart * maxParts());
         for (int number = band.top; number >= band.bottom; --number) {
             if (number < band.top) {
                 for (LevelPose& pose : poses) {
@@ -127,13 +129,14 @@ class Search {
                 }
             }
             climb(poses, band, number);
-            keepBest(poses, number, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
+            keepBest(poses, number, number == band.top ? kSameDistance / 2 : kSameDistance,
+                     kMostFollowed + kFollowedForPart * maxParts());
         }
         std::vector<LevelPose> turned = nearlyTheSame(poses, band);
         if (!turned.empty()) {
             climb(turned, band, band.bottom);
             poses.insert(poses.end(), turned.begin(), turned.end());
-            keepBest(poses, band.bottom, kSameDistance, kMostFollowed + kFollowedForPart * maxParts());
+            keepBest(poses, band.bottom, kSameDistance, poses.size());
         }
         refine(poses, band);
         return poses;
@@ -170,19 +173,19 @@ class Search {
         return turned;
     }
 
-    // Without those that a better one at the same place leaves no chance.
-    void dropDominated(std::vector<LevelPose>& poses) const {
+    // Without those that a better one at the same place leaves no chance. Best first.
+    void dropDominated(std::vector<LevelPose>& poses, int number, int mostAtOnePlace) const {
         if (options_.maxOverlap >= 1) return;
         std::vector<LevelPose> kept;
         for (const LevelPose& pose : poses) {
             int better = 0;
             bool isDominated = false;
             for (const LevelPose& other : kept) {
-                if (!areAtOnePlace(other, pose, 0)) continue;
+                if (!areAtOnePlace(other, pose, number)) continue;
                 ++better;
                 isDominated = isDominated || pose.score < kDominated * other.score;
             }
-            if (!isDominated && better < kMostAtOnePlace) kept.push_back(pose);
+            if (!isDominated && better < mostAtOnePlace) kept.push_back(pose);
         }
         poses.swap(kept);
     }
@@ -207,21 +210,31 @@ class Search {
         for (const LevelPose& pose : poses) parts.push_back(reach(pose, number));
         edges.prepare(parts);
         const int count = static_cast<int>(poses.size());
+        // What hides a part can draw a climb on the top level away from it: where it began is followed, too.
+        const bool isTop = number == band.top && band.top > band.bottom;
+        std::vector<LevelPose> beginnings(isTop ? poses.size() : 0);
         platform::parallelFor((count + kChunk - 1) / kChunk, [&](int chunk) {
             PoseScore score(edges, plan_, band, number, rule_);
             for (int i = chunk * kChunk; i < std::min(count, (chunk + 1) * kChunk); ++i) {
                 LevelPose& pose = poses[static_cast<std::size_t>(i)];
+                if (isTop) beginnings[static_cast<std::size_t>(i)] = score.moved(pose);
                 pose = score.climbed(pose);
             }
         });
+        poses.insert(poses.end(), beginnings.begin(), beginnings.end());
         const double least = leastScore(number);
         poses.erase(std::remove_if(poses.begin(), poses.end(),
                                    [least](const LevelPose& pose) { return !(pose.score >= least); }),
                     poses.end());
     }
 
+    // To the summits between the pixels, those of all that have a chance.
     void refine(std::vector<LevelPose>& poses, const ScaleBand& band) {
         const EdgeField& edges = field(band.bottom);
+        const PoseScore score(edges, plan_, band, band.bottom, rule_);
+        for (LevelPose& pose : poses) pose.score = score.exactScore(pose);
+        std::sort(poses.begin(), poses.end(), isBetter);
+        dropDominated(poses, band.bottom, kMostRefined);
         platform::parallelFor(static_cast<int>(poses.size()), [&](int i) {
             LevelPose& pose = poses[static_cast<std::size_t>(i)];
             pose = PoseScore(edges, plan_, band, band.bottom, rule_).refined(pose);

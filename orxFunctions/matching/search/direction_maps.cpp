@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/platform/parallel_internal.h"
@@ -35,6 +36,7 @@ DirectionMaps::DirectionMaps(const EdgeField& field, bool anySign)
     const auto rowOf = [&](int bin, int r) {
         return maps_.ptr(kBlockRows + bin * (size_.height + 2 * kBlockRows) + r) + kBlockColumns;
     };
+    cv::Mat edges(size_, CV_8UC1);
     platform::parallelFor((size_.height + kStripeRows - 1) / kStripeRows, [&](int stripe) {
         const int end = std::min(size_.height, (stripe + 1) * kStripeRows);
         for (int r = stripe * kStripeRows; r < end; ++r) {
@@ -44,8 +46,20 @@ DirectionMaps::DirectionMaps(const EdgeField& field, bool anySign)
                 kernels.responseRow(field.row(r), packedDirection(bin), width, along, against);
                 if (anySign) joinSigns(along, against, width);
             }
+            const std::int16_t* pairs = field.row(r);
+            std::uint8_t* edge = edges.ptr(r);
+            for (int x = 0; x < size_.width; ++x) edge[x] = (pairs[2 * x] | pairs[2 * x + 1]) != 0 ? 1 : 0;
         }
     });
+    cv::integral(edges, edges_, CV_32S);
+}
+
+int DirectionMaps::edgesIn(const cv::Rect& part) const {
+    const cv::Rect inside = part & cv::Rect(cv::Point(), size_);
+    if (inside.empty()) return 0;
+    const int* above = edges_.ptr<int>(inside.y);
+    const int* below = edges_.ptr<int>(inside.br().y);
+    return below[inside.br().x] - below[inside.x] - above[inside.br().x] + above[inside.x];
 }
 
 int DirectionMaps::binOf(double x, double y) {

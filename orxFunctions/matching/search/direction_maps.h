@@ -33,12 +33,16 @@ class DirectionMaps {
     // From a map to the next one.
     std::ptrdiff_t mapStep() const { return (size_.height + 2 * kBlockRows) * step(); }
 
+    // Pixels of a part of the level that answer any direction.
+    int edgesIn(const cv::Rect& part) const;
+
     // The map that answers a direction; atan2 of its components may be anything.
     static int binOf(double x, double y);
 
   private:
     cv::Size size_;
-    cv::Mat maps_;  // one above the other
+    cv::Mat maps_;   // one above the other
+    cv::Mat edges_;  // sums over all pixels above and to the left
 };
 
 }  // namespace orx::matching

@@ -10,8 +10,8 @@
 namespace orx::matching {
 namespace {
 
-constexpr int kTileRows = 64;
-constexpr int kTileColumns = 128;
+constexpr int kTileRows = 32;
+constexpr int kTileColumns = 64;
 
 int tilesFor(int length, int tile) { return (length + tile - 1) / tile; }
 
@@ -61,7 +61,9 @@ EdgeField::EdgeField(const cv::Mat& level, double sigma, double leastSlope)
       least_(leastMagnitude(leastSlope)),
       tiles_(tilesFor(level.cols, kTileColumns), tilesFor(level.rows, kTileRows)),
       made_(static_cast<std::size_t>(tiles_.area())),
-      pairs_(cv::Mat::zeros(level.rows + 2 * kMargin, level.cols + 2 * kMargin, CV_16SC2)) {}
+      step_(2 * (static_cast<std::ptrdiff_t>(level.cols) + 2 * kMargin)),
+      pairs_(makeZeros<std::int16_t>(static_cast<std::size_t>(level.rows + 2 * kMargin) *
+                                     static_cast<std::size_t>(step_))) {}
 
 void EdgeField::prepare(const std::vector<cv::Rect>& parts) {
     std::vector<int> missing;
@@ -98,7 +100,7 @@ void EdgeField::makeTile(int tile) {
         kernels.fieldRow(gradient.row(shift.y + r) + 2 * shift.x, magnitudes.row(0) + shift.x,
                          magnitudes.row(1) + shift.x, magnitudes.row(2) + shift.x,
                          static_cast<std::size_t>(inner.width), least_,
-                         pairs_.ptr<std::int16_t>(inner.y + r + kMargin) + 2 * (inner.x + kMargin));
+                         pairs_.get() + (inner.y + r + kMargin) * step_ + 2 * (inner.x + kMargin));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orxFunctions/analysis/edges/kernels.h"
+#include "orxFunctions/matching/search/zeros.h"
 
 namespace orx::matching {
 
@@ -30,9 +31,9 @@ class EdgeField {
     void prepareAll() { prepare({cv::Rect(cv::Point(), size())}); }
 
     // The pair of column 0, for rows from -kMargin; reentrant once it is prepared.
-    const std::int16_t* row(int r) const { return pairs_.ptr<std::int16_t>(r + kMargin) + 2 * kMargin; }
+    const std::int16_t* row(int r) const { return pairs_.get() + (r + kMargin) * step_ + 2 * kMargin; }
     // Between rows, in 16-bit elements.
-    std::ptrdiff_t step() const { return static_cast<std::ptrdiff_t>(pairs_.step1()); }
+    std::ptrdiff_t step() const { return step_; }
 
   private:
     void makeTile(int tile);
@@ -42,7 +43,8 @@ class EdgeField {
     float least_;  // of the squared magnitude
     cv::Size tiles_;
     std::vector<unsigned char> made_;
-    cv::Mat pairs_;
+    std::ptrdiff_t step_;
+    Zeros<std::int16_t> pairs_;
 };
 
 }  // namespace orx::matching

@@ -21,7 +21,7 @@ constexpr int kBestResponse = 16;
 constexpr std::size_t kByteSum = 15;
 
 // The window of places around a pose that windowSums looks at.
-constexpr int kWindowRows = 5;
+constexpr int kWindowRows = 7;
 constexpr int kWindowColumns = 8;
 
 // Points of a model, turned and scaled: where they lie against the pose, in 16-bit elements of the field, and
@@ -30,6 +30,14 @@ struct PlacedPoints {
     const std::int32_t* offsets;
     const std::int32_t* normals;
     std::size_t count;
+};
+
+// What sumRows adds up.
+struct ShiftedRows {
+    const std::int32_t* offsets;
+    std::size_t count;
+    std::size_t first;        // so many first offsets tell rows that need no more,
+    std::int32_t leastFirst;  // those whose sums are all less than this
 };
 
 struct Kernels {
@@ -42,10 +50,10 @@ struct Kernels {
     // one another. Rows of the field have kRowPadding readable elements to spare.
     void (*responseRow)(const std::int16_t* field, std::int32_t normal, std::size_t width,
                         std::uint8_t* along, std::uint8_t* against);
-    // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits.
-    // Returns the largest sum.
+    // out[r * kBlockColumns + c] = sum over the offsets of responses[r * step + c + offset], in 16 bits; rows
+    // of which no sum over the first offsets is large enough may be 0 instead. Returns the largest sum.
     std::int32_t (*sumRows)(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,
-                            const std::int32_t* offsets, std::size_t count, std::int16_t* out);
+                            const ShiftedRows& shifts, std::int16_t* out);
     // Adds to the sums, kWindowRows of kWindowColumns, the products of the normals with the field; field is
     // the window's top-left pair, step between rows in 16-bit elements.
     void (*windowSums)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
@@ -53,6 +61,9 @@ struct Kernels {
     // The same of the products' magnitudes.
     void (*windowMagnitudes)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                              std::int32_t* sums);
+    // The same of the products that are above 0.
+    void (*windowPositives)(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                            std::int32_t* sums);
 };
 
 extern const Kernels kAvx2;

@@ -76,39 +76,65 @@ inline void responseRow(const std::int16_t* field, std::int32_t normal, std::siz
 }
 
 // Sums of a row's block of columns, kept in registers.
-inline void sumRow(const std::uint8_t* responses, const std::int32_t* offsets, std::size_t count,
-                   std::int16_t* out) {
-    constexpr std::size_t kParts = kBlockColumns / VecB::kLanes;
-    ByteSums sums[kParts];
-    for (ByteSums& sum : sums) sum = ByteSums::zero();
-    for (std::size_t from = 0; from < count; from += kByteSum) {
-        const std::size_t to = count - from < kByteSum ? count : from + kByteSum;
-        VecB bytes[kParts];
-        for (VecB& part : bytes) part = VecB::all(0);
-        for (std::size_t i = from; i < to; ++i) {
-            const std::uint8_t* row = responses + offsets[i];
-            for (std::size_t k = 0; k < kParts; ++k) {
-                bytes[k] = bytes[k] + VecB::load(row + k * VecB::kLanes);
+struct BlockSums {
+    static constexpr std::size_t kParts = kBlockColumns / VecB::kLanes;
+    ByteSums parts[kParts];
+
+    void add(const std::uint8_t* responses, const std::int32_t* offsets, std::size_t begin, std::size_t end) {
+        for (std::size_t from = begin; from < end; from += kByteSum) {
+            const std::size_t to = end - from < kByteSum ? end : from + kByteSum;
+            VecB bytes[kParts];
+            for (VecB& part : bytes) part = VecB::all(0);
+            for (std::size_t i = from; i < to; ++i) {
+                const std::uint8_t* row = responses + offsets[i];
+                for (std::size_t k = 0; k < kParts; ++k) {
+                    bytes[k] = bytes[k] + VecB::load(row + k * VecB::kLanes);
+                }
             }
+            for (std::size_t k = 0; k < kParts; ++k) parts[k].add(bytes[k]);
         }
-        for (std::size_t k = 0; k < kParts; ++k) sums[k].add(bytes[k]);
     }
-    for (std::size_t k = 0; k < kParts; ++k) sums[k].store(out + k * VecB::kLanes);
-}
+
+    // Returns the largest.
+    std::int32_t store(std::int16_t* out) const {
+        for (std::size_t k = 0; k < kParts; ++k) parts[k].store(out + k * VecB::kLanes);
+        std::int16_t best = 0;
+        for (std::size_t i = 0; i < kBlockColumns; ++i) best = best < out[i] ? out[i] : best;
+        return best;
+    }
+};
 
 inline std::int32_t sumRows(const std::uint8_t* responses, std::ptrdiff_t step, std::size_t rows,
-                            const std::int32_t* offsets, std::size_t count, std::int16_t* out) {
-    for (std::size_t r = 0; r < rows; ++r) {
-        sumRow(responses + static_cast<std::ptrdiff_t>(r) * step, offsets, count, out + r * kBlockColumns);
+                            const ShiftedRows& shifts, std::int16_t* out) {
+    std::int32_t best = 0;
+    for (std::size_t r = 0; r < rows; ++r, responses += step, out += kBlockColumns) {
+        BlockSums sums;
+        for (ByteSums& part : sums.parts) part = ByteSums::zero();
+        sums.add(responses, shifts.offsets, 0, shifts.first);
+        if (sums.store(out) < shifts.leastFirst) {
+            for (std::size_t i = 0; i < kBlockColumns; ++i) out[i] = 0;
+            continue;
+        }
+        sums.add(responses, shifts.offsets, shifts.first, shifts.count);
+        best = larger(best, sums.store(out));
     }
-    std::int16_t best = 0;
-    for (std::size_t i = 0; i < rows * kBlockColumns; ++i) best = best < out[i] ? out[i] : best;
     return best;
 }
 
 inline VecI magnitudeOf(VecI a) { return (a ^ shiftRightSigned<31>(a)) + shiftRightUnsigned<31>(a); }
 
-template <bool Magnitudes>
+struct Signed {
+    static VecI of(VecI a) { return a; }
+};
+struct Magnitude {
+    static VecI of(VecI a) { return magnitudeOf(a); }
+};
+// What is below 0 counts as 0.
+struct Positive {
+    static VecI of(VecI a) { return andNot(shiftRightSigned<31>(a), a); }
+};
+
+template <class Part>
 void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                 std::int32_t* sums) {
     constexpr std::size_t kParts = kWindowColumns / VecI::kLanes;
@@ -124,7 +150,7 @@ void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoin
         for (std::size_t r = 0; r < kWindowRows; ++r) {
             for (std::size_t k = 0; k < kParts; ++k) {
                 const VecI product = pairProducts(VecI::loadPairs(row + 2 * k * VecI::kLanes), normal);
-                total[r][k] = total[r][k] + (Magnitudes ? magnitudeOf(product) : product);
+                total[r][k] = total[r][k] + Part::of(product);
             }
             row += step;
         }
@@ -138,15 +164,21 @@ void addWindows(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoin
 
 inline void windowSums(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                        std::int32_t* sums) {
-    addWindows<false>(field, step, points, sums);
+    addWindows<Signed>(field, step, points, sums);
 }
 
 inline void windowMagnitudes(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
                              std::int32_t* sums) {
-    addWindows<true>(field, step, points, sums);
+    addWindows<Magnitude>(field, step, points, sums);
 }
 
-inline constexpr Kernels kKernels = {fieldRow, responseRow, sumRows, windowSums, windowMagnitudes};
+inline void windowPositives(const std::int16_t* field, std::ptrdiff_t step, const PlacedPoints& points,
+                            std::int32_t* sums) {
+    addWindows<Positive>(field, step, points, sums);
+}
+
+inline constexpr Kernels kKernels = {fieldRow,   responseRow,      sumRows,
+                                     windowSums, windowMagnitudes, windowPositives};
 
 }  // namespace orx::search_kernels::ORX_SIMD
 

@@ -15,7 +15,7 @@ using search_kernels::kWindowRows;
 
 // From the window's top-left place to its middle.
 constexpr int kMiddleColumn = 3;
-constexpr int kMiddleRow = 2;
+constexpr int kMiddleRow = 3;
 // Points that are looked at in a climb.
 constexpr std::size_t kMostPoints = 160;
 // Steps to the summit between the pixels, pixels.
@@ -80,23 +80,29 @@ void PoseScore::place(int x, int y, double angle, double scale) {
     }
 }
 
-PoseScore::Place PoseScore::lookAt(int x, int y, double angle, double scale) {
+PoseScore::Place PoseScore::lookAt(int x, int y, double angle, double scale, int reach) {
     place(x, y, angle, scale);
     sums_.fill(0);
     const search_kernels::PlacedPoints points = {offsets_.data(), normals_.data(), offsets_.size()};
-    const auto add = rule_ == SignRule::any ? kernels_.windowMagnitudes : kernels_.windowSums;
+    const auto add = rule_ == SignRule::any    ? kernels_.windowMagnitudes
+                     : rule_ == SignRule::same ? kernels_.windowPositives
+                                               : kernels_.windowSums;
     add(field_.row(0), field_.step(), points, sums_.data());
-    std::size_t best = 0;
-    for (std::size_t i = 1; i < sums_.size(); ++i) {
-        if (valueOf(sums_[i]) > valueOf(sums_[best])) best = i;
+    const auto at = [](int r, int k) { return static_cast<std::size_t>(r * kWindowColumns + k); };
+    int row = kMiddleRow;
+    int column = kMiddleColumn;
+    for (int r = std::max(0, kMiddleRow - reach); r <= std::min(kWindowRows - 1, kMiddleRow + reach); ++r) {
+        for (int k = std::max(0, kMiddleColumn - reach);
+             k <= std::min(kWindowColumns - 1, kMiddleColumn + reach); ++k) {
+            if (valueOf(sums_[at(r, k)]) <= valueOf(sums_[at(row, column)])) continue;
+            row = r;
+            column = k;
+        }
     }
-    const int row = static_cast<int>(best) / kWindowColumns;
-    const int column = static_cast<int>(best) % kWindowColumns;
+    const std::size_t best = at(row, column);
     Place found{x - kMiddleColumn + column, y - kMiddleRow + row, angle, scale, sums_[best],
                 valueOf(sums_[best])};
-    const auto value = [&](int r, int k) {
-        return static_cast<double>(valueOf(sums_[static_cast<std::size_t>(r * kWindowColumns + k)]));
-    };
+    const auto value = [&](int r, int k) { return static_cast<double>(valueOf(sums_[at(r, k)])); };
     if (column > 0 && column < kWindowColumns - 1) {
         found.offsetX = summit(value(row, column - 1), found.value, value(row, column + 1));
     }
@@ -107,7 +113,7 @@ PoseScore::Place PoseScore::lookAt(int x, int y, double angle, double scale) {
 }
 
 PoseScore::Place PoseScore::bestPlace(int x, int y, double angle, double scale) {
-    Place found = lookAt(x, y, angle, scale);
+    Place found = lookAt(x, y, angle, scale, kWindowColumns);
     for (int i = 0; i < kMostMoves; ++i) {
         const int column = found.x - x + kMiddleColumn;
         const int row = found.y - y + kMiddleRow;
@@ -115,7 +121,7 @@ PoseScore::Place PoseScore::bestPlace(int x, int y, double angle, double scale) 
         if (inside) break;
         x = found.x;
         y = found.y;
-        const Place next = lookAt(x, y, angle, scale);
+        const Place next = lookAt(x, y, angle, scale, kWindowColumns);
         if (next.value < found.value) break;  // cannot be: the window holds the same place
         found = next;
     }
@@ -188,11 +194,22 @@ LevelPose PoseScore::climbed(const LevelPose& start) {
         scale = climbScale(best, step);
         if (turns && best.scale != former) angle = climbAngle(best, step);
     }
+    LevelPose pose = poseOf(best);
+    pose.angle = angle;
+    pose.scale = scale;
+    return pose;
+}
+
+LevelPose PoseScore::moved(const LevelPose& start) {
+    return poseOf(lookAt(cvRound(start.x), cvRound(start.y), start.angle, start.scale, 1));
+}
+
+LevelPose PoseScore::poseOf(const Place& best) const {
     LevelPose pose;
     pose.x = best.x + best.offsetX;
     pose.y = best.y + best.offsetY;
-    pose.angle = angle;
-    pose.scale = scale;
+    pose.angle = best.angle;
+    pose.scale = best.scale;
     pose.reversed = rule_ == SignRule::either && best.sum < 0;
     const double most = static_cast<double>(pointCount_) * kFieldUnit * kFieldUnit;
     pose.score = most > 0 ? best.value / most : 0.0;
@@ -232,11 +249,15 @@ double PoseScore::exactScore(const LevelPose& pose, std::size_t count) const {
         };
         const float value = (1 - v) * ((1 - u) * along(pair) + u * along(pair + 2)) +
                             v * ((1 - u) * along(below) + u * along(below + 2));
-        sum += rule_ == SignRule::any ? std::abs(value) : value;
+        sum += rule_ == SignRule::any    ? std::abs(value)
+               : rule_ == SignRule::same ? std::max(0.0F, value)
+                                         : value;
     }
     const float seen = rule_ == SignRule::either ? std::abs(sum) : sum;
     return static_cast<double>(seen) / (kFieldUnit * static_cast<double>(count));
 }
+
+double PoseScore::exactScore(const LevelPose& pose) const { return exactScore(pose, kMostPoints); }
 
 LevelPose PoseScore::refined(const LevelPose& pose) const {
     LevelPose best = pose;

@@ -29,10 +29,11 @@ struct LevelPose {
 enum class SignRule { same, either, any };
 
 // The score is the mean over the model's points of the cosines between their normals and the directions of
-// the edges there, points without an edge and those outside of the picture counting as 0; for
-// SignRule::either its magnitude, for SignRule::any the mean of magnitudes. C. Steger, "Occlusion, clutter,
-// and illumination invariant object recognition", International Archives of Photogrammetry and Remote Sensing
-// 34 (2002).
+// the edges there, points without an edge and those outside of the picture counting as 0. For SignRule::same
+// edges of the other polarity count as 0, too: they belong to what hides the part. For SignRule::either the
+// score is the mean's magnitude, for SignRule::any the mean of magnitudes.
+// C. Steger, "Occlusion, clutter, and illumination invariant object recognition", International Archives of
+// Photogrammetry and Remote Sensing 34 (2002).
 //
 // One thread at a time; each thread has its own.
 class PoseScore {
@@ -42,6 +43,10 @@ class PoseScore {
 
     // Climbs from a pose that is a few pixels off to the best one nearby.
     LevelPose climbed(const LevelPose& start);
+    // The best of the pixels next to a pose, at its angle and scale.
+    LevelPose moved(const LevelPose& start);
+    // The score at a pose, of as many points as climbed() looks at, with the field between the pixels.
+    double exactScore(const LevelPose& pose) const;
     // A pose that climbed() gave, moved to the summit between the pixels, with the score of all points.
     LevelPose refined(const LevelPose& pose) const;
 
@@ -59,10 +64,12 @@ class PoseScore {
     };
 
     Place bestPlace(int x, int y, double angle, double scale);
-    Place lookAt(int x, int y, double angle, double scale);
+    // `reach` is how far from the window's middle.
+    Place lookAt(int x, int y, double angle, double scale, int reach);
     void place(int x, int y, double angle, double scale);
     // Interpolates the field between pixels, at the points' first `count`.
     double exactScore(const LevelPose& pose, std::size_t count) const;
+    LevelPose poseOf(const Place& best) const;
     std::int32_t valueOf(std::int32_t sum) const;
     // Steps to the best of the poses that lookAtStep(i, near) gives for the steps i to either side of 0: of
     // those near 0 first, then as long as it gets better. `best` becomes that pose; returns the summit's

@@ -11,9 +11,15 @@ namespace {
 
 // On the top level the outline is at least so far from its middle, root mean square, pixels.
 constexpr double kLeastRadius = 6;
+// And so many pixels of it are seen where the least score is reached.
+constexpr double kLeastSeen = 18;
 // Steps of angle and scale on the top level move no point by more than this, pixels. Half of it, and half a
 // pixel of the place, the width of edges in the maps bears.
 constexpr double kTopStep = 1.25;
+// A picture's diagonal against the outline's radius, if all of it is to be seen.
+constexpr double kLeastDiagonal = 0.5;
+// Narrower pictures show nothing that could be told from anything else, pixels.
+constexpr int kNarrowest = 6;
 // Scales that are searched together differ by this factor at the most.
 constexpr double kWidestBand = 1.5;
 constexpr std::size_t kMostPoints = 1024;
@@ -69,7 +75,8 @@ SearchPlan::SearchPlan(const ModelData& model, const TFindOptions& options, cv::
       angleRange_(radians(options.angleRange)),
       sigma_(model.sigma),
       contrast_(options.minContrast),
-      noise_(options.noise) {
+      noise_(options.noise),
+      leastShare_(options.minScore) {
     addLevels(model, options.polarity == ppReversed && model.signsAreKnown);
     if (levels_.empty()) return;
     symmetry_ = model.report.symmetry;
@@ -131,13 +138,17 @@ double SearchPlan::leastSlope(int level) const {
     return std::max(slope, kNoiseFactor * noise / (sigma_ * sigma_ * std::sqrt(8 * kPi)));
 }
 
+bool SearchPlan::isFineEnough(int level, double scale) const {
+    const std::size_t ofModel = modelLevel(level, scale);
+    const double finer = scale * std::ldexp(1.0, static_cast<int>(ofModel) - level);
+    const double points = finer * static_cast<double>(levels_[ofModel].size());
+    return std::ldexp(typicalRadius_ * scale, -level) >= kLeastRadius && leastShare_ * points >= kLeastSeen &&
+           level - std::log2(scale) < static_cast<double>(levels_.size()) - 0.5;
+}
+
 int SearchPlan::topFor(double scale, cv::Size picture) const {
     int top = 0;
-    while (std::ldexp(typicalRadius_ * scale, -(top + 1)) >= kLeastRadius &&
-           top + 1 - std::log2(scale) < static_cast<double>(levels_.size()) - 0.5 &&
-           std::min(picture.width, picture.height) >> (top + 1) > 0) {
-        ++top;
-    }
+    while (isFineEnough(top + 1, scale) && std::min(picture.width, picture.height) >> (top + 1) > 0) ++top;
     return top;
 }
 
@@ -154,6 +165,10 @@ AngleSteps SearchPlan::angleSteps(double radius) const {
 }
 
 void SearchPlan::addBand(double least, double most, cv::Size picture) {
+    // Such a picture can't hold as much of the outline as is to be seen.
+    const double diagonal = std::hypot(picture.width, picture.height);
+    if (diagonal < kLeastDiagonal * leastShare_ * typicalRadius_ * least) return;
+    if (std::min(picture.width, picture.height) < kNarrowest) return;
     ScaleBand band;
     band.least = least;
     band.most = most;

@@ -71,6 +71,8 @@ class SearchPlan {
     std::size_t modelLevel(int level, double scale) const;
     void addLevels(const ModelData& model, bool reversed);
     void addBand(double least, double most, cv::Size picture);
+    // Whether a level of the picture shows enough of the part to look for it there.
+    bool isFineEnough(int level, double scale) const;
     int topFor(double scale, cv::Size picture) const;
     AngleSteps angleSteps(double radius) const;
 
@@ -88,6 +90,7 @@ class SearchPlan {
     double sigma_ = 1.0;
     double contrast_ = 0.0;
     double noise_ = 0.0;
+    double leastShare_ = 1.0;
 };
 
 }  // namespace orx::matching

@@ -17,6 +17,10 @@ constexpr int kRows = DirectionMaps::kBlockRows;
 constexpr int kColumns = DirectionMaps::kBlockColumns;
 // A rougher outline does on the top level.
 constexpr std::size_t kMostTopPoints = 64;
+// Points of the outline that may fall on one pixel.
+constexpr int kPointsOnPixel = 2;
+// Rows of places are given up after so many of them, two full sums of bytes, where they promise too little.
+constexpr std::size_t kFirstPoints = 2 * search_kernels::kByteSum;
 
 // The outline at one angle and scale.
 struct Template {
@@ -61,14 +65,15 @@ cv::Rect allowedMiddles(const SearchPlan& plan, const cv::Rect& region, double a
 class LevelSearch {
   public:
     LevelSearch(const DirectionMaps& maps, const SearchPlan& plan, const ScaleBand& band,
-                const cv::Rect& region, double leastScore)
+                const cv::Rect& region, const Thresholds& thresholds)
         : maps_(maps), plan_(plan), band_(band), kernels_(search_kernels::chosen()) {
         for (const double scale : band.scales) {
             for (int i = 0; i < band.angles.count; ++i) addTemplate(band.angles.angle(i), scale, region);
         }
         const std::size_t points = templates_.front().shifts.size();
         perfect_ = static_cast<double>(points * search_kernels::kBestResponse);
-        least_ = std::max(1, static_cast<int>(std::ceil(leastScore * perfect_)));
+        least_ = std::max(1, static_cast<int>(std::ceil(thresholds.leastScore * perfect_)));
+        firstShare_ = thresholds.firstShare;
     }
 
     std::vector<LevelPose> best(std::size_t most) const {
@@ -118,10 +123,19 @@ class LevelSearch {
         made.reach = cv::boundingRect(made.shifts);
         made.allowed = allowedMiddles(plan_, region, angle, scale, band_, maps_.size());
         area_ |= made.allowed;
+        reach_ |= made.reach;
         templates_.push_back(std::move(made));
     }
 
+    // Whether there are enough edges for the outline to lie on.
+    bool isWorthwhile(cv::Point corner) const {
+        const cv::Size size(kColumns - 1, kRows - 1);
+        const int edges = maps_.edgesIn(cv::Rect(corner + reach_.tl(), reach_.size() + size));
+        return kPointsOnPixel * search_kernels::kBestResponse * edges >= least_;
+    }
+
     void searchBlock(cv::Point corner, std::vector<Seed>& found) const {
+        if (!isWorthwhile(corner)) return;
         Block block;
         block.sums.resize(templates_.size() * kRows * kColumns);
         block.most.resize(templates_.size());
@@ -150,9 +164,13 @@ class LevelSearch {
             count = block.offsets.size();
         }
         if (static_cast<int>(count) * search_kernels::kBestResponse < least_) return;
+        const std::size_t first = std::min(count, kFirstPoints);
+        const double leastFirst =
+            firstShare_ * least_ * static_cast<double>(first) / static_cast<double>(count);
+        const search_kernels::ShiftedRows shifts = {offsets, count, first, static_cast<int>(leastFirst)};
         const int most =
             kernels_.sumRows(maps_.responses() + corner.y * maps_.step() + corner.x, maps_.step(), kRows,
-                             offsets, count, block.sums.data() + layer * kRows * kColumns);
+                             shifts, block.sums.data() + layer * kRows * kColumns);
         if (most >= least_) block.most[layer] = most;
     }
 
@@ -233,13 +251,15 @@ class LevelSearch {
     cv::Rect area_;
     double perfect_ = 1.0;
     int least_ = 1;
+    double firstShare_ = 0.0;
+    cv::Rect reach_;  // of all templates
 };
 
 }  // namespace
 
 std::vector<LevelPose> searchLevel(const DirectionMaps& maps, const SearchPlan& plan, const ScaleBand& band,
-                                   const cv::Rect& region, double leastScore, std::size_t most) {
-    return LevelSearch(maps, plan, band, region, leastScore).best(most);
+                                   const cv::Rect& region, const Thresholds& thresholds, std::size_t most) {
+    return LevelSearch(maps, plan, band, region, thresholds).best(most);
 }
 
 }  // namespace orx::matching

@@ -12,12 +12,16 @@
 
 namespace orx::matching {
 
-// Poses on the band's top level whose responses have a mean of at least `leastScore` (1 for directions that
-// all agree) and that are better than their neighbours in place, angle and scale; the best `most` of them,
-// best first. `region` is where reference points may lie, pixels of the picture. On several threads; the
-// answer does not depend on their number.
+struct Thresholds {
+    double leastScore;  // mean of the responses, 1 where all directions agree
+    double firstShare;  // of leastScore that the first half of the points must reach, or the rest is given up
+};
+
+// Poses on the band's top level whose responses reach the thresholds and that are better than their
+// neighbours in place, angle and scale; the best `most` of them, best first. `region` is where reference
+// points may lie, pixels of the picture. On several threads; the answer does not depend on their number.
 std::vector<LevelPose> searchLevel(const DirectionMaps& maps, const SearchPlan& plan, const ScaleBand& band,
-                                   const cv::Rect& region, double leastScore, std::size_t most);
+                                   const cv::Rect& region, const Thresholds& thresholds, std::size_t most);
 
 }  // namespace orx::matching
 
