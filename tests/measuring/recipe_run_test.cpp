@@ -138,6 +138,27 @@ TEST_F(PlateRecipe, ValuesAreThoseOfTheDrawingWithinWhatIsStated) {
     }
 }
 
+TEST_F(PlateRecipe, TheGuidesExampleMeasuresAPlate) {
+    const std::string page = test::bytesOf(std::string(ORX_SOURCE_FOLDER) + "/docs/recipes.md");
+    const std::size_t from = page.find("```json\n") + 8;
+    const std::string example = page.substr(from, page.find("```", from) - from);
+    // A camera right above the plane, five pixels a millimetre.
+    orx::TPlaneCalibration flat;
+    flat.status = orx::plOk;
+    flat.lens = false;
+    flat.imageSize = scene(3).image.size();
+    flat.homography = {5, 0, 100, 0, 5, 100, 0, 0, 1};
+    flat.degreesOfFreedom = 100;
+    ASSERT_EQ(orx::writePlaneCalibration(folder_ / "camera.json", flat), orx::plOk);
+    test::writeBytes(folder_ / "recipe.json", example);
+    const orx::TRecipe recipe = orx::readRecipe(folder_ / "recipe.json");
+    for (const orx::TRecipeProblem& problem : recipe.problems()) ADD_FAILURE() << problem.sentence();
+    const orx::TRecipeResult result = recipe.run(scene(3).image);
+    EXPECT_NEAR(valueOf(result, "bore").value, 18 / 5.0, 0.02);
+    EXPECT_NEAR(valueOf(result, "edge distance").value, std::hypot(16.0, 17.0) / 5, 0.02);
+    EXPECT_EQ(result.verdict, orx::vdPass) << orx::toJson(result);
+}
+
 TEST_F(PlateRecipe, HoweverThePartIsPlacedItsValuesAreTheSame) {
     const scenes::PartScene rendered = scene(7);
     const scenes::ScenePose pose = rendered.parts[0].pose;
