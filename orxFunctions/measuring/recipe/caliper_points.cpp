@@ -8,7 +8,10 @@ namespace orx::recipes {
 namespace {
 
 constexpr double kWidth = 5.0;  // of a caliper, pixels, where the recipe says nothing
-constexpr int kFewest = 12;     // calipers, where the recipe says nothing
+// Where the recipe says nothing, calipers of short edges are narrower, so that there are about so many, and
+// fewer rather than side by side too closely: neighbours would share pixels, and promise too much.
+constexpr double kWanted = 12.0;
+constexpr int kFewest = 8;
 
 struct Calipers {
     int count;
@@ -19,7 +22,7 @@ struct Calipers {
 // As many as fit side by side, where the recipe says nothing: they do not share pixels then.
 Calipers calipersFor(const FeatureSpec& spec, double length, int most) {
     Calipers calipers{};
-    calipers.width = spec.width > 0.0 ? spec.width : std::clamp(length / kFewest - 1.0, 1.0, kWidth);
+    calipers.width = spec.width > 0.0 ? spec.width : std::clamp(length / kWanted - 1.0, 1.0, kWidth);
     const int sideBySide = static_cast<int>(length / (calipers.width + 1.0));
     calipers.count = spec.count > 0 ? spec.count : std::clamp(sideBySide, kFewest, 10000);
     if (most > 0) calipers.count = std::min(calipers.count, most);

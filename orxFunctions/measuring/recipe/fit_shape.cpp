@@ -27,26 +27,52 @@ double leastNoise(const PlacedPoints& placed) {
     return std::hypot(kGrid, std::sqrt(squares / static_cast<double>(placed.deviations.size())));
 }
 
-// A robust fit takes its scale from the points. Of few points half may lie near a shape by chance: a scale
-// below the picture's noise would then throw out good ones, and promise too much.
+// Least squares where the picture's noise explains what remains: nothing is left out without need, which
+// costs few points most of what they tell. Else a robust fit, whose scale is taken from the points; where
+// that is below the noise (of few points, half may lie near a shape by chance) the noise is the scale.
 template <class Fit>
 auto fitSoundly(Fit fit, const EdgePoints& edges, const PlacedPoints& placed, TFitLoss loss) {
-    TFitOptions options = fitOptions(edges, placed, loss);
-    auto fitted = fit(placed.points, options);
     const double least = leastNoise(placed);
-    if (loss == flLeastSquares || (fitted.valid() && fitted.noise >= least)) return fitted;
+    auto plain = fit(placed.points, fitOptions(edges, placed, flLeastSquares));
+    const double spread = 1.0 + 2.0 / std::sqrt(2.0 * std::max(1.0, plain.degreesOfFreedom));
+    if (loss == flLeastSquares || (plain.valid() && plain.noise <= spread * least)) return plain;
+    TFitOptions options = fitOptions(edges, placed, loss);
+    auto robust = fit(placed.points, options);
+    if (robust.valid() && robust.noise >= least) return robust;
     options.scale = edges.weighted ? 1.0 : least;
     return fit(placed.points, options);
 }
 
+// What probes and chains leave of the bend of a blurred outline, which they take back but for a part: pixels
+// of the radius, times the radius. Calipers leave nothing that could be seen.
+constexpr double kBendLeft = 0.03;
+
+void addBend(const EdgePoints& edges, TMeasuredCircle& circle) {
+    if (edges.noise != pnEdgeChain || !circle.valid()) return;
+    const double left = kBendLeft / circle.radius;
+    circle.covariance(2, 2) += left * left;
+    circle.radiusDeviation = std::hypot(circle.radiusDeviation, left);
+}
+
+void addBend(const EdgePoints& edges, TMeasuredEllipse& ellipse) {
+    if (edges.noise != pnEdgeChain || !ellipse.valid()) return;
+    const double left = kBendLeft / ellipse.semiMinor;
+    for (const int axis : {2, 3}) ellipse.covariance(axis, axis) += left * left;
+    ellipse.semiMajorDeviation = std::hypot(ellipse.semiMajorDeviation, left);
+    ellipse.semiMinorDeviation = std::hypot(ellipse.semiMinorDeviation, left);
+}
+
+void addBend(const EdgePoints& /*edges*/, TMeasuredLine& /*line*/) {}
+
 // Takes over what the fit tells beside the shape.
 template <class Fitted>
-void settle(Fitted fit, double size, Fitted& target, SpaceShape& result) {
+void settle(Fitted fit, const EdgePoints& edges, double size, Fitted& target, SpaceShape& result) {
     result.valid = fit.valid();
     if (!result.valid) result.problem = fitStatusText(fit.status);
     result.rms = fit.rms * size;
     result.used = std::move(fit.used);
     fit.used.clear();
+    addBend(edges, fit);
     target = scaled(std::move(fit), size);
 }
 
@@ -92,14 +118,14 @@ SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plan
     };
     switch (spec.kind) {
         case fkLine:
-            settle(fitted(line), placed.size, result.shape.line, result);
+            settle(fitted(line), edges, placed.size, result.shape.line, result);
             break;
         case fkCircle:
         case fkArc:
-            settle(fitted(circle), placed.size, result.shape.circle, result);
+            settle(fitted(circle), edges, placed.size, result.shape.circle, result);
             break;
         case fkEllipse:
-            settle(fitted(ellipse), placed.size, result.shape.ellipse, result);
+            settle(fitted(ellipse), edges, placed.size, result.shape.ellipse, result);
             break;
         default:
             result.valid = true;
