@@ -151,24 +151,20 @@ PlaneCamera tilted(const PlaneCamera& camera, cv::Point2d middle, double distanc
 
 PlaneShape chessboardShape(int columns, int rows, double pitch) {
     return [=](cv::Point2d p) {
-        // Squares from one before the first corner to one behind the last; their edges are where either
-        // coordinate is a multiple of the pitch.
-        const double left = -pitch;
-        const double right = columns * pitch;
-        const double bottom = rows * pitch;
-        const double outside = std::max({left - p.x, p.x - right, left - p.y, p.y - bottom});
-        if (outside >= 0) return outside;
-        const auto wave = [&](double v) {
-            const double cell = std::floor(v / pitch);
-            const double within = v - cell * pitch;
-            const double away = std::min(within, pitch - within);
-            return std::fmod(std::abs(cell), 2.0) == 0.0 ? away : -away;
-        };
-        const double x = wave(p.x);
-        const double y = wave(p.y);
-        const double inside =
-            x * y > 0 ? -std::min(std::abs(x), std::abs(y)) : std::min(std::abs(x), std::abs(y));
-        return std::max(inside, outside);
+        // Of the square that holds the place and those around it, those that are dark: from the one before
+        // the first corner on, every other one.
+        const int column = static_cast<int>(std::clamp(std::floor(p.x / pitch), -2.0, columns + 1.0));
+        const int row = static_cast<int>(std::clamp(std::floor(p.y / pitch), -2.0, rows + 1.0));
+        double nearest = 4 * pitch;
+        for (int j = std::max(-1, row - 1); j <= std::min(rows - 1, row + 1); ++j) {
+            for (int i = std::max(-1, column - 1); i <= std::min(columns - 1, column + 1); ++i) {
+                if ((i + j) % 2 != 0) continue;
+                const double x = std::abs(p.x - (i + 0.5) * pitch) - pitch / 2;
+                const double y = std::abs(p.y - (j + 0.5) * pitch) - pitch / 2;
+                nearest = std::min(nearest, std::max(x, y));
+            }
+        }
+        return nearest;
     };
 }
 

@@ -105,6 +105,12 @@ ORX_API TPlaneCalibration relocatePlane(const TPlaneCalibration& lens, const TTa
 ORX_API std::vector<cv::Point2d> planeResiduals(const TPlaneCalibration& calibration,
                                                 const TTargetView& view);
 
+// What about the views makes the calibration weaker than it could be, as English sentences for a user: parts
+// of the picture that no target reached, too little tilt, a view that fits much worse than the others. None
+// where all is well.
+ORX_API std::vector<std::string> planeWarnings(const TPlaneCalibration& calibration,
+                                               const std::vector<TTargetView>& views);
+
 // The point of the plane that a pixel shows. Not-a-number where the line of sight does not meet the plane in
 // front of the camera, where the lens' formula folds back (a place that no light reaches, far outside of the
 // field that the targets covered), and for a calibration that is not valid.

@@ -2,17 +2,11 @@
 
 #include <cmath>
 #include <fstream>
-#include <iterator>
 
 #include "tests/calibration/plane_views.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
-
-std::string textOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 orx::TPlaneCalibration someCalibration(bool lens) {
     cv::RNG random(2);
@@ -87,7 +81,7 @@ TEST(PlaneFile, WhatCantBeWrittenIsRefused) {
 TEST(PlaneFile, WhatNoCameraCanBeIsRefused) {
     const test::TemporaryFolder folder;
     ASSERT_EQ(orx::writePlaneCalibration(folder / "good.json", someCalibration(true)), orx::plOk);
-    const std::string good = textOf(folder / "good.json");
+    const std::string good = test::bytesOf(folder / "good.json");
     const auto refuses = [&](const std::string& text) {
         std::ofstream(folder / "bad.json", std::ios::binary) << text;
         const orx::TPlaneCalibration read = orx::readPlaneCalibration(folder / "bad.json");

@@ -16,30 +16,29 @@ constexpr double kWidestWindow = 10.0;  // pixels to each side
 constexpr double kShareOfSquare = 0.6;  // of the way to the next edges, which must not be seen
 constexpr double kNarrowestWindow = 3.0;
 
-// Where OpenCV sees the corners; none where it does not.
-std::vector<cv::Point2f> search(const cv::Mat& bytes, cv::Size corners) {
+// Where OpenCV sees the corners in a picture that was shrunk; none where it does not. Not by its older
+// findChessboardCorners: a board that reaches out of the picture keeps that one busy for minutes.
+std::vector<cv::Point2f> search(const cv::Mat& bytes, cv::Size corners, double shrink, int flags) {
+    cv::Mat small = bytes;
+    if (shrink < 1.0) cv::resize(bytes, small, cv::Size(), shrink, shrink, cv::INTER_AREA);
     std::vector<cv::Point2f> found;
-    if (cv::findChessboardCornersSB(bytes, corners, found, cv::CALIB_CB_NORMALIZE_IMAGE)) return found;
-    const int flags = cv::CALIB_CB_ADAPTIVE_THRESH | cv::CALIB_CB_NORMALIZE_IMAGE | cv::CALIB_CB_FAST_CHECK;
-    if (cv::findChessboardCorners(bytes, corners, found, flags)) return found;
-    return {};
+    if (!cv::findChessboardCornersSB(small, corners, found, cv::CALIB_CB_NORMALIZE_IMAGE | flags)) return {};
+    const double x = static_cast<double>(bytes.cols) / small.cols;
+    const double y = static_cast<double>(bytes.rows) / small.rows;
+    for (cv::Point2f& p : found) {
+        p = cv::Point2f(static_cast<float>((p.x + 0.5) * x - 0.5), static_cast<float>((p.y + 0.5) * y - 0.5));
+    }
+    return found;
 }
 
+// Large pictures are searched at a smaller size first, blurred ones are seen better at half of that.
 std::vector<cv::Point2f> searchBySize(const cv::Mat& bytes, cv::Size corners) {
-    const double shrink = static_cast<double>(kLargeSide) / std::max(bytes.cols, bytes.rows);
-    if (shrink < 1.0) {
-        cv::Mat small;
-        cv::resize(bytes, small, cv::Size(), shrink, shrink, cv::INTER_AREA);
-        std::vector<cv::Point2f> found = search(small, corners);
-        const double x = static_cast<double>(bytes.cols) / small.cols;
-        const double y = static_cast<double>(bytes.rows) / small.rows;
-        for (cv::Point2f& p : found) {
-            p = cv::Point2f(static_cast<float>((p.x + 0.5) * x - 0.5),
-                            static_cast<float>((p.y + 0.5) * y - 0.5));
-        }
-        if (!found.empty()) return found;
-    }
-    return search(bytes, corners);
+    const double fit = std::min(1.0, static_cast<double>(kLargeSide) / std::max(bytes.cols, bytes.rows));
+    std::vector<cv::Point2f> found = search(bytes, corners, fit, 0);
+    if (found.empty()) found = search(bytes, corners, 0.5 * fit, 0);
+    if (found.empty() && fit < 1.0) found = search(bytes, corners, 1.0, 0);
+    if (found.empty()) found = search(bytes, corners, fit, cv::CALIB_CB_EXHAUSTIVE);
+    return found;
 }
 
 double meanAround(const cv::Mat& bytes, cv::Point2d middle, double radius) {
