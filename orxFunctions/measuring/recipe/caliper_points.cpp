@@ -1,8 +1,9 @@
+#include "orxFunctions/measuring/recipe/edge_points.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "orxFunctions/foundation/angles_internal.h"
-#include "orxFunctions/measuring/recipe/edge_points.h"
 
 namespace orx::recipes {
 namespace {

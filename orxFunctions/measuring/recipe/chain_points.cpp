@@ -1,10 +1,11 @@
+#include "orxFunctions/measuring/recipe/edge_points.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/measuring/edge_fit.h"
-#include "orxFunctions/measuring/recipe/edge_points.h"
 
 namespace orx::recipes {
 namespace {

@@ -1,8 +1,9 @@
+#include "orxFunctions/measuring/recipe/measure_feature.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "orxFunctions/foundation/angles_internal.h"
-#include "orxFunctions/measuring/recipe/measure_feature.h"
 
 namespace orx::recipes {
 namespace {

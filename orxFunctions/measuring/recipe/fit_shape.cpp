@@ -1,3 +1,5 @@
+#include "orxFunctions/measuring/recipe/shape.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -5,7 +7,6 @@
 
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/measuring/recipe/calibration_shift.h"
-#include "orxFunctions/measuring/recipe/shape.h"
 
 namespace orx::recipes {
 namespace {

@@ -1,7 +1,7 @@
+#include "orxFunctions/measuring/recipe/shape.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "orxFunctions/measuring/recipe/shape.h"
 
 namespace orx::recipes {
 namespace {

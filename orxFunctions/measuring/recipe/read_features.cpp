@@ -1,8 +1,8 @@
+#include "orxFunctions/measuring/recipe/read_parts.h"
+
 #include <algorithm>
 #include <cmath>
 #include <set>
-
-#include "orxFunctions/measuring/recipe/read_parts.h"
 
 namespace orx::recipes {
 namespace {

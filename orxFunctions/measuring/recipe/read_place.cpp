@@ -1,8 +1,9 @@
+#include "orxFunctions/measuring/recipe/read_parts.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "orxFunctions/matching/part_model_file.h"
-#include "orxFunctions/measuring/recipe/read_parts.h"
 
 namespace orx::recipes {
 namespace {

@@ -1,6 +1,7 @@
+#include "orxFunctions/measuring/recipe/read_parts.h"
+
 #include <filesystem>
 
-#include "orxFunctions/measuring/recipe/read_parts.h"
 #include "orxFunctions/platform/file_name_internal.h"
 
 namespace orx::recipes {

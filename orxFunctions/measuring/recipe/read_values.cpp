@@ -1,7 +1,8 @@
+#include "orxFunctions/measuring/recipe/read_parts.h"
+
 #include <cmath>
 #include <set>
 
-#include "orxFunctions/measuring/recipe/read_parts.h"
 #include "orxFunctions/measuring/recipe/value_kinds.h"
 
 namespace orx::recipes {

@@ -1,9 +1,10 @@
+#include "orxFunctions/measuring/recipe/recipe_data.h"
+
 #include <chrono>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/image_noise.h"
 #include "orxFunctions/measuring/recipe/place_part.h"
-#include "orxFunctions/measuring/recipe/recipe_data.h"
 #include "orxFunctions/measuring/recipe/tell_value.h"
 
 namespace orx::recipes {
