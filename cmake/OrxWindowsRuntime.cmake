@@ -15,7 +15,8 @@ endforeach()
 find_file(ORX_ZLIB_DLL zlib1.dll PATHS / PATH_SUFFIXES bin lib REQUIRED)
 list(APPEND ORX_WINDOWS_RUNTIME "${ORX_ZLIB_DLL}")
 
-foreach(library IN LISTS OpenCV_LIBS)
+# The last two are what calib3d stands on.
+foreach(library IN LISTS OpenCV_LIBS ITEMS opencv_features2d opencv_flann)
   foreach(configuration RELEASE NONE DEBUG)
     get_target_property(file ${library} IMPORTED_LOCATION_${configuration})
     if(file)

@@ -1,13 +1,16 @@
-// Prints a chessboard, finds it in photographs, calibrates the camera and undoes its distortion.
+// Prints calibration targets, finds them in pictures, and tells a camera's lens and the plane of the parts.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 
-#include "examples/calibration/camera_calibration.h"
+#include "examples/calibration/pictures.h"
+#include "examples/calibration/residual_picture.h"
+#include "examples/calibration/target_files.h"
 #include "orxFunctions/orxfunctions.h"
 #include "support/command_line.h"
 #include "support/picture_file.h"
@@ -17,20 +20,22 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Options {
-    std::string target;
-    int targetWidth = 2970;  // A4 across, 10 pixels a millimetre
-    int targetHeight = 2100;
-    int targetSquare = 250;
-    int targetMargin = 150;
+    calibration::TargetFiles targets;
+    std::vector<std::string> pictures;
     std::string photographs;
     bool sample = false;
+    bool dots = false;
+    bool noLens = false;
+    bool noTangential = false;
+    std::string planeView;
     std::string out = "calibration-output";
-    calibration::Board board;
+    orx::TTarget target;
+    orx::TPlaneOptions plane;
     std::string description = "camera";
 };
 
-int fail(const char* text, const std::string& name) {
-    std::fprintf(stderr, "orx_calibration: %s: %s\n", text, name.c_str());
+int fail(const std::string& text, const std::string& name) {
+    std::fprintf(stderr, "orx_calibration: %s: %s\n", text.c_str(), name.c_str());
     return 1;
 }
 
@@ -40,92 +45,121 @@ std::string quotedForShell(const std::string& text) {
     return quoted + "'";
 }
 
-int printTarget(const Options& options) {
-    const cv::Size size(options.targetWidth, options.targetHeight);
-    const cv::Mat target = orx::createCalibrateImage(size, options.targetSquare, options.targetMargin);
-    if (target.empty() || !host::writePicture(fs::u8path(options.target), target))
-        return fail("can't write the target", options.target);
-    const cv::Size corners = calibration::targetCorners(size, options.targetSquare, options.targetMargin);
-    std::printf("%s: a board of %d x %d inner corners\n", options.target.c_str(), corners.width,
-                corners.height);
-    return 0;
+std::string nameOf(const std::string& file) { return fs::u8path(file).filename().u8string(); }
+
+double rmsOf(const std::vector<cv::Point2d>& residuals) {
+    double squares = 0;
+    for (const cv::Point2d& r : residuals) squares += r.dot(r);
+    return residuals.empty() ? 0 : std::sqrt(squares / static_cast<double>(residuals.size()));
 }
 
-void printReport(const std::vector<calibration::Photograph>& photographs,
-                 const calibration::Calibration& result) {
+void printViews(const std::vector<calibration::Photograph>& photographs,
+                const orx::TPlaneCalibration& result) {
     for (const calibration::Photograph& photograph : photographs) {
-        const std::string name = fs::u8path(photograph.file).filename().u8string();
-        if (photograph.corners.empty()) {
-            std::printf("  %-20s board not found\n", name.c_str());
-        } else {
-            std::printf("  %-20s %6.3f px\n", name.c_str(), photograph.error);
+        const std::string name = nameOf(photograph.file);
+        if (!photograph.view.found) {
+            std::printf("  %-20s target not found: %s\n", name.c_str(), photograph.view.problem.c_str());
+        } else if (result.valid()) {
+            const std::vector<cv::Point2d> residuals = orx::planeResiduals(result, photograph.view);
+            std::printf("  %-20s %6.3f px\n", name.c_str(), rmsOf(residuals));
         }
     }
-    std::printf("reprojection error %.3f px\n", result.error);
-    std::printf("focal length %.2f x %.2f px, principal point (%.2f, %.2f)\n",
-                result.intrinsic.at<double>(0, 0), result.intrinsic.at<double>(1, 1),
-                result.intrinsic.at<double>(0, 2), result.intrinsic.at<double>(1, 2));
 }
 
-// Writes the calibration file and reads it back: what a host does at its next start.
-bool storeAndReload(const std::string& file, const std::string& description,
-                    calibration::Calibration& result) {
-    orx::calibrateData2File(result.intrinsic, result.distortion, result.imageSize, description, file);
-    calibration::Calibration reloaded;
-    std::string text;
-    if (!orx::calibrateDataFromFile(file, reloaded.intrinsic, reloaded.distortion, reloaded.imageSize, text))
-        return false;
-    result.intrinsic = reloaded.intrinsic;
-    result.distortion = reloaded.distortion;
-    return text == description && reloaded.imageSize == result.imageSize;
+void printResult(const orx::TPlaneCalibration& result) {
+    const auto deviation = [&](int k) { return std::sqrt(result.covariance(k, k)); };
+    std::printf("reprojection error %.3f px\n", result.rms);
+    if (result.lens) {
+        std::printf("focal length %.2f x %.2f px (+- %.2f, %.2f), principal point (%.2f, %.2f)\n",
+                    result.camera(0, 0), result.camera(1, 1), deviation(0), deviation(1), result.camera(0, 2),
+                    result.camera(1, 2));
+    }
+    const cv::Point2d middle((result.imageSize.width - 1) / 2.0, (result.imageSize.height - 1) / 2.0);
+    // How well a length over a quarter of the picture is known.
+    const double quarter = result.imageSize.width / 8.0;
+    const std::vector<cv::Point2d> ends{middle - cv::Point2d(quarter, 0), middle + cv::Point2d(quarter, 0)};
+    const std::vector<cv::Point2d> places = orx::imageToPlane(result, ends);
+    const cv::Mat c = orx::planeCovariance(result, ends);
+    const double size = orx::pixelSize(result, middle);
+    if (c.empty() || !std::isfinite(size)) return;
+    const cv::Point2d along = (places[1] - places[0]) * (1 / cv::norm(places[1] - places[0]));
+    const cv::Mat direction = (cv::Mat_<double>(1, 4) << -along.x, -along.y, along.x, along.y);
+    const double variance = cv::Mat(direction * c * direction.t()).at<double>(0);
+    std::printf("in the middle a pixel is %.6f mm; a length of %.3f mm there is known to %.5f mm\n", size,
+                cv::norm(places[1] - places[0]), std::sqrt(variance));
 }
 
 bool writeUndistorted(const std::string& file, const std::string& folder,
-                      const calibration::Calibration& camera) {
+                      const orx::TPlaneCalibration& camera) {
     const cv::Mat image = host::readPicture(fs::u8path(file), cv::IMREAD_COLOR);
     cv::Mat straight;
     if (image.empty()) return false;
-    cv::undistort(image, straight, camera.intrinsic, camera.distortion);
+    cv::undistort(image, straight, camera.camera, camera.distortion);
     fs::path target = fs::u8path(folder) / fs::u8path(file).stem();
     target += "-undistorted.png";
     return host::writePicture(target, straight);
 }
 
-// Not by FileOperator::listFiles, whose names are in code page 936 on Windows.
-std::vector<std::string> listPhotographs(const std::string& folder) {
-    std::vector<std::string> files;
-    std::error_code error;
-    for (fs::directory_iterator entry(fs::u8path(folder), error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        const std::string extension = entry->path().extension().u8string();
-        if (extension == ".jpg" || extension == ".JPG") files.push_back(entry->path().u8string());
+// The view that tells the plane: the one named, else the first that shows the target. -1 without one.
+int planeViewOf(const std::vector<calibration::Photograph>& photographs, const std::string& name) {
+    for (std::size_t i = 0; i < photographs.size(); ++i) {
+        const calibration::Photograph& photograph = photographs[i];
+        const bool isNamed = photograph.file == name || nameOf(photograph.file) == name;
+        if (name.empty() ? photograph.view.found : isNamed) return static_cast<int>(i);
     }
-    std::sort(files.begin(), files.end());
-    return files;
+    return -1;
 }
 
-int calibrateFrom(const Options& options) {
-    const std::vector<std::string> files = listPhotographs(options.photographs);
-    if (files.empty()) return fail("no .jpg photographs in", options.photographs);
+// Writes the calibration file and reads it back: what a host does at its next start.
+bool storeAndReload(const std::string& file, orx::TPlaneCalibration& result) {
+    if (orx::writePlaneCalibration(file, result) != orx::plOk) return false;
+    const orx::TPlaneCalibration reloaded = orx::readPlaneCalibration(file);
+    if (!reloaded.valid() || reloaded.description != result.description) return false;
+    result = reloaded;
+    return true;
+}
+
+int store(const Options& options, const std::vector<calibration::Photograph>& photographs,
+          orx::TPlaneCalibration& result) {
     std::error_code error;
     fs::create_directories(fs::u8path(options.out), error);
     if (error) return fail("can't create", options.out);
-    cv::Size imageSize;
-    std::vector<calibration::Photograph> photographs =
-        calibration::readPhotographs(files, options.board, imageSize);
-    calibration::Calibration camera = calibration::calibrate(photographs, options.board, imageSize);
-    if (!camera.valid)
-        return fail("the board is visible in fewer than 3 photographs of", options.photographs);
-    printReport(photographs, camera);
-
     const std::string file = (fs::u8path(options.out) / "camera.yml").u8string();
-    if (!storeAndReload(file, options.description, camera)) return fail("can't read back", file);
+    if (!storeAndReload(file, result)) return fail("can't write and read back", file);
+    const std::string residuals = (fs::u8path(options.out) / "residuals.png").u8string();
+    const cv::Mat drawing = calibration::drawResiduals(result, calibration::viewsOf(photographs),
+                                                       static_cast<std::size_t>(options.plane.planeView));
+    if (!host::writePicture(fs::u8path(residuals), drawing)) return fail("can't write", residuals);
     int written = 0;
-    for (const std::string& photograph : files)
-        written += writeUndistorted(photograph, options.out, camera) ? 1 : 0;
-    std::printf("%s written and read back, %d undistorted pictures in %s\n", file.c_str(), written,
-                options.out.c_str());
+    for (const calibration::Photograph& photograph : photographs)
+        written += result.lens && writeUndistorted(photograph.file, options.out, result) ? 1 : 0;
+    std::printf("%s written and read back, residuals in %s, %d undistorted pictures in %s\n", file.c_str(),
+                residuals.c_str(), written, options.out.c_str());
     return 0;
+}
+
+int calibrateFrom(Options& options, const std::vector<std::string>& files) {
+    std::vector<calibration::Photograph> photographs = calibration::readPhotographs(files, options.target);
+    options.plane.planeView = planeViewOf(photographs, options.planeView);
+    if (options.plane.planeView < 0) {
+        printViews(photographs, {});
+        return options.planeView.empty()
+                   ? fail("no picture shows the target", files.front())
+                   : fail("none of the pictures is the view of the plane", options.planeView);
+    }
+    orx::TPlaneCalibration result = orx::calibratePlane(calibration::viewsOf(photographs), options.plane);
+    printViews(photographs, result);
+    if (!result.valid()) {
+        const std::string hint = result.status == orx::plTooFewViews ? " (without a lens: --no-lens)" : "";
+        return fail(orx::planeStatusText(result.status) + hint, result.problem);
+    }
+    result.description = options.description;
+    std::printf("the plane is that of %s\n",
+                nameOf(files[static_cast<std::size_t>(options.plane.planeView)]).c_str());
+    printResult(result);
+    for (const std::string& warning : orx::planeWarnings(result, calibration::viewsOf(photographs)))
+        std::printf("warning: %s\n", warning.c_str());
+    return store(options, photographs, result);
 }
 
 int fetchSample(Options& options) {
@@ -137,34 +171,77 @@ int fetchSample(Options& options) {
 }
 
 int run(Options& options) {
-    if (!options.target.empty() && printTarget(options) != 0) return 1;
+    options.target.kind = options.dots ? orx::tkDotGrid : orx::tkChessboard;
+    if (!(options.target.diameter > 0)) options.target.diameter = 0.5 * options.target.pitch;
+    options.plane.lens = !options.noLens;
+    options.plane.tangential = !options.noTangential;
+    const std::string problem = calibration::writeTargets(options.targets, options.target);
+    if (!problem.empty()) return fail("no target", problem);
     if (options.sample && fetchSample(options) != 0) return 1;
-    return options.photographs.empty() ? 0 : calibrateFrom(options);
+    if (!options.photographs.empty()) options.pictures.push_back(options.photographs);
+    std::vector<std::string> files;
+    for (const std::string& path : options.pictures) {
+        const std::vector<std::string> found = calibration::listPictures(path);
+        if (found.empty()) return fail("no pictures there", path);
+        files.insert(files.end(), found.begin(), found.end());
+    }
+    return files.empty() ? 0 : calibrateFrom(options, files);
+}
+
+void addTargetOptions(CLI::App& app, calibration::TargetFiles& targets) {
+    app.add_option("--target", targets.png, "write a chessboard to print to this PNG file");
+    app.add_option("--target-width", targets.pngWidth, "pixels of it")->capture_default_str();
+    app.add_option("--target-height", targets.pngHeight, "pixels of it")->capture_default_str();
+    app.add_option("--target-square", targets.pngSquare, "pixels of a square of it")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--target-margin", targets.pngMargin, "white pixels around the board of it")
+        ->capture_default_str();
+    app.add_option("--target-pdf", targets.pdf, "write the target (--dots, --columns ...) to scale as PDF");
+    app.add_option("--target-svg", targets.svg, "write the target to scale as SVG");
+    app.add_option("--page", targets.page, "of them: A4, A3 (both across) or WIDTHxHEIGHT in millimetres")
+        ->capture_default_str();
 }
 
 int parseAndRun(int argc, const char* const* argv) {
     Options options;
-    CLI::App app("Prints a chessboard target, and calibrates a camera from photographs of one.");
-    app.add_option("--target", options.target, "write a chessboard to print to this PNG file");
-    app.add_option("--target-width", options.targetWidth, "pixels")->capture_default_str();
-    app.add_option("--target-height", options.targetHeight, "pixels")->capture_default_str();
-    app.add_option("--target-square", options.targetSquare, "pixels of a square")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
-    app.add_option("--target-margin", options.targetMargin, "white pixels around the board")
-        ->capture_default_str();
-    app.add_option("--photographs", options.photographs, "calibrate from the .jpg files of this folder");
+    options.target.diameter = 0;
+    CLI::App app(
+        "Prints calibration targets, and tells a camera's lens and the plane of the parts from\n"
+        "pictures of one, in which it is tilted this way and that.");
+    addTargetOptions(app, options.targets);
+    app.add_option("pictures", options.pictures, "pictures of the target, and folders of such");
+    app.add_option("--photographs", options.photographs, "calibrate from the pictures of this folder");
     app.add_flag("--sample", options.sample,
                  "calibrate from OpenCV's 13 sample photographs (a download of 95 MB)");
-    app.add_option("--columns", options.board.corners.width, "inner corners across")->capture_default_str();
-    app.add_option("--rows", options.board.corners.height, "inner corners down")->capture_default_str();
-    app.add_option("--square", options.board.square, "length of a square, in any unit")
+    app.add_flag("--dots", options.dots, "the target is a grid of dots");
+    app.add_option("--columns", options.target.columns, "inner corners, or dots, across")
         ->capture_default_str();
+    app.add_option("--rows", options.target.rows, "inner corners, or dots, down")->capture_default_str();
+    app.add_option("--pitch,--square", options.target.pitch, "millimetres of a square, or from dot to dot")
+        ->capture_default_str();
+    app.add_option("--diameter", options.target.diameter, "millimetres of a dot [half of the pitch]");
+    app.add_option("--plane-view", options.planeView,
+                   "the picture whose target lies on the plane of the parts [the first that shows it]");
+    app.add_option("--height", options.plane.height,
+                   "millimetres that the parts' upper side lies nearer to the camera than the target did")
+        ->capture_default_str();
+    app.add_option("--height-deviation", options.plane.heightDeviation, "its standard uncertainty")
+        ->capture_default_str();
+    app.add_option("--scale-deviation", options.plane.scaleDeviation,
+                   "relative standard uncertainty of the pitch, such as 0.0005")
+        ->capture_default_str();
+    app.add_option("--radial", options.plane.radial, "coefficients of radial distortion, 0 to 3")
+        ->capture_default_str();
+    app.add_flag("--no-tangential", options.noTangential, "find no tangential distortion");
+    app.add_flag("--no-lens", options.noLens, "a plane seen without distortion, from one picture");
     app.add_option("--description", options.description, "text to store with the calibration")
         ->capture_default_str();
     app.add_option("--out", options.out, "folder for the results")->capture_default_str();
     CLI11_PARSE(app, argc, argv);
-    if (options.target.empty() && options.photographs.empty() && !options.sample) {
+    const bool wantsTarget =
+        !options.targets.png.empty() || !options.targets.pdf.empty() || !options.targets.svg.empty();
+    if (!wantsTarget && options.pictures.empty() && options.photographs.empty() && !options.sample) {
         std::printf("%s", app.help().c_str());
         return 1;
     }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "orxFunctions/fitting/students_t_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
@@ -59,13 +60,6 @@ double incompleteBeta(double a, double b, double x, double rest) {
 // From here on the normal distribution, to more than ten digits.
 constexpr double kNormalFrom = 1e7;
 
-// The probability that Student's t lies within -t .. t.
-double probabilityWithin(double t, double degreesOfFreedom) {
-    if (degreesOfFreedom > kNormalFrom) return std::erf(t / std::sqrt(2.0));
-    const double sum = degreesOfFreedom + t * t;
-    return incompleteBeta(0.5, degreesOfFreedom / 2.0, t * t / sum, degreesOfFreedom / sum);
-}
-
 // How that grows with t.
 double density(double t, double degreesOfFreedom) {
     const double half = degreesOfFreedom / 2.0;
@@ -76,6 +70,12 @@ double density(double t, double degreesOfFreedom) {
 }
 
 }  // namespace
+
+double probabilityWithin(double t, double degreesOfFreedom) {
+    if (degreesOfFreedom > kNormalFrom) return std::erf(t / std::sqrt(2.0));
+    const double sum = degreesOfFreedom + t * t;
+    return incompleteBeta(0.5, degreesOfFreedom / 2.0, t * t / sum, degreesOfFreedom / sum);
+}
 
 const char* fitStatusText(TFitStatus status) {
     switch (status) {

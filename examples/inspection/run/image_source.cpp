@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <istream>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
 
@@ -20,20 +20,13 @@ namespace fs = std::filesystem;
 constexpr std::array<const char*, 13> kExtensions = {".bmp", ".dib", ".jp2", ".jpe", ".jpeg", ".jpg", ".pbm",
                                                      ".pgm", ".png", ".pnm", ".ppm", ".tif",  ".tiff"};
 
-bool isPicture(const fs::path& path) {
-    std::string extension = path.extension().u8string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
-}
-
 void listFolder(const fs::path& folder, std::vector<ImageSource>& sources) {
     std::error_code failure;
     std::vector<fs::path> files;
     fs::directory_iterator entry(folder, failure);
     for (; !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
         std::error_code ignored;
-        if (isPicture(entry->path()) && !entry->is_directory(ignored)) files.push_back(entry->path());
+        if (isPictureName(entry->path()) && !entry->is_directory(ignored)) files.push_back(entry->path());
     }
     std::sort(files.begin(), files.end());
     for (const fs::path& file : files) sources.push_back({file, ""});
@@ -56,9 +49,9 @@ std::string problemOf(const fs::path& path) {
     return "";
 }
 
-cv::Mat decode(const std::vector<uchar>& bytes, std::string& problem) {
+cv::Mat decode(const std::vector<uchar>& bytes, int flags, std::string& problem) {
     try {
-        cv::Mat grey = cv::imdecode(bytes, cv::IMREAD_GRAYSCALE);
+        cv::Mat grey = cv::imdecode(bytes, flags);
         if (grey.empty()) problem = "not an image, or of a kind that can't be read";
         return grey;
     } catch (const std::exception&) {  // OpenCV's limit of pixels, or no memory
@@ -67,7 +60,43 @@ cv::Mat decode(const std::vector<uchar>& bytes, std::string& problem) {
     }
 }
 
+std::vector<uchar> bytesOf(std::istream& file) {
+    constexpr std::streamsize kAtOnce = std::streamsize{1} << 20U;
+    std::vector<uchar> bytes;
+    do {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + static_cast<std::size_t>(kAtOnce));
+        file.read(reinterpret_cast<char*>(bytes.data() + before), kAtOnce);
+        bytes.resize(before + static_cast<std::size_t>(file.gcount()));
+    } while (file);
+    return bytes;
+}
+
+cv::Mat read(const fs::path& path, int flags, std::string& problem) {
+    problem = problemOf(path);
+    if (!problem.empty()) return {};
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        problem = errno == EACCES ? kNoPermission : std::string("can't be opened: ") + std::strerror(errno);
+        return {};
+    }
+    const std::vector<uchar> bytes = bytesOf(file);
+    if (bytes.empty()) {
+        problem = "the file is empty";
+        return {};
+    }
+    return decode(bytes, flags, problem);
+}
+
 }  // namespace
+
+bool isPictureName(const fs::path& path) {
+    std::string extension = path.extension().u8string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+}
 
 std::vector<ImageSource> listSources(const std::vector<std::string>& inputs) {
     std::vector<ImageSource> sources;
@@ -83,20 +112,11 @@ std::vector<ImageSource> listSources(const std::vector<std::string>& inputs) {
 }
 
 cv::Mat readGrey(const fs::path& path, std::string& problem) {
-    problem = problemOf(path);
-    if (!problem.empty()) return {};
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        problem = errno == EACCES ? kNoPermission : std::string("can't be opened: ") + std::strerror(errno);
-        return {};
-    }
-    const std::vector<uchar> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (bytes.empty()) {
-        problem = "the file is empty";
-        return {};
-    }
-    return decode(bytes, problem);
+    return read(path, cv::IMREAD_GRAYSCALE, problem);
+}
+
+cv::Mat readDeepGrey(const fs::path& path, std::string& problem) {
+    return read(path, cv::IMREAD_GRAYSCALE | cv::IMREAD_ANYDEPTH, problem);
 }
 
 std::string displayName(const fs::path& path) { return cleanUtf8(path.u8string()); }

@@ -22,6 +22,12 @@ std::vector<ImageSource> listSources(const std::vector<std::string>& inputs);
 // in `problem`: missing, a folder, not a regular file, no permission, empty, not an image, too large.
 cv::Mat readGrey(const std::filesystem::path& path, std::string& problem);
 
+// The same, with 16 bits where the file has them.
+cv::Mat readDeepGrey(const std::filesystem::path& path, std::string& problem);
+
+// By its extension.
+bool isPictureName(const std::filesystem::path& path);
+
 // The path as UTF-8 without control characters and without bytes that are not UTF-8, which become U+FFFD.
 std::string displayName(const std::filesystem::path& path);
 

@@ -8,7 +8,7 @@ namespace {
 volatile std::sig_atomic_t interrupted = 0;
 
 void remember(int signal) {
-    interrupted = 1;
+    interrupted = signal;
     std::signal(signal, SIG_DFL);
 }
 
@@ -20,5 +20,7 @@ void watchForInterrupt() {
 }
 
 bool isInterrupted() { return interrupted != 0; }
+
+int interruptSignal() { return interrupted; }
 
 }  // namespace inspection

@@ -8,6 +8,8 @@ namespace inspection {
 // as usual.
 void watchForInterrupt();
 bool isInterrupted();
+// The first one's number; 0: none yet.
+int interruptSignal();
 
 }  // namespace inspection
 

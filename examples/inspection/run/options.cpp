@@ -4,6 +4,7 @@
 #include <map>
 #include <sstream>
 
+#include "inspection/batch/batch_command_line.h"
 #include "inspection/measure/methods.h"
 #include "inspection/run/places.h"
 #include "orxFunctions/orxfunctions.h"
@@ -45,6 +46,7 @@ struct Words {
     std::string circle = "search";
     std::string line = "search";
     std::string ellipse = "none";
+    std::string annotate = "failed";
     bool noSubPixel = false;
     std::vector<std::string> calipers;
     std::vector<std::string> circleCalipers;
@@ -334,6 +336,17 @@ void requireInput(const Options& options) {
         throw CLI::ValidationError("--camera measures no pictures: leave them out");
 }
 
+void requirePlainBatch(const Options& options) {
+    if (options.batch.recipe.empty()) return;
+    const bool isOther = options.syntheticSeed || options.partsSeed || options.camera.wanted;
+    if (options.inputs.empty() || isOther)
+        throw CLI::ValidationError("--recipe measures pictures and folders alone");
+    if (options.settings.parts.wanted())
+        throw CLI::ValidationError(
+            "--recipe says itself where the part is: leave out --find and --teach-part");
+    if (options.window) throw CLI::ValidationError("--recipe opens no windows");
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv, int& exitCode) {
@@ -343,14 +356,16 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "Finds round and elongated objects in pictures and measures them: threshold, contours, RANSAC "
         "circle\n"
         "or line for each contour. Or teaches parts and finds them. Writes annotated pictures, a JSON and an "
-        "HTML report.",
+        "HTML report.\nWith --recipe, measures what a recipe asks for and tells verdicts.",
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
     app.footer(
         "Methods: " + CLI::detail::join(methodNames(), ", ") +
         ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not or an output "
-        "could not be written, 2 for bad arguments.");
+        "could not be written, 2 for bad arguments or a recipe that is not valid, 130 or 143 when a run by "
+        "a recipe was interrupted or terminated: what was measured until then is reported.");
     addInputs(app, options);
+    addBatchOptions(app, options.batch, words.annotate);
     addCameraOptions(app, options.camera);
     addObjectOptions(app, options.settings, words);
     addShapeOptions(app, options.settings, words);
@@ -363,8 +378,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
             throw CLI::ValidationError("--min-area must be a number");
         requireInput(options);
         takeWords(words, options.settings);
+        options.batch.annotate = annotateFrom(words.annotate);
         requireReachableEstimators(options.settings);
         requireUsableParts(options);
+        requirePlainBatch(options);
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
         return std::nullopt;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "inspection/batch/batch_options.h"
 #include "inspection/run/settings.h"
 #include "orxFunctions/vision_driver.h"
 
@@ -28,6 +29,7 @@ struct Options {
     bool window = false;                         // show each annotated picture
     double windowSeconds = 0.0;                  // for so long; 0: until it is closed
     CameraOptions camera;
+    BatchOptions batch;
     Settings settings;
 };
 

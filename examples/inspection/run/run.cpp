@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "inspection/analyse/analyses_sections.h"
+#include "inspection/batch/batch_run.h"
 #include "inspection/report/annotate.h"
 #include "inspection/report/report_html.h"
 #include "inspection/report/report_json.h"
@@ -263,6 +264,7 @@ class Session {
 }  // namespace
 
 int run(const Options& options, std::ostream& out, std::ostream& log) {
+    if (!options.batch.recipe.empty()) return runBatch(options, out, log);
     if (options.camera.wanted) return runCameras(options, out, log);
     Options withModel = options;
     PartSettings& parts = withModel.settings.parts;

@@ -1,0 +1,72 @@
+#include "examples/calibration/target_files.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "support/picture_file.h"
+
+namespace calibration {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool writeText(const std::string& file, const std::string& text) {
+    std::ofstream stream(fs::u8path(file), std::ios::binary);
+    stream << text;
+    stream.close();
+    return static_cast<bool>(stream);
+}
+
+std::string writePng(const TargetFiles& files) {
+    const cv::Size size(files.pngWidth, files.pngHeight);
+    const cv::Mat target = orx::createCalibrateImage(size, files.pngSquare, files.pngMargin);
+    if (target.empty() || !host::writePicture(fs::u8path(files.png), target))
+        return "can't write " + files.png;
+    const cv::Size corners = targetCorners(size, files.pngSquare, files.pngMargin);
+    std::printf("%s: a board of %d x %d inner corners\n", files.png.c_str(), corners.width, corners.height);
+    return {};
+}
+
+std::string writePage(const std::string& file, const std::string& text) {
+    if (text.empty()) return "it does not fit on the page, or its options are outside of their ranges";
+    if (!writeText(file, text)) return "can't write " + file;
+    std::printf("%s: print it without scaling, and check the line below the target\n", file.c_str());
+    return {};
+}
+
+}  // namespace
+
+bool pageOf(const std::string& text, orx::TTargetPage& page) {
+    if (text == "A4") return true;  // as it is by itself
+    if (text == "A3") {
+        page.width = 420;
+        page.height = 297;
+        return true;
+    }
+    const std::size_t by = text.find('x');
+    if (by == std::string::npos) return false;
+    char* end = nullptr;
+    page.width = std::strtod(text.c_str(), &end);
+    if (end != text.c_str() + by) return false;
+    page.height = std::strtod(text.c_str() + by + 1, &end);
+    return end == text.c_str() + text.size() && page.width > 0 && page.height > 0;
+}
+
+std::string writeTargets(const TargetFiles& files, const orx::TTarget& target) {
+    orx::TTargetPage page;
+    if (!pageOf(files.page, page)) return "no page is " + files.page;
+    std::string problem;
+    if (!files.png.empty()) problem = writePng(files);
+    if (problem.empty() && !files.pdf.empty()) problem = writePage(files.pdf, orx::targetToPdf(target, page));
+    if (problem.empty() && !files.svg.empty()) problem = writePage(files.svg, orx::targetToSvg(target, page));
+    return problem;
+}
+
+cv::Size targetCorners(cv::Size imageSize, int squareSize, int margin) {
+    const auto squares = [&](int length) { return (length - 2 * margin + 1) / squareSize; };
+    return {squares(imageSize.width) - 1, squares(imageSize.height) - 1};
+}
+
+}  // namespace calibration

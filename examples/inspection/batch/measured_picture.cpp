@@ -1,0 +1,94 @@
+#include "inspection/batch/measured_picture.h"
+
+#include <algorithm>
+#include <exception>
+#include <fstream>
+#include <opencv2/imgcodecs.hpp>
+#include <system_error>
+#include <vector>
+
+#include "inspection/run/image_source.h"
+
+namespace inspection {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kLongestStem = 60;
+constexpr std::size_t kDigits = 8;
+
+// The name of the picture and, since others may have the same one elsewhere, a part of its id.
+std::string annotatedName(const PictureFile& file, bool jpeg) {
+    std::string stem = displayName(file.path.stem());
+    std::replace_if(
+        stem.begin(), stem.end(),
+        [](char c) { return std::string("<>:\"/\\|?*").find(c) != std::string::npos; }, '_');
+    if (stem.size() > kLongestStem) {
+        std::size_t end = kLongestStem;
+        while (end > 0 && (static_cast<unsigned char>(stem[end]) & 0xC0U) == 0x80U) --end;
+        stem.resize(end);
+    }
+    return stem + "-" + hexOf(file.id).substr(0, kDigits) + (jpeg ? ".jpg" : ".png");
+}
+
+bool isWanted(Annotate annotate, orx::TVerdict verdict) {
+    if (annotate == Annotate::kFailed) return verdict != orx::vdPass && verdict != orx::vdNoLimits;
+    return annotate == Annotate::kAll;
+}
+
+bool writePicture(const fs::path& path, const cv::Mat& picture) {
+    std::vector<uchar> bytes;
+    if (!cv::imencode(path.extension().string(), picture, bytes)) return false;
+    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (!stream.fail()) return true;
+    std::error_code ignored;
+    fs::remove(path, ignored);  // half a picture helps nobody
+    return false;
+}
+
+void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,
+                     const BatchOptions& options, const fs::path& folder, MeasuredPicture& measured) {
+    const orx::TRecipeResult& result = measured.record.result;
+    if (picture.empty() || !isWanted(options.annotate, result.verdict)) return;
+    const cv::Mat drawn = orx::drawRecipeResult(picture, recipe, result);
+    if (drawn.empty()) return;
+    const std::string name = annotatedName(file, options.jpeg);
+    if (writePicture(folder / fs::u8path(name), drawn))
+        measured.record.annotated = name;
+    else
+        measured.problem = displayName(folder / fs::u8path(name)) + " can't be written";
+}
+
+void measureInto(MeasuredPicture& measured, const PictureFile& file, const orx::TRecipe& recipe,
+                 const BatchOptions& options, const fs::path& folder) {
+    std::string problem;
+    const cv::Mat picture = readDeepGrey(file.path, problem);
+    measured.record.result = recipe.run(picture);
+    if (picture.empty()) measured.record.result.problem = problem;
+    annotatePicture(picture, file, recipe, options, folder, measured);
+}
+
+}  // namespace
+
+MeasuredPicture measurePicture(const PictureFile& file, const orx::TRecipe& recipe,
+                               const BatchOptions& options, const fs::path& folder) {
+    MeasuredPicture measured;
+    measured.record.name = file.name;
+    measured.record.id = file.id;
+    measured.record.bytes = file.bytes;
+    measured.record.modified = file.modified;
+    try {
+        measureInto(measured, file, recipe, options, folder);
+    } catch (const std::exception& error) {  // no memory, or a picture too large to be drawn
+        measured.record.result = recipe.run(cv::Mat());
+        measured.record.result.problem = std::string("it could not be measured: ") + error.what();
+        measured.record.annotated.clear();
+    }
+    measured.line = lineOf(measured.record);
+    measured.record.result.features.clear();
+    return measured;
+}
+
+}  // namespace inspection

@@ -1,0 +1,38 @@
+// The texts of calibration files: read with their limits, and written whole.
+#ifndef ORXFUNCTIONS_CALIBRATION_CALIBRATION_TEXT_INTERNAL_H
+#define ORXFUNCTIONS_CALIBRATION_CALIBRATION_TEXT_INTERNAL_H
+
+#include <opencv2/core.hpp>
+#include <string>
+
+#include "orxFunctions/platform/file_access_internal.h"
+
+namespace orx {
+
+// The text of a file, inflated where OpenCV compressed it (names that end with .gz). False when it can't be
+// read, is too long, or nests so deep that OpenCV's readers would overflow the stack.
+bool readCalibrationText(const std::string& fileName, std::string& text);
+
+// A new file for a text, compressed where its name ends with .gz. (OpenCV would open the file itself, but
+// only a name in the code page of the process.)
+class CalibrationTarget {
+  public:
+    explicit CalibrationTarget(const std::string& fileName);
+
+    bool isOpen() const { return compressed_ || plain_; }
+
+    // Once; false where the text did not get to the file to its end.
+    bool write(const std::string& text);
+
+  private:
+    platform::GzipFile compressed_;
+    platform::File plain_;
+};
+
+// True when a matrix holds as many numbers as its size says, so that reading it takes no memory for others.
+// An absent one is empty.
+bool isMatrix(const cv::FileNode& node);
+
+}  // namespace orx
+
+#endif

@@ -1,0 +1,141 @@
+#include "orxFunctions/measuring/recipe/edge_points.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "orxFunctions/foundation/angles_internal.h"
+
+namespace orx::recipes {
+namespace {
+
+constexpr double kWidth = 5.0;  // of a caliper, pixels, where the recipe says nothing
+// Where the recipe says nothing, calipers of short edges are narrower, so that there are about so many, and
+// fewer rather than side by side too closely: neighbours would share pixels, and promise too much.
+constexpr double kWanted = 12.0;
+constexpr int kFewest = 8;
+
+struct Calipers {
+    int count;
+    double width;
+    TCaliperOptions options;
+};
+
+// As many as fit side by side, where the recipe says nothing: they do not share pixels then.
+Calipers calipersFor(const FeatureSpec& spec, double length, int most) {
+    Calipers calipers{};
+    calipers.width = spec.width > 0.0 ? spec.width : std::clamp(length / kWanted - 1.0, 1.0, kWidth);
+    const int sideBySide = static_cast<int>(length / (calipers.width + 1.0));
+    calipers.count = spec.count > 0 ? spec.count : std::clamp(sideBySide, kFewest, 10000);
+    if (most > 0) calipers.count = std::min(calipers.count, most);
+    calipers.options = {spec.sigma, spec.minContrast, spec.polarity, esStrongest};
+    return calipers;
+}
+
+double medianBlur(std::vector<double> blurs) {
+    if (blurs.empty()) return 0.0;
+    const auto middle = blurs.begin() + static_cast<std::ptrdiff_t>(blurs.size() / 2);
+    std::nth_element(blurs.begin(), middle, blurs.end());
+    return *middle;
+}
+
+void finish(EdgePoints& edges, const std::vector<double>& blurs) {
+    edges.noise = pnNormal;
+    edges.blur = medianBlur(blurs);
+}
+
+// A circle of the picture; the calipers stand on the picture of the nominal one, which is as good as one.
+EdgePoints aroundCircle(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
+    const double turn = radians(spec.startAngle);
+    const auto inImage = [&](double angle) {
+        return frame.toImage(spec.center + spec.radius * cv::Point2d(std::cos(angle), std::sin(angle)));
+    };
+    const cv::Point2d center = frame.toImage(spec.center);
+    const double radius = spec.radius * frame.scaleAt(spec.center);
+    const cv::Point2d start = inImage(turn) - center;
+    // A frame may be mirrored.
+    const bool turnsOn = start.cross(inImage(turn + 0.1) - center) > 0.0;
+    const Calipers calipers = calipersFor(spec, radians(std::abs(spec.sweep)) * radius, most);
+    TCircleCaliperOptions options;
+    options.edge = calipers.options;
+    options.count = calipers.count;
+    options.width = calipers.width;
+    options.searchLength = 2.0 * bandOf(spec, frame);
+    options.startAngle = degrees(std::atan2(start.y, start.x));
+    options.sweep = turnsOn ? spec.sweep : -spec.sweep;
+    EdgePoints edges;
+    edges.searched = calipers.count;
+    edges.closed = std::abs(spec.sweep) >= 360.0;
+    std::vector<double> blurs;
+    for (const TContrastEdge& edge : getCircleEdges(picture.grey, center, radius, options)) {
+        if (!picture.holds(edge.position)) continue;
+        edges.points.push_back(edge.position);
+        edges.normals.push_back((edge.position - center) / cv::norm(edge.position - center));
+        edges.deviations.push_back(caliperDeviation(edge, picture.noise, spec.sigma, calipers.width));
+        blurs.push_back(edge.blur);
+    }
+    finish(edges, blurs);
+    return edges;
+}
+
+// Along a line or another outline; what its bend does to edges under straight calipers is taken back.
+EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
+    const Curve curve = curveOf(spec);
+    const ToImage toImage = [&](cv::Point2d p) { return frame.toImage(p); };
+    const double band = bandOf(spec, frame);
+    const double length = lengthOf(polylineOf(curve, toImage, 4.0), curve.closed);
+    const Calipers calipers = calipersFor(spec, length, most);
+    EdgePoints edges;
+    edges.searched = calipers.count;
+    edges.closed = curve.closed;
+    std::vector<double> blurs;
+    std::vector<double> curvatures;
+    const auto count = static_cast<std::size_t>(calipers.count);
+    for (const TEdgeProbe& probe :
+         probesAlong(curve, toImage, length / calipers.count, count, std::max<std::size_t>(3, count))) {
+        const auto found =
+            getContrastEdges(picture.grey, probe.point - band * probe.normal,
+                             probe.point + band * probe.normal, calipers.width, calipers.options);
+        if (found.empty() || !picture.holds(found.front().position)) continue;
+        edges.points.push_back(found.front().position);
+        edges.normals.push_back(probe.normal);
+        edges.deviations.push_back(
+            caliperDeviation(found.front(), picture.noise, spec.sigma, calipers.width));
+        blurs.push_back(found.front().blur);
+        curvatures.push_back(probe.curvature);
+    }
+    finish(edges, blurs);
+    // A blurred outline lies inwards by curvature * blur^2 / 2 (analysis/caliper.h), and the mean over a
+    // straight caliper's pixels by the mean square of their places.
+    const double pixels = std::max(1.0, std::round(calipers.width));
+    const double inwards = edges.blur * edges.blur / 2.0 + (pixels * pixels - 1.0) / 24.0;
+    for (std::size_t i = 0; i < edges.points.size(); ++i) {
+        edges.points[i] += curvatures[i] * inwards * edges.normals[i];
+    }
+    return edges;
+}
+
+}  // namespace
+
+double bandOf(const FeatureSpec& spec, const Frame& frame) {
+    const cv::Point2d at = spec.kind == fkLine || spec.kind == fkEdgePair ? (spec.from + spec.to) / 2.0
+                           : spec.kind == fkChain                         ? spec.path.front()
+                                                                          : spec.center;
+    return spec.search * frame.scaleAt(at);
+}
+
+// White noise of the pixels, averaged over the width and smoothed by sigma: the second derivative of the
+// profile at the edge has the variance noise^2 / width * 3 / (8 sqrt(pi) sigma^5), its slope there is that of
+// a Gaussian of the total blur.
+double caliperDeviation(const TContrastEdge& edge, double noise, double sigma, double width) {
+    const double blur = std::sqrt(sigma * sigma + edge.blur * edge.blur);
+    const double pixels = std::max(1.0, std::round(width));
+    const double bend = noise * std::sqrt(3.0 / (8.0 * std::sqrt(kPi) * std::pow(sigma, 5) * pixels));
+    return bend * std::sqrt(2.0 * kPi) * blur * blur * blur / std::max(1e-9, std::abs(edge.contrast));
+}
+
+EdgePoints caliperPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
+    const bool isRound = spec.kind == fkCircle || spec.kind == fkArc;
+    return isRound ? aroundCircle(picture, spec, frame, most) : acrossCurve(picture, spec, frame, most);
+}
+
+}  // namespace orx::recipes

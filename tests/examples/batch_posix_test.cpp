@@ -1,0 +1,96 @@
+// What a batch meets on POSIX: signals, and a disk that takes no more.
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "tests/examples/batch_fixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::BatchProgram;
+using test::Outcome;
+using test::textOf;
+using testing::HasSubstr;
+
+class LongBatch : public BatchProgram {
+  protected:
+    LongBatch() {
+        writeRadius("disk.png", 30);
+        for (int i = 0; i < kPictures; ++i)
+            fs::create_hard_link(path("disk.png"), path("in/p" + std::to_string(1000 + i) + ".png"));
+    }
+
+    // Sends the signal once there are more results than before, and waits for the end.
+    int runUntil(const std::string& signal, const std::string& jobs) const {
+        const std::string script = R"sh(
+            size() { wc -c <"$1/results.jsonl" 2>/dev/null || echo 0; }
+            before=$(size "$2")
+            "$0" --recipe "$1" --jobs "$5" --annotate none --quiet -o "$2" "$3" &
+            while kill -0 $! && [ "$(size "$2")" = "$before" ]; do sleep 0.02; done
+            kill -"$4" $!
+            wait $!)sh";
+        return test::runProgram(
+            "/bin/sh",
+            {"-c", script, ORX_INSPECTION_PROGRAM, path("disk.json"), path("out"), path("in"), signal, jobs},
+            folder.path(), path("stdout"), path("stderr"));
+    }
+
+    Outcome finish() const { return run(arguments({path("in"), "--annotate", "none"})); }
+
+    void expectAllOnceInOrder() const {
+        const auto lines = results();
+        ASSERT_EQ(lines.size(), static_cast<std::size_t>(kPictures));
+        for (int i = 0; i < kPictures; ++i)
+            EXPECT_EQ(lines[static_cast<std::size_t>(i)]["picture"].asString(),
+                      path("in/p" + std::to_string(1000 + i) + ".png"));
+    }
+
+    static constexpr int kPictures = 1500;
+};
+
+TEST_F(LongBatch, InterruptedRunsAreReportedAndGoneOnWith) {
+    EXPECT_EQ(runUntil("INT", "2"), 130) << textOf(path("stderr"));
+    const std::size_t first = results().size();
+    EXPECT_GT(first, 0U);
+    EXPECT_LT(first, static_cast<std::size_t>(kPictures));
+    EXPECT_EQ(statistics()["pictures"].asUInt64(), first);
+    EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("Interrupted: "));
+    fs::remove(path("out/report.html"));
+    EXPECT_EQ(runUntil("TERM", "1"), 143) << textOf(path("stderr"));
+    EXPECT_TRUE(fs::exists(path("out/report.html")));
+    EXPECT_GT(results().size(), first);
+    EXPECT_EQ(finish().exitCode, 0);
+    expectAllOnceInOrder();
+}
+
+TEST_F(LongBatch, AKilledRunIsGoneOnWith) {
+    runUntil("KILL", "2");
+    const std::string killed = textOf(path("out/results.jsonl"));
+    EXPECT_GT(killed.size(), 0U);
+    EXPECT_THAT(finish().output, HasSubstr("going on after "));
+    expectAllOnceInOrder();
+    EXPECT_EQ(statistics()["pictures"].asInt(), kPictures);
+    EXPECT_EQ(statistics()["verdicts"]["pass"].asInt(), kPictures);
+}
+
+// A limit on the size of files stands in for the end of the disk.
+TEST_F(LongBatch, AFullDiskIsToldAndWhatWasWrittenIsKept) {
+    const std::string script = R"(trap '' XFSZ; ulimit -f 64; exec "$@")";
+    const int exitCode =
+        test::runProgram("/bin/sh",
+                         {"-c", script, "sh", ORX_INSPECTION_PROGRAM, "--recipe", path("disk.json"),
+                          "--annotate", "none", "--quiet", "-o", path("out"), path("in")},
+                         folder.path(), path("stdout"), path("stderr"));
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_THAT(textOf(path("stderr")), HasSubstr("results.jsonl can't be written"));
+    const std::string text = textOf(path("out/results.jsonl"));
+    ASSERT_FALSE(text.empty());
+    EXPECT_EQ(text.back(), '\n') << "no half lines";
+    EXPECT_GT(results().size(), 10U);
+    EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("The run ended early"));
+    EXPECT_EQ(finish().exitCode, 0);
+    expectAllOnceInOrder();
+}
+
+}  // namespace
