@@ -200,7 +200,7 @@ class Batch {
     }
 
     void finish() {
-        if (!sqlite_.close() && !sqliteTold()) giveUp(sqlite_.problem());
+        if (!sqlite_.close()) giveUp(sqlite_.problem());
         const fs::path report = folder_ / "report.html";
         writeOut(report, batchReportHtml(recipe_, summary_, notes_, folder_));
         writeOut(folder_ / "statistics.json", summaryJson(recipe_, summary_));
@@ -210,8 +210,6 @@ class Batch {
         printStatistics();
         out_ << "report   " << displayName(report) << "\n";
     }
-
-    bool sqliteTold() const { return failed_ && !notes_.lines.empty(); }
 
     void printStatistics() const {
         for (std::size_t i = 0; i < summary_.statistics().size(); ++i) {
@@ -231,7 +229,15 @@ class Batch {
     }
 
     void writeOut(const fs::path& file, const std::string& text) {
-        if (!writeFile(file, text)) tell(displayName(file) + " can't be written");
+        // On a full disk, the report of an earlier run is better than half a new one.
+        fs::path newFile = file;
+        newFile += ".new";
+        std::error_code failure;
+        const bool written = writeFile(newFile, text);
+        if (written) fs::rename(newFile, file, failure);
+        if (written && !failure) return;
+        fs::remove(newFile, failure);
+        tell(displayName(file) + " can't be written");
     }
 
     const Options& options_;

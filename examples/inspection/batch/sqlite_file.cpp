@@ -152,11 +152,12 @@ bool SqliteFile::add(const PictureRecord& record) {
 }
 
 bool SqliteFile::close() {
-    if (!database_) return problem_.empty();
-    if (!database_->run("COMMIT"))
+    if (!database_) return true;
+    const bool written = database_->run("COMMIT");
+    if (!written)
         problem_ = std::string("the SQLite file can't be written: ") + sqlite3_errmsg(database_->handle);
     database_.reset();
-    return problem_.empty();
+    return written;
 }
 
 }  // namespace inspection

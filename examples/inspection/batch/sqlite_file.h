@@ -21,7 +21,7 @@ class SqliteFile {
     bool open(const std::string& file);
     // On the disk a second later at the latest, if pictures follow, or with close().
     bool add(const PictureRecord& record);
-    bool close();
+    bool close();  // true where nothing is open
 
     const std::string& problem() const { return problem_; }  // in English; empty: none
 

@@ -13,6 +13,6 @@ bool SqliteFile::open(const std::string& file) {
     return false;
 }
 bool SqliteFile::add(const PictureRecord&) { return false; }
-bool SqliteFile::close() { return problem_.empty(); }
+bool SqliteFile::close() { return true; }
 
 }  // namespace inspection
