@@ -23,16 +23,9 @@ cv::Point2d bent(const PlaneCamera& camera, cv::Point2d ray) {
             ray.y * radial + camera.p1 * (square + 2 * ray.y * ray.y) + 2 * camera.p2 * ray.x * ray.y};
 }
 
-// The radius whose ring is drawn at the radius `seen`: halved until it is near, then by Newton's steps.
-double straightRadius(const PlaneCamera& camera, double seen) {
-    double low = 0;
-    double high = 2 * seen;
-    for (int i = 0; i < 6; ++i) {
-        const double middle = (low + high) / 2;
-        (middle * radialPart(camera, middle * middle) < seen ? low : high) = middle;
-    }
-    double radius = (low + high) / 2;
-    for (int i = 0; i < 6; ++i) {
+// Newton's steps towards the radius whose ring is drawn at the radius `seen`.
+double nearerRadius(const PlaneCamera& camera, double seen, double radius, int steps) {
+    for (int i = 0; i < steps; ++i) {
         const double square = radius * radius;
         const double slope = 1 + square * (3 * camera.k1 + square * (5 * camera.k2 + square * 7 * camera.k3));
         radius -= (radius * radialPart(camera, square) - seen) / slope;
@@ -40,18 +33,32 @@ double straightRadius(const PlaneCamera& camera, double seen) {
     return radius;
 }
 
+// That radius: halved until it is near.
+double straightRadius(const PlaneCamera& camera, double seen) {
+    double low = 0;
+    double high = 2 * seen;
+    for (int i = 0; i < 6; ++i) {
+        const double middle = (low + high) / 2;
+        (middle * radialPart(camera, middle * middle) < seen ? low : high) = middle;
+    }
+    return nearerRadius(camera, seen, (low + high) / 2, 5);
+}
+
 // The tangential part, which is small, is taken off again and again.
 cv::Point2d straightened(const PlaneCamera& camera, cv::Point2d seen) {
-    cv::Point2d ray = seen;
+    const double first = std::sqrt(seen.dot(seen));
+    double radius = straightRadius(camera, first);
+    cv::Point2d ray = first > 0 ? seen * (radius / first) : seen;
+    if (camera.p1 == 0 && camera.p2 == 0) return ray;
     for (int i = 0; i < 40; ++i) {
         const double square = ray.dot(ray);
-        const cv::Point2d shift = bent(camera, ray) - ray * radialPart(camera, square);
-        const cv::Point2d ring = seen - shift;
-        const double radius = std::hypot(ring.x, ring.y);
-        const cv::Point2d next = radius > 0 ? ring * (straightRadius(camera, radius) / radius) : ring;
-        const double moved = std::hypot(next.x - ray.x, next.y - ray.y);
+        const cv::Point2d ring = seen - (bent(camera, ray) - ray * radialPart(camera, square));
+        const double length = std::sqrt(ring.dot(ring));
+        radius = nearerRadius(camera, length, radius, 2);
+        const cv::Point2d next = length > 0 ? ring * (radius / length) : ring;
+        const cv::Point2d step = next - ray;
         ray = next;
-        if (moved < 1e-14 || (camera.p1 == 0 && camera.p2 == 0)) break;
+        if (step.dot(step) < 1e-28) break;
     }
     return ray;
 }

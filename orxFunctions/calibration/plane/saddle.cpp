@@ -10,7 +10,7 @@ namespace {
 constexpr int kParameters = 9;
 constexpr int kMostSteps = 30;
 constexpr double kSettled = 1e-5;         // pixels
-constexpr double kFarthest = 4.0;         // pixels from where the search began
+constexpr double kFarthest = 6.0;         // pixels from where the search began
 constexpr double kLeastContrast = 2.0;    // grey levels to either side of the middle
 constexpr double kLeastDeviation = 1e-3;  // pixels: what the model itself leaves open
 constexpr double kRoot2 = 1.4142135623730951;
@@ -36,6 +36,8 @@ struct Model {
     double slopeX = 0.0;
     double slopeY = 0.0;
     double contrast = 0.0;
+    double firstBend = 0.0;  // given
+    double secondBend = 0.0;
 
     double& operator[](int k) {
         double* const all[] = {&cx, &cy, &first, &second, &blur, &middle, &slopeX, &slopeY, &contrast};
@@ -52,18 +54,19 @@ struct Edge {
     double normalY;
 };
 
-Edge edgeAt(double direction, double blur, double dx, double dy) {
+Edge edgeAt(double direction, double bend, double blur, double dx, double dy) {
     const double c = std::cos(direction);
     const double s = std::sin(direction);
-    const double distance = c * dy - s * dx;
-    const double scaled = distance / blur;
+    const double way = c * dx + s * dy;
+    const double straight = c * dy - s * dx;
+    const double scaled = (straight - 0.5 * bend * way * way) / blur;
     Edge edge{};
     edge.value = std::erf(scaled / kRoot2);
     edge.byDistance = kRoot2OverPi / blur * std::exp(-0.5 * scaled * scaled);
-    edge.bySide = -edge.byDistance * (c * dx + s * dy);
+    edge.bySide = -edge.byDistance * way * (1.0 + bend * straight);
     edge.byBlur = -edge.byDistance * scaled;
-    edge.normalX = -s;
-    edge.normalY = c;
+    edge.normalX = -s - bend * way * c;
+    edge.normalY = c - bend * way * s;
     return edge;
 }
 
@@ -71,8 +74,8 @@ Edge edgeAt(double direction, double blur, double dx, double dy) {
 double levelOf(const Model& m, const Sample& sample, Vector& derivative) {
     const double dx = sample.x - m.cx;
     const double dy = sample.y - m.cy;
-    const Edge a = edgeAt(m.first, m.blur, dx, dy);
-    const Edge b = edgeAt(m.second, m.blur, dx, dy);
+    const Edge a = edgeAt(m.first, m.firstBend, m.blur, dx, dy);
+    const Edge b = edgeAt(m.second, m.secondBend, m.blur, dx, dy);
     const double byA = m.contrast * b.value;
     const double byB = m.contrast * a.value;
     derivative[0] = -byA * a.byDistance * a.normalX - byB * b.byDistance * b.normalX - m.slopeX;
@@ -132,8 +135,10 @@ void startLevels(const std::vector<Sample>& samples, Model& model) {
     for (const Sample& s : samples) sum += s.level;
     model.middle = sum / static_cast<double>(samples.size());
     for (const Sample& s : samples) {
-        const double e = edgeAt(model.first, model.blur, s.x - model.cx, s.y - model.cy).value *
-                         edgeAt(model.second, model.blur, s.x - model.cx, s.y - model.cy).value;
+        const double dx = s.x - model.cx;
+        const double dy = s.y - model.cy;
+        const double e = edgeAt(model.first, model.firstBend, model.blur, dx, dy).value *
+                         edgeAt(model.second, model.secondBend, model.blur, dx, dy).value;
         product += e * (s.level - model.middle);
         square += e * e;
     }
@@ -165,13 +170,15 @@ bool improve(const std::vector<Sample>& samples, Model& model, double& squares, 
     return false;
 }
 
-Model start(const std::vector<Sample>& samples, cv::Point2d near, cv::Point2d along, cv::Point2d across,
-            double blur) {
+Model start(const std::vector<Sample>& samples, cv::Point2d near, const EdgeCourse& along,
+            const EdgeCourse& across, double blur) {
     Model model;
     model.cx = near.x;
     model.cy = near.y;
-    model.first = std::atan2(along.y, along.x);
-    model.second = std::atan2(across.y, across.x);
+    model.first = std::atan2(along.direction.y, along.direction.x);
+    model.firstBend = along.curvature;
+    model.second = std::atan2(across.direction.y, across.direction.x);
+    model.secondBend = across.curvature;
     model.blur = blur;
     startLevels(samples, model);
     return model;
@@ -190,7 +197,7 @@ double settle(const std::vector<Sample>& samples, Model& model) {
 
 }  // namespace
 
-Saddle fitSaddle(const cv::Mat& levels, cv::Point2d near, cv::Point2d along, cv::Point2d across,
+Saddle fitSaddle(const cv::Mat& levels, cv::Point2d near, const EdgeCourse& along, const EdgeCourse& across,
                  double radius) {
     Saddle result;
     const std::vector<Sample> samples = samplesAround(levels, near, radius);
@@ -208,7 +215,7 @@ Saddle fitSaddle(const cv::Mat& levels, cv::Point2d near, cv::Point2d along, cv:
         if (std::sqrt(squares / static_cast<double>(samples.size())) < 0.1 * std::abs(model.contrast)) break;
     }
     result.place = cv::Point2d(model.cx, model.cy);
-    if (!(cv::norm(result.place - near) <= std::min(kFarthest, 0.5 * radius)) || model.blur > radius ||
+    if (!(cv::norm(result.place - near) <= std::min(kFarthest, 0.6 * radius)) || model.blur > radius ||
         !(std::abs(model.contrast) >= kLeastContrast))
         return result;
     Matrix normal = Matrix::zeros();
