@@ -21,7 +21,8 @@ struct FileCloser {
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
 // Opens a binary file for reading, or creates or empties one for writing; or a text file, whose line ends
-// become those of the platform. Null when that fails, for folders too.
+// become those of the platform. Null when that fails, for folders too. Only regular files are opened for
+// reading, by openGzip too: a pipe or a device could be waited for without end.
 File openToRead(const std::filesystem::path& path);
 File openToWrite(const std::filesystem::path& path);
 File openToWriteText(const std::filesystem::path& path);

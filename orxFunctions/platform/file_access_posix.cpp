@@ -41,12 +41,14 @@ class Descriptor {
     int number_;
 };
 
-File open(const fs::path& path, const char* mode) {
-    File file(std::fopen(path.c_str(), mode));
+// A regular file opened for reading; -1 for all else. Without waiting: a pipe would, for somebody to write to
+// it, and a device need never end.
+int openRegularFile(const fs::path& path) {
+    const int number = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     struct stat info = {};
-    // A folder opens for reading here, and fails only when it is read.
-    if (file && fstat(fileno(file.get()), &info) == 0 && S_ISDIR(info.st_mode)) return nullptr;
-    return file;
+    if (number < 0 || (fstat(number, &info) == 0 && S_ISREG(info.st_mode))) return number;
+    close(number);
+    return -1;
 }
 
 bool hasHiddenName(const fs::path& path) {
@@ -79,11 +81,25 @@ bool giveName(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-File openToRead(const fs::path& path) { return open(path, "rb"); }
-File openToWrite(const fs::path& path) { return open(path, "wb"); }
-File openToWriteText(const fs::path& path) { return open(path, "w"); }
+File openToRead(const fs::path& path) {
+    const int number = openRegularFile(path);
+    if (number < 0) return nullptr;
+    File file(fdopen(number, "rb"));
+    if (!file) close(number);
+    return file;
+}
 
-GzipFile openGzip(const fs::path& path, const char* mode) { return GzipFile(gzopen(path.c_str(), mode)); }
+File openToWrite(const fs::path& path) { return File(std::fopen(path.c_str(), "wb")); }
+File openToWriteText(const fs::path& path) { return File(std::fopen(path.c_str(), "w")); }
+
+GzipFile openGzip(const fs::path& path, const char* mode) {
+    if (mode[0] != 'r') return GzipFile(gzopen(path.c_str(), mode));
+    const int number = openRegularFile(path);
+    if (number < 0) return nullptr;
+    GzipFile file(gzdopen(number, mode));
+    if (!file) close(number);
+    return file;
+}
 
 bool appendText(const std::string& name, const std::string& text) {
     const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kReadableByAll));

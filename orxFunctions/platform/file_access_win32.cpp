@@ -1,5 +1,6 @@
 #include "orxFunctions/platform/file_access_internal.h"
 
+#include <io.h>
 #include <windows.h>
 
 namespace orx::platform {
@@ -84,11 +85,20 @@ std::string withWindowsLineEnds(const std::string& text) {
 
 }  // namespace
 
-File openToRead(const fs::path& path) { return File(_wfopen(path.c_str(), L"rb")); }
+File openToRead(const fs::path& path) {
+    File file(_wfopen(path.c_str(), L"rb"));
+    if (file && GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file.get())))) != FILE_TYPE_DISK)
+        return nullptr;
+    return file;
+}
+
 File openToWrite(const fs::path& path) { return File(_wfopen(path.c_str(), L"wb")); }
 File openToWriteText(const fs::path& path) { return File(_wfopen(path.c_str(), L"wt")); }
 
-GzipFile openGzip(const fs::path& path, const char* mode) { return GzipFile(gzopen_w(path.c_str(), mode)); }
+GzipFile openGzip(const fs::path& path, const char* mode) {
+    if (mode[0] == 'r' && !openToRead(path)) return nullptr;
+    return GzipFile(gzopen_w(path.c_str(), mode));
+}
 
 bool appendText(const std::string& name, const std::string& text) {
     // Opened for appending alone, each write goes to the end of the file, wherever that is by then. Reading

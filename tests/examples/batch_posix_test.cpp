@@ -1,5 +1,6 @@
 // What a batch meets on POSIX: signals, and a disk that takes no more.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <set>
 
@@ -91,6 +92,13 @@ TEST_F(LongBatch, AFullDiskIsToldAndWhatWasWrittenIsKept) {
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("The run ended early"));
     EXPECT_EQ(finish().exitCode, 0);
     expectAllOnceInOrder();
+}
+
+TEST_F(BatchProgram, ARecipeFromAPipeIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(path("pipe.json").c_str(), 0600), 0);
+    const Outcome outcome = run({"--recipe", path("pipe.json"), writeDisk("a.png"), "-o", path("out")});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.errors, HasSubstr("pipe.json: the file can't be read"));
 }
 
 }  // namespace
