@@ -43,6 +43,12 @@ void addBatchOptions(CLI::App& app, BatchOptions& batch, std::string& annotate) 
         ->needs(recipe)
         ->type_name("FILE")
         ->group(group);
+    app.add_option("--truth", batch.truth,
+                   "CSV file of what is true: a column \"picture\", and one for each value that is known,\n"
+                   "called as the value is. Errors and wrong verdicts are told beside it")
+        ->needs(recipe)
+        ->type_name("FILE")
+        ->group(group);
     app.add_option("--gauge", batch.gauge,
                    "Gauge study: the pictures show each part so many times, one after another; the report\n"
                    "tells the repeatability")

@@ -15,6 +15,7 @@ struct BatchOptions {
     Annotate annotate = Annotate::kFailed;
     bool jpeg = false;
     std::string sqlite;  // file; empty: none
+    std::string truth;   // CSV file; empty: none
     int gauge = 0;       // pictures of each part, one after another; 0: no study
     bool again = false;
     bool quiet = false;

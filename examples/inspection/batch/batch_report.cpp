@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "inspection/batch/charts.h"
+#include "inspection/batch/truth_report.h"
 #include "inspection/report/data_uri.h"
 #include "inspection/report/utf8.h"
 
@@ -218,6 +219,7 @@ std::string batchReportHtml(const orx::TRecipe& recipe, const RunSummary& summar
     out << ".</p>\n";
     writeStatistics(out, recipe, summary);
     writeGauge(out, recipe, summary);
+    if (summary.truth() != nullptr) writeTruthHtml(out, recipe, *summary.truth());
     writeCharts(out, recipe, summary);
     writeWorst(out, summary, folder);
     out << "</body></html>\n";

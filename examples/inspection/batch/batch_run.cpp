@@ -13,6 +13,7 @@
 #include "inspection/batch/ordered_work.h"
 #include "inspection/batch/results_csv.h"
 #include "inspection/batch/sqlite_file.h"
+#include "inspection/batch/truth_report.h"
 #include "inspection/report/utf8.h"
 #include "inspection/run/image_source.h"
 #include "inspection/run/interrupt.h"
@@ -26,7 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kBadRecipe = 2;
+constexpr int kBadInput = 2;
 constexpr int kSignalBase = 128;  // what shells add to a signal's number
 constexpr std::chrono::milliseconds kBetweenProgress{100};
 
@@ -64,6 +65,7 @@ class Batch {
 
     int run() {
         if (!recipe_.valid()) return refuseRecipe();
+        if (!batch_.truth.empty() && !readTruth()) return kBadInput;
         watchForInterrupt();
         std::string problem;
         if (!prepareFolder(problem)) {
@@ -96,7 +98,18 @@ class Batch {
         for (const orx::TRecipeProblem& problem : recipe_.problems())
             log_ << "orx_inspection: " << cleanUtf8(batch_.recipe) << ": " << cleanUtf8(problem.sentence())
                  << "\n";
-        return kBadRecipe;
+        return kBadInput;
+    }
+
+    bool readTruth() {
+        TruthTable table;
+        std::string problem;
+        if (table.read(fs::u8path(batch_.truth), recipe_, problem)) {
+            summary_.compareWith(TruthComparison(recipe_, std::move(table)));
+            return true;
+        }
+        log_ << "orx_inspection: " << cleanUtf8(batch_.truth) << ": " << problem << "\n";
+        return false;
     }
 
     bool prepareFolder(std::string& problem) const {
@@ -208,6 +221,7 @@ class Batch {
         out_ << "\n" << summary_.text() << "\n";
         if (!notes_.rate.empty()) out_ << notes_.rate << "\n";
         printStatistics();
+        if (summary_.truth() != nullptr) printTruth(out_, recipe_, *summary_.truth());
         out_ << "report   " << displayName(report) << "\n";
     }
 

@@ -12,8 +12,8 @@ namespace inspection {
 // report.html and annotated pictures into the output folder (docs/batches.md).
 //
 // Exit code: 0 when all pictures were measured, whatever their verdicts; 1 when some were not or an output
-// could not be written; 2 for a recipe that is not valid; 130 and 143 after Ctrl-C and a request to
-// terminate, which end the measuring, not the report. Results go to `out`, problems and progress to `log`.
+// could not be written; 2 for a recipe or a truth that is not valid; 130 and 143 after Ctrl-C and a request
+// to terminate, which end the measuring, not the report. Results go to `out`, problems and progress to `log`.
 // One thread at a time.
 int runBatch(const Options& options, std::ostream& out, std::ostream& log);
 

@@ -7,6 +7,7 @@
 #include <locale>
 #include <sstream>
 
+#include "inspection/batch/truth_report.h"
 #include "inspection/report/utf8.h"
 
 namespace inspection {
@@ -128,6 +129,7 @@ void RunSummary::add(const PictureRecord& record, std::int64_t place) {
         if (studied && place / gauge_ < orx::TGaugeStudy::kMostParts)
             studies_[i].add(static_cast<int>(place / gauge_), value.value);
     }
+    if (truth_) truth_->add(record);
     WorstPart part = worstOf(record);
     part.number = pictures_++;
     if (worst_.size() >= kMostWorst) {
@@ -194,8 +196,10 @@ std::string summaryJson(const orx::TRecipe& recipe, const RunSummary& summary) {
     for (std::size_t i = 0; i < summary.statistics().size(); ++i) {
         Json::Value value = jsonOf(recipe.targets()[i], summary.statistics()[i]);
         if (summary.gauge() > 0) value["gauge"] = jsonOf(summary.studies()[i].result());
+        if (summary.truth() != nullptr) value["truth"] = truthJson(summary.truth()->values()[i]);
         root["values"].append(value);
     }
+    if (summary.truth() != nullptr) root["truth"] = truthJson(*summary.truth());
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "  ";
     builder["emitUTF8"] = true;

@@ -4,10 +4,12 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "inspection/batch/picture_record.h"
+#include "inspection/batch/truth_comparison.h"
 
 namespace inspection {
 
@@ -28,6 +30,9 @@ class RunSummary {
     // A study of so many pictures of each part; 0: none.
     RunSummary(const orx::TRecipe& recipe, int gauge);
 
+    // What is added from here on is compared with the truth.
+    void compareWith(TruthComparison truth) { truth_ = std::move(truth); }
+
     // `place` is that of the picture in the run's list, for the gauge study; -1: it is not in it.
     void add(const PictureRecord& record, std::int64_t place);
 
@@ -36,6 +41,7 @@ class RunSummary {
     int gauge() const { return gauge_; }
     const std::vector<orx::TRunStatistics>& statistics() const { return statistics_; }  // as the targets
     const std::vector<orx::TGaugeStudy>& studies() const { return studies_; }
+    const TruthComparison* truth() const { return truth_ ? &*truth_ : nullptr; }
     std::vector<WorstPart> worst() const;  // the worst first
 
     // "12 pictures: 9 pass, 2 fail, 1 not measured"
@@ -47,6 +53,7 @@ class RunSummary {
     int gauge_ = 0;
     std::vector<orx::TRunStatistics> statistics_;
     std::vector<orx::TGaugeStudy> studies_;
+    std::optional<TruthComparison> truth_;
     std::vector<WorstPart> worst_;  // a heap whose top is the least bad
 };
 
