@@ -94,11 +94,11 @@ double shade(const PlaneShape& shape, cv::Point2d place, double sampleSize) {
 }
 
 // The share of light at each fine sample.
-cv::Mat fineLight(const PlaneCamera& camera, const PlaneShape& shape) {
-    const cv::Mat corners = samplePlaces(camera);
-    cv::Mat light(camera.size * kFine, CV_32F);
-    for (int y = 0; y < camera.size.height; ++y) {
-        for (int x = 0; x < camera.size.width; ++x) {
+cv::Mat fineLight(const cv::Mat& corners, const PlaneShape& shape) {
+    const cv::Size size(corners.cols - 1, corners.rows - 1);
+    cv::Mat light(size * kFine, CV_32F);
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
             const auto a = corners.at<cv::Point2d>(y, x);
             const auto b = corners.at<cv::Point2d>(y, x + 1);
             const auto c = corners.at<cv::Point2d>(y + 1, x);
@@ -108,7 +108,9 @@ cv::Mat fineLight(const PlaneCamera& camera, const PlaneShape& shape) {
             // Far from any edge all samples of a pixel are alike.
             const double distance = shape(middle);
             if (std::abs(distance) > 2 * pixel) {
-                light(cv::Rect(x * kFine, y * kFine, kFine, kFine)).setTo(distance > 0 ? 1.0 : 0.0);
+                const float all = distance > 0 ? 1.0F : 0.0F;
+                for (int j = 0; j < kFine; ++j)
+                    std::fill_n(light.ptr<float>(y * kFine + j, x * kFine), kFine, all);
                 continue;
             }
             for (int j = 0; j < kFine; ++j) {
@@ -183,16 +185,22 @@ PlaneShape dotGridShape(int columns, int rows, double pitch, double diameter) {
     };
 }
 
-cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
-    cv::Mat light = fineLight(camera, shape);
+PlaneRenderer::PlaneRenderer(const PlaneCamera& camera) : corners_(samplePlaces(camera)) {}
+
+cv::Mat PlaneRenderer::levels(const PlaneShape& shape, const PlaneExposure& exposure) const {
+    cv::Mat light = fineLight(corners_, shape);
     if (exposure.blurSigma > 0) {
         const double sigma = exposure.blurSigma * kFine;
         cv::GaussianBlur(light, light, cv::Size(), sigma, sigma, cv::BORDER_REPLICATE);
     }
     cv::Mat levels;
-    cv::resize(light, levels, camera.size, 0, 0, cv::INTER_AREA);
+    cv::resize(light, levels, light.size() / kFine, 0, 0, cv::INTER_AREA);
     levels.convertTo(levels, CV_32F, exposure.bright - exposure.dark, exposure.dark);
     return levels;
+}
+
+cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
+    return PlaneRenderer(camera).levels(shape, exposure);
 }
 
 cv::Mat withNoise(const cv::Mat& levels, double noiseSigma, std::uint64_t seed) {

@@ -54,7 +54,19 @@ struct PlaneExposure {
     std::uint64_t seed = 1;
 };
 
-// The grey levels without noise, CV_32F.
+// Renders many scenes before one camera: the way back through its lens is taken once. Reentrant.
+class PlaneRenderer {
+  public:
+    explicit PlaneRenderer(const PlaneCamera& camera);
+
+    // The grey levels without noise, CV_32F.
+    cv::Mat levels(const PlaneShape& shape, const PlaneExposure& exposure) const;
+
+  private:
+    cv::Mat corners_;  // of the pixels: their places, millimetres
+};
+
+// The same for one scene.
 cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure);
 // The 8-bit picture of such levels, with noise.
 cv::Mat withNoise(const cv::Mat& levels, double noiseSigma, std::uint64_t seed);
