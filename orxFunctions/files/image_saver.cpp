@@ -79,20 +79,29 @@ void ImageSaver::waitAtTheEnd() {
 
 bool ImageSaver::flush(int milliseconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    const zul::LockGuard lock(mutex_);
-    const std::uint64_t last = added_;
-    if (finished_ < last && finishedOne_ == nullptr) {
-        finishedOne_ = std::make_shared<std::condition_variable_any>();
-    }
-    const std::shared_ptr<std::condition_variable_any> finishedOne = finishedOne_;
-    while (finished_ < last) {
+    std::uint64_t last = 0;
+    const std::shared_ptr<Finished> finished = finishedUntil(last);
+    const zul::LockGuard lock(finished->mutex);
+    while (finished->images < last) {
         if (milliseconds < 0) {
-            finishedOne->wait(mutex_);
-        } else if (finishedOne->wait_until(mutex_, end) == std::cv_status::timeout) {
-            return finished_ >= last;
+            finished->oneMore.wait(finished->mutex);
+        } else if (finished->oneMore.wait_until(finished->mutex, end) == std::cv_status::timeout) {
+            return finished->images >= last;
         }
     }
     return true;
+}
+
+// Where to wait for the images that were added until now, whose number is `last`.
+std::shared_ptr<ImageSaver::Finished> ImageSaver::finishedUntil(std::uint64_t& last) {
+    const zul::LockGuard lock(mutex_);
+    last = added_;
+    if (waitedFor_ == nullptr) {
+        waitedFor_ = std::make_shared<Finished>();
+        const zul::LockGuard first(waitedFor_->mutex);
+        waitedFor_->images = finished_;
+    }
+    return waitedFor_;
 }
 
 std::uint64_t ImageSaver::nextNumber() {
@@ -119,10 +128,18 @@ bool ImageSaver::take(Job& job) {
 }
 
 void ImageSaver::finish(std::size_t bytes) {
-    const zul::LockGuard lock(mutex_);
-    bytes_ -= bytes;
-    ++finished_;
-    if (finishedOne_ != nullptr) finishedOne_->notify_all();
+    std::shared_ptr<Finished> waitedFor;
+    std::uint64_t images = 0;
+    {
+        const zul::LockGuard lock(mutex_);
+        bytes_ -= bytes;
+        images = ++finished_;
+        waitedFor = waitedFor_;
+    }
+    if (waitedFor == nullptr) return;
+    const zul::LockGuard lock(waitedFor->mutex);
+    waitedFor->images = images;
+    waitedFor->oneMore.notify_all();
 }
 
 }  // namespace orx

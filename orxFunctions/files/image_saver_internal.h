@@ -51,16 +51,25 @@ class ImageSaver {
     std::uint64_t nextNumber();
 
   private:
+    // Those who wait have a lock of their own, so that the one of the queue is held for moments alone. The
+    // end of the process ends other threads wherever they are, on Windows: a lock that was held then stays
+    // so, and the images behind it are lost; the destructor of a condition that such a thread waited for, or
+    // that was never used while such a thread began to use its own, might never return.
+    struct Finished {
+        zul::Mutex mutex;
+        std::condition_variable_any oneMore;
+        std::uint64_t images ZUL_GUARDED_BY(mutex) = 0;
+    };
+
     static void waitAtTheEnd();
     static void writeOnThread(void* self);
     bool take(Job& job);
     void finish(std::size_t bytes);
+    std::shared_ptr<Finished> finishedUntil(std::uint64_t& last);
 
     zul::Mutex mutex_;
-    // Made when somebody waits for the first time, and kept alive by whoever waits. The end of the process
-    // ends other threads wherever they are, on Windows; the destructor of a condition that such a thread
-    // waited for, or that was never used while such a thread began to use its own, might never return.
-    std::shared_ptr<std::condition_variable_any> finishedOne_ ZUL_GUARDED_BY(mutex_);
+    // Made when somebody waits for the first time, and kept alive by whoever waits.
+    std::shared_ptr<Finished> waitedFor_ ZUL_GUARDED_BY(mutex_);
     std::deque<Job> jobs_ ZUL_GUARDED_BY(mutex_);
     std::size_t bytes_ ZUL_GUARDED_BY(mutex_) = 0;  // of queued pixels
     std::uint64_t added_ ZUL_GUARDED_BY(mutex_) = 0;
