@@ -64,8 +64,9 @@ cv::Mat greyAround(const cv::Mat& img, std::vector<Ray>& rays, int lead, int cou
     const auto pixel = [](double value, int size) {
         return static_cast<int>(std::clamp(value, 0.0, size - 1.0));
     };
-    const cv::Point first(pixel(low.x, img.cols), pixel(low.y, img.rows));
-    const cv::Point last(pixel(high.x + 1, img.cols), pixel(high.y + 1, img.rows));
+    // Levels between pixels are told by one pixel more before them, and one behind the next.
+    const cv::Point first(pixel(low.x - 1, img.cols), pixel(low.y - 1, img.rows));
+    const cv::Point last(pixel(high.x + 2, img.cols), pixel(high.y + 2, img.rows));
     for (Ray& ray : rays) ray.start -= cv::Point2d(first);
     return greyOf(img(cv::Rect(first, last + cv::Point(1, 1))));
 }

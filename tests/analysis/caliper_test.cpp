@@ -181,6 +181,26 @@ TEST(Caliper, ReachesOverTheBorderAndOutOfAView) {
     EXPECT_THAT(orx::getContrastEdges(img, {200, 200}, {230, 210}, 3), IsEmpty());
 }
 
+TEST(Caliper, OutermostRaysReadThePixelsBesideThem) {
+    // An edge whose contrast is a parabola across the caliper, which cubic interpolation keeps. Everything is
+    // linear in the levels: against the same edge of contrast 1 it is the mean over the rays, half way
+    // between rows 28 and 33.
+    const auto contrastOf = [](double bend) {
+        cv::Mat img(60, 60, CV_16U);
+        for (int y = 0; y < img.rows; ++y) {
+            for (int x = 0; x < img.cols; ++x) {
+                const double part = 0.5 + 0.5 * std::erf((x - 29.8) / (std::sqrt(2.0) * 0.9));
+                const double contrast = 16000 * (1 + bend * (y - 28) * (y - 28));
+                img.at<ushort>(y, x) = cv::saturate_cast<ushort>(4000 + contrast * part);
+            }
+        }
+        const Edges edges = orx::getContrastEdges(img, {20, 30.5}, {40, 30.5}, 5);
+        return edges.size() == 1 ? edges[0].contrast : 0.0;
+    };
+    // By hand: the mean of (y - 28)^2 at y = 28.5, 29.5 ... 32.5 is 8.25.
+    EXPECT_NEAR(contrastOf(0.02) / contrastOf(0.0), 1 + 0.02 * 8.25, 2e-4);
+}
+
 TEST(Caliper, WhatIsRefusedGivesNoEdges) {
     const cv::Mat img = bars();
     const cv::Point2d from(0, 15);
