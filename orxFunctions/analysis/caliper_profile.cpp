@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/analysis/profiles/kernels.h"
 
 namespace orx {
 namespace {
@@ -44,15 +45,15 @@ class Sampler {
         return p.x >= 1 && p.y >= 1 && p.x < last_.x - 1 && p.y < last_.y - 1;
     }
 
-    double deepInside(cv::Point2d p) const {
-        const int column = static_cast<int>(p.x);
-        const int row = static_cast<int>(p.y);
-        const Pixel* pixel = rowOf(row) + column;
-        const Cubic across(p.x - column);
-        const auto level = [&](const Pixel* q) { return across(q[-1], q[0], q[1], q[2]); };
-        if (p.y == row) return p.x == column ? *pixel : level(pixel);
-        const Cubic down(p.y - row);
-        return down(level(pixel - stride_), level(pixel), level(pixel + stride_), level(pixel + 2 * stride_));
+    // Of points that are all deep inside.
+    void addDeepInside(const profile_kernels::PointRow& points, std::vector<double>& sums) const {
+        const auto stride = static_cast<std::ptrdiff_t>(stride_);
+        const profile_kernels::Kernels& kernels = profile_kernels::chosen();
+        if constexpr (sizeof(Pixel) == 1) {
+            kernels.addBytes(data_, stride, points, sums.size(), sums.data());
+        } else {
+            kernels.addWords(data_, stride, points, sums.size(), sums.data());
+        }
     }
 
     // Wherever the point lies: beyond the border the border is repeated.
@@ -82,7 +83,8 @@ template <class Pixel>
 void addRay(const Sampler<Pixel>& sampler, const Ray& ray, int lead, std::vector<double>& sums) {
     const auto at = [&](std::size_t i) { return ray.start + ray.step * (static_cast<double>(i) - lead); };
     if (sampler.isDeepInside(at(0)) && sampler.isDeepInside(at(sums.size() - 1))) {
-        for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += sampler.deepInside(at(i));
+        sampler.addDeepInside({ray.start.x, ray.start.y, ray.step.x, ray.step.y, static_cast<double>(lead)},
+                              sums);
     } else {
         for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += sampler.anywhere(at(i));
     }
