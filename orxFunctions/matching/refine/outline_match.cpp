@@ -158,7 +158,7 @@ void matchOutline(const ReadyOutline& outline, const WindowEdges& edges, const C
         match.normal = {c * point.normal.x - s * point.normal.y, s * point.normal.x + c * point.normal.y};
         const cv::Point2d place = pose.centre + match.arm;
         const double direction = point.direction + pose.angle;
-        const int nearest = edges.nearest(place, direction, wish);
+        const int nearest = edges.nearest(place, direction, wish, match.known);
         if (nearest < 0) continue;
         const EdgePoint& edge = edges[nearest];
         const auto wayToPoint = [&](int k) {

@@ -51,9 +51,11 @@ struct Match {
     double distance = 0.0;
     double turn = 0.0;      // from the outline's normal to the edge's, radians
     double variance = 0.0;  // of the distance, from the edge and from the model, pixels squared
+    KnownEdge known;
 };
 
-// Of every `stride`-th point; the others are not found.
+// Of every `stride`-th point; the others are not found. `matches` may be those of another pose: where they
+// are near they make it quicker, and change nothing.
 void matchOutline(const ReadyOutline& outline, const WindowEdges& edges, const CentredPose& pose,
                   const EdgeWish& wish, int stride, std::vector<Match>& matches);
 

@@ -24,6 +24,31 @@ void PoseProblem::add(const Match& match, double weight) {
     right_ += weight * match.distance * row;
 }
 
+void PoseProblem::add(const std::vector<Match>& matches, const std::vector<double>& weights) {
+    // As add() has it, one by one, in numbers that stay in registers.
+    double normal[4][4];
+    double right[4];
+    for (int i = 0; i < 4; ++i) {
+        right[i] = right_[i];
+        for (int j = 0; j < 4; ++j) normal[i][j] = normal_(i, j);
+    }
+    for (std::size_t k = 0; k < weights.size(); ++k) {
+        const double weight = weights[k];
+        if (!(weight > 0)) continue;
+        const cv::Vec4d row = slope(matches[k]);
+        const double pull = weight * matches[k].distance;
+        for (int i = 0; i < 4; ++i) {
+            const double weighted = weight * row[i];
+            for (int j = i; j < 4; ++j) normal[i][j] += weighted * row[j];
+            right[i] += pull * row[i];
+        }
+    }
+    for (int i = 0; i < 4; ++i) {
+        right_[i] = right[i];
+        for (int j = i; j < 4; ++j) normal_(i, j) = normal[i][j];
+    }
+}
+
 void PoseProblem::solve(double leastShare) {
     const double weight = normal_(0, 0) + normal_(1, 1);  // of all points: normals have length 1
     step_ = {};

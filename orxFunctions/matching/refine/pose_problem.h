@@ -21,6 +21,8 @@ class PoseProblem {
     cv::Vec4d slope(const Match& match) const;
     // The outline's point asks to move by match.distance along its normal.
     void add(const Match& match, double weight);
+    // Each match by its weight, where that is above 0.
+    void add(const std::vector<Match>& matches, const std::vector<double>& weights);
     // All that the other problem, of the same outline, was asked.
     void add(const PoseProblem& other);
     // `leastShare`: directions in which an outline point tells on average less than this share of what it

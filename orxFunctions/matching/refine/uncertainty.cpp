@@ -100,11 +100,13 @@ double leastShare(const ReadyOutline& outline, const ModelData& model) {
 Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches, std::size_t trimmed,
                   double tolerance) {
     std::vector<double> ratios(matches.size(), 0.0);
+    std::vector<double> deviations(matches.size());
     std::vector<double> found;
     found.reserve(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (!matches[i].found) continue;
-        ratios[i] = std::abs(matches[i].distance) / std::sqrt(varianceOf(matches[i]));
+        deviations[i] = std::sqrt(varianceOf(matches[i]));
+        ratios[i] = std::abs(matches[i].distance) / deviations[i];
         found.push_back(ratios[i]);
     }
     constexpr std::size_t kFewest = 8;
@@ -114,9 +116,9 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
     weights.values.resize(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (!matches[i].found) continue;
-        const double variance = varianceOf(matches[i]);
-        const double scale = std::max(weights.scale, tolerance / (kOutlier * std::sqrt(variance)));
-        weights.values[i] = omega(ratios[i] / scale) * outline.points[i].length / variance;
+        double scale = weights.scale;
+        if (tolerance > 0) scale = std::max(scale, tolerance / (kOutlier * deviations[i]));
+        weights.values[i] = omega(ratios[i] / scale) * outline.points[i].length / varianceOf(matches[i]);
     }
     if (trimmed > 0) trimEnds(outline, trimmed, weights.values);
     if (trimmed > 0 && tolerance == 0) weighLocally(ratios, weights.scale, weights.values);
@@ -126,9 +128,7 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
 PoseProblem problemOf(const ReadyOutline& outline, const CentredPose& pose, const std::vector<Match>& matches,
                       const Weights& weights, const Freedom& freedom) {
     PoseProblem problem(outline.radius * pose.scale, freedom.turns, freedom.grows);
-    for (std::size_t i = 0; i < weights.values.size(); ++i) {
-        if (weights.values[i] > 0) problem.add(matches[i], weights.values[i]);
-    }
+    problem.add(matches, weights.values);
     return problem;
 }
 

@@ -2,6 +2,8 @@
 #ifndef ORXFUNCTIONS_MATCHING_REFINE_WINDOW_EDGES_H
 #define ORXFUNCTIONS_MATCHING_REFINE_WINDOW_EDGES_H
 
+#include <cstddef>
+#include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -34,6 +36,14 @@ struct EdgeWish {
     bool eitherSign = false;  // directions count modulo half a turn
 };
 
+// What nearest() found for a point of an outline, to be asked again near by.
+struct KnownEdge {
+    int index = -1;
+    cv::Point2d place;
+    double reach = 0.0;  // of the wish
+    double room = 0.0;   // the place may move by less than this, squared, and no other edge point gets nearer
+};
+
 class WindowEdges {
   public:
     static constexpr int kLargestReach = 6;
@@ -44,15 +54,24 @@ class WindowEdges {
     const EdgePoint& operator[](int i) const { return points_[static_cast<std::size_t>(i)]; }
     // The nearest one of the wanted kind, -1 where there is none.
     int nearest(cv::Point2d place, double direction, const EdgeWish& wish) const;
+    // The same, quicker near the place of an earlier call, of which `known` is; it may be new.
+    int nearest(cv::Point2d place, double direction, const EdgeWish& wish, KnownEdge& known) const;
 
   private:
     void addChain(const ORXEdge::TMetricContour& chain, cv::Point2d origin);
     void sortIntoCells();
+    bool isStillNearest(cv::Point2d place, double direction, const EdgeWish& wish,
+                        const KnownEdge& known) const;
+    // Bit i tells whether the cell at column `left` + i has points, for `width` cells.
+    std::uint32_t occupied(int row, int left, int width) const;
 
     std::vector<EdgePoint> points_;
-    // For each pixel of the window, with a border of kLargestReach, the first of its points, or -1.
+    // For each pixel of the window, with a border of kLargestReach, the first of its points, if it has any.
     cv::Mat_<int> cells_;
-    cv::Point origin_;  // the pixel of the first cell
+    // A bit for each cell: few of them have points. Rows end with a spare word.
+    std::vector<std::uint32_t> bits_;
+    std::size_t words_ = 0;  // of a row
+    cv::Point origin_;       // the pixel of the first cell
 };
 
 }  // namespace orx::matching

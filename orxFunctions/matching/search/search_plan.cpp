@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <utility>
 
 #include "orxFunctions/foundation/angles_internal.h"
 
@@ -37,13 +37,15 @@ constexpr double kNearTurn = 4;
 // An order in which any first part of a sequence is spread evenly over all of it.
 std::vector<std::size_t> spreadOrder(std::size_t count) {
     constexpr double kGolden = 0.6180339887498949;
-    std::vector<std::size_t> order(count);
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    const auto key = [](std::size_t i) {
+    std::vector<std::pair<double, std::size_t>> keys(count);
+    for (std::size_t i = 0; i < count; ++i) {
         const double turns = static_cast<double>(i) * kGolden;
-        return turns - std::floor(turns);
-    };
-    std::sort(order.begin(), order.end(), [key](std::size_t a, std::size_t b) { return key(a) < key(b); });
+        keys[i] = {turns - std::floor(turns), i};
+    }
+    std::sort(keys.begin(), keys.end());
+    std::vector<std::size_t> order;
+    order.reserve(count);
+    for (const auto& key : keys) order.push_back(key.second);
     return order;
 }
 
