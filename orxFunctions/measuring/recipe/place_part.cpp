@@ -34,7 +34,10 @@ void placeFixed(const RecipeData& recipe, Place& place) {
 }
 
 void placeByModel(const RecipeData& recipe, const Picture& picture, Place& place) {
-    const TFindResult found = findParts(picture.grey, recipe.place.model, recipe.place.find);
+    TFindOptions find = recipe.place.find;
+    // That of the picture, which findParts would measure again.
+    if (find.noise == 0.0) find.noise = picture.noise;
+    const TFindResult found = findParts(picture.bytes, recipe.place.model, find);
     if (!found.valid() || found.parts.empty()) {
         place.told.problem = found.valid() ? "the part was not found" : matchStatusText(found.status);
         return;
