@@ -2,7 +2,10 @@
 
 #include <json/json.h>
 
+#include <algorithm>
 #include <cmath>
+#include <locale>
+#include <sstream>
 
 namespace orx {
 namespace {
@@ -91,6 +94,21 @@ const char* featureKindText(TFeatureKind kind) {
             return "point";
     }
     return "unknown feature";
+}
+
+std::string measuredText(const TRecipeValue& value) {
+    if (!value.measured) return value.problem.empty() ? verdictText(vdNotMeasured) : value.problem;
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    if (value.deviation > 0.0 && std::isfinite(value.deviation)) {
+        const int decimals = 1 - static_cast<int>(std::floor(std::log10(value.deviation)));
+        text.precision(std::clamp(decimals, 0, 12));
+        text << std::fixed << value.value << " +- " << value.deviation;
+    } else {
+        text << value.value;
+    }
+    if (!value.unit.empty()) text << " " << value.unit;
+    return text.str();
 }
 
 std::string toJson(const TRecipeResult& result, const TJsonResultOptions& options) {

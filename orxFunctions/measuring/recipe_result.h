@@ -87,6 +87,10 @@ struct TRecipeResult {
     double milliseconds = 0.0;             // that it took
 };
 
+// "56.1631 +- 0.0014 mm": the value to the second digit of its standard uncertainty (JCGM 100:2008, 7.2.6),
+// six digits of a value without one; the reason for a value that was not measured. UTF-8, for people.
+ORX_API std::string measuredText(const TRecipeValue& value);
+
 struct TJsonResultOptions {
     bool features = true;      // [true] How the features fared; else values and pose alone
     bool milliseconds = true;  // [true] false: equal pictures give equal bytes
@@ -103,6 +107,13 @@ ORX_API std::string toJson(const TRecipeResult& result, const TJsonResultOptions
 // blue without verdicts), where those not measured were looked for, and a list of values with their verdicts.
 // Empty for what is no picture. Reentrant.
 ORX_API cv::Mat drawRecipeResult(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result);
+
+// The same with the list beside the picture, for people and reports: pictures of less than 900 pixels are
+// enlarged by a whole factor, 4 at the most, and to their right stands a table of the values, those that did
+// not pass first: name, value and uncertainty, a bar that shows where the value lies in its tolerance,
+// verdict. As many rows as there is room for; no table where the recipe asks for no values. Empty for what is
+// no picture. Reentrant.
+ORX_API cv::Mat drawRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result);
 
 }  // namespace orx
 

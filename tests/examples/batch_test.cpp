@@ -36,11 +36,13 @@ TEST_F(BatchProgram, VerdictsStandInEveryResult) {
         EXPECT_EQ(lines[i]["verdict"].asString(), i == 0 ? "pass" : "fail");
         EXPECT_NEAR(lines[i]["values"][0]["value"].asDouble(), diameters[i], 0.05);
         EXPECT_EQ(lines[i]["values"][1]["verdict"].asString(), "no limits");
-        // What failed is drawn, the rest is not.
+        // What failed is drawn, fourfold and with a table beside it, the rest is not.
         const std::string annotated = lines[i]["annotated"].asString();
         EXPECT_EQ(lines[i]["annotated"].isNull(), i == 0);
         if (i > 0) {
-            EXPECT_EQ(cv::imread(path("out/" + annotated)).size(), cv::Size(140, 120));
+            const cv::Mat sheet = cv::imread(path("out/" + annotated));
+            EXPECT_EQ(sheet.rows, 480);
+            EXPECT_GT(sheet.cols, 560 + 200);
         }
     }
     const std::string csv = textOf(path("out/results.csv"));

@@ -95,6 +95,65 @@ TEST(RecipeResult, PicturesShowVerdictsInTheirColours) {
     EXPECT_TRUE(orx::drawRecipeResult(cv::Mat(), recipe, result).empty());
 }
 
+TEST(RecipeResult, SheetsAreEnlargedAndHaveATableBesideThePicture) {
+    const orx::TRecipe recipe = orx::parseRecipe(kRecipe);
+    const cv::Mat img = edge_scene::disk({120, 100}, {60.3, 50.4}, 20, kLook);
+    orx::TRecipeResult result = recipe.run(img);
+    const cv::Mat sheet = orx::drawRecipeSheet(img, recipe, result);
+    ASSERT_EQ(sheet.type(), CV_8UC3);
+    EXPECT_EQ(sheet.rows, 400);
+    ASSERT_GT(sheet.cols, 480 + 200);
+    // The lowest place of the disk's outline, four times as far from the corner.
+    const cv::Rect lowest(235, 280, 14, 7);
+    const auto redPixels = [](const cv::Mat& part) {
+        cv::Mat red;
+        cv::inRange(part, cv::Scalar(0, 0, 150), cv::Scalar(90, 90, 255), red);
+        return cv::countNonZero(red);
+    };
+    EXPECT_GT(redPixels(sheet(lowest)), 10);
+    const cv::Range table(480, sheet.cols);
+    EXPECT_EQ(sheet.at<cv::Vec3b>(399, sheet.cols - 1), cv::Vec3b(255, 255, 255));
+    EXPECT_GT(redPixels(sheet.colRange(table)), 100) << "the bad value's verdict";
+    for (orx::TRecipeValue& value : result.values) value.verdict = orx::vdPass;
+    result.verdict = orx::vdPass;
+    EXPECT_EQ(redPixels(orx::drawRecipeSheet(img, recipe, result).colRange(table)), 0);
+
+    const std::string text = kRecipe;
+    const std::string plain = text.substr(0, text.size() - 1) + R"(, "draw": {"values": false}})";
+    EXPECT_EQ(orx::drawRecipeSheet(img, orx::parseRecipe(plain), result).size(), cv::Size(480, 400));
+    const cv::Mat large(1000, 1200, CV_16UC1, cv::Scalar(9000));
+    EXPECT_EQ(orx::drawRecipeSheet(large, recipe, result).rows, 1000);
+    // More values than there is room for, long texts, flat pictures.
+    result.recipe = std::string(3000, 'x');
+    result.problem = std::string(3000, 'y');
+    result.values.resize(2000, result.values[0]);
+    EXPECT_EQ(orx::drawRecipeSheet(img, recipe, result).rows, 400);
+    EXPECT_EQ(orx::drawRecipeSheet(cv::Mat(1, 300, CV_8U, cv::Scalar(0)), orx::TRecipe(), result).rows, 3);
+    EXPECT_TRUE(orx::drawRecipeSheet(cv::Mat(), recipe, result).empty());
+}
+
+TEST(RecipeResult, ValuesAreToldToTheSecondDigitOfTheirUncertainty) {
+    orx::TRecipeValue value;
+    value.measured = true;
+    value.unit = "mm";
+    const auto told = [&](double number, double deviation) {
+        value.value = number;
+        value.deviation = deviation;
+        return orx::measuredText(value);
+    };
+    EXPECT_EQ(told(56.16309, 0.00143), "56.1631 +- 0.0014 mm");
+    EXPECT_EQ(told(-0.5, 0.25), "-0.50 +- 0.25 mm");
+    EXPECT_EQ(told(1234.6, 123.4), "1235 +- 123 mm");
+    EXPECT_EQ(told(3.5, 0), "3.5 mm");
+    value.unit = "";
+    EXPECT_EQ(told(0.875, INFINITY), "0.875");
+    EXPECT_EQ(told(1, 1e-30), "1.000000000000 +- 0.000000000000");
+    value.measured = false;
+    EXPECT_EQ(orx::measuredText(value), "not measured");
+    value.problem = "it is not there";
+    EXPECT_EQ(orx::measuredText(value), "it is not there");
+}
+
 TEST(RecipeProposal, MeasuresThePlateThatItWasTaughtFrom) {
     const scenes::PartPicture alone = scenes::renderPartAlone(scenes::PartKind::plate, 2);
     const orx::TProposal proposal = orx::proposeRecipe(alone.image);

@@ -52,7 +52,7 @@ void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx:
                      const BatchOptions& options, const fs::path& folder, MeasuredPicture& measured) {
     const orx::TRecipeResult& result = measured.record.result;
     if (picture.empty() || !isWanted(options.annotate, result.verdict)) return;
-    const cv::Mat drawn = orx::drawRecipeResult(picture, recipe, result);
+    const cv::Mat drawn = orx::drawRecipeSheet(picture, recipe, result);
     if (drawn.empty()) return;
     const std::string name = annotatedName(file, options.jpeg);
     if (writePicture(folder / fs::u8path(name), drawn))

@@ -162,8 +162,7 @@ std::string RunSummary::text() const {
 std::string valueText(const orx::TRecipeValue& value) {
     const std::string verdict = orx::verdictText(value.verdict);
     if (!value.measured) return verdict + (value.problem.empty() ? "" : ", " + cleanUtf8(value.problem));
-    std::string text = shortNumber(value.value) + " +- " + shortNumber(value.deviation);
-    if (!value.unit.empty()) text += " " + value.unit;
+    std::string text = orx::measuredText(value);
     const std::string lower = shortNumber(value.tolerance.lower);
     const std::string upper = shortNumber(value.tolerance.upper);
     if (value.tolerance.limited())

@@ -7,7 +7,7 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
-#include "orxFunctions/measuring/recipe/recipe_data.h"
+#include "orxFunctions/measuring/recipe/draw.h"
 
 namespace orx {
 namespace recipes {
@@ -33,25 +33,10 @@ cv::Scalar colourOf(TVerdict verdict) {
     }
 }
 
-cv::Mat inColour(const cv::Mat& img) {
-    cv::Mat bytes;
-    img.convertTo(bytes, CV_8U, 1.0 / levelUnit(img));
-    cv::Mat colour;
-    if (bytes.channels() == 3) return bytes.data == img.data ? bytes.clone() : bytes;
-    if (bytes.channels() == 4) {
-        cv::cvtColor(bytes, colour, cv::COLOR_BGRA2BGR);
-        return colour;
-    }
-    cv::Mat grey;
-    cv::extractChannel(bytes, grey, 0);
-    cv::cvtColor(grey, colour, cv::COLOR_GRAY2BGR);
-    return colour;
-}
-
 // Sizes that suit the picture.
 struct Pen {
-    explicit Pen(cv::Size size)
-        : scale(std::clamp(std::min(size.width, size.height) / 900.0, 0.4, 3.0)),
+    explicit Pen(cv::Size size, double broader = 1.0)
+        : scale(broader * std::clamp(std::min(size.width, size.height) / 900.0, 0.4, 3.0)),
           thickness(std::max(1, static_cast<int>(std::lround(1.4 * scale)))) {}
     double scale;
     int thickness;
@@ -82,10 +67,7 @@ void drawCross(cv::Mat& picture, cv::Point2d at, const cv::Scalar& colour, const
 
 void drawText(cv::Mat& picture, const std::string& text, cv::Point2d at, const cv::Scalar& colour,
               const Pen& pen) {
-    // Hershey's letters are ASCII alone.
-    std::string shown = text;
-    std::replace_if(
-        shown.begin(), shown.end(), [](char c) { return static_cast<unsigned char>(c) > 126; }, '?');
+    const std::string shown = drawable(text);
     const cv::Point2d inside(std::clamp(at.x, 0.0, std::max(0.0, picture.cols - 1.0)),
                              std::clamp(at.y, 0.0, std::max(0.0, picture.rows - 1.0)));
     const double size = 0.5 * pen.scale;
@@ -140,14 +122,6 @@ void drawPose(cv::Mat& picture, const TPartPose& pose, const Pen& pen) {
     drawPolyline(picture, {origin, origin + cv::Point2d(-along.y, along.x)}, kBlue, pen.thickness);
 }
 
-std::string sentenceOf(const TRecipeValue& value) {
-    char buffer[160];
-    if (!value.measured) return value.name + ": " + verdictText(value.verdict);
-    std::snprintf(buffer, sizeof buffer, ": %.4f +- %.4f %s  ", value.value, value.deviation,
-                  value.unit.c_str());
-    return value.name + buffer + verdictText(value.verdict);
-}
-
 // Those that did not pass first, as far as there is room.
 void drawValues(cv::Mat& picture, const TRecipeResult& result, const Pen& pen) {
     const double step = 20.0 * pen.scale;
@@ -159,29 +133,58 @@ void drawValues(cv::Mat& picture, const TRecipeResult& result, const Pen& pen) {
             if (isGood != good) continue;
             at.y += step;
             if (at.y > picture.rows - step / 2.0) return;
-            drawText(picture, sentenceOf(value), at, colourOf(value.verdict), pen);
+            const std::string told = value.measured ? measuredText(value) + "  " : "";
+            drawText(picture, value.name + ": " + told + verdictText(value.verdict), at,
+                     colourOf(value.verdict), pen);
         }
     }
 }
 
 }  // namespace
+
+cv::Mat inColour(const cv::Mat& img) {
+    cv::Mat bytes;
+    img.convertTo(bytes, CV_8U, 1.0 / levelUnit(img));
+    cv::Mat colour;
+    if (bytes.channels() == 3) return bytes.data == img.data ? bytes.clone() : bytes;
+    if (bytes.channels() == 4) {
+        cv::cvtColor(bytes, colour, cv::COLOR_BGRA2BGR);
+        return colour;
+    }
+    cv::Mat grey;
+    cv::extractChannel(bytes, grey, 0);
+    cv::cvtColor(grey, colour, cv::COLOR_GRAY2BGR);
+    return colour;
+}
+
+std::string drawable(const std::string& text) {
+    std::string shown = text;
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return c < ' ' || static_cast<unsigned char>(c) > 126; },
+        '?');
+    return shown;
+}
+
+void drawShapes(cv::Mat& picture, const RecipeData& recipe, const TRecipeResult& result, double broader) {
+    const Pen pen(picture.size(), broader);
+    const std::vector<TVerdict> verdicts = verdictsOfFeatures(recipe, result);
+    if (recipe.draw.features) {
+        for (std::size_t i = 0; i < result.features.size() && i < verdicts.size(); ++i) {
+            drawFeature(picture, result.features[i], verdicts[i], recipe.draw.points, pen);
+        }
+    }
+    const bool hasAxes = result.pose.found && recipe.place.kind != PlaceKind::kPicture;
+    if (recipe.draw.pose && hasAxes) drawPose(picture, result.pose.pose, pen);
+}
+
 }  // namespace recipes
 
 cv::Mat drawRecipeResult(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result) {
     using namespace recipes;
     if (!isPicture(img)) return {};
     cv::Mat picture = inColour(img);
-    const Pen pen(picture.size());
-    const RecipeData& data = *recipe.data();
-    const std::vector<TVerdict> verdicts = verdictsOfFeatures(data, result);
-    if (data.draw.features) {
-        for (std::size_t i = 0; i < result.features.size() && i < verdicts.size(); ++i) {
-            drawFeature(picture, result.features[i], verdicts[i], data.draw.points, pen);
-        }
-    }
-    const bool hasAxes = result.pose.found && data.place.kind != PlaceKind::kPicture;
-    if (data.draw.pose && hasAxes) drawPose(picture, result.pose.pose, pen);
-    if (data.draw.values) drawValues(picture, result, pen);
+    drawShapes(picture, *recipe.data(), result);
+    if (recipe.data()->draw.values) drawValues(picture, result, Pen(picture.size()));
     return picture;
 }
 
