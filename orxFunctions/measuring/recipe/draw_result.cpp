@@ -95,6 +95,14 @@ std::vector<TVerdict> verdictsOfFeatures(const RecipeData& recipe, const TRecipe
     return verdicts;
 }
 
+// Beside round features, in the middle of the others: ends are where they meet.
+cv::Point2d namePlace(const TRecipeFeature& feature) {
+    const std::vector<cv::Point2d>& outline = feature.outline;
+    if (outline.size() == 2) return 0.5 * (outline.front() + outline.back());
+    const bool isRound = feature.kind == fkCircle || feature.kind == fkEllipse;
+    return outline[outline.size() / (isRound ? 8 : 2)];
+}
+
 void drawFeature(cv::Mat& picture, const TRecipeFeature& feature, TVerdict verdict, bool points,
                  const Pen& pen) {
     if (!feature.measured) {
@@ -110,8 +118,7 @@ void drawFeature(cv::Mat& picture, const TRecipeFeature& feature, TVerdict verdi
         for (const cv::Point2d& p : feature.points) drawPolyline(picture, {p, p}, kGrey, pen.thickness);
     }
     if (!feature.outline.empty())
-        drawText(picture, feature.name, feature.outline[feature.outline.size() / 8] + cv::Point2d(4, -4),
-                 colour, pen);
+        drawText(picture, feature.name, namePlace(feature) + cv::Point2d(4, -4), colour, pen);
 }
 
 void drawPose(cv::Mat& picture, const TPartPose& pose, const Pen& pen) {

@@ -1,3 +1,5 @@
+#include "orxFunctions/measuring/recipe_result.h"
+
 #include <algorithm>
 #include <cmath>
 #include <locale>
@@ -6,7 +8,6 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/measuring/recipe/draw.h"
-#include "orxFunctions/measuring/recipe_result.h"
 
 namespace orx {
 namespace recipes {
