@@ -1,6 +1,7 @@
 // orx_plates: writes pictures of a lot of plates on a tilted plane, of the target that calibrates it, and
 // what is true of each plate. See --help.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <exception>
@@ -8,8 +9,10 @@
 #include <fstream>
 #include <locale>
 #include <opencv2/imgcodecs.hpp>
-#include <sstream>
+#include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "support/command_line.h"
 #include "support/picture_file.h"

@@ -57,9 +57,24 @@ TEST_F(BatchProgram, VerdictsStandInEveryResult) {
     EXPECT_THAT(html, HasSubstr("disk &lt;1&gt;"));
     EXPECT_THAT(html, HasSubstr("3 pictures: 1 pass, 2 fail"));
     EXPECT_THAT(html, HasSubstr("<svg class='bars'"));
+    // 61.2 and 59 lie outside of 59.5 to 60.5, and are marked as such.
+    std::size_t outside = 0;
+    for (std::size_t at = 0; (at = html.find("<circle class='out'", at)) != std::string::npos; ++at)
+        ++outside;
+    EXPECT_EQ(outside, 2U);
     EXPECT_THAT(html, HasSubstr("<a href='" + lines[1]["annotated"].asString() + "'><img"));
     EXPECT_LT(html.find("b-large.png"), html.find("c-small.png")) << "the worst first";
     EXPECT_THAT(html, HasSubstr("</html>"));
+}
+
+TEST_F(BatchProgram, AllValuesOfOnePictureArePrinted) {
+    writeRadius("in/a.png", 30.0);
+    const Outcome one = run(arguments({path("in")}));
+    EXPECT_THAT(one.output, HasSubstr("a.png: pass\n  diameter: "));
+    EXPECT_THAT(one.output, HasSubstr("\n  place, x: "));
+    writeRadius("in/b.png", 30.0, 4);
+    const Outcome two = run(arguments({path("in")}, "two"));
+    EXPECT_THAT(two.output, Not(HasSubstr("\n  ")));
 }
 
 TEST_F(BatchProgram, JobsAndAnnotationChangeNoResult) {

@@ -1,5 +1,6 @@
 #include "inspection/batch/batch_report.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <iterator>
@@ -20,7 +21,8 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMostCharts = 200;
 constexpr std::size_t kMostThumbnailBytes = std::size_t{8} << 20U;
 constexpr std::size_t kLongestText = 2000;  // of names and reasons
-constexpr int kThumbnailSide = 200;
+constexpr double kThumbnailPixels = 40000.0;
+constexpr double kThumbnailSide = 284.0;  // at the most
 constexpr int kThumbnailQuality = 70;
 
 constexpr const char* kStyle = R"(
@@ -41,9 +43,9 @@ th { color: var(--soft); font-weight: 600; } th:first-child, td:first-child { te
 section { border: 1px solid var(--line); border-radius: 8px; background: var(--card); padding: 14px; margin: 12px 0; }
 .charts { display: flex; flex-wrap: wrap; gap: 16px; } .charts svg { width: 520px; max-width: 100%; }
 svg .values { fill: var(--bar); } svg .band { fill: var(--band); stroke: var(--band); } svg .axis { stroke: var(--soft); }
-svg .mean { fill: none; stroke: var(--bar); stroke-width: 1.5; } svg .limit { stroke: var(--bad); stroke-dasharray: 4 3; }
+svg .mean { fill: none; stroke: var(--bar); stroke-width: 1.5; } svg .out { fill: var(--bad); } svg .limit { stroke: var(--bad); stroke-dasharray: 4 3; }
 svg text { font-size: 11px; fill: var(--soft); } svg .middle { text-anchor: middle; } svg .end { text-anchor: end; }
-.parts { display: flex; flex-wrap: wrap; gap: 12px; } figure { margin: 0; width: 212px; font-size: 13px; overflow-wrap: anywhere; }
+.parts { display: flex; flex-wrap: wrap; gap: 12px; } figure { margin: 0; width: 284px; font-size: 13px; overflow-wrap: anywhere; }
 figure img { display: block; border-radius: 4px; max-width: 100%; }
 )";
 
@@ -165,7 +167,8 @@ std::string thumbnail(const fs::path& file) {
         const cv::Mat picture = cv::imdecode(bytes, cv::IMREAD_COLOR);
         if (picture.empty()) return "";
         const double scale =
-            std::min(1.0, static_cast<double>(kThumbnailSide) / std::max(picture.cols, picture.rows));
+            std::min({1.0, std::sqrt(kThumbnailPixels / static_cast<double>(picture.total())),
+                      kThumbnailSide / std::max(picture.cols, picture.rows)});
         const cv::Size size(std::max(1, cvRound(picture.cols * scale)),
                             std::max(1, cvRound(picture.rows * scale)));
         cv::Mat small;

@@ -155,6 +155,7 @@ class Batch {
         for (std::size_t i = 0; i < files.size(); ++i) {
             if (!done_[i]) wanted.push_back(i);
         }
+        tellsAll_ = files.size() == 1;
         // Pictures are shared out here, so that the library needs no threads of its own.
         cv::setNumThreads(1);
         Progress progress(log_, wanted.size(), isOnTerminal());
@@ -198,7 +199,8 @@ class Batch {
     void print(const PictureRecord& record) const {
         out_ << record.name << ": " << orx::verdictText(record.result.verdict) << "\n";
         for (const orx::TRecipeValue& value : record.result.values) {
-            if (value.verdict != orx::vdPass && value.verdict != orx::vdNoLimits)
+            const bool isGood = value.verdict == orx::vdPass || value.verdict == orx::vdNoLimits;
+            if (tellsAll_ || !isGood)
                 out_ << "  " << cleanUtf8(value.name) << ": " << valueText(value) << "\n";
         }
     }
@@ -270,6 +272,7 @@ class Batch {
     Clock::time_point start_;
     Clock::time_point shown_;
     bool failed_ = false;
+    bool tellsAll_ = false;  // values that pass, too: of one picture that is no flood
 };
 
 }  // namespace

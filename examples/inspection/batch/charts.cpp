@@ -114,6 +114,15 @@ std::string runChartSvg(const orx::TRunStatistics& statistics) {
         svg << (i == 0 ? "M" : "L") << x.at(static_cast<double>(points[i].first)) << " "
             << y.at(points[i].mean);
     svg << "'/><path class='axis' d='M" << kLeft << " " << kTop + kHeight << "h" << kWidth << "'/>";
+    // What lies beyond the limits is marked.
+    for (const orx::TRunChartPoint& point : points) {
+        for (const double value : {point.least, point.largest}) {
+            if (value >= statistics.tolerance().lower && value <= statistics.tolerance().upper) continue;
+            svg << "<circle class='out' r='3' cx='" << x.at(static_cast<double>(point.first)) << "' cy='"
+                << y.at(value) << "'/>";
+            if (point.least == point.largest) break;
+        }
+    }
     for (const double limit : {statistics.tolerance().lower, statistics.tolerance().upper}) {
         if (!std::isfinite(limit) || !lies(limit, span)) continue;
         svg << "<path class='limit' d='M" << kLeft << " " << y.at(limit) << "h" << kWidth << "'/><text x='"
