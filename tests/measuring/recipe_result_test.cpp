@@ -158,7 +158,7 @@ TEST(RecipeProposal, MeasuresThePlateThatItWasTaughtFrom) {
     const scenes::PartPicture alone = scenes::renderPartAlone(scenes::PartKind::plate, 2);
     const orx::TProposal proposal = orx::proposeRecipe(alone.image);
     ASSERT_TRUE(proposal.valid) << proposal.problem;
-    EXPECT_EQ(proposal.picture.size(), alone.image.size());
+    EXPECT_EQ(proposal.picture.size(), alone.image.size() * 4);  // small, so enlarged
     const orx::TRecipe recipe = orx::parseRecipe(proposal.text);
     ASSERT_TRUE(recipe.valid());
     // Three holes and four sides, no more; diameters 30, 18 and 12, sides 62 and 108 apart.

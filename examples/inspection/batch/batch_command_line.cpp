@@ -22,7 +22,9 @@ void addBatchOptions(CLI::App& app, BatchOptions& batch, std::string& annotate) 
     const auto flag = [&](const char* name, bool& wanted, const char* text) {
         app.add_flag(name, wanted, text)->needs(recipe)->group(group);
     };
-    flag("--again", batch.again, "Start anew: forget the results in the output folder");
+    app.add_flag("--again", batch.again,
+                 "Start anew: forget the results in the output folder, or replace the recipe of --teach")
+        ->group(group);
     flag("--recursive", batch.recursive, "Measure the pictures in sub-folders, too");
     app.add_option("--jobs", batch.jobs, "Pictures measured at a time; results are the same for any number")
         ->check(CLI::Range(1, kMostJobs))

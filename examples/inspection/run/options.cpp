@@ -7,6 +7,7 @@
 #include "inspection/batch/batch_command_line.h"
 #include "inspection/measure/methods.h"
 #include "inspection/run/places.h"
+#include "inspection/teach/teach_command_line.h"
 #include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
@@ -51,6 +52,7 @@ struct Words {
     std::vector<std::string> calipers;
     std::vector<std::string> circleCalipers;
     std::string partRegion;
+    std::string teachRegion;
     std::string partPolarity = "same";
 };
 
@@ -328,6 +330,14 @@ void requireUsableParts(const Options& options) {
 
 void requireInput(const Options& options) {
     const bool hasPictures = !options.inputs.empty() || options.syntheticSeed || options.partsSeed;
+    if (options.teach.wanted()) {
+        if (hasPictures || options.camera.wanted || !options.batch.recipe.empty() ||
+            options.settings.parts.wanted())
+            throw CLI::ValidationError("--teach takes its own picture and does nothing else");
+        return;
+    }
+    if (options.batch.again && options.batch.recipe.empty())
+        throw CLI::ValidationError("--again goes with --recipe or --teach");
     if (!hasPictures && !options.camera.wanted)
         throw CLI::ValidationError(
             "nothing to measure: give pictures, folders, --synthetic SEED, --synthetic-parts SEED or "
@@ -356,7 +366,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "Finds round and elongated objects in pictures and measures them: threshold, contours, RANSAC "
         "circle\n"
         "or line for each contour. Or teaches parts and finds them. Writes annotated pictures, a JSON and an "
-        "HTML report.\nWith --recipe, measures what a recipe asks for and tells verdicts.",
+        "HTML report.\nWith --recipe, measures what a recipe asks for and tells verdicts; --teach proposes "
+        "one.",
         "orx_inspection"};
     app.set_version_flag("--version", std::string("orx_inspection ") + INSPECTION_VERSION);
     app.footer(
@@ -366,6 +377,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "a recipe was interrupted or terminated: what was measured until then is reported.");
     addInputs(app, options);
     addBatchOptions(app, options.batch, words.annotate);
+    addTeachOptions(app, options.teach, words.teachRegion);
     addCameraOptions(app, options.camera);
     addObjectOptions(app, options.settings, words);
     addShapeOptions(app, options.settings, words);
@@ -376,8 +388,9 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         app.parse(argc, argv);
         if (!std::isfinite(options.settings.minArea))
             throw CLI::ValidationError("--min-area must be a number");
-        requireInput(options);
         takeWords(words, options.settings);
+        requireInput(options);
+        if (!words.teachRegion.empty()) options.teach.region = boxFrom(words.teachRegion);
         options.batch.annotate = annotateFrom(words.annotate);
         requireReachableEstimators(options.settings);
         requireUsableParts(options);

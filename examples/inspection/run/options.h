@@ -9,6 +9,7 @@
 
 #include "inspection/batch/batch_options.h"
 #include "inspection/run/settings.h"
+#include "inspection/teach/teach_options.h"
 #include "orxFunctions/vision_driver.h"
 
 namespace inspection {
@@ -30,6 +31,7 @@ struct Options {
     double windowSeconds = 0.0;                  // for so long; 0: until it is closed
     CameraOptions camera;
     BatchOptions batch;
+    TeachOptions teach;
     Settings settings;
 };
 

@@ -19,6 +19,7 @@
 #include "inspection/run/picture_window.h"
 #include "inspection/run/progress.h"
 #include "inspection/run/terminal.h"
+#include "inspection/teach/teach_run.h"
 #include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
@@ -264,6 +265,7 @@ class Session {
 }  // namespace
 
 int run(const Options& options, std::ostream& out, std::ostream& log) {
+    if (options.teach.wanted()) return runTeach(options, out, log);
     if (!options.batch.recipe.empty()) return runBatch(options, out, log);
     if (options.camera.wanted) return runCameras(options, out, log);
     Options withModel = options;

@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "orxFunctions/analysis/caliper.h"
-#include "orxFunctions/measuring/recipe/picture.h"
+#include "orxFunctions/measuring/recipe/part_edges.h"
+#include "orxFunctions/measuring/recipe/plane.h"
 #include "orxFunctions/measuring/recipe_result.h"
 
 namespace orx::recipes {
@@ -21,12 +22,16 @@ struct OutlineShape {
     double sweep = 360.0;
     double semiMinor = 0.0;  // ellipse; `radius` is the other half axis
     double angle = 0.0;
-    double length = 0.0;  // pixels
+    double length = 0.0;    // pixels
+    double contrast = 0.0;  // grey levels
     TEdgePolarity polarity = epAny;
+    double room = 0.0;  // pixels across it to the nearest other edge; infinite where none is near
 };
 
-// The longest first, none twice.
-std::vector<OutlineShape> findOutlineShapes(const Picture& picture, const cv::Rect& region, double minLength);
+// Of the edges that lie within the polygon, the longest first, none twice. Where there is a plane, shapes are
+// those on it and in millimetres, but for what is said to be pixels.
+std::vector<OutlineShape> findOutlineShapes(const PartEdges& found, const std::vector<cv::Point2d>& polygon,
+                                            const Plane* plane, cv::Size picture, double minLength);
 
 }  // namespace orx::recipes
 

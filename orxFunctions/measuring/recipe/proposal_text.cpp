@@ -9,19 +9,18 @@ namespace {
 
 std::string quotedJson(const std::string& text) { return Json::valueToQuotedString(text.c_str()); }
 
-std::string number(double value) {
+// Where a calibration is wanted, the camera may look at the plane askew: elsewhere in the picture, or turned,
+// a part's outline then has another shape. Of a plate over most of the picture, tilted by 8 degrees, 0.6 is
+// seen as it was taught.
+constexpr const char* kAskew = ", \"minScore\": 0.4";
+
+std::string number(double value, const char* format = "%.6g") {
     char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.4g", value);
-    // Four digits of what is small, three decimals of what is large.
-    if (value >= 10.0 || value <= -10.0) std::snprintf(buffer, sizeof buffer, "%.3f", value);
+    std::snprintf(buffer, sizeof buffer, format, value);
     return buffer;
 }
 
-std::string point(cv::Point2d p) {
-    char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "[%.2f, %.2f]", p.x, p.y);
-    return buffer;
-}
+std::string point(cv::Point2d p) { return "[" + number(p.x) + ", " + number(p.y) + "]"; }
 
 std::string geometry(const OutlineShape& shape) {
     switch (shape.kind) {
@@ -42,10 +41,17 @@ const char* edgeText(TEdgePolarity polarity) {
     return polarity == epDarkToBright ? "darkToBright" : polarity == epBrightToDark ? "brightToDark" : "any";
 }
 
+// Edges that a recipe would not take for such, unless it is told.
+std::string contrastText(const OutlineShape& shape) {
+    constexpr double kWeak = 30.0;
+    return shape.contrast < kWeak ? ", \"minContrast\": " + number(shape.contrast / 3.0, "%.2g")
+                                  : std::string();
+}
+
 std::string featureText(const ProposedFeature& feature) {
     return "{\"name\": " + quotedJson(feature.name) + ", \"type\": \"" + featureKindText(feature.shape.kind) +
-           "\", " + geometry(feature.shape) + ", \"search\": " + number(feature.search) + ", \"edge\": \"" +
-           edgeText(feature.shape.polarity) + "\"}";
+           "\", " + geometry(feature.shape) + ", \"search\": " + number(feature.search, "%.3g") +
+           ", \"edge\": \"" + edgeText(feature.shape.polarity) + "\"" + contrastText(feature.shape) + "}";
 }
 
 std::string valueText(const ProposedValue& value) {
@@ -54,8 +60,11 @@ std::string valueText(const ProposedValue& value) {
     for (std::size_t i = 0; i < value.of.size(); ++i) text += (i > 0 ? ", " : "") + quotedJson(value.of[i]);
     text += "]";
     if (value.hasNominal)
-        text += ", \"nominal\": " + number(value.nominal) + ", \"tolerance\": " + number(value.tolerance) +
-                ", \"note\": \"tolerance proposed: edit\"";
+        text += ", \"nominal\": " + number(value.nominal) +
+                ", \"tolerance\": " + number(value.tolerance, "%.4g") + ", \"note\": \"" +
+                (value.widened ? "tolerance as wide as this picture's noise wants it: edit"
+                               : "tolerance proposed: edit") +
+                "\"";
     return text + "}";
 }
 
@@ -73,9 +82,11 @@ std::string proposalText(const TProposalOptions& options, const std::vector<Prop
                          const std::vector<ProposedValue>& values) {
     std::string text = "{\n  \"recipe\": 1,\n  \"name\": " + quotedJson(options.name) + ",\n";
     if (!options.calibration.empty())
-        text += "  \"unit\": \"mm\",\n  \"calibration\": " + quotedJson(options.calibration) + ",\n";
+        text += "  \"unit\": \"mm\",\n  \"coordinates\": \"mm\",\n  \"calibration\": " +
+                quotedJson(options.calibration) + ",\n";
     if (!options.model.empty())
-        text += "  \"part\": {\"by\": \"model\", \"model\": " + quotedJson(options.model) + "},\n";
+        text += "  \"part\": {\"by\": \"model\", \"model\": " + quotedJson(options.model) +
+                (options.calibration.empty() ? "" : kAskew) + "},\n";
     text += "  \"features\": " + listOf(features, featureText) + ",\n";
     text += "  \"values\": " + listOf(values, valueText) + "\n}\n";
     return text;

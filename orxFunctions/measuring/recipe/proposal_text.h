@@ -23,6 +23,7 @@ struct ProposedValue {
     bool hasNominal = false;
     double nominal = 0.0;
     double tolerance = 0.0;
+    bool widened = false;  // the tolerance is, to what can be told
 };
 
 std::string proposalText(const TProposalOptions& options, const std::vector<ProposedFeature>& features,
