@@ -64,9 +64,15 @@ ImageSaver::Answer ImageSaver::add(Job job) {
 // At the end of a process what was made last goes first. OpenCV makes its codecs when they are first asked
 // for, which is later than this object was made: to wait for the images before the codecs go, the object
 // that waits is made later still, and so here and not among the other process-wide ones.
+//
+// What a thread is the first to use of the C++ run time is made here, too: on Windows the end of the process
+// might end it in the middle of that, and whoever needs the same on the way out would wait forever.
 void ImageSaver::waitAtTheEnd() {
     struct Wait {
-        Wait() { cv::haveImageWriter(".png"); }
+        Wait() {
+            cv::haveImageWriter(".png");
+            static_cast<void>(std::uncaught_exceptions());  // asked by those who wait for a condition
+        }
         ~Wait() {
             imageSaver.isEnding_ = true;
             imageSaver.worker_.join();
