@@ -21,7 +21,7 @@
 // back, with the blur that the profiles of the call show.
 //
 // Accuracy, from the tests: on disks of radius 12 to 60 with a blur of 0.5 to 1.5 pixels the mean place is
-// right to 0.006 pixel, whatever the blur; single points to 0.006 pixel at a blur of 0.9, to 0.017 at 0.5,
+// right to 0.004 pixel, whatever the blur; single points to 0.006 pixel at a blur of 0.9, to 0.017 at 0.5,
 // where the pixels' grid shows. With noise the deviations are those of the points to within a tenth.
 #ifndef ORXFUNCTIONS_ANALYSIS_CONTOUR_EDGES_H
 #define ORXFUNCTIONS_ANALYSIS_CONTOUR_EDGES_H

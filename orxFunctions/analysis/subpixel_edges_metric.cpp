@@ -276,7 +276,10 @@ class PieceMeter {
         const double cs = crossing.normal.x * crossing.normal.y;
         const double leak = (1 - 3 * cs * cs) * 2 / 3;
         const double bounded = std::clamp(rate, -0.25 / all_.sigma, 0.25 / all_.sigma);
-        return crossing.normal * ((blurSquared + leak) * bounded / 2);
+        const double shift = (blurSquared + leak) * bounded / 2;
+        // The gradient of a blurred disk has its maximum where r = R I1'(z) / I1(z), z = r R / blur^2: seen
+        // from there R lies blur^2 / (2 r) - 3 blur^4 / (8 r^3) farther out.
+        return crossing.normal * (shift * (1 - 1.5 * shift * bounded));
     }
 
     const Measurement& all_;

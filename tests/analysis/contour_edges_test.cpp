@@ -57,7 +57,7 @@ TEST(ContourEdges, TheMeanPlaceOnABlurredDiskIsRightOnceTheCurvatureIsTold) {
                 };
                 const auto told = statisticsOf(orx::edgesAcross(image, probes, options), distance);
                 EXPECT_EQ(told.found, probes.size());
-                EXPECT_LT(std::abs(told.mean), 0.006);
+                EXPECT_LT(std::abs(told.mean), 0.004);
                 EXPECT_LT(told.rms, 0.03);
                 // Of what the pixel's own blur and interpolation add, 1/12 and 1/4.
                 const double shift = (blur * blur + 1.0 / 12 + 1.0 / 4) / (2 * radius);

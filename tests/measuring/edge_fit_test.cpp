@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "orxFunctions/orxfunctions.h"
+#include "support/plane_scene.h"
 #include "tests/support/edge_scene.h"
 #include "tests/support/fit_scenes.h"
 
@@ -188,6 +189,47 @@ TEST(EdgeFit, DeviationsCountAsTheyCan) {
     EXPECT_NEAR(known, 0.1 / std::sqrt(independent), 0.05 * known);
     options.deviations.assign(edge.points.size(), 0.2);  // the caller's go first
     EXPECT_NEAR(orx::fitCircleGeometric(edge, 1.0, options).radiusDeviation, 2 * known, 1e-6);
+}
+
+// The mean error of the radius over places of a disk between the pixels, whose areas under it are added up.
+template <class Measure>
+double meanRadiusError(double radius, double blur, const Measure& measure) {
+    constexpr int kPlaces = 8;
+    double sum = 0;
+    for (int i = 0; i < kPlaces; ++i) {
+        const cv::Point2d center(32 + 0.13 * i, 32 - 0.21 * i);
+        scenes::PlaneCamera camera;  // right above the plane, a pixel a millimetre
+        camera.size = kSize;
+        camera.fx = camera.fy = 1000;
+        camera.cx = camera.cy = 0;
+        camera.translation = {center.x, center.y, 1000};
+        scenes::PlaneExposure exposure;
+        exposure.blurSigma = blur;
+        const cv::Mat levels =
+            scenes::renderPlaneLevels(camera, scenes::dotGridShape(1, 1, 9, 2 * radius), exposure);
+        sum += measure(scenes::withNoise(levels, 0, 1), center) - radius;
+    }
+    return sum / kPlaces;
+}
+
+TEST(EdgeFit, SmallDisksKeepTheirRadius) {
+    for (const double blur : {0.5, 0.7}) {
+        for (const double radius : {6.0, 8.0, 12.0}) {
+            SCOPED_TRACE(testing::Message() << "radius " << radius << ", blur " << blur);
+            const double chain =
+                meanRadiusError(radius, blur, [](const cv::Mat& img, cv::Point2d /*center*/) {
+                    return orx::fitCircleGeometric(longestEdge(img), 1.0).radius;
+                });
+            EXPECT_NEAR(chain, 0, 0.0012);
+            const double across = meanRadiusError(radius, blur, [&](const cv::Mat& img, cv::Point2d center) {
+                orx::TContourEdgeOptions options;
+                options.noise = 1;
+                const auto edges = orx::edgesAcross(img, orx::probesAlongCircle(center, radius), options);
+                return orx::fitCircleGeometric(orx::pointsOf(edges)).radius;
+            });
+            EXPECT_NEAR(across, 0, 0.0012);
+        }
+    }
 }
 
 TEST(EdgeFit, WhatIsRefusedSaysWhy) {

@@ -45,8 +45,8 @@ auto fitSoundly(Fit fit, const EdgePoints& edges, const PlacedPoints& placed, TF
 }
 
 // What probes and chains leave of the bend of a blurred outline, which they take back but for a part: pixels
-// of the radius, times the radius. Calipers leave nothing that could be seen.
-constexpr double kBendLeft = 0.03;
+// of the radius, times the radius, for blurs up to 1. Calipers leave nothing that could be seen.
+constexpr double kBendLeft = 0.01;
 
 void addBend(const EdgePoints& edges, TMeasuredCircle& circle) {
     if (edges.noise != pnEdgeChain || !circle.valid()) return;
