@@ -303,6 +303,20 @@ TEST(RecipeRun, ShapesThatAreSeenInPartWantTheirShare) {
     }
 }
 
+TEST(RecipeRun, CirclesBesideTheirNominalPlaceAreNotPulledTowardsIt) {
+    const cv::Mat img = edge_scene::disk({120, 100}, {63.2, 51.7}, 10, {40, 200, 0.8, 0, 5});
+    for (const char* by : {"calipers", "edges", "chain"}) {
+        const orx::TRecipeResult result =
+            parsed(R"({"recipe": 1, "features": [{"name": "disk", "type": "circle",
+            "center": [60, 50], "radius": 10.5, "search": 5, "by": ")" +
+                   std::string(by) + R"("}], "values": [
+            {"name": "x", "type": "x", "of": ["disk"]}, {"name": "d", "type": "diameter", "of": ["disk"]}]})")
+                .run(img);
+        EXPECT_NEAR(valueOf(result, "x").value, 63.2, 0.004) << by;
+        EXPECT_NEAR(valueOf(result, "d").value, 20, 0.005) << by;
+    }
+}
+
 TEST(RecipeRun, WidthsChainsAndConstructionsAreThoseOfTheScene) {
     // A rectangle from 30.2 to 95.9 and from 20.4 to 70.7.
     const cv::Mat img = edge_scene::rectangle({130, 95}, {30.2, 20.4, 65.7, 50.3}, kLook);
