@@ -93,16 +93,15 @@ double shade(const PlaneShape& shape, cv::Point2d place, double sampleSize) {
     return std::clamp(0.5 + shape(place) / sampleSize, 0.0, 1.0);
 }
 
-// The share of light at each fine sample.
-cv::Mat fineLight(const cv::Mat& corners, const PlaneShape& shape) {
-    const cv::Size size(corners.cols - 1, corners.rows - 1);
-    cv::Mat light(size * kFine, CV_32F);
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            const auto a = corners.at<cv::Point2d>(y, x);
-            const auto b = corners.at<cv::Point2d>(y, x + 1);
-            const auto c = corners.at<cv::Point2d>(y + 1, x);
-            const auto d = corners.at<cv::Point2d>(y + 1, x + 1);
+// The share of light at each fine sample of a part of the picture.
+cv::Mat fineLight(const cv::Mat& corners, const cv::Rect& part, const PlaneShape& shape) {
+    cv::Mat light(part.size() * kFine, CV_32F);
+    for (int y = 0; y < part.height; ++y) {
+        for (int x = 0; x < part.width; ++x) {
+            const auto a = corners.at<cv::Point2d>(part.y + y, part.x + x);
+            const auto b = corners.at<cv::Point2d>(part.y + y, part.x + x + 1);
+            const auto c = corners.at<cv::Point2d>(part.y + y + 1, part.x + x);
+            const auto d = corners.at<cv::Point2d>(part.y + y + 1, part.x + x + 1);
             const double pixel = std::sqrt(std::abs((b - a).cross(c - a)));
             const cv::Point2d middle = 0.25 * (a + b + c + d);
             // Far from any edge all samples of a pixel are alike.
@@ -125,6 +124,18 @@ cv::Mat fineLight(const cv::Mat& corners, const PlaneShape& shape) {
         }
     }
     return light;
+}
+
+// What the pixels of a part of the picture gather.
+cv::Mat pixelLight(const cv::Mat& corners, const cv::Rect& part, const PlaneShape& shape, double blurSigma) {
+    cv::Mat light = fineLight(corners, part, shape);
+    if (blurSigma > 0) {
+        const double sigma = blurSigma * kFine;
+        cv::GaussianBlur(light, light, cv::Size(), sigma, sigma, cv::BORDER_REPLICATE);
+    }
+    cv::Mat pixels;
+    cv::resize(light, pixels, part.size(), 0, 0, cv::INTER_AREA);
+    return pixels;
 }
 
 }  // namespace
@@ -188,19 +199,42 @@ PlaneShape dotGridShape(int columns, int rows, double pitch, double diameter) {
 PlaneRenderer::PlaneRenderer(const PlaneCamera& camera) : corners_(samplePlaces(camera)) {}
 
 cv::Mat PlaneRenderer::levels(const PlaneShape& shape, const PlaneExposure& exposure) const {
-    cv::Mat light = fineLight(corners_, shape);
-    if (exposure.blurSigma > 0) {
-        const double sigma = exposure.blurSigma * kFine;
-        cv::GaussianBlur(light, light, cv::Size(), sigma, sigma, cv::BORDER_REPLICATE);
-    }
-    cv::Mat levels;
-    cv::resize(light, levels, light.size() / kFine, 0, 0, cv::INTER_AREA);
+    const cv::Rect picture(0, 0, corners_.cols - 1, corners_.rows - 1);
+    cv::Mat levels = pixelLight(corners_, picture, shape, exposure.blurSigma);
     levels.convertTo(levels, CV_32F, exposure.bright - exposure.dark, exposure.dark);
     return levels;
 }
 
 cv::Mat renderPlaneLevels(const PlaneCamera& camera, const PlaneShape& shape, const PlaneExposure& exposure) {
     return PlaneRenderer(camera).levels(shape, exposure);
+}
+
+cv::Mat PlaneRenderer::levelsOfFewEdges(const PlaneShape& shape, const PlaneExposure& exposure) const {
+    const cv::Rect picture(0, 0, corners_.cols - 1, corners_.rows - 1);
+    constexpr int kTile = 16;  // pixels
+    // As far as the blur reaches, and a pixel.
+    const int margin = static_cast<int>(std::ceil(4 * exposure.blurSigma)) + 1;
+    cv::Mat light(picture.size(), CV_32F);
+    for (int y = 0; y < picture.height; y += kTile) {
+        for (int x = 0; x < picture.width; x += kTile) {
+            const cv::Rect tile = cv::Rect(x, y, kTile, kTile) & picture;
+            const cv::Rect around =
+                cv::Rect(x - margin, y - margin, kTile + 2 * margin, kTile + 2 * margin) & picture;
+            const auto first = corners_.at<cv::Point2d>(around.tl());
+            const auto last = corners_.at<cv::Point2d>(around.br());
+            const auto right = corners_.at<cv::Point2d>(around.y, around.br().x);
+            const auto left = corners_.at<cv::Point2d>(around.br().y, around.x);
+            const double distance = shape(0.25 * (first + last + right + left));
+            // With room for tiles that the camera sees askew.
+            if (std::abs(distance) > 0.75 * std::max(cv::norm(last - first), cv::norm(right - left))) {
+                light(tile).setTo(distance > 0 ? 1.0 : 0.0);
+                continue;
+            }
+            pixelLight(corners_, around, shape, exposure.blurSigma)(tile - around.tl()).copyTo(light(tile));
+        }
+    }
+    light.convertTo(light, CV_32F, exposure.bright - exposure.dark, exposure.dark);
+    return light;
 }
 
 cv::Mat withNoise(const cv::Mat& levels, double noiseSigma, std::uint64_t seed) {
