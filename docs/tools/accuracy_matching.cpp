@@ -8,10 +8,10 @@
 // --save FOLDER (and writes its picture there).
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <opencv2/imgcodecs.hpp>
 
 #include "docs/tools/matching_accuracy.h"
+#include "docs/tools/tool_support.h"
 
 namespace {
 
@@ -244,24 +244,13 @@ int usage() {
 
 int main(int argc, char** argv) {
     Settings settings;
-    for (int i = 1; i < argc; i += 2) {
-        if (i + 1 >= argc) return usage();
-        const std::string option = argv[i];
-        const char* value = argv[i + 1];
-        if (option == "--only")
-            settings.only = value;
-        else if (option == "--part")
-            settings.part = value;
-        else if (option == "--scenes")
-            settings.scenes = std::atoi(value);
-        else if (option == "--failures")
-            settings.failures = value[0] == '1';
-        else if (option == "--save")
-            settings.save = value;
-        else
-            return usage();
-    }
-    if (settings.scenes < 5) return usage();
+    tool_support::Options options;
+    options.add("--only", settings.only);
+    options.add("--part", settings.part);
+    options.add("--scenes", settings.scenes);
+    options.add("--failures", settings.failures);
+    options.add("--save", settings.save);
+    if (!options.read(argc, argv) || settings.scenes < 5) return usage();
 
     ByPart byPart;
     printIntroduction();

@@ -4,9 +4,9 @@
 //     build/release/bin/accuracy_measuring --table circle --scenes 10000 > circle.md
 // Options: --table NAME (see kTables), --only TEXT (rows whose label contains it), --scenes N, --threads N.
 #include <cstdio>
-#include <cstdlib>
 
 #include "docs/tools/measuring_tables.h"
+#include "docs/tools/tool_support.h"
 
 namespace {
 
@@ -45,22 +45,12 @@ int usage() {
 
 int main(int argc, char** argv) {
     Settings settings;
-    for (int i = 1; i < argc; i += 2) {
-        if (i + 1 >= argc) return usage();
-        const std::string option = argv[i];
-        const char* value = argv[i + 1];
-        if (option == "--table")
-            settings.table = value;
-        else if (option == "--only")
-            settings.only = value;
-        else if (option == "--scenes")
-            settings.scenes = std::atoi(value);
-        else if (option == "--threads")
-            settings.threads = std::atoi(value);
-        else
-            return usage();
-    }
-    if (settings.scenes < 10 || settings.threads < 1) return usage();
+    tool_support::Options options;
+    options.add("--table", settings.table);
+    options.add("--only", settings.only);
+    options.add("--scenes", settings.scenes);
+    options.add("--threads", settings.threads);
+    if (!options.read(argc, argv) || settings.scenes < 10 || settings.threads < 1) return usage();
     bool known = false;
     for (const Table& table : kTables) {
         if (!settings.table.empty() && settings.table != table.name) continue;

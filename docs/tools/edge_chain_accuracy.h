@@ -74,7 +74,7 @@ inline cv::Point2d nearMiddle(Random& random) {
 // There is no efficient estimate to compare with: errors are told as they are (spread is of no use).
 inline Result measureDisks(double blur, double noise, int scenes, int threads) {
     const DiskPictures pictures(blur);
-    const auto trials = trialsOf(scenes, threads, [&](int scene) {
+    const auto trials = tool_support::inParallel(scenes, threads, [&](int scene) {
         Random random(seedOf(1, scene));
         const CircleTask kind{{nearMiddle(random), DiskPictures::kRadius, 0}, {360, 0, 0}};
         const edge_scene::Look look{40, 200, blur, noise, scene + 1};
@@ -85,7 +85,7 @@ inline Result measureDisks(double blur, double noise, int scenes, int threads) {
 }
 
 inline Result measureHalfPlanes(double blur, double noise, int scenes, int threads) {
-    const auto trials = trialsOf(scenes, threads, [&](int scene) {
+    const auto trials = tool_support::inParallel(scenes, threads, [&](int scene) {
         Random random(seedOf(2, scene));
         const double normal = random.uniform(0, 360);
         const LineTask kind{{nearMiddle(random), normal - 90}, {}};

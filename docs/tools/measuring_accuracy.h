@@ -10,14 +10,13 @@
 #define DOCS_TOOLS_MEASURING_ACCURACY_H
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "docs/tools/tool_support.h"
 #include "orxFunctions/orxfunctions.h"
 #include "tests/fitting/ellipse_scenes.h"
 #include "tests/fitting/geometric_scenes.h"
@@ -276,21 +275,6 @@ inline Result resultOf(const std::vector<Trial>& trials, const Values& bound, in
     return result;
 }
 
-// Runs `one` for scenes 0, 1, ...: `threads` of them share the work, which changes no number.
-template <class One>
-std::vector<Trial> trialsOf(int scenes, int threads, One one) {
-    std::vector<Trial> trials(static_cast<std::size_t>(scenes));
-    std::atomic<int> next{0};
-    const auto work = [&] {
-        for (int i = next++; i < scenes; i = next++) trials[static_cast<std::size_t>(i)] = one(i);
-    };
-    std::vector<std::thread> others;
-    for (int i = 1; i < threads; ++i) others.emplace_back(work);
-    work();
-    for (std::thread& thread : others) thread.join();
-    return trials;
-}
-
 // Neighbouring scenes and rows share no numbers.
 inline unsigned seedOf(int row, int scene) {
     std::uint64_t z = (static_cast<std::uint64_t>(row) << 32U) + static_cast<std::uint64_t>(scene) + 1;
@@ -302,7 +286,7 @@ inline unsigned seedOf(int row, int scene) {
 // Fits `scenes` scenes of a kind with fit(points). `row` seeds them.
 template <class Kind, class Fit>
 Result measure(const Kind& kind, Fit fit, int row, int scenes, int threads) {
-    const auto trials = trialsOf(scenes, threads, [&](int scene) {
+    const auto trials = tool_support::inParallel(scenes, threads, [&](int scene) {
         Random random(seedOf(row, scene));
         const Task task = kind.make(random);
         return Trial{kind.judge(fit(task.points)), task.efficient};

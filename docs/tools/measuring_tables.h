@@ -6,6 +6,7 @@
 #include <string>
 
 #include "docs/tools/measuring_accuracy.h"
+#include "docs/tools/tool_support.h"
 
 namespace measuring_tables {
 
@@ -15,7 +16,7 @@ struct Settings {
     std::string table;  // all where empty
     std::string only;
     int scenes = 10000;
-    int threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    int threads = tool_support::allThreads();
 };
 
 // What a table holds a row to: the goals of the library, good and excellent.
