@@ -47,6 +47,7 @@ void onAllProcessors(int count, const Make& make) {
     std::atomic<int> next{0};
     std::vector<std::exception_ptr> failures(std::max(1U, std::thread::hardware_concurrency()));
     std::vector<std::thread> threads;
+    threads.reserve(failures.size());
     for (std::exception_ptr& failure : failures) {
         threads.emplace_back([&] {
             try {
@@ -123,9 +124,7 @@ int run(const Options& options) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int parseAndRun(int argc, const char* const* argv) {
     Options options;
     CLI::App app(
         "Renders a lot of plates on a tilted plane, as a camera with a bending lens sees them: target/ with\n"
@@ -142,10 +141,16 @@ int main(int argc, char** argv) {
     app.add_option("--seed", options.lot.seed, "equal seeds give equal plates")
         ->capture_default_str()
         ->check(CLI::Range(0, 1000000));
+    CLI11_PARSE(app, argc, argv);
+    return run(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
         const host::CommandLine arguments(argc, argv);
-        CLI11_PARSE(app, arguments.count(), arguments.texts());
-        return run(options);
+        return parseAndRun(arguments.count(), arguments.texts());
     } catch (const std::exception& error) {
         std::fprintf(stderr, "orx_plates: %s\n", error.what());
         return 1;
