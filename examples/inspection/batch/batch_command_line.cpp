@@ -7,6 +7,7 @@ namespace {
 
 constexpr int kMostJobs = 64;
 constexpr int kMostTimes = 1000;
+constexpr int kMostKept = 1000000;
 
 }  // namespace
 
@@ -57,6 +58,13 @@ void addBatchOptions(CLI::App& app, BatchOptions& batch, std::string& annotate) 
         ->check(CLI::Range(2, kMostTimes))
         ->needs(recipe)
         ->type_name("K")
+        ->group(group);
+    app.add_option("--keep", batch.keep,
+                   "With --camera, of the pictures of --annotate the newest, so many at the most")
+        ->check(CLI::Range(1, kMostKept))
+        ->needs(recipe)
+        ->type_name("N")
+        ->capture_default_str()
         ->group(group);
     flag("--quiet", batch.quiet, "Print problems alone");
 }

@@ -19,6 +19,7 @@ struct BatchOptions {
     int gauge = 0;       // pictures of each part, one after another; 0: no study
     bool again = false;
     bool quiet = false;
+    int keep = 1000;  // annotated pictures of cameras at the most: the newest
 };
 
 }  // namespace inspection

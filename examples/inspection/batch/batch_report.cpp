@@ -7,6 +7,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
+#include <system_error>
 
 #include "inspection/batch/charts.h"
 #include "inspection/batch/truth_report.h"
@@ -188,7 +189,10 @@ void writeWorst(std::ostream& out, const RunSummary& summary, const fs::path& fo
     std::size_t bytes = 0;
     for (const WorstPart& part : worst) {
         out << "<figure>";
-        if (!part.annotated.empty()) {
+        std::error_code ignored;  // of cameras, old pictures make room for new ones
+        const bool isThere = !part.annotated.empty() &&
+                             fs::exists(folder / kPicturesFolder / fs::u8path(part.annotated), ignored);
+        if (isThere) {
             std::string data;
             if (bytes < kMostThumbnailBytes)
                 data = thumbnail(folder / kPicturesFolder / fs::u8path(part.annotated));

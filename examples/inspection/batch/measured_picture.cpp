@@ -61,34 +61,48 @@ void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx:
         measured.problem = displayName(folder / fs::u8path(name)) + " can't be written";
 }
 
-void measureInto(MeasuredPicture& measured, const PictureFile& file, const orx::TRecipe& recipe,
-                 const BatchOptions& options, const fs::path& folder) {
-    std::string problem;
-    const cv::Mat picture = readDeepGrey(file.path, problem);
-    measured.record.result = recipe.run(picture);
-    if (picture.empty()) measured.record.result.problem = problem;
-    annotatePicture(picture, file, recipe, options, folder, measured);
-}
-
-}  // namespace
-
-MeasuredPicture measurePicture(const PictureFile& file, const orx::TRecipe& recipe,
-                               const BatchOptions& options, const fs::path& folder) {
+// `read` gives the picture, or why there is none.
+template <class Read>
+MeasuredPicture measured(const Read& read, const PictureFile& file, const orx::TRecipe& recipe,
+                         const BatchOptions& options, const fs::path& folder) {
     MeasuredPicture measured;
     measured.record.name = file.name;
     measured.record.id = file.id;
     measured.record.bytes = file.bytes;
     measured.record.modified = file.modified;
     try {
-        measureInto(measured, file, recipe, options, folder);
+        std::string problem;
+        const cv::Mat picture = read(problem);
+        measured.record.result = recipe.run(picture);
+        if (picture.empty()) measured.record.result.problem = problem;
+        annotatePicture(picture, file, recipe, options, folder, measured);
     } catch (const std::exception& error) {  // no memory, or a picture too large to be drawn
         measured.record.result = recipe.run(cv::Mat());
         measured.record.result.problem = std::string("it could not be measured: ") + error.what();
         measured.record.annotated.clear();
     }
     measured.line = lineOf(measured.record);
-    measured.record.result.features.clear();
     return measured;
+}
+
+}  // namespace
+
+MeasuredPicture measurePicture(const PictureFile& file, const orx::TRecipe& recipe,
+                               const BatchOptions& options, const fs::path& folder) {
+    MeasuredPicture result = measured([&](std::string& problem) { return readDeepGrey(file.path, problem); },
+                                      file, recipe, options, folder);
+    result.record.result.features.clear();
+    return result;
+}
+
+MeasuredPicture measurePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,
+                               const BatchOptions& options, const fs::path& folder) {
+    return measured(
+        [&](std::string& problem) {
+            problem = "no picture";
+            return picture;
+        },
+        file, recipe, options, folder);
 }
 
 }  // namespace inspection

@@ -3,6 +3,7 @@
 #define EXAMPLES_INSPECTION_BATCH_MEASURED_PICTURE_H
 
 #include <filesystem>
+#include <opencv2/core.hpp>
 #include <string>
 
 #include "inspection/batch/batch_options.h"
@@ -19,6 +20,10 @@ struct MeasuredPicture {
 // Whatever is wrong with the file is the result's problem. `folder` is that of the annotated pictures. Throws
 // nothing. Reentrant, for files of different paths.
 MeasuredPicture measurePicture(const PictureFile& file, const orx::TRecipe& recipe,
+                               const BatchOptions& options, const std::filesystem::path& folder);
+
+// The same for a picture that is in memory, with its features for drawing; `file` tells its name alone.
+MeasuredPicture measurePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,
                                const BatchOptions& options, const std::filesystem::path& folder);
 
 }  // namespace inspection

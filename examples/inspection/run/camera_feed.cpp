@@ -1,6 +1,7 @@
 #include "inspection/run/camera_feed.h"
 
 #include <atomic>
+#include <cstring>
 #include <utility>
 
 namespace inspection {
@@ -15,7 +16,7 @@ double CameraCount::rate() const {
     return seconds > 0.0 ? (delivered - 1) / seconds : 0.0;
 }
 
-CameraFeed::CameraFeed() { current = this; }
+CameraFeed::CameraFeed(bool eachOnce) : eachOnce_(eachOnce) { current = this; }
 
 CameraFeed::~CameraFeed() { current = nullptr; }
 
@@ -24,6 +25,11 @@ void CameraFeed::receive(cv::Mat& picture, int camera) {
     if (feed == nullptr) return;
     const auto slot = static_cast<std::size_t>(camera);
     const auto now = std::chrono::steady_clock::now();
+    if (feed->eachOnce_ && feed->isRepeated(picture, slot)) {
+        const std::lock_guard<std::mutex> lock(feed->mutex_);
+        ++feed->counts_[slot].repeated;
+        return;
+    }
     {
         const std::lock_guard<std::mutex> lock(feed->mutex_);
         CameraCount& count = feed->counts_[slot];
@@ -33,6 +39,22 @@ void CameraFeed::receive(cv::Mat& picture, int camera) {
         feed->newest_[slot] = picture;
     }
     feed->arrived_.notify_one();
+}
+
+bool CameraFeed::isRepeated(const cv::Mat& picture, std::size_t slot) {
+    cv::Mat& last = last_[slot];
+    const auto areEqual = [&](const cv::Mat& a, const cv::Mat& b) {
+        const std::size_t bytes = static_cast<std::size_t>(a.cols) * a.elemSize();
+        for (int row = 0; row < a.rows; ++row) {
+            if (std::memcmp(a.ptr(row), b.ptr(row), bytes) != 0) return false;
+        }
+        return true;
+    };
+    const bool isSame = last.empty() ? cv::countNonZero(picture.reshape(1)) == 0
+                                     : last.size() == picture.size() && last.type() == picture.type() &&
+                                           areEqual(last, picture);
+    if (!isSame) last = picture;
+    return isSame;
 }
 
 bool CameraFeed::take(std::chrono::steady_clock::time_point end, cv::Mat& picture, int& camera) {

@@ -16,6 +16,7 @@ namespace inspection {
 struct CameraCount {
     int delivered = 0;  // pictures
     int dropped = 0;    // of them, because a newer one came before the consumer took them
+    int repeated = 0;   // not counted otherwise: the last one again, and what comes before the first
     std::chrono::steady_clock::time_point first;
     std::chrono::steady_clock::time_point last;
 
@@ -27,7 +28,10 @@ struct CameraCount {
 // picture's header: measuring in its callback would hold up the camera. One feed at a time in a process.
 class CameraFeed {
   public:
-    CameraFeed();
+    // A driver may give its newest picture again while there is no newer one, and a black one before the
+    // first. With `eachOnce`, what is the last one to the byte is left out, which no camera's noise makes,
+    // and black before anything else.
+    explicit CameraFeed(bool eachOnce = false);
     ~CameraFeed();
     CameraFeed(const CameraFeed&) = delete;
     CameraFeed& operator=(const CameraFeed&) = delete;
@@ -41,7 +45,10 @@ class CameraFeed {
 
   private:
     bool takeNow(cv::Mat& picture, int& camera);
+    bool isRepeated(const cv::Mat& picture, std::size_t slot);
 
+    const bool eachOnce_;
+    std::array<cv::Mat, orx::MAXCameraNum> last_;  // each of its grab thread alone
     mutable std::mutex mutex_;
     std::condition_variable arrived_;
     std::array<cv::Mat, orx::MAXCameraNum> newest_;

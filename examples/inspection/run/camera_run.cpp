@@ -13,19 +13,16 @@
 #include "inspection/report/annotate.h"
 #include "inspection/report/table.h"
 #include "inspection/report/utf8.h"
-#include "inspection/run/camera_feed.h"
+#include "inspection/run/camera_rig.h"
 #include "inspection/run/image_source.h"
 #include "inspection/run/interrupt.h"
 #include "inspection/run/output_folder.h"
 #include "orxFunctions/orxfunctions.h"
-#include "orxFunctions/vision_driver.h"
 
 namespace inspection {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr int kTargetRate = 30;  // pictures per second, where the camera has as many
 
 // The last measured picture of a camera.
 struct LastPicture {
@@ -45,7 +42,11 @@ cv::Mat greyOf(const cv::Mat& picture) {
 class CameraSession {
   public:
     CameraSession(const Options& options, std::ostream& out, std::ostream& log)
-        : options_(options), out_(out), log_(log), folder_(std::filesystem::u8path(options.output)) {}
+        : options_(options),
+          out_(out),
+          log_(log),
+          folder_(std::filesystem::u8path(options.output)),
+          rig_(options.camera, log) {}
 
     int run() {
         std::string problem;
@@ -55,35 +56,17 @@ class CameraSession {
             return 1;
         }
         watchForInterrupt();
-        const bool areOpen = openCameras();
+        const bool areOpen = rig_.open();
         if (areOpen) grab();
-        close();
-        showMessages();
+        rig_.close();
         return areOpen && report() ? 0 : 1;
     }
 
   private:
-    int cameras() const { return options_.camera.cameras; }
-
-    bool openCameras() {
-        std::string missing;
-        if (!cams_.CheckCameraDriverValid(options_.camera.type, &missing)) {
-            log_ << "orx_inspection: " << zul::toUtf8(missing) << "\n";
-        }
-        if (!cams_.InitCamera(options_.camera.type, nullptr, false, false)) return false;
-        cams_.setCameraNumber(cameras());
-        bool areOpen = true;
-        for (int i = 0; i < cameras(); ++i) areOpen = cams_.open(i, options_.camera.type) && areOpen;
-        return areOpen;
-    }
+    int cameras() const { return rig_.cameras(); }
 
     void grab() {
-        config_.frameRate = kTargetRate;
-        for (int i = 0; i < cameras(); ++i) {
-            orx::imgThreadManager.startThread(&cams_, &config_, i);
-            orx::imgThreadManager.setDrawImgCallbackFunc(true, CameraFeed::receive, i);
-        }
-        orx::APPaddOrSetParamBool(orx::kCameraReady, true);
+        rig_.start();
         log_ << "grabbing from " << cameras() << (cameras() == 1 ? " camera for " : " cameras for ")
              << fixedText(options_.camera.seconds, 1) << " s; Ctrl-C ends it" << std::endl;
         const auto end =
@@ -92,11 +75,10 @@ class CameraSession {
             cv::Mat picture;
             int camera = 0;
             const auto soon = std::min(end, Clock::now() + std::chrono::milliseconds(100));
-            if (feed_.take(soon, picture, camera))
+            if (rig_.take(soon, picture, camera))
                 measurePicture(picture, last_[static_cast<std::size_t>(camera)]);
-            if (!orx::APPgetParamBool(orx::kCameraReady)) reconnect();
         }
-        orx::imgThreadManager.closeAllThread();
+        rig_.stop();
     }
 
     void measurePicture(const cv::Mat& picture, LastPicture& last) {
@@ -108,27 +90,6 @@ class CameraSession {
         ++last.measured;
     }
 
-    // The driver reconnects by itself; what it needs is to be asked again.
-    void reconnect() {
-        for (int i = 0; i < cameras(); ++i) cams_.connectCamera(i, options_.camera.type);
-        orx::APPaddOrSetParamBool(orx::kCameraReady, true);
-    }
-
-    void close() {
-        for (int i = 0; i < cams_.cameraNumber; ++i) {
-            sizes_.push_back(cams_.getImgSize(i));
-            lost_.push_back(cams_.GetParam(i, VD_PARAM_FRAMES_LOST));
-        }
-        cams_.DestoryCamera();
-        cams_.freeDll();
-    }
-
-    void showMessages() {
-        std::string text;
-        int color = 0;
-        while (orx::APPgetMessage(text, color)) log_ << "message: " << cleanUtf8(zul::toUtf8(text)) << "\n";
-    }
-
     // False when a camera delivered nothing that could be measured, or a picture can't be written.
     bool report() {
         std::vector<std::vector<std::string>> rows = {
@@ -137,14 +98,14 @@ class CameraSession {
         bool isComplete = true;
         for (int i = 0; i < cameras(); ++i) {
             const auto slot = static_cast<std::size_t>(i);
-            const CameraCount count = feed_.count(i);
+            const CameraCount count = rig_.count(i);
             const LastPicture& last = last_[slot];
             rows.push_back({std::to_string(i + 1),
-                            std::to_string(sizes_[slot].width) + "x" + std::to_string(sizes_[slot].height),
+                            std::to_string(rig_.size(i).width) + "x" + std::to_string(rig_.size(i).height),
                             fixedText(count.rate(), 1), std::to_string(count.delivered),
                             std::to_string(last.measured), std::to_string(count.dropped),
                             std::to_string(orx::imgThreadManager.getFailedFetches(i)),
-                            std::isnan(lost_[slot]) ? "-" : fixedText(lost_[slot], 0),
+                            std::isnan(rig_.lost(i)) ? "-" : fixedText(rig_.lost(i), 0),
                             std::to_string(last.features.size())});
             isComplete = writePicture(i, last, pictures) && isComplete;
         }
@@ -173,12 +134,8 @@ class CameraSession {
     std::ostream& out_;
     std::ostream& log_;
     OutputFolder folder_;
-    CameraFeed feed_;
-    orx::TMultiCamera cams_;
-    orx::TCameraConfig config_;
+    CameraRig rig_;
     std::array<LastPicture, orx::MAXCameraNum> last_;
-    std::vector<cv::Size> sizes_;
-    std::vector<float> lost_;
 };
 
 }  // namespace

@@ -133,7 +133,8 @@ void addCameraOptions(CLI::App& app, CameraOptions& camera) {
         ->type_name("K")
         ->capture_default_str()
         ->group(group);
-    app.add_option("--seconds", camera.seconds, "For how long")
+    app.add_option("--seconds", camera.seconds,
+                   "For how long; with --recipe until Ctrl-C, unless it is given")
         ->check(between(0.1, 1e6))
         ->needs(flag)
         ->type_name("S")
@@ -348,13 +349,18 @@ void requireInput(const Options& options) {
 
 void requirePlainBatch(const Options& options) {
     if (options.batch.recipe.empty()) return;
-    const bool isOther = options.syntheticSeed || options.partsSeed || options.camera.wanted;
-    if (options.inputs.empty() || isOther)
-        throw CLI::ValidationError("--recipe measures pictures and folders alone");
+    if (options.syntheticSeed || options.partsSeed || (options.inputs.empty() && !options.camera.wanted))
+        throw CLI::ValidationError("--recipe measures pictures, folders or --camera alone");
+    if (options.camera.wanted) {
+        if (options.batch.recursive || options.batch.jobs > 1 || options.batch.gauge > 0 ||
+            !options.batch.truth.empty())
+            throw CLI::ValidationError("--recursive, --jobs, --gauge and --truth are for pictures");
+    } else if (options.window) {
+        throw CLI::ValidationError("--recipe opens a window for --camera alone");
+    }
     if (options.settings.parts.wanted())
         throw CLI::ValidationError(
             "--recipe says itself where the part is: leave out --find and --teach-part");
-    if (options.window) throw CLI::ValidationError("--recipe opens no windows");
 }
 
 }  // namespace
@@ -374,7 +380,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         "Methods: " + CLI::detail::join(methodNames(), ", ") +
         ".\nExit code: 0 when all pictures (or cameras) were measured, 1 when some were not or an output "
         "could not be written, 2 for bad arguments or a recipe that is not valid, 130 or 143 when a run by "
-        "a recipe was interrupted or terminated: what was measured until then is reported.");
+        "a recipe on pictures was interrupted or terminated: what was measured until then is reported.");
     addInputs(app, options);
     addBatchOptions(app, options.batch, words.annotate);
     addTeachOptions(app, options.teach, words.teachRegion);
@@ -395,6 +401,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         requireReachableEstimators(options.settings);
         requireUsableParts(options);
         requirePlainBatch(options);
+        if (!options.batch.recipe.empty() && app.count("--seconds") == 0) options.camera.seconds = 0.0;
     } catch (const CLI::ParseError& error) {
         exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
         return std::nullopt;

@@ -19,7 +19,7 @@ struct CameraOptions {
     bool wanted = false;
     int type = VD_TYPE_ANY;  // enum VDCameraType
     int cameras = 1;
-    double seconds = 5.0;
+    double seconds = 5.0;  // 0: until Ctrl-C
 };
 
 struct Options {

@@ -40,4 +40,34 @@ bool showInWindow(const cv::Mat& picture, const std::string& utf8Title, double s
     return true;
 }
 
+struct LiveWindow::Shown {
+    std::unique_ptr<host::HostWindow> window;
+    cv::Mat picture;  // that the box shows, which is gone first
+    TPictureBox box;
+};
+
+LiveWindow::LiveWindow() = default;
+LiveWindow::~LiveWindow() = default;
+
+bool LiveWindow::open(const std::string& utf8Title, cv::Size size) {
+    auto window = host::openHostWindow(utf8Title, 1, windowSizeFor(size));
+    if (!window) return false;
+    shown_ = std::make_unique<Shown>();
+    shown_->window = std::move(window);
+    shown_->box.setHandle(shown_->window->pane(0));
+    shown_->box.start();
+    return true;
+}
+
+bool LiveWindow::show(const cv::Mat& picture) {
+    const cv::Size pane = shown_->window->paneSize();
+    shown_->box.setWindowSize(pane.width, pane.height);
+    cv::Mat next = picture;
+    shown_->box.setImage(next, false);
+    shown_->picture = next;
+    return handleEvents();
+}
+
+bool LiveWindow::handleEvents() { return shown_->window->handleEvents(0); }
+
 }  // namespace inspection

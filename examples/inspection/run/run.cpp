@@ -7,6 +7,7 @@
 
 #include "inspection/analyse/analyses_sections.h"
 #include "inspection/batch/batch_run.h"
+#include "inspection/live/live_run.h"
 #include "inspection/report/annotate.h"
 #include "inspection/report/report_html.h"
 #include "inspection/report/report_json.h"
@@ -266,6 +267,7 @@ class Session {
 
 int run(const Options& options, std::ostream& out, std::ostream& log) {
     if (options.teach.wanted()) return runTeach(options, out, log);
+    if (!options.batch.recipe.empty() && options.camera.wanted) return runLive(options, out, log);
     if (!options.batch.recipe.empty()) return runBatch(options, out, log);
     if (options.camera.wanted) return runCameras(options, out, log);
     Options withModel = options;
