@@ -15,7 +15,7 @@ namespace orx::display {
 // Records of the host, in image coordinates.
 void drawCircles(cv::Mat& picture, const std::vector<TDrawCircle>& circles, const ViewMapping& mapping);
 void drawRects(cv::Mat& picture, const std::vector<TDrawRect>& rects, const ViewMapping& mapping);
-// The first line at (50, 50) of the window.
+// The first line at (50, 50) of the window; all of it smaller where the picture has not enough room.
 void drawTexts(cv::Mat& picture, const TDrawTexts& texts);
 
 // By which a rectangle is changed: rows from the top, each from the left.

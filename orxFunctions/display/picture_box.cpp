@@ -81,9 +81,12 @@ void TPictureBox::setWindowSize(int w, int h) {
         orx::outPutDebugString("setWindowSize", error.what());
         return;
     }
-    if (w != windowWidth || h != windowHeight) sizeChanged = true;
+    const bool isNew = w != windowWidth || h != windowHeight;
     windowWidth = w;
     windowHeight = h;
+    if (!isNew) return;
+    sizeChanged = true;
+    if (shownWidth > 0.0) redraw = true;  // a still picture, too, is fitted anew
 }
 
 void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {

@@ -58,7 +58,8 @@ class ORX_API TPictureBox {
     void* getParentHand();
 
     // How many pixels of the host's window the box has. Sizes below 5 are ignored, as are sizes that no
-    // window can have (a side above 32767, or more than 2^27 pixels).
+    // window can have (a side above 32767, or more than 2^27 pixels). A picture that is shown already is
+    // fitted anew at the display thread's next turn.
     void setWindowSize(int w, int h);
 
     // Hands in an image of 1, 3 or 4 channels; empty ones are ignored. The pixels are shared, not copied:
@@ -95,8 +96,9 @@ class ORX_API TPictureBox {
     // Adds a rectangle or circle to what is drawn over the image. A negative thickness fills.
     void setDrawRect(TDrawRect rect);
     void setDrawCircle(TDrawCircle circle);
-    // Replaces the lines of text; the first stands at (50, 50) of the window, each further below the last.
-    // OpenCV's fonts have ASCII characters only.
+    // Replaces the lines of text; the first stands at (50, 50) of the window, each further below the last. In
+    // a window that is too small for them they are written smaller, with place and distances in the same
+    // ratio, down to a quarter. OpenCV's fonts have ASCII characters only.
     void setDrawText(TDrawTexts& lines);
     // Removes the rectangles, the circles and the lines of text.
     void clearDraw();
@@ -122,6 +124,8 @@ class ORX_API TPictureBox {
 
     // The selections of the process in image coordinates. Setting one replaces it, whatever the mouse did;
     // sizes that are not positive remove it. Getting answers false, and leaves the argument, without one.
+    // A rectangle that the mouse drew is in window coordinates until its box shows it for the first time,
+    // and a box does that only while `selectRect` is set: before, and without it, getSelectionRect is false.
     static void setSelectionRect(const cv::Rect2d& rect);
     static bool getSelectionRect(cv::Rect2d& rect);
     static void setSelectionCircle(cv::Point center, double radius);

@@ -126,10 +126,9 @@ cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
     // The image may have been handed to another box.
     box_.origWidth = image.cols;
     box_.origHeight = image.rows;
-    if (endZoom || (box_.sizeChanged && viewState.zoom.active())) {
-        viewState.zoom = Zoom();
-        box_.sizeChanged = false;
-    }
+    // Taken back by every fit: a change that another box's zoom finds still waiting would end that zoom.
+    const bool hasNewSize = box_.sizeChanged.exchange(false);
+    if (endZoom || (hasNewSize && viewState.zoom.active())) viewState.zoom = Zoom();
     if (viewState.zoom.active() && window.width > 5 && window.height > 5)
         return fitter_.zoom(image, fit, viewState.zoom, background());
     if (!needsFit(window, image.size())) return {};

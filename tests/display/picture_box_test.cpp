@@ -359,6 +359,23 @@ TEST_F(PictureBox, ItsThreadShowsWhatIsHandedIn) {
     EXPECT_TRUE(box.redraw);
 }
 
+TEST_F(PictureBox, ANewSizeFitsAStillPictureAnew) {
+    TPictureBox box;
+    box.setShowFrame(100);
+    box.start();
+    box.setWindowSize(80, 60);
+    EXPECT_FALSE(box.redraw);  // nothing to show
+    cv::Mat image = grey(40, 40, 1);
+    box.setImage(image, false);
+    EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 60.0; }));
+    box.setWindowSize(30, 20);
+    EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 20.0; }));
+    EXPECT_TRUE(becomesTrue([&] { return !box.redraw; }));
+    box.killThread();
+    box.setWindowSize(30, 20);
+    EXPECT_FALSE(box.redraw);
+}
+
 TEST_F(PictureBox, ASlowBoxIsDestroyedWithoutWaitingForItsPause) {
     const auto start = std::chrono::steady_clock::now();
     {

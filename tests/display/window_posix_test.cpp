@@ -241,6 +241,43 @@ TEST_F(PictureBoxWindow, TheMouseDrawsARectangleBeyondTheWindow) {
     EXPECT_TRUE(becomesTrue([&] { return host.pixel(100, 200) == kGreen; }));
 }
 
+TEST_F(PictureBoxWindow, TheMouseIsTheHostsWhereTheBoxLeavesItToIt) {
+    HostWindow host({200, 100, 400, 300});
+    TPictureBox box;
+    box.setHandle(host.handle(), 400, 300);
+    cv::Mat image = corners();
+    box.setImage(image, false);
+    box.showImage();
+    host.moveMouse(200, 150);
+    host.click(4);
+    EXPECT_TRUE(becomesTrue([&] { return box.orig2ShowPoint({0, 0}).x < 0.0; }));
+    EXPECT_EQ(host.received(XCB_BUTTON_PRESS), 0);
+    const cv::Point2d zoomed = box.orig2ShowPoint({0, 0});
+    box.setFunction(FUNC_NONE);
+    EXPECT_TRUE(becomesTrue([&] {
+        host.click(1);
+        return host.received(XCB_BUTTON_PRESS) > 0;
+    }));
+    host.click(4);
+    EXPECT_EQ(host.received(XCB_BUTTON_RELEASE), 1);
+    EXPECT_EQ(box.orig2ShowPoint({0, 0}), zoomed);
+    // In a new window, too; and back.
+    box.setFunction(FUNC_NONE);
+    HostWindow other({650, 100, 200, 200});
+    host.destroy();
+    EXPECT_TRUE(becomesTrue([&] { return box.cvWindow == nullptr || (box.showImage(), false); }));
+    box.setHandle(other.handle(), 200, 200);
+    box.showImage();
+    other.moveMouse(100, 100);
+    other.click(1);
+    EXPECT_EQ(other.received(XCB_BUTTON_PRESS), 1);
+    box.setFunction(FUNC_ZOOM_PAN);
+    EXPECT_TRUE(becomesTrue([&] {
+        other.click(1);
+        return other.received(XCB_BUTTON_PRESS) == 0;
+    }));
+}
+
 TEST_F(PictureBoxWindow, CursorsHaveTheirShapes) {
     HostWindow host({0, 0, 200, 200});
     HostWindow reference({300, 0, 100, 100});
