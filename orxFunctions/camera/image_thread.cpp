@@ -18,13 +18,15 @@ namespace {
 constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
 
+constexpr int kPaused = 1;  // the code of the picture that a pause shows
+
 // Whether this thread is a grab thread in its callback.
 thread_local bool isInCallback = false;
 
 cv::Mat statusImage(int code) {
     cv::Mat image(200, 200, CV_8UC3, cv::Scalar::all(0));
-    cv::putText(image, code == 1 ? "stop update image" : "camera not open", {0, 100}, cv::FONT_HERSHEY_PLAIN,
-                1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
+    cv::putText(image, code == kPaused ? "stop update image" : "camera not open", {0, 100},
+                cv::FONT_HERSHEY_PLAIN, 1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
     return image;
 }
 
@@ -181,9 +183,13 @@ bool TImageThread::handOver() {
     if (!cameras_->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
     TPictureBox* const box = pictureBox_;
     if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage_, false);
+    // A pause shows its picture after it has set the flag, in the box and as the latest image: whoever comes
+    // second puts it there.
+    if (!camUpdateImg) showInBox(statusImage(kPaused));
     const zul::LockGuard lock(slotMutex_);
+    if (!threadWork || !camUpdateImg) return true;
     if (!callBack()) return false;
-    storeLatest();
+    if (threadWork && camUpdateImg) storeLatest();  // the callback may have paused
     return true;
 }
 
@@ -229,11 +235,15 @@ void TImageThread::keepPace() {
 }
 
 void TImageThread::showStatus(int code) {
-    cv::Mat image = statusImage(code);
+    const cv::Mat image = statusImage(code);
     withSlotMutex([&] {
         const zul::LockGuard lock(latestMutex_);
         latestImage_ = image.clone();
     });
+    showInBox(image);
+}
+
+void TImageThread::showInBox(cv::Mat image) {
     TPictureBox* const box = pictureBox_;
     if (box == nullptr || box->getParentHand() == nullptr) return;
     box->setImage(image, true);

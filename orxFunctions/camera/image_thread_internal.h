@@ -73,6 +73,7 @@ class TImageThread {
     bool callBack() ZUL_REQUIRES(slotMutex_);
     void storeLatest() ZUL_REQUIRES(slotMutex_);
     void keepPace();
+    void showInBox(cv::Mat image);
     template <typename Work>
     void withSlotMutex(const Work& work);
 
