@@ -42,6 +42,7 @@ NativeWindowList nativeWindows;
 }
 namespace display {
 ViewState viewState;
+OwnViewStates ownViewStates;
 }
 
 GrabbingEnd grabbingEnd;

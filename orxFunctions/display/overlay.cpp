@@ -136,6 +136,11 @@ cv::Rect rectInWindow(const cv::Rect2d& rect, const ViewMapping& mapping) {
             bounded(rect.height * scale.y)};
 }
 
+cv::Rect2d rectInImage(const cv::Rect2d& rect, const ViewMapping& mapping) {
+    const cv::Point2d corner = mapping.toImage(rect.tl());
+    return {corner.x, corner.y, rect.width / mapping.scale().x, rect.height / mapping.scale().y};
+}
+
 void drawSelection(cv::Mat& picture, const cv::Rect& windowRect, const cv::Scalar& colour, int thickness) {
     const int width = drawableThickness(thickness);
     cv::rectangle(picture,

@@ -24,6 +24,8 @@ Handles handlesOf(const cv::Rect& rect);
 
 // A rectangle in image coordinates as it stands in the window, rounded.
 cv::Rect rectInWindow(const cv::Rect2d& rect, const ViewMapping& mapping);
+// A rectangle in window coordinates as it stands in the image.
+cv::Rect2d rectInImage(const cv::Rect2d& rect, const ViewMapping& mapping);
 
 void drawSelection(cv::Mat& picture, const cv::Rect& windowRect, const cv::Scalar& colour, int thickness);
 // A circle in image coordinates, with a dot at its centre.

@@ -13,6 +13,10 @@
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/records.h"
 
+// What a picture box shows: the image, zoom and selections that it shares with the other boxes of the
+// process, or those of its own.
+enum class TPictureOf { kProcess, kBox };
+
 // A picture box shows images inside a window of the host: fitted into it, with drawings on top, zoomed and
 // selected in with the mouse. A thread of its own redraws whenever an image has been handed in, at a
 // regulated rate.
@@ -23,7 +27,8 @@
 //     box.setImage(image, false);  // as often as there is one, from any thread
 //
 // The image, the zoom and the selections belong to the process, not to a box: a system has one interactive
-// view at a time, and a second box shows the same image. That is intended.
+// view at a time, and a second box shows the same image. That is intended. A host that shows several pictures
+// at a time makes its boxes with TPictureOf::kBox: each has an image, a zoom and selections of its own.
 //
 // Image coordinates are pixels of the image handed in, window coordinates pixels of the box; x runs right and
 // y down. Thread-safe, except for construction, start and destruction, which belong to one thread.
@@ -42,9 +47,12 @@ class ORX_API TPictureBox {
     // the first is "pictrueBox11". (The spelling is part of the interface.)
     TPictureBox();
 
+    // A box with a picture of its own is not counted (mCount); its window is "pictureBoxOwn" + a number.
+    explicit TPictureBox(TPictureOf whose);
+
     // Ends the display thread and closes the window, and with it, as intended, the windows of every other box
-    // of the process (and on Windows every window of OpenCV's). A box that is destroyed on its own display
-    // thread ends the process.
+    // of the process (and on Windows every window of OpenCV's); a box with a picture of its own closes its
+    // own alone. A box that is destroyed on its own display thread ends the process.
     ~TPictureBox();
 
     TPictureBox(const TPictureBox&) = delete;
@@ -131,8 +139,18 @@ class ORX_API TPictureBox {
     static void setSelectionCircle(cv::Point center, double radius);
     static bool getSelectionCircle(cv::Point& center, double& radius);
 
-    // A copy of the picture that any box showed last; false before the first.
+    // A copy of the picture that any box showed last, but for those with a picture of their own; false before
+    // the first.
     static bool getLastShownImage(cv::Mat& picture);
+
+    // The same of this box: the selections and the last picture of the process, or its own where it has one.
+    // Setting a selection also shows it, at the next turn of the display thread; getSelectedRect answers
+    // while the rectangle is being drawn, too, and without `selectRect`.
+    void setSelectedRect(const cv::Rect2d& rect);
+    bool getSelectedRect(cv::Rect2d& rect) const;
+    void setSelectedCircle(cv::Point center, double radius);
+    bool getSelectedCircle(cv::Point& center, double& radius) const;
+    bool getShownImage(cv::Mat& picture) const;
 
     // One step of pacing, which the display thread takes after each image shown.
     void calShowFrame();

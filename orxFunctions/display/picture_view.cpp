@@ -29,9 +29,17 @@ void traceRect(const char* prefix, const cv::Rect2d& rect) {
 
 }  // namespace
 
-TPictureBox::View::View(TPictureBox& box)
-    : box_(box), window_(orx::platform::createNativeWindow(box.winName)) {
+TPictureBox::View::View(TPictureBox& box, TPictureOf whose)
+    : own_(whose == TPictureOf::kBox ? std::make_unique<ViewState>() : nullptr),
+      state(own_ != nullptr ? *own_ : viewState),
+      box_(box),
+      window_(orx::platform::createNativeWindow(box.winName)) {
+    if (own_ != nullptr) ownViewStates.add(own_.get());
     takeHandles();
+}
+
+TPictureBox::View::~View() {
+    if (own_ != nullptr) ownViewStates.remove(own_.get());
 }
 
 void TPictureBox::View::start() {
@@ -71,8 +79,8 @@ void TPictureBox::View::moveInto(void* newHost) {
     takeHandles();
     // A new window is empty until the image is shown again.
     if (!wasHeadless || isHeadless()) return;
-    const zul::LockGuard lock(viewState.imageLock);
-    if (!viewState.image.empty()) box_.redraw = true;
+    const zul::LockGuard lock(state.imageLock);
+    if (!state.image.empty()) box_.redraw = true;
 }
 
 void TPictureBox::View::takeHandles() {
@@ -81,7 +89,7 @@ void TPictureBox::View::takeHandles() {
 }
 
 void TPictureBox::View::show(Occasion occasion) {
-    const zul::LockGuard lock(viewState.imageLock);
+    const zul::LockGuard lock(state.imageLock);
     if (!mayShow(occasion)) return;
     try {
         const bool isPlain = occasion == Occasion::kPlain;
@@ -94,29 +102,33 @@ void TPictureBox::View::show(Occasion occasion) {
     }
 }
 
+void TPictureBox::View::showSoon() {
+    if (box_.shownWidth > 0.0) box_.redraw = true;
+}
+
 bool TPictureBox::View::mayShow(Occasion occasion) {
-    if (viewState.image.empty()) {
+    if (state.image.empty()) {
         orx::outPutDebugString(zul::toAnsi("显示图像为空"));
         return false;
     }
     if (box_.frozen) return false;
-    return occasion == Occasion::kDrag || viewState.refreshAllowed;
+    return occasion == Occasion::kDrag || state.refreshAllowed;
 }
 
 // `drawable`: as 8-bit colour in memory of this box's own; the host's pixels are never drawn on.
 void TPictureBox::View::makeDisplay(bool endZoom, bool drawable) {
     cv::Mat picture = fittedPicture(endZoom);
     const bool isOurs = !picture.empty();
-    if (!isOurs) picture = viewState.image;
+    if (!isOurs) picture = state.image;
     if (drawable && (!isOurs || picture.type() != CV_8UC3)) picture = fitter_.copy(picture);
     box_.display = picture;
-    viewState.lastShown = box_.display;
+    state.lastShown = box_.display;
 }
 
 // Empty where the image is shown as it is.
 cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
-    const cv::Mat image = viewState.image;
-    const zul::LockGuard lock(viewState.sizeLock);
+    const cv::Mat image = state.image;
+    const zul::LockGuard lock(state.sizeLock);
     const cv::Size window(box_.windowWidth, box_.windowHeight);
     const FitGeometry fit = fitIntoWindow(window, image.size(), box_.keepAspect);
     box_.shownWidth = fit.shownWidth;
@@ -128,9 +140,9 @@ cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
     box_.origHeight = image.rows;
     // Taken back by every fit: a change that another box's zoom finds still waiting would end that zoom.
     const bool hasNewSize = box_.sizeChanged.exchange(false);
-    if (endZoom || (hasNewSize && viewState.zoom.active())) viewState.zoom = Zoom();
-    if (viewState.zoom.active() && window.width > 5 && window.height > 5)
-        return fitter_.zoom(image, fit, viewState.zoom, background());
+    if (endZoom || (hasNewSize && state.zoom.active())) state.zoom = Zoom();
+    if (state.zoom.active() && window.width > 5 && window.height > 5)
+        return fitter_.zoom(image, fit, state.zoom, background());
     if (!needsFit(window, image.size())) return {};
     return box_.keepAspect ? fitter_.fit(image, fit, background()) : fitter_.stretch(image, window);
 }
@@ -151,7 +163,7 @@ bool TPictureBox::View::hasDrawings() {
 
 void TPictureBox::View::draw(Occasion occasion) {
     {
-        const zul::LockGuard sizeLock(viewState.sizeLock);
+        const zul::LockGuard sizeLock(state.sizeLock);
         const zul::LockGuard lock(overlayLock);
         if (!box_.circles.empty() || !box_.rects.empty()) keepScale(mapping());
         drawCircles(box_.display, box_.circles, mapping());
@@ -168,8 +180,8 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
     cv::Rect2d after;
     bool isConverted = false;
     {
-        const zul::LockGuard lock(viewState.sizeLock);
-        RectSelection& selection = viewState.rect;
+        const zul::LockGuard lock(state.sizeLock);
+        RectSelection& selection = state.rect;
         if (!selection.exists()) return;
         const bool isInWindow = selection.drawnIn != nullptr;
         if (isInWindow && selection.drawnIn != &box_) return;  // another box's coordinates
@@ -182,8 +194,7 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
         } else {
             if (isInWindow) {
                 before = selection.rect;
-                const cv::Point2d corner = view.toImage(before.tl());
-                after = {corner.x, corner.y, before.width / view.scale().x, before.height / view.scale().y};
+                after = rectInImage(before, view);
                 selection.rect = after;
                 selection.drawnIn = nullptr;
                 isConverted = true;
@@ -204,8 +215,8 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
 }
 
 void TPictureBox::View::drawSelectedCircle() {
-    const zul::LockGuard lock(viewState.sizeLock);
-    const CircleSelection selection = viewState.circle;
+    const zul::LockGuard lock(state.sizeLock);
+    const CircleSelection selection = state.circle;
     if (!selection.exists()) return;
     drawSelection(box_.display, selection.centre, selection.radius, mapping(),
                   cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
@@ -221,9 +232,40 @@ void TPictureBox::View::sendToWindow() {
     takeHandles();
 }
 
+cv::Point2d TPictureBox::View::toWindow(cv::Point2d p) {
+    const zul::LockGuard lock(state.sizeLock);
+    const ViewMapping view = mapping();
+    keepScale(view);
+    return view.toWindow(p);
+}
+
+cv::Point2d TPictureBox::View::toImage(cv::Point2d p) {
+    const zul::LockGuard lock(state.sizeLock);
+    const ViewMapping view = mapping();
+    keepScale(view);
+    return view.toImage(p);
+}
+
+bool TPictureBox::View::selectedRect(cv::Rect2d& rect) const {
+    const zul::LockGuard lock(state.sizeLock);
+    const RectSelection selection = state.rect;
+    if (!selection.exists()) return false;
+    if (selection.drawnIn != nullptr && selection.drawnIn != &box_) return false;
+    rect = selection.drawnIn == nullptr ? selection.rect : rectInImage(selection.rect, mapping());
+    return true;
+}
+
+bool TPictureBox::View::selectedCircle(cv::Point& centre, double& radius) const {
+    const zul::LockGuard lock(state.sizeLock);
+    if (!state.circle.exists()) return false;
+    centre = state.circle.centre;
+    radius = state.circle.radius;
+    return true;
+}
+
 ViewMapping TPictureBox::View::mapping() const {
     const FitGeometry fit{box_.shownWidth, box_.shownHeight, box_.offsetX, box_.offsetY};
-    return {fit, cv::Size2d(box_.origWidth, box_.origHeight), viewState.zoom,
+    return {fit, cv::Size2d(box_.origWidth, box_.origHeight), state.zoom,
             cv::Size(box_.windowWidth, box_.windowHeight)};
 }
 
@@ -238,12 +280,12 @@ void TPictureBox::View::installHandler(TFunction mode) {
     const zul::LockGuard lock(mouseLock_);
     if (!interaction_.dragging()) return;
     interaction_.endDrag();
-    viewState.refreshAllowed = true;
+    state.refreshAllowed = true;
 }
 
 void TPictureBox::View::forgetSelection() {
-    const zul::LockGuard lock(viewState.sizeLock);
-    if (viewState.rect.drawnIn == &box_) viewState.rect = RectSelection();
+    const zul::LockGuard lock(state.sizeLock);
+    if (state.rect.drawnIn == &box_) state.rect = RectSelection();
 }
 
 void TPictureBox::View::onMouse(const MouseEvent& event) {
@@ -251,7 +293,7 @@ void TPictureBox::View::onMouse(const MouseEvent& event) {
     const bool wasDragging = interaction_.dragging();
     const bool hasChanged = handleMouse(event);
     const bool isDragging = interaction_.dragging();
-    if (isDragging != wasDragging) viewState.refreshAllowed = !isDragging;
+    if (isDragging != wasDragging) state.refreshAllowed = !isDragging;
     if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
     // Images that came during the drag were not shown.
     if (wasDragging && !isDragging) box_.redraw = true;
@@ -259,16 +301,16 @@ void TPictureBox::View::onMouse(const MouseEvent& event) {
 
 bool TPictureBox::View::handleMouse(const MouseEvent& event) {
     const TFunction mode = handler_;
-    const zul::LockGuard lock(viewState.sizeLock);
+    const zul::LockGuard lock(state.sizeLock);
     if (!(box_.origWidth > 0.0 && box_.shownWidth > 0.0 && box_.shownHeight > 0.0)) {  // nothing shown yet
         interaction_.endDrag();
         return false;
     }
-    const bool wasZoomed = viewState.zoom.active();
+    const bool wasZoomed = state.zoom.active();
     const bool hasChanged = applyMouse(mode, event);
     // A zoom that begins now is made for the size that the window has now.
-    if (!wasZoomed && viewState.zoom.active()) box_.sizeChanged = false;
-    if (viewState.rect.drawnIn == &box_) box_.drawnOnce = false;
+    if (!wasZoomed && state.zoom.active()) box_.sizeChanged = false;
+    if (state.rect.drawnIn == &box_) box_.drawnOnce = false;
     return hasChanged;
 }
 
@@ -283,11 +325,11 @@ bool TPictureBox::View::applyMouse(TFunction mode, const MouseEvent& event) {
         case FUNC_ZOOM_PAN:
             // Without a size the image is shown as it is, and can't be zoomed.
             return view.window.width > 5 && view.window.height > 5 &&
-                   interaction_.zoomAndPan(event, view, viewState.zoom);
+                   interaction_.zoomAndPan(event, view, state.zoom);
         case FUNC_EDIT_RECT:
-            return interaction_.editRect(event, view, &box_, viewState.rect);
+            return interaction_.editRect(event, view, &box_, state.rect);
         case FUNC_EDIT_CIRCLE:
-            return interaction_.editCircle(event, view, viewState.circle);
+            return interaction_.editCircle(event, view, state.circle);
         default:
             return false;
     }

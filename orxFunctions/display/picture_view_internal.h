@@ -21,7 +21,10 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     // neither zoom nor drawings.
     enum class Occasion { kNewImage, kDrag, kPlain };
 
-    explicit View(TPictureBox& box);
+    View(TPictureBox& box, TPictureOf whose);
+    ~View();
+
+    bool isShared() const { return own_ == nullptr; }
 
     // The display thread.
     void start();
@@ -36,40 +39,56 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
-    // Shows the shared image now, on the calling thread.
+    // Shows the image now, on the calling thread.
     void show(Occasion occasion);
-    orx::display::ViewMapping mapping() const ZUL_REQUIRES(orx::display::viewState.sizeLock);
-    void keepScale(const orx::display::ViewMapping& mapping);
+    // At the display thread's next turn, if anything was shown yet.
+    void showSoon();
+
+    // The way between image and window; both keep the scale that they used.
+    cv::Point2d toWindow(cv::Point2d p);
+    cv::Point2d toImage(cv::Point2d p);
+
+    // The selections in image coordinates, false without one.
+    bool selectedRect(cv::Rect2d& rect) const;
+    bool selectedCircle(cv::Point& centre, double& radius) const;
 
     // The mouse. FUNC_NONE: no handler.
     void installHandler(TFunction mode);
     void onMouse(const orx::platform::MouseEvent& event) override;
     void forgetSelection();
 
-    zul::Mutex overlayLock;  // the box's rects, circles and texts
+  private:
+    const std::unique_ptr<orx::display::ViewState> own_;  // nullptr: the process's is shown
+
+  public:
+    orx::display::ViewState& state;  // image, zoom and selections, of the process or of this box
+    zul::Mutex overlayLock;          // the box's rects, circles and texts
 
   private:
     void run();
 
-    bool mayShow(Occasion occasion) ZUL_REQUIRES(orx::display::viewState.imageLock);
-    cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(orx::display::viewState.imageLock);
-    const cv::Mat& background() ZUL_REQUIRES(orx::display::viewState.sizeLock);
-    void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(orx::display::viewState.imageLock);
+    orx::display::ViewMapping mapping() const ZUL_REQUIRES(state.sizeLock);
+    void keepScale(const orx::display::ViewMapping& mapping);
+
+    bool mayShow(Occasion occasion) ZUL_REQUIRES(state.imageLock);
+    cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(state.imageLock);
+    const cv::Mat& background() ZUL_REQUIRES(state.sizeLock);
+    void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(state.imageLock);
     bool hasDrawings();
     void draw(Occasion occasion);
     void drawSelectedRect(Occasion occasion);
     void drawSelectedCircle();
-    void sendToWindow() ZUL_REQUIRES(orx::display::viewState.imageLock);
+    void sendToWindow() ZUL_REQUIRES(state.imageLock);
 
     bool handleMouse(const orx::platform::MouseEvent& event) ZUL_REQUIRES(mouseLock_);
     bool applyMouse(TFunction mode, const orx::platform::MouseEvent& event)
-        ZUL_REQUIRES(mouseLock_, orx::display::viewState.sizeLock);
+        ZUL_REQUIRES(mouseLock_, state.sizeLock);
 
     TPictureBox& box_;
     std::unique_ptr<orx::platform::NativeWindow> window_;
     std::atomic<bool> isPlaced_{false};
-    orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(orx::display::viewState.imageLock);
-    cv::Mat plainBackground_ ZUL_GUARDED_BY(orx::display::viewState.sizeLock);
+    orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(state.imageLock);
+    cv::Mat plainBackground_ ZUL_GUARDED_BY(state.sizeLock);
 
     zul::Mutex mouseLock_;
     orx::display::Interaction interaction_ ZUL_GUARDED_BY(mouseLock_);

@@ -272,7 +272,7 @@ TPictureBox* boxes[2] = {};
 void leaveWithBoxesAtWork() {
     static cv::Mat image(600, 800, CV_8UC3, cv::Scalar());
     for (TPictureBox*& box : boxes) {
-        box = new TPictureBox;
+        box = new TPictureBox(&box == boxes ? TPictureOf::kProcess : TPictureOf::kBox);
         box->sleepMs = 0;
         box->targetFps = box->appliedFps = 1000;
         box->setWindowSize(300, 200);

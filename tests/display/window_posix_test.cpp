@@ -191,6 +191,22 @@ TEST_F(PictureBoxWindow, ABoxThatEndsClosesTheWindowsOfAll) {
     EXPECT_EQ(host.pixel(50, 50), cv::Vec3b(1, 2, 3));
 }
 
+TEST_F(PictureBoxWindow, ABoxWithItsOwnPictureClosesItsOwnWindowAlone) {
+    HostWindow host({0, 0, 300, 300});
+    TPictureBox shared;
+    shared.setHandle(host.handle(), 100, 100);
+    {
+        TPictureBox own(TPictureOf::kBox);
+        own.setHandle(host.handle(), 50, 50);
+        EXPECT_EQ(host.children().size(), 2U);
+    }
+    EXPECT_EQ(host.children().size(), 1U);
+    cv::Mat image = colour(100, 100, {1, 2, 3});
+    shared.setImage(image, false);
+    shared.showImage();
+    EXPECT_EQ(host.pixel(50, 50), cv::Vec3b(1, 2, 3));
+}
+
 TEST_F(PictureBoxWindow, TheMouseZoomsPansAndResets) {
     HostWindow host({200, 100, 400, 300});
     TPictureBox box;
