@@ -4,12 +4,11 @@
 #include <cstdint>
 #include <exception>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
+#include <utility>
 
 #include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
-#include "orxFunctions/foundation/message_colours_internal.h"
 
 using namespace orx::display;
 
@@ -117,23 +116,21 @@ void TPictureBox::setWindowSize(int w, int h) {
     view_->showSoon();  // a still picture, too, is fitted anew
 }
 
-void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {
-    const zul::LockGuard lock(view_->state.imageLock);
-    if (img.empty()) return;
-    try {
-        cv::Mat image = img;
-        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
-        if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
-        view_->state.image = image;
-        origWidth = image.cols;
-        origHeight = image.rows;
-        if (!noRedraw) redraw = true;
-    } catch (const std::exception&) {
-        const std::string text = zul::toAnsi("设置图片失败!");
-        orx::APPshowMessage(text, orx::kErrorColor);
-        orx::outPutDebugString(text);
-    }
+void TPictureBox::setImage(cv::Mat& img, bool noRedraw) { view_->takePicture(img, noRedraw, nullptr); }
+
+bool TPictureBox::setPicture(const cv::Mat& image, TOverlay overlay) {
+    return view_->takePicture(image, false, std::make_shared<const TOverlay>(std::move(overlay)));
 }
+
+void TPictureBox::setOverlay(TOverlay overlay) {
+    view_->setOverlay(std::make_shared<const TOverlay>(std::move(overlay)));
+}
+
+TOverlay TPictureBox::getOverlay() const { return *view_->overlay(); }
+
+void TPictureBox::showGroup(const std::string& group, bool shown) { view_->showGroup(group, shown); }
+
+bool TPictureBox::isGroupShown(const std::string& group) const { return view_->isGroupShown(group); }
 
 void TPictureBox::start() { view_->start(); }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/display/picture_overlay.h"
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/records.h"
 
@@ -76,6 +77,21 @@ class ORX_API TPictureBox {
     // can't be taken (more than two dimensions, say) keeps the former one, with the message "设置图片失败!"
     // in colour 1.
     void setImage(cv::Mat& img, bool noRedraw);
+
+    // Hands in an image together with what is drawn over it: no picture is ever shown with another one's
+    // shapes. The image is as for setImage, and shown at the display thread's next turn; one that is empty or
+    // can't be taken is refused with false, and picture and overlay stay as they were. Where boxes share an
+    // image, each has its own overlay: what another box hands in is shown with the overlay that this one has.
+    // Two boxes that are fed apart should therefore have pictures of their own.
+    bool setPicture(const cv::Mat& image, TOverlay overlay);
+    // Replaces what is drawn over the image that is there; shown at the next turn. The shapes lie over the
+    // rectangles and circles of setDrawRect and setDrawCircle, and below the selections and texts; clearDraw
+    // leaves them.
+    void setOverlay(TOverlay overlay);
+    TOverlay getOverlay() const;
+    // Hides the shapes of a group, in this and in every later overlay, or shows them again; at the next turn.
+    void showGroup(const std::string& group, bool shown);
+    bool isGroupShown(const std::string& group) const;
 
     // Starts the display thread. Once only: a second call ends the process, as for any standard thread.
     void start();

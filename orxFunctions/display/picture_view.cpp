@@ -3,11 +3,14 @@
 #include <chrono>
 #include <exception>
 #include <opencv2/highgui.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "orxFunctions/display/overlay_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/foundation/rounding_internal.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
 
@@ -93,13 +96,69 @@ void TPictureBox::View::show(Occasion occasion) {
     if (!mayShow(occasion)) return;
     try {
         const bool isPlain = occasion == Occasion::kPlain;
-        makeDisplay(isPlain, !isPlain && hasDrawings());
-        if (!isPlain) draw(occasion);
+        // Asked once: what is handed in meanwhile must not be drawn on the host's pixels.
+        const bool isDrawnOn = !isPlain && hasDrawings();
+        makeDisplay(isPlain, isDrawnOn);
+        if (isDrawnOn) draw(occasion);
         sendToWindow();
         if (occasion == Occasion::kNewImage) box_.redraw = false;
     } catch (const std::exception& error) {  // OpenCV's for pixels that it can't convert, or no memory
         orx::outPutDebugString(zul::toAnsi("显示图像失败:"), error.what());
     }
+}
+
+bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,
+                                    std::shared_ptr<const TOverlay> overlay) {
+    const zul::LockGuard lock(state.imageLock);
+    if (picture.empty()) return false;
+    try {
+        cv::Mat image = picture;
+        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
+        if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
+        state.image = image;
+        box_.origWidth = image.cols;
+        box_.origHeight = image.rows;
+    } catch (const std::exception&) {
+        const std::string text = zul::toAnsi("设置图片失败!");
+        orx::APPshowMessage(text, orx::kErrorColor);
+        orx::outPutDebugString(text);
+        return false;
+    }
+    if (overlay != nullptr) {
+        const zul::LockGuard overlaysLock(overlayLock);
+        overlay_ = std::move(overlay);
+    }
+    if (!noRedraw) box_.redraw = true;
+    return true;
+}
+
+void TPictureBox::View::setOverlay(std::shared_ptr<const TOverlay> overlay) {
+    {
+        const zul::LockGuard lock(overlayLock);
+        overlay_ = std::move(overlay);
+    }
+    showSoon();
+}
+
+std::shared_ptr<const TOverlay> TPictureBox::View::overlay() {
+    const zul::LockGuard lock(overlayLock);
+    return overlay_;
+}
+
+void TPictureBox::View::showGroup(const std::string& group, bool shown) {
+    {
+        const zul::LockGuard lock(overlayLock);
+        if (shown)
+            hiddenGroups_.erase(group);
+        else
+            hiddenGroups_.insert(group);
+    }
+    showSoon();
+}
+
+bool TPictureBox::View::isGroupShown(const std::string& group) {
+    const zul::LockGuard lock(overlayLock);
+    return hiddenGroups_.count(group) == 0;
 }
 
 void TPictureBox::View::showSoon() {
@@ -158,7 +217,7 @@ const cv::Mat& TPictureBox::View::background() {
 bool TPictureBox::View::hasDrawings() {
     if (box_.selectRect || box_.selectCircle) return true;
     const zul::LockGuard lock(overlayLock);
-    return !box_.rects.empty() || !box_.circles.empty() || !box_.texts.texts.empty();
+    return !overlay_->empty() || !box_.rects.empty() || !box_.circles.empty() || !box_.texts.texts.empty();
 }
 
 void TPictureBox::View::draw(Occasion occasion) {
@@ -169,10 +228,24 @@ void TPictureBox::View::draw(Occasion occasion) {
         drawCircles(box_.display, box_.circles, mapping());
         drawRects(box_.display, box_.rects, mapping());
     }
+    drawOverlay();
     if (box_.selectRect) drawSelectedRect(occasion);
     if (box_.selectCircle) drawSelectedCircle();
     const zul::LockGuard lock(overlayLock);
     if (!box_.texts.texts.empty()) drawTexts(box_.display, box_.texts);
+}
+
+void TPictureBox::View::drawOverlay() {
+    std::shared_ptr<const TOverlay> shapes;
+    Groups hidden;
+    {
+        const zul::LockGuard lock(overlayLock);
+        shapes = overlay_;
+        hidden = hiddenGroups_;
+    }
+    if (shapes->empty()) return;
+    const zul::LockGuard lock(state.sizeLock);
+    painter_.paint(box_.display, *shapes, hidden, mapping());
 }
 
 void TPictureBox::View::drawSelectedRect(Occasion occasion) {

@@ -10,6 +10,7 @@
 #include "ZULLib/sync_internal.h"
 #include "orxFunctions/display/fit_picture_internal.h"
 #include "orxFunctions/display/interaction_internal.h"
+#include "orxFunctions/display/overlay_painter_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
@@ -44,6 +45,13 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     // At the display thread's next turn, if anything was shown yet.
     void showSoon();
 
+    // Takes an image and, unless it is nullptr, what is drawn over it, at once. False when it can't be shown.
+    bool takePicture(const cv::Mat& picture, bool noRedraw, std::shared_ptr<const TOverlay> overlay);
+    void setOverlay(std::shared_ptr<const TOverlay> overlay);
+    std::shared_ptr<const TOverlay> overlay();
+    void showGroup(const std::string& group, bool shown);
+    bool isGroupShown(const std::string& group);
+
     // The way between image and window; both keep the scale that they used.
     cv::Point2d toWindow(cv::Point2d p);
     cv::Point2d toImage(cv::Point2d p);
@@ -75,7 +83,8 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     const cv::Mat& background() ZUL_REQUIRES(state.sizeLock);
     void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(state.imageLock);
     bool hasDrawings();
-    void draw(Occasion occasion);
+    void drawOverlay() ZUL_REQUIRES(state.imageLock);
+    void draw(Occasion occasion) ZUL_REQUIRES(state.imageLock);
     void drawSelectedRect(Occasion occasion);
     void drawSelectedCircle();
     void sendToWindow() ZUL_REQUIRES(state.imageLock);
@@ -88,6 +97,9 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     std::unique_ptr<orx::platform::NativeWindow> window_;
     std::atomic<bool> isPlaced_{false};
     orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(state.imageLock);
+    orx::display::OverlayPainter painter_ ZUL_GUARDED_BY(state.imageLock);
+    std::shared_ptr<const TOverlay> overlay_ ZUL_GUARDED_BY(overlayLock) = std::make_shared<TOverlay>();
+    orx::display::Groups hiddenGroups_ ZUL_GUARDED_BY(overlayLock);
     cv::Mat plainBackground_ ZUL_GUARDED_BY(state.sizeLock);
 
     zul::Mutex mouseLock_;

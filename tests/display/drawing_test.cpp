@@ -214,6 +214,9 @@ class CountingAllocator : public cv::MatAllocator {
 TEST_F(PictureBoxDrawing, APictureAfterAnotherTakesNoMemory) {
     cv::Mat greyImage = grey(3000, 2000, 3);
     cv::Mat large = colour(3000, 2000, {});
+    TOverlay overlay;
+    overlay.disc({500, 250}, 100).setStyle({{}, 3, 0.5}).area({{9, 9}, {900, 9}, {9, 400}}).text({9, 9}, "a");
+    box.setOverlay(overlay);
     for (cv::Mat* const handedIn : {&image, &large, &greyImage}) {
         box.setImage(*handedIn, false);
         box.showImage();
