@@ -1,17 +1,39 @@
 #include "orxFunctions/camera/camera.h"
 
+#include <chrono>
 #include <limits>
 #include <opencv2/core.hpp>
 #include <string>
+#include <thread>
 
 #include "orxFunctions/camera/camera_brands_internal.h"
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/frame_origin_internal.h"
 
 namespace orx {
+namespace {
 
-TCamera::TCamera(int cameraIndex) : index(cameraIndex) {}
+constexpr std::chrono::seconds kLongestWaitForFirst{1};
+constexpr std::chrono::milliseconds kBetweenLooks{2};
+
+// What the module tells of the camera's last picture; false when it does not.
+bool askFrameInfo(VDFrameInfo& info, int index) {
+    info = {};
+    return callDriver(cameraDriver.getFrameInfo, &info, index);
+}
+
+}  // namespace
+
+// A mutex of its own, the last that is taken, since starting does not take the camera-call mutex.
+struct TCamera::Session {
+    zul::Mutex mutex;
+    FrameNumbers numbers ZUL_GUARDED_BY(mutex);
+};
+
+TCamera::TCamera(int cameraIndex) : index(cameraIndex), session_(std::make_unique<Session>()) {}
+TCamera::~TCamera() = default;
 
 bool TCamera::open(int type, bool checkType) {
     const zul::LockGuard lock(cameraCallMutex);
@@ -38,6 +60,10 @@ bool TCamera::startAcquisition() {
     int columns = width;
     int rows = height;
     int samples = channels;
+    {
+        const zul::LockGuard session(session_->mutex);
+        session_->numbers.begin();
+    }
     const bool isStarted = callDriver(cameraDriver.start, &columns, &rows, &samples, index);
     width = columns;
     height = rows;
@@ -77,14 +103,47 @@ bool TCamera::haveOpen() {
 cv::Size TCamera::getImgSize() const { return {width, height}; }
 
 bool TCamera::GetImage(cv::Mat& out, int scale) {
+    FrameOrigin ignored;
+    return fetch(out, scale, ignored);
+}
+
+bool TCamera::fetch(cv::Mat& out, int scale, FrameOrigin& origin) {
+    const auto end = std::chrono::steady_clock::now() + kLongestWaitForFirst;
+    for (;;) {
+        const bool isLast = std::chrono::steady_clock::now() >= end;
+        if (!fetchOnce(out, scale, isLast, origin)) return false;
+        if (isLast || !origin.isFirstPending) return true;
+        std::this_thread::sleep_for(kBetweenLooks);  // the other cameras go on meanwhile
+    }
+}
+
+bool TCamera::fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin) {
     const zul::LockGuard lock(cameraCallMutex);
     ownBuffer = false;
     VDImage picture = {};
     if (!isOpen || !callDriver(cameraDriver.getImage, &picture, index)) return false;
+    VDFrameInfo info;
+    const VDFrameInfo* const answer = askFrameInfo(info, index) ? &info : nullptr;
+    {
+        const zul::LockGuard session(session_->mutex);
+        origin = session_->numbers.take(answer);
+    }
+    if (origin.isFirstPending && !takesBlack) return true;
     const ImageTreatment treatment = {scale, reverseXFlag, rotationAngle};
     ownBuffer = treatment.scales() || treatment.turnsByQuarter();
     treatImage({picture.width, picture.height, picture.channels, picture.data}, treatment, out);
     return true;
+}
+
+// Whether the driver has a newer picture than the last one. True where it can't tell, and where the camera
+// is not open.
+bool TCamera::hasNewer() {
+    const zul::LockGuard lock(cameraCallMutex);
+    if (!isOpen) return true;
+    VDFrameInfo info;
+    const VDFrameInfo* const answer = askFrameInfo(info, index) ? &info : nullptr;
+    const zul::LockGuard session(session_->mutex);
+    return session_->numbers.isNewer(answer);
 }
 
 void TCamera::rotation(cv::Mat& img) {
