@@ -135,15 +135,13 @@ bool TCamera::fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& o
     return true;
 }
 
-// Whether the driver has a newer picture than the last one. True where it can't tell, and where the camera
-// is not open.
-bool TCamera::hasNewer() {
+NewerPicture TCamera::newerPicture() {
     const zul::LockGuard lock(cameraCallMutex);
-    if (!isOpen) return true;
+    if (!isOpen) return NewerPicture::kUnknown;
     VDFrameInfo info;
     const VDFrameInfo* const answer = askFrameInfo(info, index) ? &info : nullptr;
     const zul::LockGuard session(session_->mutex);
-    return session_->numbers.isNewer(answer);
+    return session_->numbers.newer(answer);
 }
 
 void TCamera::rotation(cv::Mat& img) {

@@ -12,6 +12,7 @@
 namespace orx {
 
 struct FrameOrigin;
+enum class NewerPicture;
 
 // A camera by the driver's index. Hosts usually reach it through TMultiCamera (camera/multi_camera.h), which
 // loads the driver module; without a loaded module every operation fails as if the camera did.
@@ -94,7 +95,7 @@ class ORX_API TCamera {
     bool startAcquisition();
     bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin);
     bool fetch(cv::Mat& out, int scale, FrameOrigin& origin);
-    bool hasNewer();
+    NewerPicture newerPicture();
     void reportFailedStart() const;
     void forget();
 

@@ -54,8 +54,9 @@ FrameOrigin FrameNumbers::take(const VDFrameInfo* info) {
     return origin;
 }
 
-bool FrameNumbers::isNewer(const VDFrameInfo* info) const {
-    return info == nullptr || isRefused_ || info->newest > last_;
+NewerPicture FrameNumbers::newer(const VDFrameInfo* info) const {
+    if (info == nullptr || isRefused_) return NewerPicture::kUnknown;
+    return info->newest > last_ ? NewerPicture::kThere : NewerPicture::kNone;
 }
 
 }  // namespace orx

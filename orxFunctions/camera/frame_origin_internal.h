@@ -19,6 +19,9 @@ struct FrameOrigin {
     bool returns = false;         // the module itself brings a lost camera back
 };
 
+// Whether the driver has a picture that was not fetched yet.
+enum class NewerPicture { kNone, kThere, kUnknown };
+
 // Holds what one camera's module says to what it said before. One thread at a time.
 class FrameNumbers {
   public:
@@ -29,8 +32,8 @@ class FrameNumbers {
     // The origin of the picture just fetched. `info` is what the module answered, null when it does not.
     FrameOrigin take(const VDFrameInfo* info);
 
-    // Whether the module has a newer picture than the last one, by its answer. True where it can't tell.
-    bool isNewer(const VDFrameInfo* info) const;
+    // Whether the module has a newer picture than the last one, by its answer.
+    NewerPicture newer(const VDFrameInfo* info) const;
 
     // How many cameras have been started in this process: the number of the last start.
     static std::uint64_t starts();

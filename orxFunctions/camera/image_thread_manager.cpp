@@ -62,7 +62,7 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
     const zul::LockGuard lock(grabLifecycleMutex);
     if (isInRange(idx) && slotOf(idx) == nullptr) {
         const auto slot = static_cast<std::size_t>(idx);
-        imageThread_[slot] = new TImageThread(idx, slotMutexes[slot]);
+        imageThread_[slot] = new TImageThread(idx, slotMutexes[slot], frameQueues[slot]);
     }
     if (!checkValid(idx)) return;
     TImageThread& thread = *slotOf(idx);

@@ -6,6 +6,7 @@
 #include "orxFunctions/camera/camera_brands_internal.h"
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/frame_origin_internal.h"
 
 namespace orx {
 
@@ -82,6 +83,16 @@ TCamera* TMultiCamera::cameraOf(int i) const {
     return checkCameraIdx(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
 }
 
+// As cameraOf, without the message.
+TCamera* TMultiCamera::quietCameraOf(int i) const {
+    const auto isCamera = [this](int number) {
+        return number >= 0 && number < std::min<int>(cameraNumber, MAXCameraNum);
+    };
+    if (dllLoaded == 0 || !isCamera(i)) return nullptr;
+    const int slot = sortedIdx[static_cast<std::size_t>(i)];
+    return isCamera(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
+}
+
 bool TMultiCamera::open(int i, int type) {
     TCamera* const camera = cameraOf(i);
     return camera != nullptr && camera->open(type, initFlag);
@@ -130,6 +141,16 @@ bool TMultiCamera::SetParam(int i, long value, int id) {
 bool TMultiCamera::GetImage(cv::Mat& out, int i, bool scaled, int scale) {
     TCamera* const camera = cameraOf(i);
     return camera != nullptr && camera->GetImage(out, scaled ? scale : 0);
+}
+
+bool TMultiCamera::fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->fetch(out, scale, origin);
+}
+
+NewerPicture TMultiCamera::newerPicture(int i) const {
+    TCamera* const camera = quietCameraOf(i);
+    return camera == nullptr ? NewerPicture::kUnknown : camera->newerPicture();
 }
 
 int TMultiCamera::getCameraType() { return detectCameraType(); }

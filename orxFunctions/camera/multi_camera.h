@@ -14,6 +14,8 @@
 
 namespace orx {
 
+class TImageThread;
+
 // The most cameras and grab threads.
 constexpr int MAXCameraNum = 9;
 
@@ -91,8 +93,13 @@ class ORX_API TMultiCamera {
     zul::TModuleHandle hDriver = nullptr;
 
   private:
+    friend class TImageThread;
+
     bool loadDll();
+    bool fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin);
+    NewerPicture newerPicture(int i) const;
     bool checkCameraIdx(int i) const;
+    TCamera* quietCameraOf(int i) const;
     TCamera* cameraOf(int i) const;
 
     bool mustFree_ = false;

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <climits>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <opencv2/core.hpp>
@@ -16,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -30,11 +30,7 @@ class VisionDriver : public testing::Test {
     }
 
     static void setVariable(const std::filesystem::path& value) {
-#if defined(_WIN32)
-        _wputenv_s(L"TQVISION_CONFIG", value.c_str());
-#else
-        setenv("TQVISION_CONFIG", value.c_str(), 1);
-#endif
+        test::setVariable("TQVISION_CONFIG", value);
     }
     void configure(const std::string& text) {
         const std::filesystem::path file = folder_.path() / std::filesystem::u8path("相机.ini");

@@ -1,22 +1,18 @@
-// The environment of this process.
+// Setting an environment variable of this process.
 #ifndef ORX_TESTS_SUPPORT_ENVIRONMENT_H
 #define ORX_TESTS_SUPPORT_ENVIRONMENT_H
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace test {
 
-// Nothing is left of a variable that is set to "".
-inline void setEnvironment(const std::string& name, const std::string& value) {
+inline void setVariable(const std::string& name, const std::filesystem::path& value) {
 #if defined(_WIN32)
-    _putenv_s(name.c_str(), value.c_str());
+    _wputenv_s(std::filesystem::path(name).c_str(), value.c_str());
 #else
-    if (value.empty()) {
-        unsetenv(name.c_str());
-    } else {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
+    setenv(name.c_str(), value.c_str(), 1);
 #endif
 }
 
