@@ -61,6 +61,7 @@
 #include "orxFunctions/camera/multi_camera.h"
 #include "orxFunctions/camera/polled.h"
 #include "orxFunctions/display/picture_box.h"
+#include "orxFunctions/display/picture_events.h"
 #include "orxFunctions/display/picture_overlay.h"
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_data_augmentation.h"

@@ -193,6 +193,18 @@ void TPictureBox::setFunction(TFunction f) {
 
 void TPictureBox::mouseEvent(int event, int x, int y, int flags) { view_->onMouse({event, x, y, flags}); }
 
+void TPictureBox::onSelectionChanged(std::function<void(const TSelectionChange&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.selection = std::move(callback); });
+}
+
+void TPictureBox::onCursor(std::function<void(const TPicturePlace&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.cursor = std::move(callback); });
+}
+
+void TPictureBox::onClick(std::function<void(const TPictureClick&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.click = std::move(callback); });
+}
+
 std::string TPictureBox::getCvWinName() { return winName; }
 
 void TPictureBox::setSelectionRect(const cv::Rect2d& rect) { select(viewState, rect); }

@@ -4,12 +4,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/display/picture_events.h"
 #include "orxFunctions/display/picture_overlay.h"
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/records.h"
@@ -143,6 +145,17 @@ class ORX_API TPictureBox {
     // A mouse event of the box's window, for hosts that receive the mouse themselves: `event`, `flags` and
     // the wheel are those of OpenCV's mouse callbacks, x and y window coordinates.
     void mouseEvent(int event, int x, int y, int flags);
+
+    // Who is told when the mouse changed a selection in this box, when it moved, and when it clicked, once an
+    // image was shown; an empty function is nobody. They are called on the thread that takes the mouse: on X
+    // a thread of the box, on Windows the one that made the box, and the one that calls mouseEvent. No lock
+    // of the box is held: a callback may call the box, but not destroy it, and must not wait for a thread
+    // that calls setFunction or destroys the box, since both wait for a running callback. One that is
+    // replaced may still be running. What it throws is traced. With FUNC_NONE the mouse is the host's, so
+    // only mouseEvent brings something to tell. Selections that the host sets are not told.
+    void onSelectionChanged(std::function<void(const TSelectionChange&)> callback);
+    void onCursor(std::function<void(const TPicturePlace&)> callback);
+    void onClick(std::function<void(const TPictureClick&)> callback);
 
     std::string getCvWinName();
 

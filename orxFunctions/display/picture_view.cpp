@@ -319,23 +319,6 @@ cv::Point2d TPictureBox::View::toImage(cv::Point2d p) {
     return view.toImage(p);
 }
 
-bool TPictureBox::View::selectedRect(cv::Rect2d& rect) const {
-    const zul::LockGuard lock(state.sizeLock);
-    const RectSelection selection = state.rect;
-    if (!selection.exists()) return false;
-    if (selection.drawnIn != nullptr && selection.drawnIn != &box_) return false;
-    rect = selection.drawnIn == nullptr ? selection.rect : rectInImage(selection.rect, mapping());
-    return true;
-}
-
-bool TPictureBox::View::selectedCircle(cv::Point& centre, double& radius) const {
-    const zul::LockGuard lock(state.sizeLock);
-    if (!state.circle.exists()) return false;
-    centre = state.circle.centre;
-    radius = state.circle.radius;
-    return true;
-}
-
 ViewMapping TPictureBox::View::mapping() const {
     const FitGeometry fit{box_.shownWidth, box_.shownHeight, box_.offsetX, box_.offsetY};
     return {fit, cv::Size2d(box_.origWidth, box_.origHeight), state.zoom,
@@ -345,65 +328,4 @@ ViewMapping TPictureBox::View::mapping() const {
 void TPictureBox::View::keepScale(const ViewMapping& mapping) {
     box_.scaleX = mapping.scale().x;
     box_.scaleY = mapping.scale().y;
-}
-
-void TPictureBox::View::installHandler(TFunction mode) {
-    handler_ = mode;
-    window_->setMouseListener(mode == FUNC_NONE ? nullptr : this);
-    const zul::LockGuard lock(mouseLock_);
-    if (!interaction_.dragging()) return;
-    interaction_.endDrag();
-    state.refreshAllowed = true;
-}
-
-void TPictureBox::View::forgetSelection() {
-    const zul::LockGuard lock(state.sizeLock);
-    if (state.rect.drawnIn == &box_) state.rect = RectSelection();
-}
-
-void TPictureBox::View::onMouse(const MouseEvent& event) {
-    const zul::LockGuard lock(mouseLock_);
-    const bool wasDragging = interaction_.dragging();
-    const bool hasChanged = handleMouse(event);
-    const bool isDragging = interaction_.dragging();
-    if (isDragging != wasDragging) state.refreshAllowed = !isDragging;
-    if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
-    // Images that came during the drag were not shown.
-    if (wasDragging && !isDragging) box_.redraw = true;
-}
-
-bool TPictureBox::View::handleMouse(const MouseEvent& event) {
-    const TFunction mode = handler_;
-    const zul::LockGuard lock(state.sizeLock);
-    if (!(box_.origWidth > 0.0 && box_.shownWidth > 0.0 && box_.shownHeight > 0.0)) {  // nothing shown yet
-        interaction_.endDrag();
-        return false;
-    }
-    const bool wasZoomed = state.zoom.active();
-    const bool hasChanged = applyMouse(mode, event);
-    // A zoom that begins now is made for the size that the window has now.
-    if (!wasZoomed && state.zoom.active()) box_.sizeChanged = false;
-    if (state.rect.drawnIn == &box_) box_.drawnOnce = false;
-    return hasChanged;
-}
-
-bool TPictureBox::View::applyMouse(TFunction mode, const MouseEvent& event) {
-    const InteractionView view{mapping(),
-                               cv::Size2d(box_.origWidth, box_.origHeight),
-                               cv::Size(box_.windowWidth, box_.windowHeight),
-                               box_.panGain,
-                               box_.smallestSelection,
-                               2 * box_.handleRadius};
-    switch (mode) {
-        case FUNC_ZOOM_PAN:
-            // Without a size the image is shown as it is, and can't be zoomed.
-            return view.window.width > 5 && view.window.height > 5 &&
-                   interaction_.zoomAndPan(event, view, state.zoom);
-        case FUNC_EDIT_RECT:
-            return interaction_.editRect(event, view, &box_, state.rect);
-        case FUNC_EDIT_CIRCLE:
-            return interaction_.editCircle(event, view, state.circle);
-        default:
-            return false;
-    }
 }

@@ -4,10 +4,12 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
+#include "orxFunctions/display/click_finder_internal.h"
 #include "orxFunctions/display/fit_picture_internal.h"
 #include "orxFunctions/display/interaction_internal.h"
 #include "orxFunctions/display/overlay_painter_internal.h"
@@ -15,7 +17,18 @@
 #include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
 
-// Locks, in the order in which they are taken: mouse, image, size, overlay.
+namespace orx::display {
+
+struct Callbacks {
+    std::function<void(const TSelectionChange&)> selection;
+    std::function<void(const TPicturePlace&)> cursor;
+    std::function<void(const TPictureClick&)> click;
+};
+
+}  // namespace orx::display
+
+// Locks, in the order in which they are taken: mouse, image, size, overlay. That of the callbacks is taken
+// alone.
 class TPictureBox::View final : public orx::platform::MouseListener {
   public:
     // What a picture is shown for: an image that came in, a drag of the mouse, or to be seen as it is, with
@@ -64,6 +77,7 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     void installHandler(TFunction mode);
     void onMouse(const orx::platform::MouseEvent& event) override;
     void forgetSelection();
+    void changeCallbacks(const std::function<void(orx::display::Callbacks&)>& change);
 
   private:
     const std::unique_ptr<orx::display::ViewState> own_;  // nullptr: the process's is shown
@@ -93,6 +107,10 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     bool applyMouse(TFunction mode, const orx::platform::MouseEvent& event)
         ZUL_REQUIRES(mouseLock_, state.sizeLock);
 
+    TSelectionChange selections(bool isDragging) const;
+    void tell(const orx::platform::MouseEvent& event, const TSelectionChange* change);
+    TPicturePlace placeAt(cv::Point window);
+
     TPictureBox& box_;
     std::unique_ptr<orx::platform::NativeWindow> window_;
     std::atomic<bool> isPlaced_{false};
@@ -105,6 +123,13 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     zul::Mutex mouseLock_;
     orx::display::Interaction interaction_ ZUL_GUARDED_BY(mouseLock_);
     std::atomic<TFunction> handler_{FUNC_NONE};
+
+    bool hasDragChanged_ ZUL_GUARDED_BY(mouseLock_) = false;  // the selection, since the button went down
+
+    zul::Mutex callbackLock_;
+    std::shared_ptr<const orx::display::Callbacks> callbacks_ ZUL_GUARDED_BY(callbackLock_) =
+        std::make_shared<orx::display::Callbacks>();
+    orx::display::ClickFinder clicks_ ZUL_GUARDED_BY(callbackLock_);
 
     zul::Mutex sleepLock_;
     std::condition_variable_any wake_;

@@ -394,6 +394,8 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
     box.calShowFrame();
     box.selectRect = true;
     box.selectCircle = true;
+    std::atomic<int> told{0};
+    box.onSelectionChanged([&](const TSelectionChange&) { ++told; });
     box.start();
     other.start();
     std::vector<std::thread> threads;
@@ -416,6 +418,9 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
             box.setDrawRect({1, 2, 3, 4, 1, {}});
             box.setDrawCircle({1, 2, 3, 1, {}});
             if (i % 5 == 0) box.clearDraw();
+            if (i % 3 == 0) box.setOverlay(TOverlay().disc({20, 20}, i % 9));
+            box.showGroup("", i % 2 == 0);
+            box.onCursor([&](const TPicturePlace& place) { told += place.isInside ? 1 : 0; });
             box.showImage();
             other.showImageLast();
         }
@@ -432,6 +437,7 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
     for (std::thread& thread : threads) thread.join();
     box.showImage();
     EXPECT_FALSE(box.display.empty());
+    EXPECT_GT(told, 0);
 }
 
 }  // namespace

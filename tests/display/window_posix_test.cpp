@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <mutex>
 #include <thread>
 
 #include "tests/display/host_window_posix.h"
@@ -292,6 +293,33 @@ TEST_F(PictureBoxWindow, TheMouseIsTheHostsWhereTheBoxLeavesItToIt) {
         other.click(1);
         return other.received(XCB_BUTTON_PRESS) == 0;
     }));
+}
+
+TEST_F(PictureBoxWindow, ClicksAreToldAndMayChangeTheMode) {
+    HostWindow host({200, 100, 400, 300});
+    std::mutex mutex;
+    std::vector<TPictureClick> clicks;
+    TPictureBox box(TPictureOf::kBox);
+    box.setHandle(host.handle(), 400, 300);
+    cv::Mat image = corners();
+    box.setImage(image, false);
+    box.showImage();
+    box.onClick([&](const TPictureClick& click) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        clicks.push_back(click);
+        box.setFunction(FUNC_NONE);  // on the window's own thread
+    });
+    host.moveMouse(20, 60);
+    host.click(3);
+    EXPECT_TRUE(becomesTrue([&] { return box.function == FUNC_NONE; }));
+    host.click(3);
+    EXPECT_TRUE(becomesTrue([&] { return host.received(XCB_BUTTON_RELEASE) == 1; }));
+    const std::lock_guard<std::mutex> lock(mutex);
+    ASSERT_EQ(clicks.size(), 1U);
+    EXPECT_EQ(clicks[0].button, cv::EVENT_FLAG_RBUTTON);
+    // The fit puts the image 50 rows down, at its own scale.
+    EXPECT_EQ(clicks[0].place.pixel, cv::Point(20, 10));
+    EXPECT_EQ(clicks[0].place.value, cv::Scalar(255, 0, 0));
 }
 
 TEST_F(PictureBoxWindow, CursorsHaveTheirShapes) {

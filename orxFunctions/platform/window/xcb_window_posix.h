@@ -70,7 +70,7 @@ class XcbWindow final : public NativeWindow {
     bool takesMouse_ ZUL_GUARDED_BY(lock_) = false;  // else the host's window does
     bool hasTraced_ ZUL_GUARDED_BY(lock_) = false;
 
-    zul::Mutex listenerLock_;  // held while the listener is told
+    zul::RecursiveMutex listenerLock_;  // held while the listener is told, who may replace itself
     MouseListener* listener_ ZUL_GUARDED_BY(listenerLock_) = nullptr;
 
     XcbMouse mouse_;  // the event thread's
