@@ -5,6 +5,7 @@
 
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/camera/frame_queue_internal.h"
 #include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/display/view_state_internal.h"
@@ -24,6 +25,7 @@ zul::Mutex grabLifecycleMutex;
 platform::ExtraModuleFolder platform::extraModuleFolder;
 CameraDriver cameraDriver;
 CameraMessages cameraMessages;
+CameraStates cameraStates;
 std::array<FrameQueue, MAXCameraNum> frameQueues;
 TImageThreadManager imgThreadManager;
 

@@ -56,6 +56,7 @@
 #include "orxFunctions/camera/camera.h"
 #include "orxFunctions/camera/camera_config.h"
 #include "orxFunctions/camera/camera_messages.h"
+#include "orxFunctions/camera/camera_state.h"
 #include "orxFunctions/camera/frames.h"
 #include "orxFunctions/camera/image_thread_manager.h"
 #include "orxFunctions/camera/multi_camera.h"

@@ -23,7 +23,7 @@ enum class NewerPicture;
 // under way has ended. Fields may be read and set at any time.
 //
 // A camera that was lost is connected again by close and open, in this order: open alone finds it open still
-// and does nothing.
+// and does nothing. (lpReconnect in camera/camera_state.h lets its grab thread do that.)
 class ORX_API TCamera {
   public:
     explicit TCamera(int index);
@@ -92,7 +92,9 @@ class ORX_API TCamera {
     friend class TMultiCamera;
     struct Session;
 
-    bool startAcquisition();
+    bool startAcquisition(bool isTold);
+    bool reopen(std::uint64_t hostChanges);
+    std::uint64_t hostChanges() const;
     bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin);
     bool fetch(cv::Mat& out, int scale, FrameOrigin& origin);
     NewerPicture newerPicture();

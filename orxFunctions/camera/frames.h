@@ -21,12 +21,12 @@ namespace orx {
 // With a driver module that does not number its pictures (isNumbered false) each fetch counts as a frame: a
 // picture that the driver gave twice is then two, and one that it never gave is none.
 struct TFrame {
-    cv::Mat image;              // scaled and turned as the camera's settings say
-    std::int32_t camera = 0;    // the logical number
-    std::uint64_t start = 0;    // of the camera it comes from; a later start has a higher number
-    std::uint64_t number = 0;   // from 1 since that start
-    bool isNumbered = false;    // by the driver
-    std::int64_t deviceTime = 0;                     // nanoseconds by the camera's clock; 0 when it has none
+    cv::Mat image;                // scaled and turned as the camera's settings say
+    std::int32_t camera = 0;      // the logical number
+    std::uint64_t start = 0;      // of the camera it comes from; a later start has a higher number
+    std::uint64_t number = 0;     // from 1 since that start
+    bool isNumbered = false;      // by the driver
+    std::int64_t deviceTime = 0;  // nanoseconds by the camera's clock; 0 when it has none
     std::chrono::system_clock::time_point hostTime;  // when it arrived in this computer
     std::uint64_t lostBefore = 0;     // frames that no grab thread fetched: overwritten in the driver or lost
                                       // on the way
@@ -38,7 +38,8 @@ enum TFramePolicy {
     // thread fetches at the pace of TCameraConfig::frameRate.
     fpNewest,
     // For hosts that must see all: the queue holds TFrameOptions::capacity frames, beyond which the oldest is
-    // dropped. The grab thread fetches each frame as soon as the driver has it, whatever frameRate says, where
+    // dropped. The grab thread fetches each frame as soon as the driver has it, whatever frameRate says,
+    // where
     // the driver can tell; it has to come by once in the time of a frame.
     fpEveryOne
 };

@@ -8,6 +8,7 @@
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
@@ -15,7 +16,6 @@
 namespace orx {
 namespace {
 
-constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
 
 // Where every frame is wanted: how often the driver is asked, and for how long it is at least.
@@ -47,15 +47,24 @@ bool TImageThread::isInCallback() { return inCallback; }
 void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box) {
     cameras_ = cams;
     config_ = cfg;
+    name_ = cfg == nullptr ? std::string() : cfg->name;
     pictureBox_ = box;
 }
 
 bool TImageThread::start() {
     running_ = true;
     failCount_ = 0;
+    isLost_ = false;
     failedFetches = 0;
     pace_.frameCounter = 0;
+    cameraStates.note(cameraIdx, [this](CameraFacts& facts) {
+        facts.name = name_;
+        facts.hasThread = true;
+        facts.loss = Loss::kNone;
+        facts.hasReturned = false;
+    });
     if (worker_.start(runOnThread, this)) return true;
+    cameraStates.note(cameraIdx, [](CameraFacts& facts) { facts.hasThread = false; });
     running_ = false;
     pictureBox_ = nullptr;
     return false;
@@ -96,6 +105,13 @@ void TImageThread::run() {
         while (turn()) {
         }
     }
+    // Not while the library is being unloaded: the host's callback may be gone.
+    if (!isUnloading_) {
+        cameraStates.report(cameraIdx, [](CameraFacts& facts) {
+            facts.hasThread = false;
+            facts.loss = Loss::kNone;
+        });
+    }
     threadImage_.release();
     idle_.clear();
     pictureBox_ = nullptr;  // the host may destroy it now
@@ -113,18 +129,25 @@ bool TImageThread::turn() {
         return false;
     }
     pause();
-    if (exitRequested_ || !mayFetch()) return true;
+    if (exitRequested_) return true;
+    reportTurn();
+    if (isKeptLost() || isAtRest() || !mayFetch()) return true;
     if (failCount_ >= kMostFailures) {
-        zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
-        zul::APPaddOrSetParamBool(kCameraReady, false);
-        failCount_ = 0;
+        lose();
         return true;
     }
-    if (!fetch() || !handOver()) {
+    if (!fetch()) {
         ++failCount_;
         pace_.frameCounter = 0;
         return true;
     }
+    if (!handOver()) {
+        lastFailure_ = crCallbackFailed;
+        if (reconnect_.policy == lpAllWait) ++failCount_;
+        pace_.frameCounter = 0;
+        return true;
+    }
+    endLoss(true);
     failCount_ = 0;
     ++pace_.frameCounter;
     keepPace();
@@ -178,6 +201,7 @@ bool TImageThread::fetch() {
     } catch (const std::exception& error) {  // no memory for the picture
         zul::outPutDebugString("camera getImg", error.what());
     }
+    lastFailure_ = isFetched ? crEmptyPicture : crNoPicture;
     if (!isFetched) {
         zul::outPutDebugString("camera getImg fail", cameraIdx);
     } else if (threadImage_.empty()) {

@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "ZULLib/sync_internal.h"
+#include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_state.h"
 #include "orxFunctions/camera/frame_queue_internal.h"
 #include "orxFunctions/camera/image_thread_manager.h"
 #include "orxFunctions/display/frame_pacing_internal.h"
@@ -83,9 +85,18 @@ class TImageThread {
     bool isDone(const Call& call);
     void storeLatest() ZUL_REQUIRES(slotMutex_);
     void keepPace();
+    void reportTurn();
+    void tell(CameraMessage message);
+    void lose();
+    void endLoss(bool hasReturned);
+    bool isKeptLost();
+    bool isAtRest() const;
+    void tryToReturn();
     void showInBox(cv::Mat image);
     template <typename Work>
     void withSlotMutex(const Work& work);
+
+    static constexpr int kMostFailures = 6;
 
     // Held while the callback runs and the latest image is stored.
     zul::Mutex& slotMutex_;
@@ -98,10 +109,19 @@ class TImageThread {
     // Changed while the thread does not run, apart from the box, which it lets go as it ends.
     TMultiCamera* cameras_ = nullptr;
     TCameraConfig* config_ = nullptr;
+    std::string name_;  // the configuration's, as it was then
     std::atomic<TPictureBox*> pictureBox_{nullptr};
 
     // The grab thread's own.
     int failCount_ = 0;
+    TReconnect reconnect_;  // as of this turn
+    TCameraReason lastFailure_ = crNoPicture;
+    bool isLost_ = false;
+    bool isReopened_ = false;        // by this thread; its first picture is awaited
+    bool mayAllFetch_ = false;       // the loss stops all cameras by the host's parameter, not this one alone
+    std::uint64_t hostChanges_ = 0;  // of the camera by the host, as counted at the loss
+    std::int64_t waitMs_ = 0;        // before the next attempt to connect again
+    std::chrono::steady_clock::time_point nextAttempt_;
     display::FramePace pace_;    // its measured rate is read by anybody
     cv::Mat threadImage_;        // of the last fetch
     FrameOrigin origin_;         // its

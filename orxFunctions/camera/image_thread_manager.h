@@ -26,7 +26,9 @@ constexpr const char* kCameraReady = "cameraReady";
 // Nothing is fetched while the host's parameter "cameraReady" (kCameraReady) is false; a host sets it with
 // APPaddOrSetParamBool once its cameras are open. After six failed fetches in a row a thread asks the user to
 // reconnect and sets the parameter to false; the host sets it again when it has. To reconnect: close the lost
-// camera first, since it still counts as open, then open it, then set the parameter.
+// camera first, since it still counts as open, then open it, then set the parameter. setReconnect
+// (camera/camera_state.h) lets the thread reconnect, and the other cameras go on; camera/frames.h hands out
+// frames that are accounted for.
 //
 // A thread asks for the newest picture at its own pace. Where the camera has sent no newer one the driver
 // gives the last one again: that is fetched, shown, handed to the callback and counted in the rate like any
@@ -95,6 +97,7 @@ class ORX_API TImageThreadManager {
     bool checkValid(int idx);
     TImageThread* slotOf(int idx) const;
     bool isGrabThread() const;
+    void restart(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx);
     void endFrom(int first);
     void endAtUnload();
 

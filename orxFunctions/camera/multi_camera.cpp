@@ -6,6 +6,7 @@
 #include "orxFunctions/camera/camera_brands_internal.h"
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/camera/frame_origin_internal.h"
 
 namespace orx {
@@ -93,29 +94,44 @@ TCamera* TMultiCamera::quietCameraOf(int i) const {
     return isCamera(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
 }
 
-bool TMultiCamera::open(int i, int type) {
-    TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->open(type, initFlag);
+void TMultiCamera::state(int i, bool& isOpen, bool& isWorking) const {
+    const TCamera* const camera = quietCameraOf(i);
+    isOpen = camera != nullptr && camera->isOpen;
+    isWorking = camera != nullptr && camera->isWorking;
 }
 
-bool TMultiCamera::connectCamera(int i, int type) {
-    TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->connectCamera(type, initFlag);
+// Tells what an operation of the host has made of the camera. The answer is the operation's.
+bool TMultiCamera::reported(int i, bool answer) const {
+    cameraStates.report(i, [=](CameraFacts& facts) {
+        state(i, facts.isOpen, facts.isWorking);
+        facts.loss = Loss::kNone;
+        facts.hasReturned = false;
+        facts.closedReason = answer ? crAsked : crRefused;
+    });
+    return answer;
 }
+
+bool TMultiCamera::open(int i, int type) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && (camera->isOpen || reported(i, camera->open(type, initFlag)));
+}
+
+bool TMultiCamera::connectCamera(int i, int type) { return open(i, type); }
 
 bool TMultiCamera::start(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->start();
+    if (camera == nullptr || !camera->isOpen) return false;
+    return reported(i, camera->start());
 }
 
 bool TMultiCamera::stop(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->stop();
+    return camera != nullptr && reported(i, camera->stop());
 }
 
 bool TMultiCamera::close(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->close();
+    return camera != nullptr && reported(i, camera->close());
 }
 
 bool TMultiCamera::haveOpen(int i) {
@@ -153,6 +169,16 @@ NewerPicture TMultiCamera::newerPicture(int i) const {
     return camera == nullptr ? NewerPicture::kUnknown : camera->newerPicture();
 }
 
+bool TMultiCamera::reopen(int i, std::uint64_t hostChanges) {
+    TCamera* const camera = quietCameraOf(i);
+    return camera != nullptr && camera->reopen(hostChanges);
+}
+
+std::uint64_t TMultiCamera::hostChanges(int i) const {
+    const TCamera* const camera = quietCameraOf(i);
+    return camera == nullptr ? 0 : camera->hostChanges();
+}
+
 int TMultiCamera::getCameraType() { return detectCameraType(); }
 
 bool TMultiCamera::checkRotation(int angle) const {
@@ -163,6 +189,9 @@ bool TMultiCamera::checkRotation(int angle) const {
 bool TMultiCamera::DestoryCamera() {
     for (TCamera* const camera : cameras) {
         if (camera != nullptr) camera->close();
+    }
+    for (int i = 0; i < MAXCameraNum; ++i) {
+        if (quietCameraOf(i) != nullptr) reported(i, true);
     }
     const zul::LockGuard lock(cameraCallMutex);
     const auto destroy = cameraDriver.destroyCamera.load();

@@ -98,6 +98,10 @@ class ORX_API TMultiCamera {
     bool loadDll();
     bool fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin);
     NewerPicture newerPicture(int i) const;
+    bool reopen(int i, std::uint64_t hostChanges);
+    std::uint64_t hostChanges(int i) const;
+    void state(int i, bool& isOpen, bool& isWorking) const;
+    bool reported(int i, bool answer) const;
     bool checkCameraIdx(int i) const;
     TCamera* quietCameraOf(int i) const;
     TCamera* cameraOf(int i) const;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
@@ -11,6 +12,7 @@
 #include "drivers/vision_driver.h"
 #include "orxFunctions/orxfunctions.h"
 #include "tests/support/environment.h"
+#include "tests/support/loaded_module.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -59,6 +61,7 @@ class ModuleFrames : public testing::Test {
         return false;
     }
 
+    const test::LoadedModule module_{ORX_DRIVER_MODULE};  // on Windows it does not lie beside this program
     test::TemporaryFolder folder_;
     orx::TMultiCamera cams_;
     std::array<orx::TCameraConfig, kCameras> configs_;
@@ -128,10 +131,10 @@ TEST_F(ModuleFrames, AddUpAtTwiceTheRateThatTheHostTakes) {
         EXPECT_EQ(counts.waiting, 0U);
         EXPECT_EQ(counts.delivered, counts.taken + counts.dropped + counts.lost);
         EXPECT_GT(counts.dropped + counts.lost, 0U) << "the host was not too slow";
-        RecordProperty("camera" + std::to_string(i),
-                       std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.taken) +
-                           " taken, " + std::to_string(counts.dropped) + " dropped, " +
-                           std::to_string(counts.lost) + " lost");
+        RecordProperty("camera" + std::to_string(i), std::to_string(counts.delivered) + " delivered, " +
+                                                         std::to_string(counts.taken) + " taken, " +
+                                                         std::to_string(counts.dropped) + " dropped, " +
+                                                         std::to_string(counts.lost) + " lost");
     }
 }
 

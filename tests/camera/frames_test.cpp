@@ -130,7 +130,8 @@ TEST_F(Frames, APictureThatIsGivenAgainIsNoFrame) {
     EXPECT_EQ(frame.number, static_cast<std::uint64_t>(calm));
     const auto fetchesBefore = fakeCamera(0).fetches.load();
     std::this_thread::sleep_for(std::chrono::milliseconds(120));
-    EXPECT_LE(fakeCamera(0).fetches - fetchesBefore, 4) << "where nothing is new the driver is asked, not fetched from";
+    EXPECT_LE(fakeCamera(0).fetches - fetchesBefore, 4)
+        << "where nothing is new the driver is asked, not fetched from";
     fakeCamera(0).repeats = 0;
     ASSERT_TRUE(orx::takeFrame(0, frame, kSoon));
     EXPECT_EQ(frame.number, static_cast<std::uint64_t>(calm) + 1);

@@ -42,7 +42,8 @@ TEST_F(GigeFrames, AddUpAtTwiceTheRateThatTheHostTakes) {
         addCamera(options);
     }
     bool isFound = false;
-    for (int i = 0; !isFound && i < 3; ++i) isFound = cams_.InitCamera(VD_TYPE_HIKVISION, nullptr, false, false);
+    for (int i = 0; !isFound && i < 3; ++i)
+        isFound = cams_.InitCamera(VD_TYPE_HIKVISION, nullptr, false, false);
     ASSERT_TRUE(isFound);
     for (int i = 0; i < kCameras; ++i) {
         orx::openFrames(i, i == 0 ? orx::TFrameOptions{orx::fpEveryOne, 4} : orx::TFrameOptions{});
@@ -83,10 +84,10 @@ TEST_F(GigeFrames, AddUpAtTwiceTheRateThatTheHostTakes) {
         EXPECT_EQ(last[static_cast<std::size_t>(i)], counts.delivered);
         EXPECT_GE(counts.taken, 20U);
         EXPECT_GT(counts.dropped + counts.lost, 0U) << "the host was not too slow";
-        RecordProperty("camera" + std::to_string(i),
-                       std::to_string(counts.delivered) + " delivered, " + std::to_string(counts.taken) +
-                           " taken, " + std::to_string(counts.dropped) + " dropped, " +
-                           std::to_string(counts.lost) + " lost");
+        RecordProperty("camera" + std::to_string(i), std::to_string(counts.delivered) + " delivered, " +
+                                                         std::to_string(counts.taken) + " taken, " +
+                                                         std::to_string(counts.dropped) + " dropped, " +
+                                                         std::to_string(counts.lost) + " lost");
     }
 }
 
