@@ -62,12 +62,11 @@ bool closeCameras(orx::TMultiCamera& cameras) {
     bool addUp = true;
     for (int i = 0; i < kCameras; ++i) {
         const orx::TFrameCounts counts = orx::frameCounts(i);
-        std::printf("camera %d: %llu delivered = %llu taken + %llu waiting + %llu dropped + %llu lost\n", i + 1,
-                    static_cast<unsigned long long>(counts.delivered),
-                    static_cast<unsigned long long>(counts.taken),
-                    static_cast<unsigned long long>(counts.waiting),
-                    static_cast<unsigned long long>(counts.dropped),
-                    static_cast<unsigned long long>(counts.lost));
+        std::printf(
+            "camera %d: %llu delivered = %llu taken + %llu waiting + %llu dropped + %llu lost\n", i + 1,
+            static_cast<unsigned long long>(counts.delivered), static_cast<unsigned long long>(counts.taken),
+            static_cast<unsigned long long>(counts.waiting), static_cast<unsigned long long>(counts.dropped),
+            static_cast<unsigned long long>(counts.lost));
         addUp = addUp && counts.taken > 0 &&
                 counts.delivered == counts.taken + counts.waiting + counts.dropped + counts.lost;
         orx::closeFrames(i);

@@ -1,9 +1,10 @@
 // What a grab thread does about a camera that gives no pictures.
+#include "orxFunctions/camera/image_thread_internal.h"
+
 #include <algorithm>
 
 #include "orxFunctions/camera/camera_messages_internal.h"
 #include "orxFunctions/camera/camera_states_internal.h"
-#include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
 namespace orx {

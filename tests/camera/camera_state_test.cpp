@@ -71,9 +71,10 @@ class CameraState : public test::Grabbing {
             const std::string words = call.substr(call.find(' '));
             const bool isFirst = call.rfind("VDSetParam", 0) == 0 || call.rfind("VDGetParam", 0) == 0;
             const std::string number = " " + std::to_string(slot);
-            const bool isIts = isFirst ? words.rfind(number + " ", 0) == 0
-                                       : words.size() >= number.size() &&
-                                             words.compare(words.size() - number.size(), number.size(), number) == 0;
+            const bool isIts =
+                isFirst ? words.rfind(number + " ", 0) == 0
+                        : words.size() >= number.size() &&
+                              words.compare(words.size() - number.size(), number.size(), number) == 0;
             if (isIts) calls.push_back(call);
         }
         return calls;
@@ -279,7 +280,8 @@ TEST_F(CameraState, ACallbackMayCallBack) {
             if (++calls > 40) return;
             orx::cameraStatus(status.camera);
             orx::imgThreadManager.getThreadImage(0);
-            if (calls % 3 == 0) orx::imgThreadManager.startThread(cams, config, 1);  // refused on a grab thread
+            if (calls % 3 == 0)
+                orx::imgThreadManager.startThread(cams, config, 1);  // refused on a grab thread
             if (calls % 4 == 0) orx::imgThreadManager.closeAllThread();
             if (calls % 5 == 0) throw std::runtime_error("no screen");
         },

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
@@ -154,6 +155,27 @@ TEST_F(ModuleFrames, GoOnWhileAnotherCameraIsOpened) {
     EXPECT_EQ(image.size(), cv::Size(24, 16));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
     EXPECT_TRUE(orx::takeFrame(0, frame, 5000));
+}
+
+void endProcessInCallback() {
+    orx::setFrameCallback(
+        1,
+        [](const orx::TFrame& frame, void*) {
+            if (frame.number >= 5) std::exit(7);
+        },
+        nullptr);
+    orx::APPaddOrSetParamBool(orx::kCameraReady, true);
+    std::this_thread::sleep_for(std::chrono::seconds(20));
+}
+
+// The other threads still fetch when the module's static objects are gone.
+TEST_F(ModuleFrames, AllowACallbackToEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (int i = 0; i < kCameras; ++i) {
+        ASSERT_TRUE(cams_.open(i, VD_TYPE_ANY));
+        orx::imgThreadManager.startThread(&cams_, &configs_[static_cast<std::size_t>(i)], i);
+    }
+    EXPECT_EXIT(endProcessInCallback(), testing::ExitedWithCode(7), "");
 }
 
 }  // namespace

@@ -288,8 +288,7 @@ void endProcessInCallback(orx::TImageThreadManager& manager) {
 
 TEST_F(ImageThread, ACallbackMayEndTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    start(0);
-    start(1);
+    start(0);  // alone: the fake driver's own destructors run while other threads might call it
     EXPECT_EXIT(endProcessInCallback(manager_), testing::ExitedWithCode(7), "");
 }
 
