@@ -69,7 +69,8 @@ void TPictureBox::View::run() {
             wake_.wait_until(sleepLock_, end, [this] { return box_.killFlag.load(); });
         }
         // An image that comes in from here on is for the next turn.
-        if (!box_.redraw.exchange(false)) continue;
+        const bool hasChanged = hasChanged_.exchange(false);
+        if (!box_.redraw.exchange(false) && !hasChanged) continue;
         show(Occasion::kNewImage);
         box_.calShowFrame();
     }
@@ -162,7 +163,9 @@ bool TPictureBox::View::isGroupShown(const std::string& group) {
 }
 
 void TPictureBox::View::showSoon() {
-    if (box_.shownWidth > 0.0) box_.redraw = true;
+    if (!(box_.shownWidth > 0.0)) return;
+    hasChanged_ = true;
+    box_.redraw = true;
 }
 
 bool TPictureBox::View::mayShow(Occasion occasion) {

@@ -114,6 +114,8 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     TPictureBox& box_;
     std::unique_ptr<orx::platform::NativeWindow> window_;
     std::atomic<bool> isPlaced_{false};
+    // What is seen has changed. Unlike `redraw`, a picture that is on its way already does not take it back.
+    std::atomic<bool> hasChanged_{false};
     orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(state.imageLock);
     orx::display::OverlayPainter painter_ ZUL_GUARDED_BY(state.imageLock);
     std::shared_ptr<const TOverlay> overlay_ ZUL_GUARDED_BY(overlayLock) = std::make_shared<TOverlay>();

@@ -103,7 +103,7 @@ void TPictureBox::View::onMouse(const MouseEvent& event) {
         if (isDragging != wasDragging) state.refreshAllowed = !isDragging;
         if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
         // Images that came during the drag were not shown.
-        if (wasDragging && !isDragging) box_.redraw = true;
+        if (wasDragging && !isDragging) showSoon();
 
         after = selections(isDragging);
         const bool isOther = !areEqual(before, after);

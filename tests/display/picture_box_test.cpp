@@ -376,6 +376,20 @@ TEST_F(PictureBox, ANewSizeFitsAStillPictureAnew) {
     EXPECT_FALSE(box.redraw);
 }
 
+// A change that comes while a picture is on its way, which takes long for so large and deep a one.
+TEST_F(PictureBox, ANewSizeIsNotLostWhileAPictureIsShown) {
+    cv::Mat large(3000, 4000, CV_16UC1, cv::Scalar(0));
+    for (int i = 0; i < 4; ++i) {
+        TPictureBox box(TPictureOf::kBox);
+        box.sleepMs = 1;
+        box.start();
+        box.setImage(large, false);
+        while (box.shownWidth == 0.0) std::this_thread::yield();
+        box.setWindowSize(40, 30);
+        EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 40.0; }));
+    }
+}
+
 TEST_F(PictureBox, ASlowBoxIsDestroyedWithoutWaitingForItsPause) {
     const auto start = std::chrono::steady_clock::now();
     {
