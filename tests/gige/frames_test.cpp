@@ -91,5 +91,48 @@ TEST_F(GigeFrames, AddUpAtTwiceTheRateThatTheHostTakes) {
     }
 }
 
+TEST_F(GigeFrames, ALostCameraComesBackAndTheOtherNeverNotices) {
+    SoftwareCamera* cameras[kCameras] = {};
+    for (int i = 0; i < kCameras; ++i) {
+        CameraOptions options;
+        options.address = "127.0.0." + std::to_string(2 + i);
+        options.serial = "S" + std::to_string(i);
+        cameras[i] = &addCamera(options);
+    }
+    bool isFound = false;
+    for (int i = 0; !isFound && i < 3; ++i)
+        isFound = cams_.InitCamera(VD_TYPE_HIKVISION, nullptr, false, false);
+    ASSERT_TRUE(isFound);
+    for (int i = 0; i < kCameras; ++i) {
+        orx::setReconnect(i, {orx::lpReconnect, 50, 200});
+        orx::openFrames(i, {orx::fpEveryOne, 16});
+        configs_[static_cast<std::size_t>(i)].frameRate = 50;
+        ASSERT_TRUE(cams_.open(i, VD_TYPE_HIKVISION));
+        ASSERT_TRUE(cams_.SetParam(i, 4321, VD_PARAM_EXPOSURE));
+        orx::imgThreadManager.startThread(&cams_, &configs_[static_cast<std::size_t>(i)], i);
+    }
+    orx::APPaddOrSetParamBool(orx::kCameraReady, true);
+    const auto isState = [](int i, orx::TCameraState state) { return orx::cameraStatus(i).state == state; };
+    const auto isFetched = [](int i) {
+        orx::TFrame frame;
+        return orx::takeFrame(i, frame, 2000);
+    };
+    for (int i = 0; i < kCameras; ++i) ASSERT_TRUE(isFetched(i));
+    cameras[1]->kill();
+    EXPECT_TRUE(eventually(5000, [&] { return isState(1, orx::csReconnecting); }));
+    const std::uint64_t change = orx::cameraStatus(0).change;
+    EXPECT_TRUE(isFetched(0));
+    cameras[1]->start();
+    EXPECT_TRUE(eventually(10000, [&] { return isState(1, orx::csGrabbing); }));
+    EXPECT_EQ(orx::cameraStatus(1).reason, orx::crReturned);
+    orx::openFrames(1, {});
+    EXPECT_TRUE(isFetched(1));
+    EXPECT_EQ(cams_.GetParam(1, VD_PARAM_EXPOSURE), 4321.0F) << "set as it was";
+    EXPECT_TRUE(orx::APPgetParamBool(orx::kCameraReady));
+    EXPECT_EQ(orx::cameraStatus(0).change, change);
+    EXPECT_EQ(orx::imgThreadManager.getFailedFetches(0), 0);
+    for (int i = 0; i < kCameras; ++i) orx::setReconnect(i, {});
+}
+
 }  // namespace
 }  // namespace gige
