@@ -1,11 +1,12 @@
 // The mouse in a picture box: what it changes, and what the host is told of it.
-#include <cstdlib>
+#include "orxFunctions/display/picture_view_internal.h"
+
+#include <algorithm>
 #include <exception>
 #include <opencv2/highgui.hpp>
 #include <utility>
 
 #include "orxFunctions/display/overlay_internal.h"
-#include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/rounding_internal.h"
 
