@@ -1,6 +1,7 @@
 // The queue of messages for the user.
 #include "ZULLib/zullib.h"
 
+#include <algorithm>
 #include <deque>
 #include <string>
 #include <utility>
@@ -20,6 +21,10 @@ class MessageQueue {
   public:
     void push(Message message) {
         const LockGuard lock(mutex_);
+        if (waitingLike(message) >= kMostAlike) {
+            ++repeated_;
+            return;
+        }
         if (messages_.size() == kMaxCount) {
             messages_.pop_front();
             ++dropped_;
@@ -41,12 +46,25 @@ class MessageQueue {
         return dropped_;
     }
 
+    std::uint64_t repeated() const {
+        const LockGuard lock(mutex_);
+        return repeated_;
+    }
+
   private:
     static constexpr std::size_t kMaxCount = 1000;
+    static constexpr std::ptrdiff_t kMostAlike = 16;
+
+    std::ptrdiff_t waitingLike(const Message& message) const ZUL_REQUIRES(mutex_) {
+        return std::count_if(messages_.begin(), messages_.end(), [&message](const Message& other) {
+            return other.color == message.color && other.text == message.text;
+        });
+    }
 
     mutable Mutex mutex_;
     std::deque<Message> messages_ ZUL_GUARDED_BY(mutex_);
     std::uint64_t dropped_ ZUL_GUARDED_BY(mutex_) = 0;
+    std::uint64_t repeated_ ZUL_GUARDED_BY(mutex_) = 0;
 };
 
 // Never destroyed: threads may report until the process ends.
@@ -67,5 +85,7 @@ bool APPshowMessage(std::string text, int color) {
 bool APPgetMessage(std::string& text, int& color) { return messages().take(text, color); }
 
 std::uint64_t droppedMessageCount() { return messages().dropped(); }
+
+std::uint64_t repeatedMessageCount() { return messages().repeated(); }
 
 }  // namespace zul

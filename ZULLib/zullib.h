@@ -58,7 +58,9 @@ ZUL_API std::string APPgetParamString(std::string name);
 // Messages to the user.
 //
 // A first-in first-out queue of at most 1,000 messages, which the host polls. When it is full the oldest
-// message is dropped and counted, so that a host that never polls does not leak.
+// message is dropped and counted, so that a host that never polls does not leak. A message of which sixteen
+// with the same text and colour are waiting already is counted and not appended, so that a flood of one
+// message does not push out the others.
 
 // The colour of messages that have no colour of their own. 0 unless the host changes it before it starts
 // threads.
@@ -72,6 +74,10 @@ ZUL_API bool APPgetMessage(std::string& text, int& color);
 
 // How many messages were dropped since the process started.
 ZUL_API std::uint64_t droppedMessageCount();
+
+// How many were not appended since then, because sixteen of their kind were waiting. They do not count as
+// dropped.
+ZUL_API std::uint64_t repeatedMessageCount();
 
 // Trace.
 //

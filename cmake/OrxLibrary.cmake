@@ -23,6 +23,15 @@ function(orx_public_headers)
   endforeach()
 endfunction()
 
+# orx_toolkit_headers(FILE...): headers that are installed, too, but need a toolkit that not every host has: its programs
+# compile them.
+function(orx_toolkit_headers)
+  foreach(file IN LISTS ARGN)
+    file(RELATIVE_PATH path "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
+    set_property(GLOBAL APPEND PROPERTY ORX_TOOLKIT_HEADERS "${path}")
+  endforeach()
+endfunction()
+
 # orx_avx2_flags(<variable>): what compiles a source for AVX2 and FMA3; empty where the processor or the tools lack it.
 function(orx_avx2_flags variable)
   set(${variable} "" PARENT_SCOPE)

@@ -10,10 +10,21 @@
  * A slot keeps its camera until VDDestoryCamera or the next VDInitCamera, also while the camera is unplugged;
  * the order must not change from one start to the next with the same cameras (sort by serial number).
  *
- * Threads. The library serialises VDOpen, VDGetImage, VDSetParam, VDGetParam and VDClose of all cameras by
- * one lock, so none of them may wait long: while one waits, all other cameras stand still. VDStart and VDStop
- * (and VDClose after a VDStart that failed) are called without that lock from any thread, but never at the
- * same time as another call for the same slot.
+ * Where it is looked for. TQVisionDriver: in the process's extra folder for modules, if one is set, else by
+ * the standard search of the system. LumoCfg: in the folder that getCameraType names (camera/camera.h), and
+ * by that same search where it is not there.
+ *
+ * Threads. The library has one lock for the calls of all cameras. It is held in VDInitCamera,
+ * VDDestoryCamera, VDOpen, VDGetImage, VDGetFrameInfo, VDSetParam, VDGetParam and VDClose, and in VDStart and
+ * VDStop where they belong to opening and closing a camera, so none of them may wait long: while one waits,
+ * all other cameras stand still. VDStart and VDStop by themselves (and VDClose after a VDStart that failed
+ * then) are called without the lock from any thread, but never at the same time as another call for the same
+ * slot. VDGetCameraType may be called with the lock or without it.
+ *
+ * Loading and unloading. Procedures may be called until the library lets the module go, and, where a host
+ * does not let it go, while the process ends: also after the destructors of the module's own static objects
+ * have run. What a procedure needs must outlive them (allocate it and never free it), or the procedure must
+ * notice and answer false.
  *
  * Failure. A procedure that fails returns false (VDGetParam: not-a-number) and leaves the camera as it was;
  * it never throws, never ends the process, and accepts any slot number and any identifier (answering false
@@ -101,6 +112,23 @@ typedef struct VDImage {
     unsigned char* data;
 } VDImage;
 
+/* Which picture it is, as VDGetFrameInfo tells. */
+typedef struct VDFrameInfo {
+    unsigned long long number;      /* of the picture handed over last; 0 for the black one */
+    unsigned long long newest;      /* of the picture that VDGetImage would hand over now */
+    unsigned long long device_time; /* nanoseconds by the camera's own clock; 0 when it has none */
+    unsigned long long age;         /* nanoseconds since the picture arrived in this computer */
+    unsigned int flags;             /* enum VDFrameFlag, combined */
+} VDFrameInfo;
+
+enum VDFrameFlag {
+    /* The picture is the black one, and the first is on its way: the camera runs freely, and was started less
+     * than a second ago. */
+    VD_FRAME_FIRST_PENDING = 1,
+    /* The module connects to a lost camera again by itself, and sets it as it was. */
+    VD_FRAME_RETURNS = 2
+};
+
 /* Required procedures. */
 
 /* Finds the cameras of a brand and assigns them to slots. `handles` (up to nine window handles of the host,
@@ -112,17 +140,19 @@ VD_EXPORT bool VDInitCamera(int type, long long* handles, bool flag);
 /* Takes control of the camera of a slot. True also when it is open already. */
 VD_EXPORT bool VDOpen(int type, int index);
 
-/* Starts acquisition and gives the format of the pictures to come. True also when it has started already. */
+/* Starts acquisition and gives the format of the pictures to come, without waiting for the first of them.
+ * True also when it has started already. */
 VD_EXPORT bool VDStart(int* width, int* height, int* channels, int index);
 
 /* Stops acquisition; the camera stays open. True also when it was not acquiring. */
 VD_EXPORT bool VDStop(int index);
 
-/* Gives the newest complete picture, or a black one before the first. `data` belongs to the module and stays
- * valid, unchanged, until the next VDGetImage, VDStop or VDClose of that slot. Where no newer picture has
- * come, the module waits a few milliseconds at most and gives the last one again; it answers false only when
- * the camera must be taken for lost (it does not answer, or runs freely and has sent no picture for a second
- * and for three periods), because the library asks the user to reconnect after six failures in a row. */
+/* Gives the newest complete picture, or a black one before the first (VDGetFrameInfo tells them apart, and
+ * the library then asks again where the first is on its way). `data` belongs to the module and stays valid,
+ * unchanged, until the next VDGetImage, VDStop or VDClose of that slot. Where no newer picture has come, the
+ * module waits a few milliseconds at most and gives the last one again; it answers false only when the camera
+ * must be taken for lost (it does not answer, or runs freely and has sent no picture for a second and for
+ * three periods), because the library asks the user to reconnect after six failures in a row. */
 VD_EXPORT bool VDGetImage(VDImage* image, int index);
 
 /* Sets a parameter. */
@@ -139,6 +169,16 @@ VD_EXPORT float VDGetParam(int index, int id);
 
 /* Closes all cameras and releases everything that VDInitCamera took. (The name is spelled so.) */
 VD_EXPORT void VDDestoryCamera(void);
+
+/* Tells which picture the last VDGetImage of a slot handed over, so that each is counted once and none is
+ * missed unnoticed. False when the camera does not acquire. It never waits.
+ *
+ * Every frame that the camera is known to have sent since VDStart has a number: 1, 2, 3 ..., also one that
+ * was overwritten before it was fetched, that came incomplete or did not come at all. A number that is
+ * missing between two pictures is therefore a lost frame. Numbers go on where a lost camera comes back by
+ * itself, and begin anew with a VDStart that starts. The library checks them: a module whose numbers go back
+ * is taken for one without this procedure. */
+VD_EXPORT bool VDGetFrameInfo(VDFrameInfo* info, int index);
 
 /* The only procedure of LumoCfg: the brand of the cameras connected to this machine, see enum VDCameraType.
  */

@@ -5,6 +5,8 @@
 
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
+#include "orxFunctions/camera/frame_queue_internal.h"
 #include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/files/image_saver_internal.h"
@@ -23,6 +25,8 @@ zul::Mutex grabLifecycleMutex;
 platform::ExtraModuleFolder platform::extraModuleFolder;
 CameraDriver cameraDriver;
 CameraMessages cameraMessages;
+CameraStates cameraStates;
+std::array<FrameQueue, MAXCameraNum> frameQueues;
 TImageThreadManager imgThreadManager;
 
 ImageSaver imageSaver;
@@ -42,7 +46,8 @@ NativeWindowList nativeWindows;
 }
 namespace display {
 ViewState viewState;
-}
+OwnViewStates ownViewStates;
+}  // namespace display
 
 GrabbingEnd grabbingEnd;
 

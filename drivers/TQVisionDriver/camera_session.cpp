@@ -13,7 +13,6 @@
 namespace vision {
 namespace {
 
-constexpr std::chrono::milliseconds kLongestWaitForFirst{1000};
 constexpr std::chrono::milliseconds kHostProbe{100};
 
 RawFrame rawFrame(ArvBuffer* buffer) {
@@ -114,7 +113,8 @@ bool CameraSession::start(PictureFormat& format) {
     counters_->reset();
     converted_ = cv::Mat::zeros(format.height, format.width, CV_8UC(format.channels));
     given_ = {format.width, format.height, format.channels, converted_.data};
-    givenArrived_ = Clock::now();
+    givenArrived_ = started_ = Clock::now();
+    givenNumber_ = givenTime_ = 0;
     ParameterValues values = readCameraParameters(current->camera());
     updatePatience(current->camera());
     if (!current->startStream(counters_)) return false;
@@ -124,8 +124,6 @@ bool CameraSession::start(PictureFormat& format) {
         running_ = true;
         waitingSince_ = Clock::now();
     }
-    // A host should not see the black picture of the start where the first one is on its way.
-    if (!triggered_) current->stream()->awaitFrame(kLongestWaitForFirst);
     return true;
 }
 
@@ -158,9 +156,26 @@ bool CameraSession::fetch(VDImage& image) {
     return true;
 }
 
+VDFrameInfo CameraSession::frameInfo() {
+    const std::shared_ptr<CameraLink> current = link();
+    const std::shared_ptr<CameraStream> stream = current ? current->stream() : nullptr;
+    VDFrameInfo info = {};
+    info.number = givenNumber_;
+    info.newest = std::max(givenNumber_, stream ? stream->newestNumber() : 0);
+    info.device_time = givenTime_;
+    info.age = nanosecondsSince(givenArrived_);
+    info.flags = VD_FRAME_RETURNS;
+    if (givenNumber_ == 0 && !triggered_ && Clock::now() - started_ < kLongestStart) {
+        info.flags |= VD_FRAME_FIRST_PENDING;
+    }
+    return info;
+}
+
 void CameraSession::adopt(const std::shared_ptr<CameraStream>& stream, ReceivedFrame frame) {
     const RawFrame raw = rawFrame(frame.buffer.get());
     const Clock::time_point arrived = frame.arrived;
+    const std::uint64_t number = frame.number;
+    const std::uint64_t time = arv_buffer_get_timestamp(frame.buffer.get());
     if (isPlainPicture(raw)) {
         // Handed out as it is, and given back when the host comes for the next one.
         std::swap(held_, frame);
@@ -178,6 +193,8 @@ void CameraSession::adopt(const std::shared_ptr<CameraStream>& stream, ReceivedF
         given_ = {converted_.cols, converted_.rows, converted_.channels(), converted_.data};
     }
     givenArrived_ = arrived;
+    givenNumber_ = number;
+    givenTime_ = time;
     const zul::LockGuard lock(mutex_);
     waitingSince_ = arrived;
 }

@@ -34,6 +34,7 @@ class CameraSession {
     bool start(PictureFormat& format);
     void stop();
     bool fetch(VDImage& image);
+    VDFrameInfo frameInfo();
     bool setParameter(int id, long value);
     float parameter(int id);
 
@@ -75,6 +76,9 @@ class CameraSession {
     ReceivedFrame held_;
     std::weak_ptr<CameraStream> heldFrom_;
     Clock::time_point givenArrived_;
+    std::uint64_t givenNumber_ = 0;
+    std::uint64_t givenTime_ = 0;  // nanoseconds of the camera's clock
+    Clock::time_point started_;
 
     zul::Mutex mutex_;
     std::shared_ptr<CameraLink> link_ ZUL_GUARDED_BY(mutex_);  // null while the camera is lost

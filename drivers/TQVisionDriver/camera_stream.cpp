@@ -136,8 +136,7 @@ void CameraStream::drain() {
         if (status == ARV_BUFFER_STATUS_SUCCESS) {
             std::size_t size = 0;
             arv_buffer_get_data(popped, &size);
-            counters_->complete(number, size);
-            keep(stream, std::move(buffer));
+            keep(stream, std::move(buffer), counters_->complete(number, size));
         } else {
             // One that was cut off by the end of the stream is not lost.
             if (status != ARV_BUFFER_STATUS_ABORTED && status != ARV_BUFFER_STATUS_CLEARED) {
@@ -148,8 +147,8 @@ void CameraStream::drain() {
     }
 }
 
-void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer) {
-    ReceivedFrame frame{std::move(buffer), Clock::now()};
+void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer, std::uint64_t number) {
+    ReceivedFrame frame{std::move(buffer), Clock::now(), number};
     {
         const zul::LockGuard lock(mutex_);
         std::swap(frame, newest_);
@@ -158,9 +157,9 @@ void CameraStream::keep(ArvStream* stream, Ref<ArvBuffer> buffer) {
     if (frame.buffer) arv_stream_push_buffer(stream, frame.buffer.release());
 }
 
-void CameraStream::awaitFrame(std::chrono::milliseconds wait) {
+std::uint64_t CameraStream::newestNumber() {
     const zul::LockGuard lock(mutex_);
-    waitForNewest(wait);
+    return newest_.buffer ? newest_.number : 0;
 }
 
 void CameraStream::waitForNewest(std::chrono::milliseconds wait) {

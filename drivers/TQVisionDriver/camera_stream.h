@@ -20,6 +20,7 @@ namespace vision {
 struct ReceivedFrame {
     Ref<ArvBuffer> buffer;
     Clock::time_point arrived;
+    std::uint64_t number = 0;  // see FrameCounts::frames
 };
 
 // Keeps the newest complete frame and gives all others back to Aravis at once. take and giveBack are for one
@@ -35,8 +36,8 @@ class CameraStream {
 
     // The newest frame that was not taken yet; waits for one up to `wait`.
     bool take(std::chrono::milliseconds wait, ReceivedFrame& frame);
-    // Waits for a frame without taking it.
-    void awaitFrame(std::chrono::milliseconds wait);
+    // The number of the frame that take would give without waiting; 0 when there is none.
+    std::uint64_t newestNumber();
     // A frame's buffer, to be filled again.
     void giveBack(Ref<ArvBuffer> buffer);
 
@@ -46,7 +47,7 @@ class CameraStream {
 
     static void onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     void drain();
-    void keep(ArvStream* stream, Ref<ArvBuffer> buffer);
+    void keep(ArvStream* stream, Ref<ArvBuffer> buffer, std::uint64_t number);
     void waitForNewest(std::chrono::milliseconds wait) ZUL_REQUIRES(mutex_);
 
     const std::shared_ptr<FrameCounters> counters_;

@@ -110,4 +110,11 @@ void VDDestoryCamera(void) {
     });
 }
 
+bool VDGetFrameInfo(VDFrameInfo* info, int index) {
+    return guarded("VDGetFrameInfo", false, [=] {
+        const auto slot = table().at(index);
+        return slot && info != nullptr && slot->frameInfo(*info);
+    });
+}
+
 }  // extern "C"

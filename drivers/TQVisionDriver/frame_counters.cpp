@@ -32,11 +32,13 @@ void FrameCounters::beginStream() {
 
 void FrameCounters::follow(std::uint64_t number) {
     counts_.lastSign = Clock::now();
-    counts_.lost += framesBetween(lastNumber_, number);
+    const std::uint64_t missing = framesBetween(lastNumber_, number);
+    counts_.lost += missing;
+    counts_.frames += missing + 1;
     if (number != 0) lastNumber_ = number;
 }
 
-void FrameCounters::complete(std::uint64_t number, std::size_t bytes) {
+std::uint64_t FrameCounters::complete(std::uint64_t number, std::size_t bytes) {
     const zul::LockGuard lock(mutex_);
     follow(number);
     ++counts_.complete;
@@ -44,6 +46,7 @@ void FrameCounters::complete(std::uint64_t number, std::size_t bytes) {
     if (hasComplete_) counts_.lastInterval = counts_.lastSign - lastComplete_;
     lastComplete_ = counts_.lastSign;
     hasComplete_ = true;
+    return counts_.frames;
 }
 
 void FrameCounters::incomplete(std::uint64_t number) {

@@ -10,6 +10,7 @@
 namespace vision {
 
 struct FrameCounts {
+    std::uint64_t frames = 0;  // that the camera is known to have sent: the number of the last one
     std::uint64_t complete = 0;
     std::uint64_t lost = 0;  // incomplete, and those of which nothing arrived
     double bytes = 0.0;
@@ -23,8 +24,9 @@ class FrameCounters {
     void reset();
     // A stream begins: frame numbers may start anywhere.
     void beginStream();
-    // A frame with this number (0: it has none) has come out of the stream.
-    void complete(std::uint64_t number, std::size_t bytes);
+    // A frame with this number (0: it has none) has come out of the stream. A complete one gets a number
+    // without gaps but for the frames that were lost.
+    std::uint64_t complete(std::uint64_t number, std::size_t bytes);
     void incomplete(std::uint64_t number);
     // A complete frame turned out to be unusable.
     void unusable();

@@ -11,10 +11,14 @@ namespace vision {
 namespace {
 
 constexpr long kHighestRate = 1000;
-constexpr std::chrono::seconds kLongestStart{1};
 
 Clock::duration periodOf(double rate) {
     return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1.0 / rate));
+}
+
+unsigned long long nanosecondsOf(Clock::time_point moment) {
+    return static_cast<unsigned long long>(
+        std::chrono::duration_cast<std::chrono::nanoseconds>(moment.time_since_epoch()).count());
 }
 
 float millisecondsSince(Clock::time_point moment) {
@@ -42,19 +46,11 @@ bool PacedSource::start(PictureFormat& format) {
         triggers_ = 0;
         made_ = lost_ = 0;
         bytes_ = 0.0;
-        newestMade_ = givenMade_ = waitingSince_ = Clock::now();
+        newestNumber_ = givenNumber_ = 0;
+        started_ = newestMade_ = givenMade_ = waitingSince_ = Clock::now();
     }
     thread_ = std::thread(&PacedSource::run, this);
-    awaitFirst();
     return true;
-}
-
-void PacedSource::awaitFirst() {
-    const zul::LockGuard lock(mutex_);
-    const Clock::time_point end = Clock::now() + kLongestStart;
-    while (!fresh_ && !ended_ && lost_ == 0 && !isTriggered() &&
-           changed_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
-    }
 }
 
 void PacedSource::stop() {
@@ -110,6 +106,7 @@ bool PacedSource::keep(Made result) {
         newestMade_ = Clock::now();
         fresh_ = true;
         ++made_;
+        newestNumber_ = made_ + lost_;
         bytes_ += static_cast<double>(newest_.total() * newest_.elemSize());
     }
     changed_.notify_all();
@@ -131,12 +128,26 @@ bool PacedSource::fetch(VDImage& image) {
     if (fresh_) {
         cv::swap(given_, newest_);
         givenMade_ = waitingSince_ = newestMade_;
+        givenNumber_ = newestNumber_;
         fresh_ = false;
     } else if (!isTriggered() && !ended_ && Clock::now() - waitingSince_ > patience(1.0 / rate_)) {
         return false;
     }
     image = {given_.cols, given_.rows, given_.channels(), given_.data};
     return true;
+}
+
+VDFrameInfo PacedSource::frameInfo() {
+    const zul::LockGuard lock(mutex_);
+    VDFrameInfo info = {};
+    info.number = static_cast<unsigned long long>(givenNumber_);
+    info.newest = static_cast<unsigned long long>(newestNumber_);
+    if (givenNumber_ > 0) info.device_time = nanosecondsOf(givenMade_);
+    info.age = nanosecondsSince(givenMade_);
+    // Nothing more is awaited where the first could not be made.
+    const bool isPending = givenNumber_ == 0 && (fresh_ || (lost_ == 0 && !ended_ && !isTriggered()));
+    if (isPending && Clock::now() - started_ < kLongestStart) info.flags |= VD_FRAME_FIRST_PENDING;
+    return info;
 }
 
 bool PacedSource::setParameter(int id, long value) {

@@ -49,13 +49,12 @@ class PacedSource : public Source {
     bool start(PictureFormat& format) override;
     void stop() override;
     bool fetch(VDImage& image) override;
+    VDFrameInfo frameInfo() override;
     bool setParameter(int id, long value) override;
     float parameter(int id) override;
 
   private:
     void run();
-    // A host should not see the black picture of the start where the first one is on its way.
-    void awaitFirst();
     // Waits for the moment of the next picture; false when the source is to stop. `due` is that moment while
     // the source runs freely, and is kept in step with the rate.
     bool waitForTurn(Clock::time_point& due);
@@ -78,8 +77,13 @@ class PacedSource : public Source {
     bool ended_ ZUL_GUARDED_BY(mutex_) = false;
     bool fresh_ ZUL_GUARDED_BY(mutex_) = false;  // newest_ was not fetched yet
     cv::Mat newest_ ZUL_GUARDED_BY(mutex_);
+    // The source's own clock is the computer's. Numbers count what could not be made, too; that of a black
+    // picture is 0.
+    Clock::time_point started_ ZUL_GUARDED_BY(mutex_);
     Clock::time_point newestMade_ ZUL_GUARDED_BY(mutex_);
     Clock::time_point givenMade_ ZUL_GUARDED_BY(mutex_);
+    std::int64_t newestNumber_ ZUL_GUARDED_BY(mutex_) = 0;
+    std::int64_t givenNumber_ ZUL_GUARDED_BY(mutex_) = 0;
     Clock::time_point waitingSince_ ZUL_GUARDED_BY(mutex_);  // for a picture newer than the given one
     std::int64_t made_ ZUL_GUARDED_BY(mutex_) = 0;
     std::int64_t lost_ ZUL_GUARDED_BY(mutex_) = 0;

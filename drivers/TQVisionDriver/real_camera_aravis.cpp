@@ -20,6 +20,7 @@ class RealCamera : public Source {
     bool start(PictureFormat& format) override { return session_->start(format); }
     void stop() override { session_->stop(); }
     bool fetch(VDImage& image) override { return session_->fetch(image); }
+    VDFrameInfo frameInfo() override { return session_->frameInfo(); }
     bool setParameter(int id, long value) override { return session_->setParameter(id, value); }
     float parameter(int id) override { return session_->parameter(id); }
 

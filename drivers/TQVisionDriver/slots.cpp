@@ -42,6 +42,13 @@ bool Slot::fetch(VDImage& image) {
     return state_ == State::kRunning && source_->fetch(image);
 }
 
+bool Slot::frameInfo(VDFrameInfo& info) {
+    const zul::LockGuard lock(mutex_);
+    if (state_ != State::kRunning) return false;
+    info = source_->frameInfo();
+    return true;
+}
+
 bool Slot::close() {
     const zul::LockGuard lock(mutex_);
     if (state_ == State::kRunning) source_->stop();

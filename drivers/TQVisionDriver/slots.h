@@ -21,6 +21,7 @@ class Slot {
     bool start(PictureFormat& format);
     bool stop();
     bool fetch(VDImage& image);
+    bool frameInfo(VDFrameInfo& info);
     bool close();
     bool setParameter(int id, long value);
     float parameter(int id);

@@ -22,6 +22,14 @@ constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 // How long VDGetImage may wait for a newer picture: the library calls it for all cameras under one lock.
 constexpr std::chrono::milliseconds kLongestFetch{5};
 
+// For how long after its start a source that runs freely has its first picture on the way.
+constexpr std::chrono::seconds kLongestStart{1};
+
+inline unsigned long long nanosecondsSince(Clock::time_point moment) {
+    const auto passed = std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - moment).count();
+    return passed > 0 ? static_cast<unsigned long long>(passed) : 0;
+}
+
 // For how long the last picture is given again before its source must be taken for lost. A source that makes
 // a picture only when it is triggered is not lost because none was taken.
 inline std::chrono::duration<double> patience(double secondsPerPicture) {
@@ -42,6 +50,8 @@ class Source {
     virtual bool start(PictureFormat& format) = 0;
     virtual void stop() = 0;
     virtual bool fetch(VDImage& image) = 0;
+    // Of the picture that fetch gave last.
+    virtual VDFrameInfo frameInfo() = 0;
     virtual bool setParameter(int id, long value) = 0;
     virtual float parameter(int id) = 0;  // kNoValue when it can't be read
 };

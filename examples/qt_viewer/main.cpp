@@ -1,78 +1,25 @@
 // orx_qt_viewer: a picture box inside a window of Qt. See --help.
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPixmap>
 #include <QPushButton>
-#include <QResizeEvent>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <iostream>
 
+#include "orxFunctions/display/qt_picture_widget.h"
 #include "orxFunctions/orxfunctions.h"
 #include "support/synthetic_scene.h"
 
 namespace {
 
-// The part of a Qt window in which a picture box shows. Qt gives it a window of the window system's own.
-class PictureWidget : public QWidget {
-  public:
-    explicit PictureWidget(QWidget* parent) : QWidget(parent) {
-        setAttribute(Qt::WA_NativeWindow);
-        setAttribute(Qt::WA_DontCreateNativeAncestors);
-        setMinimumSize(320, 240);
-        box.start();
-    }
-    // Before Qt takes the window away.
-    ~PictureWidget() override { box.setHandle(nullptr); }
-
-    void show(const cv::Mat& image) {
-        image_ = image;
-        box.setImage(image_, false);
-    }
-
-    TPictureBox box;
-
-  protected:
-    void showEvent(QShowEvent* event) override {
-        QWidget::showEvent(event);
-        attachSoon();
-    }
-    void resizeEvent(QResizeEvent* event) override {
-        QWidget::resizeEvent(event);
-        attachSoon();
-    }
-
-  private:
-    // Not inside an event: the window is made known to the window system first, which handles events.
-    void attachSoon() {
-        QTimer::singleShot(0, this, [this] { attach(); });
-    }
-
-    void attach() {
-        const QSize pixels = size() * devicePixelRatioF();
-        const auto handle = reinterpret_cast<void*>(winId());
-        QGuiApplication::sync();
-        box.setHandle(handle, pixels.width(), pixels.height());
-        if (!image_.empty()) box.setImage(image_, false);
-    }
-
-    cv::Mat image_;
-};
-
-cv::Mat partsOf(std::uint64_t seed) {
-    scenes::SceneSettings settings;
-    settings.seed = seed;
-    return scenes::renderScene(settings).image;
-}
-
 class MainWindow : public QWidget {
   public:
-    MainWindow() : picture_(new PictureWidget(this)), label_(new QLabel(this)) {
+    MainWindow() : picture_(new TQtPictureWidget(this)), label_(new QLabel(this)) {
         setWindowTitle("orxFunctions in Qt");
         auto* const next = new QPushButton("Next picture", this);
         auto* const select = new QPushButton("Select", this);
@@ -84,32 +31,49 @@ class MainWindow : public QWidget {
         auto* const all = new QVBoxLayout(this);
         all->addWidget(picture_, 1);
         all->addLayout(buttons);
-        QObject::connect(next, &QPushButton::clicked, this, [this] { picture_->show(partsOf(++seed_)); });
+        QObject::connect(next, &QPushButton::clicked, this, [this] { showParts(++seed_); });
         QObject::connect(select, &QPushButton::toggled, this, [this](bool on) { setSelecting(on); });
-        auto* const timer = new QTimer(this);
-        QObject::connect(timer, &QTimer::timeout, this, [this] { tellSelection(); });
-        timer->start(200);
-        picture_->box.selectRect = true;
-        picture_->show(partsOf(seed_));
+        picture_->setMinimumSize(320, 240);
+        picture_->onSelectionChanged([this](const TSelectionChange& change) { tellSelection(change); });
+        picture_->onCursor([this](const TPicturePlace& place) { tellPlace(place); });
+        picture_->box().selectRect = true;
+        showParts(seed_);
     }
 
   private:
     void setSelecting(bool on) {
-        picture_->box.setFunction(on ? FUNC_EDIT_RECT : FUNC_ZOOM_PAN);
-        picture_->box.setCursor(on ? CURSOR_SIZEALL : CURSOR_ARROW);
+        picture_->box().setFunction(on ? FUNC_EDIT_RECT : FUNC_ZOOM_PAN);
+        picture_->box().setCursor(on ? CURSOR_SIZEALL : CURSOR_ARROW);
     }
 
-    void tellSelection() {
-        cv::Rect2d rect;
-        label_->setText(TPictureBox::getSelectionRect(rect) ? QString("%1 x %2 at (%3, %4)")
-                                                                  .arg(rect.width, 0, 'f', 1)
-                                                                  .arg(rect.height, 0, 'f', 1)
-                                                                  .arg(rect.x, 0, 'f', 1)
-                                                                  .arg(rect.y, 0, 'f', 1)
-                                                            : QString("nothing selected"));
+    // Disks in circles, the middles of bars as crosses, handed in with the picture.
+    void showParts(std::uint64_t seed) {
+        scenes::SceneSettings settings;
+        settings.seed = seed;
+        const scenes::Scene scene = scenes::renderScene(settings);
+        TOverlay marks;
+        marks.setStyle({{0, 255, 255}, 2, 1.0});
+        for (const scenes::Disk& disk : scene.disks) marks.circle(disk.center, disk.radius);
+        for (const scenes::Bar& bar : scene.bars) marks.cross(bar.center, 8.0);
+        picture_->box().setPicture(scene.image, marks);
     }
 
-    PictureWidget* picture_;
+    void tellSelection(const TSelectionChange& change) {
+        const cv::Rect2d& rect = change.rect;
+        label_->setText(change.hasRect ? QString("%1 x %2 at (%3, %4)")
+                                             .arg(rect.width, 0, 'f', 1)
+                                             .arg(rect.height, 0, 'f', 1)
+                                             .arg(rect.x, 0, 'f', 1)
+                                             .arg(rect.y, 0, 'f', 1)
+                                       : QString("nothing selected"));
+    }
+
+    void tellPlace(const TPicturePlace& place) {
+        if (place.isInside)
+            label_->setText(QString("(%1, %2): %3").arg(place.pixel.x).arg(place.pixel.y).arg(place.grey));
+    }
+
+    TQtPictureWidget* picture_;
     QLabel* label_;
     std::uint64_t seed_ = 1;
 };

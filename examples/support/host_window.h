@@ -22,8 +22,11 @@ class HostWindow {
     virtual cv::Size paneSize() const = 0;
 
     // Handles what the user did, waiting up to so many milliseconds for it. False once the user has closed
-    // the window, which then still stands.
+    // the window, which then still stands, once somebody destroyed it, or the display is lost.
     virtual bool handleEvents(int milliseconds) = 0;
+
+    // True when the display went away, and the window with it.
+    virtual bool isDisplayLost() const = 0;
 
     // What is seen in the window, as BGR; empty when that can't be had.
     virtual cv::Mat capture() const = 0;

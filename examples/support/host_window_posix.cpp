@@ -63,8 +63,10 @@ class XHostWindow final : public HostWindow {
             event.reset(xcb_poll_for_event(connection_));
         }
         for (; event; event.reset(xcb_poll_for_event(connection_))) handle(*event);
-        return !isClosed_ && xcb_connection_has_error(connection_) == 0;
+        return !isClosed_ && !isDisplayLost();
     }
+
+    bool isDisplayLost() const override { return xcb_connection_has_error(connection_) != 0; }
 
     cv::Mat capture() const override {
         const cv::Size size = windowSize();
@@ -120,6 +122,9 @@ class XHostWindow final : public HostWindow {
             paneSize_.width = std::max(kSmallestPane, (change.width - (panes - 1) * kGap) / panes);
             paneSize_.height = std::max<int>(kSmallestPane, change.height);
             placePanes();
+        } else if (type == XCB_DESTROY_NOTIFY) {
+            if (reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == window_)
+                isClosed_ = true;
         } else if (type == XCB_CLIENT_MESSAGE) {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
             if (message.data.data32[0] == deleteWindow_) isClosed_ = true;

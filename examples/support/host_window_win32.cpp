@@ -77,6 +77,8 @@ class Win32HostWindow final : public HostWindow {
         return !isClosed_;
     }
 
+    bool isDisplayLost() const override { return false; }
+
     cv::Mat capture() const override {
         RECT client = {};
         GetClientRect(window_, &client);
@@ -112,6 +114,11 @@ class Win32HostWindow final : public HostWindow {
         if (self != nullptr && message == WM_CLOSE) {
             self->isClosed_ = true;
             return 0;
+        }
+        if (self != nullptr && message == WM_NCDESTROY) {
+            self->isClosed_ = true;
+            self->window_ = nullptr;
+            self->panes_.clear();
         }
         if (self != nullptr && message == WM_SIZE && wParam != SIZE_MINIMIZED) self->takeSize();
         return DefWindowProcW(window, message, wParam, lParam);

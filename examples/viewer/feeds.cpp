@@ -27,12 +27,11 @@ void writeLines(TPictureBox& box, const std::vector<std::string>& lines) {
 
 }  // namespace
 
-Feed::Feed(Belt& belt, TPictureBox& box, void (*draw)(const cv::Mat& picture, TPictureBox& box))
-    : thread_([this, &belt, &box, draw] {
+Feed::Feed(Belt& belt, TPictureBox& box, void (*show)(cv::Mat& picture, TPictureBox& box))
+    : thread_([this, &belt, &box, show] {
           while (!isEnding_) {
               cv::Mat picture = belt.picture();
-              draw(picture, box);
-              box.setImage(picture, false);
+              show(picture, box);
               std::this_thread::sleep_for(std::chrono::milliseconds(30));
           }
       }) {}
@@ -42,7 +41,7 @@ Feed::~Feed() {
     thread_.join();
 }
 
-void drawParts(const cv::Mat& picture, TPictureBox& box) {
+void showParts(cv::Mat& picture, TPictureBox& box) {
     cv::Mat grey, binary;
     cv::cvtColor(picture, grey, cv::COLOR_BGR2GRAY);
     cv::GaussianBlur(grey, grey, {5, 5}, 0);
@@ -50,32 +49,34 @@ void drawParts(const cv::Mat& picture, TPictureBox& box) {
     std::vector<std::vector<cv::Point>> contours;
     cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
 
-    std::vector<TDrawRect> rects;
-    std::vector<TDrawCircle> circles;
+    int round = 0;
+    int oblong = 0;
+    TOverlay marks;
     for (const std::vector<cv::Point>& contour : contours) {
         const cv::Rect part = cv::boundingRect(contour);
         const bool isCut = part.x <= 0 || part.br().x >= picture.cols;
         if (isCut || cv::contourArea(contour) < kSmallestPart) continue;
         if (!isRound(contour)) {
-            rects.push_back({part.x - 4, part.y - 4, part.width + 8, part.height + 8, 2, kFrameColour});
+            marks.setStyle({kFrameColour, 2, 1.0});
+            marks.rectangle(cv::Rect2d(part.x - 4, part.y - 4, part.width + 8, part.height + 8));
+            ++oblong;
             continue;
         }
         const orx::TCircle circle = orx::TRansacCircle(contour, 100, 500, 1.0).doRansac();
-        if (circle.valid)
-            circles.push_back({cvRound(circle.x), cvRound(circle.y), circle.r, 2, kCircleColour});
+        if (!circle.valid) continue;
+        marks.setStyle({kCircleColour, 2, 1.0}).circle({circle.x, circle.y}, circle.r);
+        ++round;
     }
-
-    box.clearDraw();
-    for (const TDrawRect& rect : rects) box.setDrawRect(rect);
-    for (const TDrawCircle& circle : circles) box.setDrawCircle(circle);
-    writeLines(box, {std::to_string(circles.size()) + " round, " + std::to_string(rects.size()) + " long"});
+    box.setPicture(picture, marks);
+    writeLines(box, {std::to_string(round) + " round, " + std::to_string(oblong) + " long"});
 }
 
-void drawLevel(const cv::Mat& picture, TPictureBox& box) {
+void showLevel(cv::Mat& picture, TPictureBox& box) {
+    box.setImage(picture, false);
     cv::Rect2d selection;
-    if (!TPictureBox::getSelectionRect(selection)) return writeLines(box, {"draw a rectangle"});
+    const bool hasSelection = TPictureBox::getSelectionRect(selection);
     const cv::Rect part = cv::Rect(selection) & cv::Rect({}, picture.size());
-    if (part.empty()) return writeLines(box, {"draw a rectangle"});
+    if (!hasSelection || part.empty()) return writeLines(box, {"draw a rectangle"});
     const cv::Scalar mean = cv::mean(picture(part));
     writeLines(box, {"level " + zul::doubleToStr((mean[0] + mean[1] + mean[2]) / 3.0, 1),
                      std::to_string(part.width) + " x " + std::to_string(part.height)});

@@ -10,11 +10,10 @@
 
 namespace viewer {
 
-// Feeds a box until it is destroyed. All boxes of a process show one image, so both feeds take theirs from
-// one belt; each draws in its own box.
+// Feeds a box until it is destroyed: hands each picture of the belt to `show`.
 class Feed {
   public:
-    Feed(Belt& belt, TPictureBox& box, void (*draw)(const cv::Mat& picture, TPictureBox& box));
+    Feed(Belt& belt, TPictureBox& box, void (*show)(cv::Mat& picture, TPictureBox& box));
     ~Feed();
     Feed(const Feed&) = delete;
     Feed& operator=(const Feed&) = delete;
@@ -24,11 +23,11 @@ class Feed {
     std::thread thread_;
 };
 
-// Frames each part, and draws the circle through the outline of a round one.
-void drawParts(const cv::Mat& picture, TPictureBox& box);
+// With each part framed, and the circle through the outline of a round one; picture and marks go in together.
+void showParts(cv::Mat& picture, TPictureBox& box);
 
-// Writes the grey level in the selected rectangle.
-void drawLevel(const cv::Mat& picture, TPictureBox& box);
+// With the grey level in the selected rectangle.
+void showLevel(cv::Mat& picture, TPictureBox& box);
 
 }  // namespace viewer
 

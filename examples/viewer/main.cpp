@@ -35,7 +35,9 @@ int run(const viewer::Options& options) {
         return 1;
     }
     viewer::Belt belt(options.seed);
-    TPictureBox left;
+    // The parts are marked in pictures of the left box's own: a newer one that the right box is given must
+    // not be seen there under the older marks.
+    TPictureBox left(TPictureOf::kBox);
     TPictureBox right;
     prepare(left, *window, 0, options.framesPerSecond);
     prepare(right, *window, 1, options.framesPerSecond);
@@ -44,12 +46,16 @@ int run(const viewer::Options& options) {
     right.selectRect = true;
     TPictureBox::setSelectionRect({300, 200, 200, 150});
 
-    const viewer::Feed leftFeed(belt, left, viewer::drawParts);
-    const viewer::Feed rightFeed(belt, right, viewer::drawLevel);
+    const viewer::Feed leftFeed(belt, left, viewer::showParts);
+    const viewer::Feed rightFeed(belt, right, viewer::showLevel);
     const auto start = std::chrono::steady_clock::now();
     while (window->handleEvents(20) && !isOver(options, start)) {
         left.setWindowSize(window->paneSize().width, window->paneSize().height);
         right.setWindowSize(window->paneSize().width, window->paneSize().height);
+    }
+    if (window->isDisplayLost()) {
+        std::cerr << "orx_viewer: the display was lost\n";
+        return 1;
     }
     if (options.screenshot.empty()) return 0;
     const cv::Mat picture = window->capture();

@@ -3,6 +3,7 @@
 #define ORXFUNCTIONS_CAMERA_CAMERA_H
 
 #include <cstdint>
+#include <memory>
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/api.h"
@@ -10,15 +11,23 @@
 
 namespace orx {
 
+struct FrameOrigin;
+enum class NewerPicture;
+
 // A camera by the driver's index. Hosts usually reach it through TMultiCamera (camera/multi_camera.h), which
 // loads the driver module; without a loaded module every operation fails as if the camera did.
 //
 // What reaches the camera waits for one lock that all cameras share, and may be called from any thread; only
-// start and stop do not take it: a caller must not run them beside other calls for the same camera. Fields
-// may be read and set at any time.
+// start and stop do not take it: a caller must not run them beside other calls for the same camera, and so
+// makes sure that a fetch has ended, by ending the grab thread. When close returns, every fetch that was
+// under way has ended. Fields may be read and set at any time.
+//
+// A camera that was lost is connected again by close and open, in this order: open alone finds it open still
+// and does nothing. (lpReconnect in camera/camera_state.h lets its grab thread do that.)
 class ORX_API TCamera {
   public:
     explicit TCamera(int index);
+    ~TCamera();
     TCamera(const TCamera&) = delete;
     TCamera& operator=(const TCamera&) = delete;
 
@@ -62,8 +71,9 @@ class ORX_API TCamera {
 
     // Finds out which brand is connected, by the probe module LumoCfg: a camera type, -1 for none, -2 for
     // cameras of different brands, -3 when there is no probe module that can answer. It is looked for in the
-    // folder of the program, or in Win32 in it unless the Hikvision runtime is installed; that folder stays
-    // the process's extra search folder for modules.
+    // folder of the program, or in Win32 in it unless the Hikvision runtime is installed, and then by the
+    // standard search; that folder stays the process's extra search folder for modules. On Linux that runtime
+    // is /opt/MVS/lib/64/libMvCameraControl.so, and the module libLumoCfg.so.
     int getCameraType();
     // Whether the connected brand is `type`, which the user is told if it is not. Type 12 is always right.
     bool CheckCameraType(int type);
@@ -79,9 +89,19 @@ class ORX_API TCamera {
     TPolled<bool> isWorking = false;  // open and acquiring
 
   private:
-    bool startAcquisition();
+    friend class TMultiCamera;
+    struct Session;
+
+    bool startAcquisition(bool isTold);
+    bool reopen(std::uint64_t hostChanges);
+    std::uint64_t hostChanges() const;
+    bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin);
+    bool fetch(cv::Mat& out, int scale, FrameOrigin& origin);
+    NewerPicture newerPicture();
     void reportFailedStart() const;
     void forget();
+
+    const std::unique_ptr<Session> session_;
 };
 
 }  // namespace orx

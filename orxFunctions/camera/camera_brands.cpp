@@ -8,7 +8,6 @@
 
 #include "drivers/vision_driver.h"
 #include "orxFunctions/foundation/host_bridge.h"
-#include "orxFunctions/platform/file_access_internal.h"
 #include "orxFunctions/platform/module_internal.h"
 
 namespace orx {
@@ -54,10 +53,13 @@ void traceModificationTime(std::int64_t seconds) {
                            ":" + text(time.tm_min) + ":" + text(time.tm_sec) + "\n");
 }
 
+// As traces take it: not the bytes of the file system, which are UTF-8 on POSIX.
+std::string traceable(const std::filesystem::path& path) { return zul::toAnsi(path.u8string()); }
+
 // A file whose time can't be read counts as too old.
 bool isRecentDaheng(platform::ModuleHandle module) {
     const std::filesystem::path file = platform::fileOfModule(module);
-    zul::outPutDebugString(platform::toName(file));
+    zul::outPutDebugString(traceable(file));
     std::int64_t seconds = 0;
     platform::modificationTime(file, seconds);
     traceModificationTime(seconds);
@@ -71,7 +73,7 @@ std::filesystem::path probeFolder() {
                                           [](const char* file) { return zul::dirExists(file); });
     std::filesystem::path folder = hasHikvision ? program : program / "Win32";
     zul::outPutDebugString((hasHikvision ? "Load no win32 dll---" : "Load  win32 dll---") +
-                           platform::toName(folder));
+                           traceable(folder));
     return folder;
 }
 
@@ -98,7 +100,7 @@ int detectCameraType() {
     const std::filesystem::path folder = probeFolder();
     if (platform::setExtraModuleFolder(folder)) zul::outPutDebugString("SetDllDirectoryA Success");
     const platform::ModuleHandle probe = platform::loadModuleFrom(folder, kProbeName);
-    zul::outPutDebugString(platform::toName(platform::moduleFileIn(folder, kProbeName)));
+    zul::outPutDebugString(traceable(platform::moduleFileIn(folder, kProbeName)));
     if (probe == nullptr) return kNoProbe;
     const auto getType =
         reinterpret_cast<decltype(VDGetCameraType)*>(platform::findProcedure(probe, "VDGetCameraType"));

@@ -40,7 +40,7 @@ platform::ModuleHandle loadCameraDriver() {
     if (module == nullptr) {
         showError(CameraMessage::kNoDriver);
         zul::outPutDebugString(zul::toAnsi("TQVisionDriver Handle 为空！"));
-        zul::outPutDebugString("TQVisionDriver:", reason);
+        zul::outPutDebugString("TQVisionDriver:", zul::toAnsi(reason));
         return nullptr;
     }
     zul::outPutDebugString(zul::toAnsi("TQVisionDriver Handle 不为空！"));

@@ -30,6 +30,7 @@ struct CameraDriver {
     // Optional: null also when the module lacks them.
     Pointer<decltype(VDGetParam)> getParam{nullptr};
     Pointer<decltype(VDDestoryCamera)> destroyCamera{nullptr};
+    Pointer<decltype(VDGetFrameInfo)> getFrameInfo{nullptr};
 
     // Calls visit(pointer, name of the procedure, whether it is required) for each.
     template <typename Visit>
@@ -43,6 +44,7 @@ struct CameraDriver {
         visit(close, "VDClose", true);
         visit(getParam, "VDGetParam", false);
         visit(destroyCamera, "VDDestoryCamera", false);
+        visit(getFrameInfo, "VDGetFrameInfo", false);
     }
 
     // The modules of the successful loads that have not been released, the bound one last.

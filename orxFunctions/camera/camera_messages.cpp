@@ -20,6 +20,10 @@ constexpr std::array<const char*, static_cast<std::size_t>(CameraMessage::kCount
     "取到的图像为空，请重连相机",
     "相机%d 的图像回调函数出错: ",
     "线程已经关闭",
+    "相机%d 取图失败,请重连该相机,其他相机继续工作",
+    "相机%d 取图失败,正在自动重连,其他相机继续工作",
+    "相机%d 已恢复取图",
+    "相机%d 的状态回调函数出错: ",
 };
 
 }  // namespace

@@ -28,6 +28,10 @@ enum class CameraMessage : std::size_t {
     kEmptyImage,
     kCallbackFailed,  // %d: camera, from 1
     kThreadEnded,
+    kLost,                 // %d: camera, from 1
+    kLostAndSought,        // likewise
+    kReturned,             // likewise
+    kStateCallbackFailed,  // likewise
     kCount
 };
 

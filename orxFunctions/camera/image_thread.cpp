@@ -8,6 +8,7 @@
 
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
@@ -15,35 +16,55 @@
 namespace orx {
 namespace {
 
-constexpr int kMostFailures = 6;
 constexpr std::int32_t kDefaultFps = 10;  // without a configuration
 
+// Where every frame is wanted: how often the driver is asked, and for how long it is at least.
+constexpr std::chrono::milliseconds kBetweenLooks{1};
+constexpr std::chrono::milliseconds kLongestLook{50};
+
+// Beside those of the frame queue: one for the box and the callback, one for the latest image.
+constexpr std::size_t kOtherBuffers = 2;
+
+constexpr int kPaused = 1;  // the code of the picture that a pause shows
+
 // Whether this thread is a grab thread in its callback.
-thread_local bool isInCallback = false;
+thread_local bool inCallback = false;
 
 cv::Mat statusImage(int code) {
     cv::Mat image(200, 200, CV_8UC3, cv::Scalar::all(0));
-    cv::putText(image, code == 1 ? "stop update image" : "camera not open", {0, 100}, cv::FONT_HERSHEY_PLAIN,
-                1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
+    cv::putText(image, code == kPaused ? "stop update image" : "camera not open", {0, 100},
+                cv::FONT_HERSHEY_PLAIN, 1.0, cv::Scalar(255, 0, 0), 1, cv::LINE_8);
     return image;
 }
 
 }  // namespace
 
-TImageThread::TImageThread(int idx, zul::Mutex& slotMutex) : cameraIdx(idx), slotMutex_(slotMutex) {}
+TImageThread::TImageThread(int idx, zul::Mutex& slotMutex, FrameQueue& frames)
+    : cameraIdx(idx), slotMutex_(slotMutex), frames_(frames) {}
+
+bool TImageThread::isInCallback() { return inCallback; }
 
 void TImageThread::setSource(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box) {
     cameras_ = cams;
     config_ = cfg;
+    name_ = cfg == nullptr ? std::string() : cfg->name;
     pictureBox_ = box;
 }
 
 bool TImageThread::start() {
     running_ = true;
     failCount_ = 0;
+    isLost_ = false;
     failedFetches = 0;
     pace_.frameCounter = 0;
+    cameraStates.note(cameraIdx, [this](CameraFacts& facts) {
+        facts.name = name_;
+        facts.hasThread = true;
+        facts.loss = Loss::kNone;
+        facts.hasReturned = false;
+    });
     if (worker_.start(runOnThread, this)) return true;
+    cameraStates.note(cameraIdx, [](CameraFacts& facts) { facts.hasThread = false; });
     running_ = false;
     pictureBox_ = nullptr;
     return false;
@@ -84,8 +105,15 @@ void TImageThread::run() {
         while (turn()) {
         }
     }
+    // Not while the library is being unloaded: the host's callback may be gone.
+    if (!isUnloading_) {
+        cameraStates.report(cameraIdx, [](CameraFacts& facts) {
+            facts.hasThread = false;
+            facts.loss = Loss::kNone;
+        });
+    }
     threadImage_.release();
-    idle_ = {};
+    idle_.clear();
     pictureBox_ = nullptr;  // the host may destroy it now
     threadId_ = std::thread::id();
     const zul::LockGuard lock(sleepMutex_);
@@ -101,18 +129,25 @@ bool TImageThread::turn() {
         return false;
     }
     pause();
-    if (exitRequested_ || !mayFetch()) return true;
+    if (exitRequested_) return true;
+    reportTurn();
+    if (isKeptLost() || isAtRest() || !mayFetch()) return true;
     if (failCount_ >= kMostFailures) {
-        zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
-        zul::APPaddOrSetParamBool(kCameraReady, false);
-        failCount_ = 0;
+        lose();
         return true;
     }
-    if (!fetch() || !handOver()) {
+    if (!fetch()) {
         ++failCount_;
         pace_.frameCounter = 0;
         return true;
     }
+    if (!handOver()) {
+        lastFailure_ = crCallbackFailed;
+        if (reconnect_.policy == lpAllWait) ++failCount_;
+        pace_.frameCounter = 0;
+        return true;
+    }
+    endLoss(true);
     failCount_ = 0;
     ++pace_.frameCounter;
     keepPace();
@@ -121,9 +156,31 @@ bool TImageThread::turn() {
 
 void TImageThread::pause() {
     pace_.sleepMs = std::max(pace_.sleepMs, 1);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(pace_.sleepMs);
+    if (frames_.wantsEveryOne() && cameras_ != nullptr) {
+        awaitNewer();
+    } else {
+        pauseUntil(std::chrono::steady_clock::now() + std::chrono::milliseconds(pace_.sleepMs));
+    }
+}
+
+void TImageThread::pauseUntil(std::chrono::steady_clock::time_point end) {
     const zul::LockGuard lock(sleepMutex_);
     while (!exitRequested_ && changed_.wait_until(sleepMutex_, end) == std::cv_status::no_timeout) {
+    }
+}
+
+// A pause that is over as soon as the driver has a picture that was not fetched yet. Asking takes no time,
+// unlike a fetch that waits for a picture while all other cameras wait for it.
+void TImageThread::awaitNewer() {
+    const std::chrono::milliseconds pace{pace_.sleepMs};
+    const auto start = std::chrono::steady_clock::now();
+    const auto end = start + std::max(pace, kLongestLook);
+    while (!exitRequested_) {
+        pauseUntil(std::min(end, std::chrono::steady_clock::now() + kBetweenLooks));
+        const bool mayLook = threadWork && camUpdateImg && zul::APPgetParamBool(kCameraReady);
+        const NewerPicture newer = mayLook ? cameras_->newerPicture(cameraIdx) : NewerPicture::kUnknown;
+        if (newer == NewerPicture::kUnknown) return pauseUntil(start + pace);
+        if (newer == NewerPicture::kThere || std::chrono::steady_clock::now() >= end) return;
     }
 }
 
@@ -140,11 +197,11 @@ bool TImageThread::fetch() {
     bool isFetched = false;
     try {
         const bool scales = config_ != nullptr && config_->scaleEnable;
-        isFetched =
-            cameras_->GetImage(threadImage_, cameraIdx, scales, scales ? int{config_->scaleFactor} : 0);
+        isFetched = cameras_->fetch(threadImage_, cameraIdx, scales ? int{config_->scaleFactor} : 0, origin_);
     } catch (const std::exception& error) {  // no memory for the picture
         zul::outPutDebugString("camera getImg", error.what());
     }
+    lastFailure_ = isFetched ? crEmptyPicture : crNoPicture;
     if (!isFetched) {
         zul::outPutDebugString("camera getImg fail", cameraIdx);
     } else if (threadImage_.empty()) {
@@ -155,19 +212,24 @@ bool TImageThread::fetch() {
     return hasPicture;
 }
 
-// Puts a buffer that nobody looks at any more into threadImage_, for GetImage to fill; the box, the callback
-// and the latest image may still refer to the one of the last fetch.
+// Puts a buffer that nobody looks at any more into threadImage_, for the fetch to fill; the box, the
+// callback, the frame queue and the latest image may still refer to the one of the last fetch.
 void TImageThread::pickBuffer() {
     if (isExclusive(threadImage_)) return;
-    const auto free = std::find_if(idle_.begin(), idle_.end(), isExclusive);
-    std::swap(threadImage_, free == idle_.end() ? idle_.front() : *free);
+    idle_.resize(frames_.capacity() + kOtherBuffers);
+    auto free = std::find_if(idle_.begin(), idle_.end(), isExclusive);
+    if (free == idle_.end()) {
+        nextIdle_ = (nextIdle_ + 1) % idle_.size();
+        free = idle_.begin() + static_cast<std::ptrdiff_t>(nextIdle_);
+    }
+    std::swap(threadImage_, *free);
 }
 
 // A callback may come back here for its own slot, whose mutex it runs under, and for another one, whose
 // callback may be waiting for this one.
 template <typename Work>
 void TImageThread::withSlotMutex(const Work& work) {
-    if (isInCallback) {
+    if (inCallback) {
         work();
         return;
     }
@@ -181,27 +243,47 @@ bool TImageThread::handOver() {
     if (!cameras_->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
     TPictureBox* const box = pictureBox_;
     if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage_, false);
+    // A pause shows its picture after it has set the flag, in the box and as the latest image: whoever comes
+    // second puts it there.
+    if (!camUpdateImg) showInBox(statusImage(kPaused));
     const zul::LockGuard lock(slotMutex_);
-    if (!callBack()) return false;
-    storeLatest();
+    if (!threadWork || !camUpdateImg) return true;
+    if (!offerFrame() || !callBack()) return false;
+    if (threadWork && camUpdateImg) storeLatest();  // the callback may have paused
     return true;
+}
+
+// A frame's pixels are its own where anything else may look at them or paint on them.
+bool TImageThread::offerFrame() {
+    if (!frames_.isWanted()) return true;
+    return isDone([this] {
+        const bool isShared = callbackEnabled_ || pictureBox_ != nullptr;
+        frames_.add(cameraIdx, isShared && frames_.isNew(origin_) ? threadImage_.clone() : threadImage_,
+                    origin_);
+    });
 }
 
 bool TImageThread::callBack() {
     const TDrawImgCallback call = drawImgCallback_;
     if (!callbackEnabled_ || call == nullptr) return true;
+    return isDone([&] { call(threadImage_, cameraIdx); });
+}
+
+// Runs what belongs to the host. False when it failed.
+template <typename Call>
+bool TImageThread::isDone(const Call& call) {
     std::string problem;
-    isInCallback = true;
+    inCallback = true;
     try {
-        call(threadImage_, cameraIdx);
-        isInCallback = false;
+        call();
+        inCallback = false;
         return true;
     } catch (const std::exception& error) {
         problem = error.what();
     } catch (...) {
         problem = "?";
     }
-    isInCallback = false;
+    inCallback = false;
     zul::APPshowMessage(withNumber(textOf(CameraMessage::kCallbackFailed), cameraIdx + 1) + problem,
                         kErrorColor);
     return false;
@@ -223,17 +305,24 @@ void TImageThread::keepPace() {
     // As intended, a rate below 1 is a new one with every picture, and stays at one a second. No measurement
     // starts where the rate changes: where this was the first picture of eight, their time counts from an
     // older picture, and they are found too slow.
+    const std::int32_t pauseMs = pace_.sleepMs;
     if (display::keepPace(pace_, config_ == nullptr ? kDefaultFps : int{config_->frameRate})) {
         zul::outPutDebugString("camera: " + std::to_string(cameraIdx + 1) + " frame rate changed");
+    } else if (frames_.wantsEveryOne()) {
+        pace_.sleepMs = pauseMs;  // the driver sets the pace
     }
 }
 
 void TImageThread::showStatus(int code) {
-    cv::Mat image = statusImage(code);
+    const cv::Mat image = statusImage(code);
     withSlotMutex([&] {
         const zul::LockGuard lock(latestMutex_);
         latestImage_ = image.clone();
     });
+    showInBox(image);
+}
+
+void TImageThread::showInBox(cv::Mat image) {
     TPictureBox* const box = pictureBox_;
     if (box == nullptr || box->getParentHand() == nullptr) return;
     box->setImage(image, true);

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 
@@ -13,6 +14,12 @@ namespace {
 void showProblem(const char* text) { zul::APPshowMessage(text, kErrorColor); }
 
 bool isInRange(int idx) { return idx >= 0 && idx < MAXCameraNum; }
+
+void reportPause(const TImageThread& thread) {
+    cameraStates.report(thread.cameraIdx, [&thread](CameraFacts& facts) {
+        facts.isWanted = thread.threadWork && thread.camUpdateImg;
+    });
+}
 
 void traceText(const char* utf8) { zul::outPutDebugString(zul::toAnsi(utf8)); }
 
@@ -59,10 +66,15 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
         showProblem(" TImageThreadManager::startThread in a callback");
         return;
     }
+    restart(cams, cfg, box, idx);
+    cameraStates.deliver();
+}
+
+void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx) {
     const zul::LockGuard lock(grabLifecycleMutex);
     if (isInRange(idx) && slotOf(idx) == nullptr) {
         const auto slot = static_cast<std::size_t>(idx);
-        imageThread_[slot] = new TImageThread(idx, slotMutexes[slot]);
+        imageThread_[slot] = new TImageThread(idx, slotMutexes[slot], frameQueues[slot]);
     }
     if (!checkValid(idx)) return;
     TImageThread& thread = *slotOf(idx);
@@ -116,6 +128,7 @@ void TImageThreadManager::initView(int idx, int code) {
 void TImageThreadManager::setThreadWork(int idx, bool on) {
     if (!checkValid(idx)) return;
     slotOf(idx)->threadWork = on;
+    reportPause(*slotOf(idx));
     const CameraMessage message = on ? CameraMessage::kResumed : CameraMessage::kPaused;
     showPlain(withNumber(textOf(message), slotOf(idx)->cameraIdx + 1));
 }
@@ -123,6 +136,7 @@ void TImageThreadManager::setThreadWork(int idx, bool on) {
 void TImageThreadManager::setCamUpdateImg(int idx, bool on) {
     if (!checkValid(idx)) return;
     slotOf(idx)->camUpdateImg = on;
+    reportPause(*slotOf(idx));
     if (!on) slotOf(idx)->showStatus(1);
 }
 

@@ -25,7 +25,20 @@ constexpr const char* kCameraReady = "cameraReady";
 //
 // Nothing is fetched while the host's parameter "cameraReady" (kCameraReady) is false; a host sets it with
 // APPaddOrSetParamBool once its cameras are open. After six failed fetches in a row a thread asks the user to
-// reconnect and sets the parameter to false; the host sets it again when it has.
+// reconnect and sets the parameter to false; the host sets it again when it has. To reconnect: close the lost
+// camera first, since it still counts as open, then open it, then set the parameter. setReconnect
+// (camera/camera_state.h) lets the thread reconnect, and the other cameras go on; camera/frames.h hands out
+// frames that are accounted for.
+//
+// A thread asks for the newest picture at its own pace. Where the camera has sent no newer one the driver
+// gives the last one again: that is fetched, shown, handed to the callback and counted in the rate like any
+// other.
+//
+// These calls wait for a callback of their slot that is running (but not where they are made from inside a
+// callback): getThreadImage, initView, setCamUpdateImg with false, setDrawImgCallbackFunc. closeAllThread,
+// setCameraCntSame2ThreadCnt and startThread wait for the end of a thread, and so for its fetch and its
+// callback; when they return, the fetches of the ended threads have ended. setThreadWork and setCamUpdateImg
+// do not wait for a fetch that is under way; its picture goes nowhere.
 //
 // Thread-safe. A host ends the threads (closeAllThread) before it closes the cameras, destroys what it gave
 // to startThread, or unloads the library. Threads that still run when the library is unloaded are ended then,
@@ -84,6 +97,7 @@ class ORX_API TImageThreadManager {
     bool checkValid(int idx);
     TImageThread* slotOf(int idx) const;
     bool isGrabThread() const;
+    void restart(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx);
     void endFrom(int first);
     void endAtUnload();
 

@@ -6,6 +6,8 @@
 #include "orxFunctions/camera/camera_brands_internal.h"
 #include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_states_internal.h"
+#include "orxFunctions/camera/frame_origin_internal.h"
 
 namespace orx {
 
@@ -82,29 +84,54 @@ TCamera* TMultiCamera::cameraOf(int i) const {
     return checkCameraIdx(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
 }
 
-bool TMultiCamera::open(int i, int type) {
-    TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->open(type, initFlag);
+// As cameraOf, without the message.
+TCamera* TMultiCamera::quietCameraOf(int i) const {
+    const auto isCamera = [this](int number) {
+        return number >= 0 && number < std::min<int>(cameraNumber, MAXCameraNum);
+    };
+    if (dllLoaded == 0 || !isCamera(i)) return nullptr;
+    const int slot = sortedIdx[static_cast<std::size_t>(i)];
+    return isCamera(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
 }
 
-bool TMultiCamera::connectCamera(int i, int type) {
-    TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->connectCamera(type, initFlag);
+void TMultiCamera::state(int i, bool& isOpen, bool& isWorking) const {
+    const TCamera* const camera = quietCameraOf(i);
+    isOpen = camera != nullptr && camera->isOpen;
+    isWorking = camera != nullptr && camera->isWorking;
 }
+
+// Tells what an operation of the host has made of the camera. The answer is the operation's.
+bool TMultiCamera::reported(int i, bool answer) const {
+    cameraStates.report(i, [=](CameraFacts& facts) {
+        state(i, facts.isOpen, facts.isWorking);
+        facts.loss = Loss::kNone;
+        facts.hasReturned = false;
+        facts.closedReason = answer ? crAsked : crRefused;
+    });
+    return answer;
+}
+
+bool TMultiCamera::open(int i, int type) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && (camera->isOpen || reported(i, camera->open(type, initFlag)));
+}
+
+bool TMultiCamera::connectCamera(int i, int type) { return open(i, type); }
 
 bool TMultiCamera::start(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->start();
+    if (camera == nullptr || !camera->isOpen) return false;
+    return reported(i, camera->start());
 }
 
 bool TMultiCamera::stop(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->stop();
+    return camera != nullptr && reported(i, camera->stop());
 }
 
 bool TMultiCamera::close(int i) {
     TCamera* const camera = cameraOf(i);
-    return camera != nullptr && camera->close();
+    return camera != nullptr && reported(i, camera->close());
 }
 
 bool TMultiCamera::haveOpen(int i) {
@@ -132,6 +159,26 @@ bool TMultiCamera::GetImage(cv::Mat& out, int i, bool scaled, int scale) {
     return camera != nullptr && camera->GetImage(out, scaled ? scale : 0);
 }
 
+bool TMultiCamera::fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin) {
+    TCamera* const camera = cameraOf(i);
+    return camera != nullptr && camera->fetch(out, scale, origin);
+}
+
+NewerPicture TMultiCamera::newerPicture(int i) const {
+    TCamera* const camera = quietCameraOf(i);
+    return camera == nullptr ? NewerPicture::kUnknown : camera->newerPicture();
+}
+
+bool TMultiCamera::reopen(int i, std::uint64_t hostChanges) {
+    TCamera* const camera = quietCameraOf(i);
+    return camera != nullptr && camera->reopen(hostChanges);
+}
+
+std::uint64_t TMultiCamera::hostChanges(int i) const {
+    const TCamera* const camera = quietCameraOf(i);
+    return camera == nullptr ? 0 : camera->hostChanges();
+}
+
 int TMultiCamera::getCameraType() { return detectCameraType(); }
 
 bool TMultiCamera::checkRotation(int angle) const {
@@ -142,6 +189,9 @@ bool TMultiCamera::checkRotation(int angle) const {
 bool TMultiCamera::DestoryCamera() {
     for (TCamera* const camera : cameras) {
         if (camera != nullptr) camera->close();
+    }
+    for (int i = 0; i < MAXCameraNum; ++i) {
+        if (quietCameraOf(i) != nullptr) reported(i, true);
     }
     const zul::LockGuard lock(cameraCallMutex);
     const auto destroy = cameraDriver.destroyCamera.load();

@@ -14,6 +14,8 @@
 
 namespace orx {
 
+class TImageThread;
+
 // The most cameras and grab threads.
 constexpr int MAXCameraNum = 9;
 
@@ -40,7 +42,10 @@ class ORX_API TMultiCamera {
     // Whether the vendor's runtime of a camera type is installed: 7 Dahua, 10 Basler, 11 Hikvision, 13 Daheng
     // (not older than 2019-04-07), 14 MicroVision, 15 The Imaging Source; 12, any camera, always is, and
     // other types never are. For the types with a runtime `msg` (may be null) receives the brand's message
-    // for a missing runtime, which is of use when the answer is false.
+    // for a missing runtime, which is of use when the answer is false. The files looked for by the standard
+    // search: MVSDKmd.dll, PylonBase_MD_VC120_v5_0.dll, MvCameraControl.dll, DxImageProc.dll, MultiVDMV.dll
+    // and TIS_UDSHL11.dll; on Linux libMVSDK.so, libpylonbase.so, libMvCameraControl.so, libgxiapi.so (whose
+    // date counts), libMultiVDMV.so and libtcam.so.
     bool CheckCameraDriverValid(int type, std::string* msg);
 
     // Finds the cameras of a type. `handles`, up to nine window handles, and `a` are the driver's. With
@@ -88,8 +93,17 @@ class ORX_API TMultiCamera {
     zul::TModuleHandle hDriver = nullptr;
 
   private:
+    friend class TImageThread;
+
     bool loadDll();
+    bool fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin);
+    NewerPicture newerPicture(int i) const;
+    bool reopen(int i, std::uint64_t hostChanges);
+    std::uint64_t hostChanges(int i) const;
+    void state(int i, bool& isOpen, bool& isWorking) const;
+    bool reported(int i, bool answer) const;
     bool checkCameraIdx(int i) const;
+    TCamera* quietCameraOf(int i) const;
     TCamera* cameraOf(int i) const;
 
     bool mustFree_ = false;

@@ -70,6 +70,21 @@ cv::Point2d ViewMapping::toImage(cv::Point2d window) const {
     return {(q.x - fit_.offsetX) / fitScale_.x, (q.y - fit_.offsetY) / fitScale_.y};
 }
 
+cv::Point2d ViewMapping::painted() const {
+    if (zoomed_) return {};
+    return {std::floor(fit_.offsetX) - fit_.offsetX, std::floor(fit_.offsetY) - fit_.offsetY};
+}
+
+cv::Point2d ViewMapping::placeInWindow(cv::Point2d image) const {
+    const cv::Point2d half(0.5, 0.5);
+    return toWindow(image + half) + painted() - half;
+}
+
+cv::Point2d ViewMapping::placeInImage(cv::Point2d window) const {
+    const cv::Point2d half(0.5, 0.5);
+    return toImage(window + half - painted()) - half;
+}
+
 cv::Point2d ViewMapping::scale() const {
     if (!zoomed_) return fitScale_;
     return {zoomScale_.x * fitScale_.x, zoomScale_.y * fitScale_.y};

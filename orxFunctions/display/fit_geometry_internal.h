@@ -39,10 +39,17 @@ class ViewMapping {
 
     cv::Point2d toWindow(cv::Point2d image) const;
     cv::Point2d toImage(cv::Point2d window) const;
+    // The same for points counted from the centre of the top-left pixel, exactly where the picture is
+    // painted: the middle of an image pixel is the middle of the square that shows it.
+    cv::Point2d placeInWindow(cv::Point2d image) const;
+    cv::Point2d placeInImage(cv::Point2d window) const;
     // Window pixels to an image pixel.
     cv::Point2d scale() const;
 
   private:
+    // From where the fit says to where the pixels are: unzoomed they begin at a whole one.
+    cv::Point2d painted() const;
+
     FitGeometry fit_;
     cv::Point2d fitScale_;
     bool zoomed_;

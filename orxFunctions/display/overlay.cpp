@@ -13,6 +13,7 @@ constexpr double kFarthest = 1e6;  // window pixels: OpenCV draws no larger thin
 constexpr int kThickest = 255;
 constexpr int kLargestFont = 100;
 const cv::Point kFirstLine(50, 50);
+constexpr double kSmallestText = 0.25;  // of the size asked for
 
 bool isNear(double value) { return std::abs(value) < kFarthest; }
 bool isNear(cv::Point2d p) { return isNear(p.x) && isNear(p.y); }
@@ -47,6 +48,31 @@ bool isFont(int face) {
     return plain >= cv::FONT_HERSHEY_SIMPLEX && plain <= cv::FONT_HERSHEY_SCRIPT_COMPLEX;
 }
 
+struct LineHeight {
+    LineHeight(int face, double scale, int stroke)
+        : above(cv::getTextSize("Ag", face, scale, stroke, &below).height), thickness(stroke) {}
+    int all() const { return above + below + thickness; }
+
+    int below = 0;
+    int above;
+    int thickness;
+};
+
+// How much smaller the lines must be written to be seen whole: 1 where there is room enough, and never so
+// small that nobody can read them.
+double roomFor(const TDrawTexts& texts, int face, double scale, int thickness, cv::Size room) {
+    if (texts.texts.empty()) return 1.0;
+    double widest = 0.0;
+    int ignored = 0;
+    for (const std::string& text : texts.texts)
+        widest = std::max<double>(widest, cv::getTextSize(text, face, scale, thickness, &ignored).width);
+    const LineHeight line(face, scale, thickness);
+    const double last = static_cast<double>(texts.texts.size() - 1);
+    const double right = kFirstLine.x + widest;
+    const double bottom = kFirstLine.y + last * line.all() + line.below;
+    return std::clamp(std::min(room.width / right, room.height / bottom), kSmallestText, 1.0);
+}
+
 }  // namespace
 
 void drawCircles(cv::Mat& picture, const std::vector<TDrawCircle>& circles, const ViewMapping& mapping) {
@@ -72,15 +98,17 @@ void drawRects(cv::Mat& picture, const std::vector<TDrawRect>& rects, const View
 
 void drawTexts(cv::Mat& picture, const TDrawTexts& texts) {
     const int face = isFont(texts.fontFace) ? texts.fontFace : static_cast<int>(cv::FONT_HERSHEY_SIMPLEX);
-    const double scale = std::clamp(texts.fontScale, 1, kLargestFont);
-    const int thickness = std::clamp(texts.thickness, 1, kThickest);
-    int below = 0;
-    const int height = cv::getTextSize("Ag", face, scale, thickness, &below).height;
-    cv::Point at = kFirstLine;
-    for (const std::string& line : texts.texts) {
-        if (at.y - height > picture.rows) break;
-        cv::putText(picture, line, at, face, scale, texts.color, thickness);
-        at.y += height + below + thickness;
+    const double wanted = std::clamp(texts.fontScale, 1, kLargestFont);
+    const int wantedThickness = std::clamp(texts.thickness, 1, kThickest);
+    const double ratio = roomFor(texts, face, wanted, wantedThickness, picture.size());
+    const double scale = wanted * ratio;
+    const int thickness = std::max(1, roundedInt(wantedThickness * ratio));
+    const LineHeight line(face, scale, thickness);
+    cv::Point at(roundedInt(kFirstLine.x * ratio), roundedInt(kFirstLine.y * ratio));
+    for (const std::string& text : texts.texts) {
+        if (at.y - line.above > picture.rows) break;
+        cv::putText(picture, text, at, face, scale, texts.color, thickness);
+        at.y += line.all();
     }
 }
 
@@ -106,6 +134,11 @@ cv::Rect rectInWindow(const cv::Rect2d& rect, const ViewMapping& mapping) {
     const cv::Point2d scale = mapping.scale();
     return {bounded(corner.x), bounded(corner.y), bounded(rect.width * scale.x),
             bounded(rect.height * scale.y)};
+}
+
+cv::Rect2d rectInImage(const cv::Rect2d& rect, const ViewMapping& mapping) {
+    const cv::Point2d corner = mapping.toImage(rect.tl());
+    return {corner.x, corner.y, rect.width / mapping.scale().x, rect.height / mapping.scale().y};
 }
 
 void drawSelection(cv::Mat& picture, const cv::Rect& windowRect, const cv::Scalar& colour, int thickness) {

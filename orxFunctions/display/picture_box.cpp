@@ -4,12 +4,11 @@
 #include <cstdint>
 #include <exception>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
+#include <utility>
 
 #include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
-#include "orxFunctions/foundation/message_colours_internal.h"
 
 using namespace orx::display;
 
@@ -26,16 +25,44 @@ bool isWindowSize(int w, int h) {
 
 bool isFinite(const cv::Rect2d& r) { return std::isfinite(r.x + r.y + r.width + r.height); }
 
+void select(ViewState& state, const cv::Rect2d& rect) {
+    const zul::LockGuard lock(state.sizeLock);
+    state.rect = RectSelection();
+    if (isFinite(rect) && rect.width > 0.0 && rect.height > 0.0) state.rect.rect = rect;
+}
+
+void select(ViewState& state, cv::Point centre, double radius) {
+    const zul::LockGuard lock(state.sizeLock);
+    state.circle = CircleSelection();
+    if (std::isfinite(radius) && radius > 0.0) state.circle = {centre, radius};
+}
+
+bool copyLastShown(ViewState& state, cv::Mat& picture) {
+    const zul::LockGuard lock(state.imageLock);
+    if (state.lastShown.empty()) return false;
+    picture = state.lastShown.clone();
+    return true;
+}
+
+// Never the same twice: a box with a picture of its own is not counted.
+std::string nameOfOwnWindow() {
+    static std::atomic<unsigned> made{0};
+    return "pictureBoxOwn" + std::to_string(++made);
+}
+
 }  // namespace
 
-TPictureBox::TPictureBox() {
-    winName = "pictrueBox1" + std::to_string(++mCount);
-    view_ = std::make_unique<View>(*this);
+TPictureBox::TPictureBox() : TPictureBox(TPictureOf::kProcess) {}
+
+TPictureBox::TPictureBox(TPictureOf whose) {
+    winName = whose == TPictureOf::kProcess ? "pictrueBox1" + std::to_string(++mCount) : nameOfOwnWindow();
+    view_ = std::make_unique<View>(*this, whose);
     setFunction(function);
 }
 
 TPictureBox::~TPictureBox() {
-    --mCount;
+    const bool isShared = view_->isShared();
+    if (isShared) --mCount;
     killThread();
     view_->join();
     view_->installHandler(FUNC_NONE);
@@ -47,7 +74,7 @@ TPictureBox::~TPictureBox() {
     }
     orx::outPutDebugString(zul::toAnsi("删除指定opencv 窗体"));
     view_->window().close();
-    orx::platform::destroyAllNativeWindows();  // those of other boxes too, as intended
+    if (isShared) orx::platform::destroyAllNativeWindows();  // those of other boxes too, as intended
     orx::outPutDebugString(zul::toAnsi("删除所有opencv 窗体后"));
     cvWindow = nullptr;
     cvFrame = nullptr;
@@ -70,7 +97,7 @@ void* TPictureBox::getParentHand() { return host; }
 
 void TPictureBox::setWindowSize(int w, int h) {
     if (!isWindowSize(w, h)) return;
-    const zul::LockGuard lock(viewState.sizeLock);
+    const zul::LockGuard lock(view_->state.sizeLock);
     try {
         const cv::Size size(w, h);
         if (canvas.empty())
@@ -81,28 +108,29 @@ void TPictureBox::setWindowSize(int w, int h) {
         orx::outPutDebugString("setWindowSize", error.what());
         return;
     }
-    if (w != windowWidth || h != windowHeight) sizeChanged = true;
+    const bool isNew = w != windowWidth || h != windowHeight;
     windowWidth = w;
     windowHeight = h;
+    if (!isNew) return;
+    sizeChanged = true;
+    view_->showSoon();  // a still picture, too, is fitted anew
 }
 
-void TPictureBox::setImage(cv::Mat& img, bool noRedraw) {
-    const zul::LockGuard lock(viewState.imageLock);
-    if (img.empty()) return;
-    try {
-        cv::Mat image = img;
-        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
-        if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
-        viewState.image = image;
-        origWidth = image.cols;
-        origHeight = image.rows;
-        if (!noRedraw) redraw = true;
-    } catch (const std::exception&) {
-        const std::string text = zul::toAnsi("设置图片失败!");
-        orx::APPshowMessage(text, orx::kErrorColor);
-        orx::outPutDebugString(text);
-    }
+void TPictureBox::setImage(cv::Mat& img, bool noRedraw) { view_->takePicture(img, noRedraw, nullptr); }
+
+bool TPictureBox::setPicture(const cv::Mat& image, TOverlay overlay) {
+    return view_->takePicture(image, false, std::make_shared<const TOverlay>(std::move(overlay)));
 }
+
+void TPictureBox::setOverlay(TOverlay overlay) {
+    view_->setOverlay(std::make_shared<const TOverlay>(std::move(overlay)));
+}
+
+TOverlay TPictureBox::getOverlay() const { return *view_->overlay(); }
+
+void TPictureBox::showGroup(const std::string& group, bool shown) { view_->showGroup(group, shown); }
+
+bool TPictureBox::isGroupShown(const std::string& group) const { return view_->isGroupShown(group); }
 
 void TPictureBox::start() { view_->start(); }
 
@@ -121,22 +149,12 @@ void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage); }
 
 void TPictureBox::showImageLast() { view_->show(View::Occasion::kPlain); }
 
-cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) {
-    const zul::LockGuard lock(viewState.sizeLock);
-    const ViewMapping mapping = view_->mapping();
-    view_->keepScale(mapping);
-    return mapping.toWindow(p);
-}
+cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) { return view_->toWindow(p); }
 
-cv::Point2d TPictureBox::show2OrigPoint(cv::Point2d p) {
-    const zul::LockGuard lock(viewState.sizeLock);
-    const ViewMapping mapping = view_->mapping();
-    view_->keepScale(mapping);
-    return mapping.toImage(p);
-}
+cv::Point2d TPictureBox::show2OrigPoint(cv::Point2d p) { return view_->toImage(p); }
 
 void TPictureBox::getOrig2ShowImgScaleXY(double& sx, double& sy) {
-    const zul::LockGuard lock(viewState.sizeLock);
+    const zul::LockGuard lock(view_->state.sizeLock);
     sx = scaleX;
     sy = scaleY;
 }
@@ -175,13 +193,21 @@ void TPictureBox::setFunction(TFunction f) {
 
 void TPictureBox::mouseEvent(int event, int x, int y, int flags) { view_->onMouse({event, x, y, flags}); }
 
+void TPictureBox::onSelectionChanged(std::function<void(const TSelectionChange&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.selection = std::move(callback); });
+}
+
+void TPictureBox::onCursor(std::function<void(const TPicturePlace&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.cursor = std::move(callback); });
+}
+
+void TPictureBox::onClick(std::function<void(const TPictureClick&)> callback) {
+    view_->changeCallbacks([&](Callbacks& all) { all.click = std::move(callback); });
+}
+
 std::string TPictureBox::getCvWinName() { return winName; }
 
-void TPictureBox::setSelectionRect(const cv::Rect2d& rect) {
-    const zul::LockGuard lock(viewState.sizeLock);
-    viewState.rect = RectSelection();
-    if (isFinite(rect) && rect.width > 0.0 && rect.height > 0.0) viewState.rect.rect = rect;
-}
+void TPictureBox::setSelectionRect(const cv::Rect2d& rect) { select(viewState, rect); }
 
 bool TPictureBox::getSelectionRect(cv::Rect2d& rect) {
     const zul::LockGuard lock(viewState.sizeLock);
@@ -190,11 +216,7 @@ bool TPictureBox::getSelectionRect(cv::Rect2d& rect) {
     return true;
 }
 
-void TPictureBox::setSelectionCircle(cv::Point center, double radius) {
-    const zul::LockGuard lock(viewState.sizeLock);
-    viewState.circle = CircleSelection();
-    if (std::isfinite(radius) && radius > 0.0) viewState.circle = {center, radius};
-}
+void TPictureBox::setSelectionCircle(cv::Point center, double radius) { select(viewState, center, radius); }
 
 bool TPictureBox::getSelectionCircle(cv::Point& center, double& radius) {
     const zul::LockGuard lock(viewState.sizeLock);
@@ -204,9 +226,22 @@ bool TPictureBox::getSelectionCircle(cv::Point& center, double& radius) {
     return true;
 }
 
-bool TPictureBox::getLastShownImage(cv::Mat& picture) {
-    const zul::LockGuard lock(viewState.imageLock);
-    if (viewState.lastShown.empty()) return false;
-    picture = viewState.lastShown.clone();
-    return true;
+bool TPictureBox::getLastShownImage(cv::Mat& picture) { return copyLastShown(viewState, picture); }
+
+void TPictureBox::setSelectedRect(const cv::Rect2d& rect) {
+    select(view_->state, rect);
+    view_->showSoon();
 }
+
+bool TPictureBox::getSelectedRect(cv::Rect2d& rect) const { return view_->selectedRect(rect); }
+
+void TPictureBox::setSelectedCircle(cv::Point center, double radius) {
+    select(view_->state, center, radius);
+    view_->showSoon();
+}
+
+bool TPictureBox::getSelectedCircle(cv::Point& center, double& radius) const {
+    return view_->selectedCircle(center, radius);
+}
+
+bool TPictureBox::getShownImage(cv::Mat& picture) const { return copyLastShown(view_->state, picture); }

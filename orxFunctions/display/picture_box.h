@@ -4,14 +4,21 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "orxFunctions/api.h"
+#include "orxFunctions/display/picture_events.h"
+#include "orxFunctions/display/picture_overlay.h"
 #include "orxFunctions/foundation/enumerations.h"
 #include "orxFunctions/foundation/records.h"
+
+// What a picture box shows: the image, zoom and selections that it shares with the other boxes of the
+// process, or those of its own.
+enum class TPictureOf { kProcess, kBox };
 
 // A picture box shows images inside a window of the host: fitted into it, with drawings on top, zoomed and
 // selected in with the mouse. A thread of its own redraws whenever an image has been handed in, at a
@@ -23,7 +30,8 @@
 //     box.setImage(image, false);  // as often as there is one, from any thread
 //
 // The image, the zoom and the selections belong to the process, not to a box: a system has one interactive
-// view at a time, and a second box shows the same image. That is intended.
+// view at a time, and a second box shows the same image. That is intended. A host that shows several pictures
+// at a time makes its boxes with TPictureOf::kBox: each has an image, a zoom and selections of its own.
 //
 // Image coordinates are pixels of the image handed in, window coordinates pixels of the box; x runs right and
 // y down. Thread-safe, except for construction, start and destruction, which belong to one thread.
@@ -42,9 +50,12 @@ class ORX_API TPictureBox {
     // the first is "pictrueBox11". (The spelling is part of the interface.)
     TPictureBox();
 
+    // A box with a picture of its own is not counted (mCount); its window is "pictureBoxOwn" + a number.
+    explicit TPictureBox(TPictureOf whose);
+
     // Ends the display thread and closes the window, and with it, as intended, the windows of every other box
-    // of the process (and on Windows every window of OpenCV's). A box that is destroyed on its own display
-    // thread ends the process.
+    // of the process (and on Windows every window of OpenCV's); a box with a picture of its own closes its
+    // own alone. A box that is destroyed on its own display thread ends the process.
     ~TPictureBox();
 
     TPictureBox(const TPictureBox&) = delete;
@@ -58,7 +69,8 @@ class ORX_API TPictureBox {
     void* getParentHand();
 
     // How many pixels of the host's window the box has. Sizes below 5 are ignored, as are sizes that no
-    // window can have (a side above 32767, or more than 2^27 pixels).
+    // window can have (a side above 32767, or more than 2^27 pixels). A picture that is shown already is
+    // fitted anew at the display thread's next turn.
     void setWindowSize(int w, int h);
 
     // Hands in an image of 1, 3 or 4 channels; empty ones are ignored. The pixels are shared, not copied:
@@ -67,6 +79,21 @@ class ORX_API TPictureBox {
     // can't be taken (more than two dimensions, say) keeps the former one, with the message "设置图片失败!"
     // in colour 1.
     void setImage(cv::Mat& img, bool noRedraw);
+
+    // Hands in an image together with what is drawn over it: no picture is ever shown with another one's
+    // shapes. The image is as for setImage, and shown at the display thread's next turn; one that is empty or
+    // can't be taken is refused with false, and picture and overlay stay as they were. Where boxes share an
+    // image, each has its own overlay: what another box hands in is shown with the overlay that this one has.
+    // Two boxes that are fed apart should therefore have pictures of their own.
+    bool setPicture(const cv::Mat& image, TOverlay overlay);
+    // Replaces what is drawn over the image that is there; shown at the next turn. The shapes lie over the
+    // rectangles and circles of setDrawRect and setDrawCircle, and below the selections and texts; clearDraw
+    // leaves them.
+    void setOverlay(TOverlay overlay);
+    TOverlay getOverlay() const;
+    // Hides the shapes of a group, in this and in every later overlay, or shows them again; at the next turn.
+    void showGroup(const std::string& group, bool shown);
+    bool isGroupShown(const std::string& group) const;
 
     // Starts the display thread. Once only: a second call ends the process, as for any standard thread.
     void start();
@@ -95,8 +122,9 @@ class ORX_API TPictureBox {
     // Adds a rectangle or circle to what is drawn over the image. A negative thickness fills.
     void setDrawRect(TDrawRect rect);
     void setDrawCircle(TDrawCircle circle);
-    // Replaces the lines of text; the first stands at (50, 50) of the window, each further below the last.
-    // OpenCV's fonts have ASCII characters only.
+    // Replaces the lines of text; the first stands at (50, 50) of the window, each further below the last. In
+    // a window that is too small for them they are written smaller, with place and distances in the same
+    // ratio, down to a quarter. OpenCV's fonts have ASCII characters only.
     void setDrawText(TDrawTexts& lines);
     // Removes the rectangles, the circles and the lines of text.
     void clearDraw();
@@ -118,17 +146,40 @@ class ORX_API TPictureBox {
     // the wheel are those of OpenCV's mouse callbacks, x and y window coordinates.
     void mouseEvent(int event, int x, int y, int flags);
 
+    // Who is told when the mouse changed a selection in this box, when it moved, and when it clicked, once an
+    // image was shown; an empty function is nobody. They are called on the thread that takes the mouse: on X
+    // a thread of the box, on Windows the one that made the box, and the one that calls mouseEvent. No lock
+    // of the box is held: a callback may call the box, but not destroy it, and must not wait for a thread
+    // that calls setFunction or destroys the box, since both wait for a running callback. One that is
+    // replaced may still be running. What it throws is traced. With FUNC_NONE the mouse is the host's, so
+    // only mouseEvent brings something to tell. Selections that the host sets are not told.
+    void onSelectionChanged(std::function<void(const TSelectionChange&)> callback);
+    void onCursor(std::function<void(const TPicturePlace&)> callback);
+    void onClick(std::function<void(const TPictureClick&)> callback);
+
     std::string getCvWinName();
 
     // The selections of the process in image coordinates. Setting one replaces it, whatever the mouse did;
     // sizes that are not positive remove it. Getting answers false, and leaves the argument, without one.
+    // A rectangle that the mouse drew is in window coordinates until its box shows it for the first time,
+    // and a box does that only while `selectRect` is set: before, and without it, getSelectionRect is false.
     static void setSelectionRect(const cv::Rect2d& rect);
     static bool getSelectionRect(cv::Rect2d& rect);
     static void setSelectionCircle(cv::Point center, double radius);
     static bool getSelectionCircle(cv::Point& center, double& radius);
 
-    // A copy of the picture that any box showed last; false before the first.
+    // A copy of the picture that any box showed last, but for those with a picture of their own; false before
+    // the first.
     static bool getLastShownImage(cv::Mat& picture);
+
+    // The same of this box: the selections and the last picture of the process, or its own where it has one.
+    // Setting a selection also shows it, at the next turn of the display thread; getSelectedRect answers
+    // while the rectangle is being drawn, too, and without `selectRect`.
+    void setSelectedRect(const cv::Rect2d& rect);
+    bool getSelectedRect(cv::Rect2d& rect) const;
+    void setSelectedCircle(cv::Point center, double radius);
+    bool getSelectedCircle(cv::Point& center, double& radius) const;
+    bool getShownImage(cv::Mat& picture) const;
 
     // One step of pacing, which the display thread takes after each image shown.
     void calShowFrame();

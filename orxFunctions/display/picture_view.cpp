@@ -3,11 +3,14 @@
 #include <chrono>
 #include <exception>
 #include <opencv2/highgui.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "orxFunctions/display/overlay_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/foundation/rounding_internal.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
 
@@ -29,9 +32,17 @@ void traceRect(const char* prefix, const cv::Rect2d& rect) {
 
 }  // namespace
 
-TPictureBox::View::View(TPictureBox& box)
-    : box_(box), window_(orx::platform::createNativeWindow(box.winName)) {
+TPictureBox::View::View(TPictureBox& box, TPictureOf whose)
+    : own_(whose == TPictureOf::kBox ? std::make_unique<ViewState>() : nullptr),
+      state(own_ != nullptr ? *own_ : viewState),
+      box_(box),
+      window_(orx::platform::createNativeWindow(box.winName)) {
+    if (own_ != nullptr) ownViewStates.add(own_.get());
     takeHandles();
+}
+
+TPictureBox::View::~View() {
+    if (own_ != nullptr) ownViewStates.remove(own_.get());
 }
 
 void TPictureBox::View::start() {
@@ -58,7 +69,8 @@ void TPictureBox::View::run() {
             wake_.wait_until(sleepLock_, end, [this] { return box_.killFlag.load(); });
         }
         // An image that comes in from here on is for the next turn.
-        if (!box_.redraw.exchange(false)) continue;
+        const bool hasChanged = hasChanged_.exchange(false);
+        if (!box_.redraw.exchange(false) && !hasChanged) continue;
         show(Occasion::kNewImage);
         box_.calShowFrame();
     }
@@ -71,8 +83,8 @@ void TPictureBox::View::moveInto(void* newHost) {
     takeHandles();
     // A new window is empty until the image is shown again.
     if (!wasHeadless || isHeadless()) return;
-    const zul::LockGuard lock(viewState.imageLock);
-    if (!viewState.image.empty()) box_.redraw = true;
+    const zul::LockGuard lock(state.imageLock);
+    if (!state.image.empty()) box_.redraw = true;
 }
 
 void TPictureBox::View::takeHandles() {
@@ -81,12 +93,14 @@ void TPictureBox::View::takeHandles() {
 }
 
 void TPictureBox::View::show(Occasion occasion) {
-    const zul::LockGuard lock(viewState.imageLock);
+    const zul::LockGuard lock(state.imageLock);
     if (!mayShow(occasion)) return;
     try {
         const bool isPlain = occasion == Occasion::kPlain;
-        makeDisplay(isPlain, !isPlain && hasDrawings());
-        if (!isPlain) draw(occasion);
+        // Asked once: what is handed in meanwhile must not be drawn on the host's pixels.
+        const bool isDrawnOn = !isPlain && hasDrawings();
+        makeDisplay(isPlain, isDrawnOn);
+        if (isDrawnOn) draw(occasion);
         sendToWindow();
         if (occasion == Occasion::kNewImage) box_.redraw = false;
     } catch (const std::exception& error) {  // OpenCV's for pixels that it can't convert, or no memory
@@ -94,29 +108,89 @@ void TPictureBox::View::show(Occasion occasion) {
     }
 }
 
+bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,
+                                    std::shared_ptr<const TOverlay> overlay) {
+    const zul::LockGuard lock(state.imageLock);
+    if (picture.empty()) return false;
+    try {
+        cv::Mat image = picture;
+        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
+        if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
+        state.image = image;
+        box_.origWidth = image.cols;
+        box_.origHeight = image.rows;
+    } catch (const std::exception&) {
+        const std::string text = zul::toAnsi("设置图片失败!");
+        orx::APPshowMessage(text, orx::kErrorColor);
+        orx::outPutDebugString(text);
+        return false;
+    }
+    if (overlay != nullptr) {
+        const zul::LockGuard overlaysLock(overlayLock);
+        overlay_ = std::move(overlay);
+    }
+    if (!noRedraw) box_.redraw = true;
+    return true;
+}
+
+void TPictureBox::View::setOverlay(std::shared_ptr<const TOverlay> overlay) {
+    {
+        const zul::LockGuard lock(overlayLock);
+        overlay_ = std::move(overlay);
+    }
+    showSoon();
+}
+
+std::shared_ptr<const TOverlay> TPictureBox::View::overlay() {
+    const zul::LockGuard lock(overlayLock);
+    return overlay_;
+}
+
+void TPictureBox::View::showGroup(const std::string& group, bool shown) {
+    {
+        const zul::LockGuard lock(overlayLock);
+        if (shown)
+            hiddenGroups_.erase(group);
+        else
+            hiddenGroups_.insert(group);
+    }
+    showSoon();
+}
+
+bool TPictureBox::View::isGroupShown(const std::string& group) {
+    const zul::LockGuard lock(overlayLock);
+    return hiddenGroups_.count(group) == 0;
+}
+
+void TPictureBox::View::showSoon() {
+    if (!(box_.shownWidth > 0.0)) return;
+    hasChanged_ = true;
+    box_.redraw = true;
+}
+
 bool TPictureBox::View::mayShow(Occasion occasion) {
-    if (viewState.image.empty()) {
+    if (state.image.empty()) {
         orx::outPutDebugString(zul::toAnsi("显示图像为空"));
         return false;
     }
     if (box_.frozen) return false;
-    return occasion == Occasion::kDrag || viewState.refreshAllowed;
+    return occasion == Occasion::kDrag || state.refreshAllowed;
 }
 
 // `drawable`: as 8-bit colour in memory of this box's own; the host's pixels are never drawn on.
 void TPictureBox::View::makeDisplay(bool endZoom, bool drawable) {
     cv::Mat picture = fittedPicture(endZoom);
     const bool isOurs = !picture.empty();
-    if (!isOurs) picture = viewState.image;
+    if (!isOurs) picture = state.image;
     if (drawable && (!isOurs || picture.type() != CV_8UC3)) picture = fitter_.copy(picture);
     box_.display = picture;
-    viewState.lastShown = box_.display;
+    state.lastShown = box_.display;
 }
 
 // Empty where the image is shown as it is.
 cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
-    const cv::Mat image = viewState.image;
-    const zul::LockGuard lock(viewState.sizeLock);
+    const cv::Mat image = state.image;
+    const zul::LockGuard lock(state.sizeLock);
     const cv::Size window(box_.windowWidth, box_.windowHeight);
     const FitGeometry fit = fitIntoWindow(window, image.size(), box_.keepAspect);
     box_.shownWidth = fit.shownWidth;
@@ -126,12 +200,11 @@ cv::Mat TPictureBox::View::fittedPicture(bool endZoom) {
     // The image may have been handed to another box.
     box_.origWidth = image.cols;
     box_.origHeight = image.rows;
-    if (endZoom || (box_.sizeChanged && viewState.zoom.active())) {
-        viewState.zoom = Zoom();
-        box_.sizeChanged = false;
-    }
-    if (viewState.zoom.active() && window.width > 5 && window.height > 5)
-        return fitter_.zoom(image, fit, viewState.zoom, background());
+    // Taken back by every fit: a change that another box's zoom finds still waiting would end that zoom.
+    const bool hasNewSize = box_.sizeChanged.exchange(false);
+    if (endZoom || (hasNewSize && state.zoom.active())) state.zoom = Zoom();
+    if (state.zoom.active() && window.width > 5 && window.height > 5)
+        return fitter_.zoom(image, fit, state.zoom, background());
     if (!needsFit(window, image.size())) return {};
     return box_.keepAspect ? fitter_.fit(image, fit, background()) : fitter_.stretch(image, window);
 }
@@ -147,21 +220,35 @@ const cv::Mat& TPictureBox::View::background() {
 bool TPictureBox::View::hasDrawings() {
     if (box_.selectRect || box_.selectCircle) return true;
     const zul::LockGuard lock(overlayLock);
-    return !box_.rects.empty() || !box_.circles.empty() || !box_.texts.texts.empty();
+    return !overlay_->empty() || !box_.rects.empty() || !box_.circles.empty() || !box_.texts.texts.empty();
 }
 
 void TPictureBox::View::draw(Occasion occasion) {
     {
-        const zul::LockGuard sizeLock(viewState.sizeLock);
+        const zul::LockGuard sizeLock(state.sizeLock);
         const zul::LockGuard lock(overlayLock);
         if (!box_.circles.empty() || !box_.rects.empty()) keepScale(mapping());
         drawCircles(box_.display, box_.circles, mapping());
         drawRects(box_.display, box_.rects, mapping());
     }
+    drawOverlay();
     if (box_.selectRect) drawSelectedRect(occasion);
     if (box_.selectCircle) drawSelectedCircle();
     const zul::LockGuard lock(overlayLock);
     if (!box_.texts.texts.empty()) drawTexts(box_.display, box_.texts);
+}
+
+void TPictureBox::View::drawOverlay() {
+    std::shared_ptr<const TOverlay> shapes;
+    Groups hidden;
+    {
+        const zul::LockGuard lock(overlayLock);
+        shapes = overlay_;
+        hidden = hiddenGroups_;
+    }
+    if (shapes->empty()) return;
+    const zul::LockGuard lock(state.sizeLock);
+    painter_.paint(box_.display, *shapes, hidden, mapping());
 }
 
 void TPictureBox::View::drawSelectedRect(Occasion occasion) {
@@ -169,8 +256,8 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
     cv::Rect2d after;
     bool isConverted = false;
     {
-        const zul::LockGuard lock(viewState.sizeLock);
-        RectSelection& selection = viewState.rect;
+        const zul::LockGuard lock(state.sizeLock);
+        RectSelection& selection = state.rect;
         if (!selection.exists()) return;
         const bool isInWindow = selection.drawnIn != nullptr;
         if (isInWindow && selection.drawnIn != &box_) return;  // another box's coordinates
@@ -183,8 +270,7 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
         } else {
             if (isInWindow) {
                 before = selection.rect;
-                const cv::Point2d corner = view.toImage(before.tl());
-                after = {corner.x, corner.y, before.width / view.scale().x, before.height / view.scale().y};
+                after = rectInImage(before, view);
                 selection.rect = after;
                 selection.drawnIn = nullptr;
                 isConverted = true;
@@ -205,8 +291,8 @@ void TPictureBox::View::drawSelectedRect(Occasion occasion) {
 }
 
 void TPictureBox::View::drawSelectedCircle() {
-    const zul::LockGuard lock(viewState.sizeLock);
-    const CircleSelection selection = viewState.circle;
+    const zul::LockGuard lock(state.sizeLock);
+    const CircleSelection selection = state.circle;
     if (!selection.exists()) return;
     drawSelection(box_.display, selection.centre, selection.radius, mapping(),
                   cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
@@ -222,74 +308,27 @@ void TPictureBox::View::sendToWindow() {
     takeHandles();
 }
 
+cv::Point2d TPictureBox::View::toWindow(cv::Point2d p) {
+    const zul::LockGuard lock(state.sizeLock);
+    const ViewMapping view = mapping();
+    keepScale(view);
+    return view.toWindow(p);
+}
+
+cv::Point2d TPictureBox::View::toImage(cv::Point2d p) {
+    const zul::LockGuard lock(state.sizeLock);
+    const ViewMapping view = mapping();
+    keepScale(view);
+    return view.toImage(p);
+}
+
 ViewMapping TPictureBox::View::mapping() const {
     const FitGeometry fit{box_.shownWidth, box_.shownHeight, box_.offsetX, box_.offsetY};
-    return {fit, cv::Size2d(box_.origWidth, box_.origHeight), viewState.zoom,
+    return {fit, cv::Size2d(box_.origWidth, box_.origHeight), state.zoom,
             cv::Size(box_.windowWidth, box_.windowHeight)};
 }
 
 void TPictureBox::View::keepScale(const ViewMapping& mapping) {
     box_.scaleX = mapping.scale().x;
     box_.scaleY = mapping.scale().y;
-}
-
-void TPictureBox::View::installHandler(TFunction mode) {
-    handler_ = mode;
-    window_->setMouseListener(mode == FUNC_NONE ? nullptr : this);
-    const zul::LockGuard lock(mouseLock_);
-    if (!interaction_.dragging()) return;
-    interaction_.endDrag();
-    viewState.refreshAllowed = true;
-}
-
-void TPictureBox::View::forgetSelection() {
-    const zul::LockGuard lock(viewState.sizeLock);
-    if (viewState.rect.drawnIn == &box_) viewState.rect = RectSelection();
-}
-
-void TPictureBox::View::onMouse(const MouseEvent& event) {
-    const zul::LockGuard lock(mouseLock_);
-    const bool wasDragging = interaction_.dragging();
-    const bool hasChanged = handleMouse(event);
-    const bool isDragging = interaction_.dragging();
-    if (isDragging != wasDragging) viewState.refreshAllowed = !isDragging;
-    if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
-    // Images that came during the drag were not shown.
-    if (wasDragging && !isDragging) box_.redraw = true;
-}
-
-bool TPictureBox::View::handleMouse(const MouseEvent& event) {
-    const TFunction mode = handler_;
-    const zul::LockGuard lock(viewState.sizeLock);
-    if (!(box_.origWidth > 0.0 && box_.shownWidth > 0.0 && box_.shownHeight > 0.0)) {  // nothing shown yet
-        interaction_.endDrag();
-        return false;
-    }
-    const bool wasZoomed = viewState.zoom.active();
-    const bool hasChanged = applyMouse(mode, event);
-    // A zoom that begins now is made for the size that the window has now.
-    if (!wasZoomed && viewState.zoom.active()) box_.sizeChanged = false;
-    if (viewState.rect.drawnIn == &box_) box_.drawnOnce = false;
-    return hasChanged;
-}
-
-bool TPictureBox::View::applyMouse(TFunction mode, const MouseEvent& event) {
-    const InteractionView view{mapping(),
-                               cv::Size2d(box_.origWidth, box_.origHeight),
-                               cv::Size(box_.windowWidth, box_.windowHeight),
-                               box_.panGain,
-                               box_.smallestSelection,
-                               2 * box_.handleRadius};
-    switch (mode) {
-        case FUNC_ZOOM_PAN:
-            // Without a size the image is shown as it is, and can't be zoomed.
-            return view.window.width > 5 && view.window.height > 5 &&
-                   interaction_.zoomAndPan(event, view, viewState.zoom);
-        case FUNC_EDIT_RECT:
-            return interaction_.editRect(event, view, &box_, viewState.rect);
-        case FUNC_EDIT_CIRCLE:
-            return interaction_.editCircle(event, view, viewState.circle);
-        default:
-            return false;
-    }
 }

@@ -4,24 +4,41 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
+#include "orxFunctions/display/click_finder_internal.h"
 #include "orxFunctions/display/fit_picture_internal.h"
 #include "orxFunctions/display/interaction_internal.h"
+#include "orxFunctions/display/overlay_painter_internal.h"
 #include "orxFunctions/display/picture_box.h"
 #include "orxFunctions/display/view_state_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
 
-// Locks, in the order in which they are taken: mouse, image, size, overlay.
+namespace orx::display {
+
+struct Callbacks {
+    std::function<void(const TSelectionChange&)> selection;
+    std::function<void(const TPicturePlace&)> cursor;
+    std::function<void(const TPictureClick&)> click;
+};
+
+}  // namespace orx::display
+
+// Locks, in the order in which they are taken: mouse, image, size, overlay. That of the callbacks is taken
+// alone.
 class TPictureBox::View final : public orx::platform::MouseListener {
   public:
     // What a picture is shown for: an image that came in, a drag of the mouse, or to be seen as it is, with
     // neither zoom nor drawings.
     enum class Occasion { kNewImage, kDrag, kPlain };
 
-    explicit View(TPictureBox& box);
+    View(TPictureBox& box, TPictureOf whose);
+    ~View();
+
+    bool isShared() const { return own_ == nullptr; }
 
     // The display thread.
     void start();
@@ -36,44 +53,85 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
-    // Shows the shared image now, on the calling thread.
+    // Shows the image now, on the calling thread.
     void show(Occasion occasion);
-    orx::display::ViewMapping mapping() const ZUL_REQUIRES(orx::display::viewState.sizeLock);
-    void keepScale(const orx::display::ViewMapping& mapping);
+    // At the display thread's next turn, if anything was shown yet.
+    void showSoon();
+
+    // Takes an image and, unless it is nullptr, what is drawn over it, at once. False when it can't be shown.
+    bool takePicture(const cv::Mat& picture, bool noRedraw, std::shared_ptr<const TOverlay> overlay);
+    void setOverlay(std::shared_ptr<const TOverlay> overlay);
+    std::shared_ptr<const TOverlay> overlay();
+    void showGroup(const std::string& group, bool shown);
+    bool isGroupShown(const std::string& group);
+
+    // The way between image and window; both keep the scale that they used.
+    cv::Point2d toWindow(cv::Point2d p);
+    cv::Point2d toImage(cv::Point2d p);
+
+    // The selections in image coordinates, false without one.
+    bool selectedRect(cv::Rect2d& rect) const;
+    bool selectedCircle(cv::Point& centre, double& radius) const;
 
     // The mouse. FUNC_NONE: no handler.
     void installHandler(TFunction mode);
     void onMouse(const orx::platform::MouseEvent& event) override;
     void forgetSelection();
+    void changeCallbacks(const std::function<void(orx::display::Callbacks&)>& change);
 
-    zul::Mutex overlayLock;  // the box's rects, circles and texts
+  private:
+    const std::unique_ptr<orx::display::ViewState> own_;  // nullptr: the process's is shown
+
+  public:
+    orx::display::ViewState& state;  // image, zoom and selections, of the process or of this box
+    zul::Mutex overlayLock;          // the box's rects, circles and texts
 
   private:
     void run();
 
-    bool mayShow(Occasion occasion) ZUL_REQUIRES(orx::display::viewState.imageLock);
-    cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(orx::display::viewState.imageLock);
-    const cv::Mat& background() ZUL_REQUIRES(orx::display::viewState.sizeLock);
-    void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(orx::display::viewState.imageLock);
+    orx::display::ViewMapping mapping() const ZUL_REQUIRES(state.sizeLock);
+    void keepScale(const orx::display::ViewMapping& mapping);
+
+    bool mayShow(Occasion occasion) ZUL_REQUIRES(state.imageLock);
+    cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(state.imageLock);
+    const cv::Mat& background() ZUL_REQUIRES(state.sizeLock);
+    void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(state.imageLock);
     bool hasDrawings();
-    void draw(Occasion occasion);
+    void drawOverlay() ZUL_REQUIRES(state.imageLock);
+    void draw(Occasion occasion) ZUL_REQUIRES(state.imageLock);
     void drawSelectedRect(Occasion occasion);
     void drawSelectedCircle();
-    void sendToWindow() ZUL_REQUIRES(orx::display::viewState.imageLock);
+    void sendToWindow() ZUL_REQUIRES(state.imageLock);
 
     bool handleMouse(const orx::platform::MouseEvent& event) ZUL_REQUIRES(mouseLock_);
     bool applyMouse(TFunction mode, const orx::platform::MouseEvent& event)
-        ZUL_REQUIRES(mouseLock_, orx::display::viewState.sizeLock);
+        ZUL_REQUIRES(mouseLock_, state.sizeLock);
+
+    TSelectionChange selections(bool isDragging) const;
+    void tell(const orx::platform::MouseEvent& event, const TSelectionChange* change);
+    TPicturePlace placeAt(cv::Point window);
 
     TPictureBox& box_;
     std::unique_ptr<orx::platform::NativeWindow> window_;
     std::atomic<bool> isPlaced_{false};
-    orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(orx::display::viewState.imageLock);
-    cv::Mat plainBackground_ ZUL_GUARDED_BY(orx::display::viewState.sizeLock);
+    // What is seen has changed. Unlike `redraw`, a picture that is on its way already does not take it back.
+    std::atomic<bool> hasChanged_{false};
+    orx::display::PictureFitter fitter_ ZUL_GUARDED_BY(state.imageLock);
+    orx::display::OverlayPainter painter_ ZUL_GUARDED_BY(state.imageLock);
+    std::shared_ptr<const TOverlay> overlay_ ZUL_GUARDED_BY(overlayLock) = std::make_shared<TOverlay>();
+    orx::display::Groups hiddenGroups_ ZUL_GUARDED_BY(overlayLock);
+    cv::Mat plainBackground_ ZUL_GUARDED_BY(state.sizeLock);
 
     zul::Mutex mouseLock_;
     orx::display::Interaction interaction_ ZUL_GUARDED_BY(mouseLock_);
     std::atomic<TFunction> handler_{FUNC_NONE};
+
+    bool hasDragChanged_ ZUL_GUARDED_BY(mouseLock_) = false;  // the selection, since the button went down
+
+    zul::Mutex callbackLock_;
+    std::shared_ptr<const orx::display::Callbacks> callbacks_ ZUL_GUARDED_BY(callbackLock_) =
+        std::make_shared<orx::display::Callbacks>();
+    orx::display::ClickFinder clicks_ ZUL_GUARDED_BY(callbackLock_);
 
     zul::Mutex sleepLock_;
     std::condition_variable_any wake_;

@@ -1,11 +1,13 @@
-// What all picture boxes of the process share. That it is shared is intended: a system shows one interactive
-// view at a time, and a second box shows the same image.
+// What is seen: an image, the zoom and the selections. Picture boxes share the process's, which is intended:
+// a system shows one interactive view at a time, and a second box shows the same image. A box with a picture
+// of its own has one to itself.
 #ifndef ORXFUNCTIONS_DISPLAY_VIEW_STATE_INTERNAL_H
 #define ORXFUNCTIONS_DISPLAY_VIEW_STATE_INTERNAL_H
 
 #include <atomic>
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <vector>
 
 #include "ZULLib/sync_internal.h"
 #include "orxFunctions/display/fit_geometry_internal.h"
@@ -37,11 +39,13 @@ struct CircleSelection {
 class ViewState {
   public:
     ViewState() = default;
-    // A host may leave without having destroyed its boxes. Their threads then find no image, instead of one
-    // that goes while they read it.
-    ~ViewState();
+    ~ViewState() { releaseImages(); }
     ViewState(const ViewState&) = delete;
     ViewState& operator=(const ViewState&) = delete;
+
+    // A host may leave without having destroyed its boxes. Their threads then find no image, instead of one
+    // that goes while they read it.
+    void releaseImages();
 
     zul::Mutex imageLock;  // held while a box shows
     cv::Mat image ZUL_GUARDED_BY(imageLock);
@@ -55,7 +59,25 @@ class ViewState {
     std::atomic<bool> refreshAllowed{true};  // false while the left mouse button drags
 };
 
-extern ViewState viewState;  // defined in orxfunctions.cpp
+extern ViewState viewState;  // of the process; defined in orxfunctions.cpp
+
+// Those of single boxes. Thread-safe.
+class OwnViewStates {
+  public:
+    OwnViewStates() = default;
+    ~OwnViewStates();
+    OwnViewStates(const OwnViewStates&) = delete;
+    OwnViewStates& operator=(const OwnViewStates&) = delete;
+
+    void add(ViewState* state);
+    void remove(ViewState* state);
+
+  private:
+    zul::Mutex mutex_;
+    std::vector<ViewState*> states_ ZUL_GUARDED_BY(mutex_);
+};
+
+extern OwnViewStates ownViewStates;  // defined in orxfunctions.cpp
 
 }  // namespace orx::display
 

@@ -25,7 +25,8 @@ class WorkerThread {
     // system has no thread left.
     bool start(void (*body)(void*), void* context);
 
-    // POSIX: waits until the thread has ended. Windows: never waits; a body that still runs keeps the library
+    // POSIX: waits until the thread has ended; called on the thread itself, as happens when a body ends the
+    // process, it leaves the thread to itself. Windows: never waits; a body that still runs keeps the library
     // loaded, and at the end of the process, when the destructors run, all other threads are gone already.
     void join();
 

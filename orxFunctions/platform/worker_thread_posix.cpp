@@ -22,8 +22,14 @@ bool WorkerThread::start(void (*body)(void*), void* context) {
     }
 }
 
+// What runs on the thread may end the process, whose destructors then come here on the thread itself.
 void WorkerThread::join() {
-    if (thread_->thread.joinable()) thread_->thread.join();
+    if (!thread_->thread.joinable()) return;
+    if (thread_->thread.get_id() == std::this_thread::get_id()) {
+        thread_->thread.detach();
+    } else {
+        thread_->thread.join();
+    }
 }
 
 }  // namespace orx::platform

@@ -52,7 +52,11 @@ std::time_t momentOf(const std::string& line) {
 // The runtime is loaded from a copy, whose date is then changed.
 TEST_F(CameraBrand, DahengRuntimeMustNotBeOlderThanApril2019) {
     const test::TemporaryFolder folder;
-    const std::string copy = folder / (std::string(FAKE_PREFIX) + FAKE_RUNTIME_13 + FAKE_SUFFIX);
+    constexpr bool kNamesAreUtf8 = sizeof FAKE_PREFIX > 1;  // on POSIX; traces show them as they are written
+    const std::string place = kNamesAreUtf8 ? "相机" : "camera";
+    fs::create_directory(folder / place);
+    const std::string copy =
+        folder / (place + "/" + std::string(FAKE_PREFIX) + FAKE_RUNTIME_13 + FAKE_SUFFIX);
     fs::copy_file(test::fakeModule("runtimes", FAKE_RUNTIME_13), copy);
     EXPECT_EQ(check(kDaheng), std::make_pair(false, std::string("未找到大恒相机驱动,请重新安装驱动")));
     const test::LoadedModule module(copy);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
@@ -248,6 +249,47 @@ TEST_F(ImageThread, FetchesOnlyWhenNothingForbidsIt) {
     cams_.connectCamera(1, 12);
     EXPECT_TRUE(isFetching());
     EXPECT_THAT(host_.takeMessages(), IsEmpty());
+}
+
+TEST_F(ImageThread, APauseKeepsItsPictureWhateverIsUnderWay) {
+    start(0);
+    manager_.setDrawImgCallbackFunc(
+        true, [](cv::Mat&, int camera) { orx::imgThreadManager.setCamUpdateImg(camera, false); }, 0);
+    ASSERT_TRUE(waitForFrames(0, 1));
+    manager_.setDrawImgCallbackFunc(false, nullptr, 0);  // waits for the callback
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(equal(manager_.getThreadImage(0), statusImage("stop update image"))) << "paused by itself";
+
+    std::atomic<bool> isOver{false};
+    std::vector<std::thread> pollers;
+    for (int i = 0; i < 2; ++i) {
+        pollers.emplace_back([&] {
+            while (!isOver) manager_.getThreadImage(0);
+        });
+    }
+    int lost = 0;
+    for (int i = 0; i < 25; ++i) {
+        manager_.setCamUpdateImg(0, true);
+        EXPECT_TRUE(waitForFrames(0, 1));
+        manager_.setCamUpdateImg(0, false);
+        std::this_thread::sleep_for(std::chrono::milliseconds(4));
+        if (!equal(manager_.getThreadImage(0), statusImage("stop update image"))) ++lost;
+    }
+    isOver = true;
+    for (std::thread& poller : pollers) poller.join();
+    EXPECT_EQ(lost, 0);
+}
+
+void endProcessInCallback(orx::TImageThreadManager& manager) {
+    manager.setDrawImgCallbackFunc(
+        true, [](cv::Mat&, int) { std::exit(7); }, 0);
+    std::this_thread::sleep_for(std::chrono::seconds(20));
+}
+
+TEST_F(ImageThread, ACallbackMayEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    start(0);  // alone: the fake driver's own destructors run while other threads might call it
+    EXPECT_EXIT(endProcessInCallback(manager_), testing::ExitedWithCode(7), "");
 }
 
 // A box without a display takes everything but shows nothing.

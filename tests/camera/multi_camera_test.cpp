@@ -1,8 +1,10 @@
 // Cameras by their logical numbers: opening, closing, indices, parameters.
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <climits>
 #include <cmath>
+#include <cstring>
 
 #include "tests/camera/host.h"
 
@@ -188,6 +190,40 @@ TEST_F(MultiCamera, DestroyingClosesAllCamerasFirst) {
     EXPECT_THAT(driver_->takeCalls(),
                 ElementsAre("VDStop 0", "VDClose 0", "VDStop 2", "VDClose 2", "VDDestoryCamera"));
     EXPECT_FALSE(cams_.inited);
+}
+
+// While one camera waits for its first picture, which the driver says is on its way, the others go on.
+TEST_F(MultiCamera, TheFirstPictureIsAwaitedWithoutHoldingUpOthers) {
+    ASSERT_TRUE(cams_.open(0, 12) && cams_.open(1, 12));
+    fakeCamera(0).isNumbered = true;
+    fakeCamera(0).pending = 1'000'000;
+    std::atomic<bool> hasPicture{false};
+    cv::Mat image;
+    std::thread host([&] {
+        EXPECT_TRUE(cams_.GetImage(image, 0, false, 0));
+        hasPicture = true;
+    });
+    ASSERT_TRUE(test::eventually([&] { return fakeCamera(0).fetches >= 3; }));
+    cv::Mat other;
+    EXPECT_TRUE(cams_.GetImage(other, 1, false, 0));
+    EXPECT_FALSE(hasPicture);
+    fakeCamera(0).pending = 0;
+    host.join();
+    std::int32_t number = 0;
+    std::memcpy(&number, image.data, sizeof number);
+    EXPECT_EQ(number, 1) << "the first that was not black";
+
+    ASSERT_TRUE(cams_.stop(0) && cams_.start(0));
+    fakeCamera(0).pending = 1'000'000;
+    const auto start = std::chrono::steady_clock::now();
+    image.release();
+    EXPECT_TRUE(cams_.GetImage(image, 0, false, 0));
+    EXPECT_EQ(image.size(), cv::Size(8, 6)) << "in the end the black one";
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    fakeCamera(0).isNumbered = false;
+    const int fetches = fakeCamera(0).fetches;
+    EXPECT_TRUE(cams_.GetImage(image, 0, false, 0));
+    EXPECT_EQ(fakeCamera(0).fetches, fetches + 1) << "a driver that does not tell is not asked again";
 }
 
 }  // namespace

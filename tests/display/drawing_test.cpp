@@ -83,6 +83,38 @@ TEST_F(PictureBoxDrawing, TextsBeginAtFiftyFiftyAndFollowEachOther) {
     EXPECT_EQ(boundsOf(box.display, kRedPixel), cv::Rect());
 }
 
+// In a window with room enough the lines are as asked for; in smaller ones all of them are smaller, and
+// whole.
+TEST_F(PictureBoxDrawing, TextsAreSeenWholeInSmallWindows) {
+    TDrawTexts texts{{"diameter 12.345 mm", "in tolerance"}, 2, 1, cv::FONT_HERSHEY_SIMPLEX, kRed};
+    box.setDrawText(texts);
+    int below = 0;
+    const cv::Size first = cv::getTextSize(texts.texts[0], cv::FONT_HERSHEY_SIMPLEX, 1.0, 2, &below);
+    for (const cv::Size window : {cv::Size(50 + first.width, 400), cv::Size(200, 150), cv::Size(400, 75)}) {
+        SCOPED_TRACE(window);
+        box.setWindowSize(window.width, window.height);
+        box.showImage();
+        const cv::Rect seen = boundsOf(box.display, kRedPixel);
+        const double ratio = std::min(1.0, window.width / (50.0 + first.width));
+        if (window.height == 400) {
+            EXPECT_NEAR(seen.width, first.width, 6);
+        }
+        EXPECT_LE(seen.width, ratio * first.width + 4);
+        // Nothing touches an edge, where it would be cut.
+        EXPECT_GT(seen.x, 0);
+        EXPECT_GT(seen.y, 0);
+        EXPECT_LT(seen.br().x, window.width);
+        EXPECT_LT(seen.br().y, window.height);
+        // And both lines are there: rows without a pixel of theirs lie between.
+        cv::Mat mask, rows;
+        cv::inRange(box.display, kRed, kRed, mask);
+        cv::reduce(mask, rows, 1, cv::REDUCE_MAX);
+        int starts = 0;
+        for (int y = 1; y < rows.rows; ++y) starts += rows.at<uchar>(y) != 0 && rows.at<uchar>(y - 1) == 0;
+        EXPECT_EQ(starts, 2);
+    }
+}
+
 TEST_F(PictureBoxDrawing, NothingIsLeftInTheMarginsFromTheLastPicture) {
     TDrawTexts texts{{"Text above the image"}, 2, 1, cv::FONT_HERSHEY_SIMPLEX, kRed};
     box.setDrawText(texts);
@@ -182,6 +214,9 @@ class CountingAllocator : public cv::MatAllocator {
 TEST_F(PictureBoxDrawing, APictureAfterAnotherTakesNoMemory) {
     cv::Mat greyImage = grey(3000, 2000, 3);
     cv::Mat large = colour(3000, 2000, {});
+    TOverlay overlay;
+    overlay.disc({500, 250}, 100).setStyle({{}, 3, 0.5}).area({{9, 9}, {900, 9}, {9, 400}}).text({9, 9}, "a");
+    box.setOverlay(overlay);
     for (cv::Mat* const handedIn : {&image, &large, &greyImage}) {
         box.setImage(*handedIn, false);
         box.showImage();

@@ -24,12 +24,13 @@ class HostWindow {
     explicit HostWindow(cv::Rect place) : connection_(xcb_connect(nullptr, nullptr)) {
         screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
         window_ = xcb_generate_id(connection_);
-        const std::uint32_t values[] = {0x00AA5500U, 1};
+        const std::uint32_t values[] = {0x00AA5500U, 1,
+                                        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE};
         xcb_create_window(connection_, screen_->root_depth, window_, screen_->root,
                           static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
                           static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(place.height),
                           0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual,
-                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
+                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
         xcb_map_window(connection_, window_);
         synchronise();
         place_ = place;
@@ -78,6 +79,15 @@ class HostWindow {
     void click(int button) {
         press(button);
         release(button);
+    }
+
+    // How many events of that type came to this window itself since the last call.
+    int received(int type) {
+        synchronise();
+        int count = 0;
+        while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)})
+            count += (event->response_type & 0x7F) == type;
+        return count;
     }
 
     // The pixels of the cursor that is seen now.

@@ -163,6 +163,21 @@ TEST_F(PictureBoxMouse, PlainShowingEndsTheZoomAndSoDoesANewSize) {
     EXPECT_FALSE(box.sizeChanged);
 }
 
+TEST_F(PictureBoxMouse, TheFirstZoomOutlivesTheNextPictureOfAnotherBox) {
+    TPictureBox other;
+    other.setWindowSize(800, 600);
+    other.showImage();
+    EXPECT_FALSE(other.sizeChanged);
+    wheel(300, 250, 5);
+    const cv::Point2d zoomed = box.orig2ShowPoint({100, 100});
+    other.showImage();
+    EXPECT_EQ(box.orig2ShowPoint({100, 100}), zoomed);
+    // A size that changes while it is zoomed ends it, as ever.
+    other.setWindowSize(640, 480);
+    other.showImage();
+    EXPECT_NE(box.orig2ShowPoint({100, 100}), zoomed);
+}
+
 TEST_F(PictureBoxMouse, AllBoxesZoomTogether) {
     TPictureBox other;
     other.setWindowSize(800, 600);

@@ -272,7 +272,7 @@ TPictureBox* boxes[2] = {};
 void leaveWithBoxesAtWork() {
     static cv::Mat image(600, 800, CV_8UC3, cv::Scalar());
     for (TPictureBox*& box : boxes) {
-        box = new TPictureBox;
+        box = new TPictureBox(&box == boxes ? TPictureOf::kProcess : TPictureOf::kBox);
         box->sleepMs = 0;
         box->targetFps = box->appliedFps = 1000;
         box->setWindowSize(300, 200);
@@ -359,6 +359,37 @@ TEST_F(PictureBox, ItsThreadShowsWhatIsHandedIn) {
     EXPECT_TRUE(box.redraw);
 }
 
+TEST_F(PictureBox, ANewSizeFitsAStillPictureAnew) {
+    TPictureBox box;
+    box.setShowFrame(100);
+    box.start();
+    box.setWindowSize(80, 60);
+    EXPECT_FALSE(box.redraw);  // nothing to show
+    cv::Mat image = grey(40, 40, 1);
+    box.setImage(image, false);
+    EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 60.0; }));
+    box.setWindowSize(30, 20);
+    EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 20.0; }));
+    EXPECT_TRUE(becomesTrue([&] { return !box.redraw; }));
+    box.killThread();
+    box.setWindowSize(30, 20);
+    EXPECT_FALSE(box.redraw);
+}
+
+// A change that comes while a picture is on its way, which takes long for so large and deep a one.
+TEST_F(PictureBox, ANewSizeIsNotLostWhileAPictureIsShown) {
+    cv::Mat large(3000, 4000, CV_16UC1, cv::Scalar(0));
+    for (int i = 0; i < 4; ++i) {
+        TPictureBox box(TPictureOf::kBox);
+        box.sleepMs = 1;
+        box.start();
+        box.setImage(large, false);
+        while (box.shownWidth == 0.0) std::this_thread::yield();
+        box.setWindowSize(40, 30);
+        EXPECT_TRUE(becomesTrue([&] { return box.shownWidth == 40.0; }));
+    }
+}
+
 TEST_F(PictureBox, ASlowBoxIsDestroyedWithoutWaitingForItsPause) {
     const auto start = std::chrono::steady_clock::now();
     {
@@ -377,6 +408,8 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
     box.calShowFrame();
     box.selectRect = true;
     box.selectCircle = true;
+    std::atomic<int> told{0};
+    box.onSelectionChanged([&](const TSelectionChange&) { ++told; });
     box.start();
     other.start();
     std::vector<std::thread> threads;
@@ -399,6 +432,9 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
             box.setDrawRect({1, 2, 3, 4, 1, {}});
             box.setDrawCircle({1, 2, 3, 1, {}});
             if (i % 5 == 0) box.clearDraw();
+            if (i % 3 == 0) box.setOverlay(TOverlay().disc({20, 20}, i % 9));
+            box.showGroup("", i % 2 == 0);
+            box.onCursor([&](const TPicturePlace& place) { told += place.isInside ? 1 : 0; });
             box.showImage();
             other.showImageLast();
         }
@@ -415,6 +451,7 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
     for (std::thread& thread : threads) thread.join();
     box.showImage();
     EXPECT_FALSE(box.display.empty());
+    EXPECT_GT(told, 0);
 }
 
 }  // namespace

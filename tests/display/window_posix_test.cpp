@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <mutex>
 #include <thread>
 
 #include "tests/display/host_window_posix.h"
@@ -191,6 +192,22 @@ TEST_F(PictureBoxWindow, ABoxThatEndsClosesTheWindowsOfAll) {
     EXPECT_EQ(host.pixel(50, 50), cv::Vec3b(1, 2, 3));
 }
 
+TEST_F(PictureBoxWindow, ABoxWithItsOwnPictureClosesItsOwnWindowAlone) {
+    HostWindow host({0, 0, 300, 300});
+    TPictureBox shared;
+    shared.setHandle(host.handle(), 100, 100);
+    {
+        TPictureBox own(TPictureOf::kBox);
+        own.setHandle(host.handle(), 50, 50);
+        EXPECT_EQ(host.children().size(), 2U);
+    }
+    EXPECT_EQ(host.children().size(), 1U);
+    cv::Mat image = colour(100, 100, {1, 2, 3});
+    shared.setImage(image, false);
+    shared.showImage();
+    EXPECT_EQ(host.pixel(50, 50), cv::Vec3b(1, 2, 3));
+}
+
 TEST_F(PictureBoxWindow, TheMouseZoomsPansAndResets) {
     HostWindow host({200, 100, 400, 300});
     TPictureBox box;
@@ -239,6 +256,72 @@ TEST_F(PictureBoxWindow, TheMouseDrawsARectangleBeyondTheWindow) {
     EXPECT_TRUE(becomesTrue([&] { return TPictureBox::getSelectionRect(rect); }));
     EXPECT_EQ(rect, cv::Rect2d(100, 50, 300, 150));
     EXPECT_TRUE(becomesTrue([&] { return host.pixel(100, 200) == kGreen; }));
+}
+
+TEST_F(PictureBoxWindow, TheMouseIsTheHostsWhereTheBoxLeavesItToIt) {
+    HostWindow host({200, 100, 400, 300});
+    TPictureBox box;
+    box.setHandle(host.handle(), 400, 300);
+    cv::Mat image = corners();
+    box.setImage(image, false);
+    box.showImage();
+    host.moveMouse(200, 150);
+    host.click(4);
+    EXPECT_TRUE(becomesTrue([&] { return box.orig2ShowPoint({0, 0}).x < 0.0; }));
+    EXPECT_EQ(host.received(XCB_BUTTON_PRESS), 0);
+    const cv::Point2d zoomed = box.orig2ShowPoint({0, 0});
+    box.setFunction(FUNC_NONE);
+    EXPECT_TRUE(becomesTrue([&] {
+        host.click(1);
+        return host.received(XCB_BUTTON_PRESS) > 0;
+    }));
+    host.click(4);
+    EXPECT_EQ(host.received(XCB_BUTTON_RELEASE), 1);
+    EXPECT_EQ(box.orig2ShowPoint({0, 0}), zoomed);
+    // In a new window, too; and back.
+    box.setFunction(FUNC_NONE);
+    HostWindow other({650, 100, 200, 200});
+    host.destroy();
+    EXPECT_TRUE(becomesTrue([&] { return box.cvWindow == nullptr || (box.showImage(), false); }));
+    box.setHandle(other.handle(), 200, 200);
+    box.showImage();
+    other.moveMouse(100, 100);
+    other.click(1);
+    EXPECT_EQ(other.received(XCB_BUTTON_PRESS), 1);
+    box.setFunction(FUNC_ZOOM_PAN);
+    EXPECT_TRUE(becomesTrue([&] {
+        other.click(1);
+        return other.received(XCB_BUTTON_PRESS) == 0;
+    }));
+}
+
+TEST_F(PictureBoxWindow, ClicksAreToldAndMayChangeTheMode) {
+    HostWindow host({200, 100, 400, 300});
+    std::mutex mutex;
+    std::vector<TPictureClick> clicks;
+    TPictureBox box(TPictureOf::kBox);
+    box.setHandle(host.handle(), 400, 300);
+    cv::Mat image = corners();
+    box.setImage(image, false);
+    box.showImage();
+    box.onClick([&](const TPictureClick& click) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        clicks.push_back(click);
+        box.setFunction(FUNC_NONE);  // on the window's own thread
+    });
+    host.moveMouse(20, 60);
+    host.click(3);
+    EXPECT_TRUE(becomesTrue([&] { return box.function == FUNC_NONE; }));
+    EXPECT_TRUE(becomesTrue([&] {
+        host.click(3);
+        return host.received(XCB_BUTTON_RELEASE) > 0;
+    }));
+    const std::lock_guard<std::mutex> lock(mutex);
+    ASSERT_EQ(clicks.size(), 1U);
+    EXPECT_EQ(clicks[0].button, cv::EVENT_FLAG_RBUTTON);
+    // The fit puts the image 50 rows down, at its own scale.
+    EXPECT_EQ(clicks[0].place.pixel, cv::Point(20, 10));
+    EXPECT_EQ(clicks[0].place.value, cv::Scalar(255, 0, 0));
 }
 
 TEST_F(PictureBoxWindow, CursorsHaveTheirShapes) {

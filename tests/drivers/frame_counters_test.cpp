@@ -20,15 +20,15 @@ TEST(FrameCounters, GapsInTheNumbersAreLostFrames) {
 TEST(FrameCounters, CountEachFrameOnce) {
     vision::FrameCounters counters;
     counters.beginStream();
-    counters.complete(10, 100);
+    EXPECT_EQ(counters.complete(10, 100), 1U);
     counters.incomplete(11);
-    counters.complete(14, 100);
+    EXPECT_EQ(counters.complete(14, 100), 5U) << "the second came incomplete, 12 and 13 not at all";
     counters.unusable();
     EXPECT_EQ(counters.counts().complete, 2U);
     EXPECT_EQ(counters.counts().lost, 4U) << "11, 12, 13 and one that was unusable";
     EXPECT_EQ(counters.counts().bytes, 200.0);
     counters.beginStream();
-    counters.complete(900, 1);
+    EXPECT_EQ(counters.complete(900, 1), 6U);
     EXPECT_EQ(counters.counts().lost, 4U) << "a new stream counts from anywhere";
     counters.reset();
     EXPECT_EQ(counters.counts().complete, 0U);

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <climits>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <opencv2/core.hpp>
@@ -16,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -30,11 +30,7 @@ class VisionDriver : public testing::Test {
     }
 
     static void setVariable(const std::filesystem::path& value) {
-#if defined(_WIN32)
-        _wputenv_s(L"TQVISION_CONFIG", value.c_str());
-#else
-        setenv("TQVISION_CONFIG", value.c_str(), 1);
-#endif
+        test::setVariable("TQVISION_CONFIG", value);
     }
     void configure(const std::string& text) {
         const std::filesystem::path file = folder_.path() / std::filesystem::u8path("相机.ini");
@@ -46,6 +42,16 @@ class VisionDriver : public testing::Test {
         int height = 0;
         int channels = 0;
         return VDOpen(VD_TYPE_ANY, index) && VDStart(&width, &height, &channels, index);
+    }
+
+    // Fetches until a picture has come that is not the black one of the start.
+    static bool fetched(int index, VDImage& image) {
+        VDFrameInfo info{};
+        for (int i = 0; i < 2000; ++i) {
+            if (!VDGetImage(&image, index) || !VDGetFrameInfo(&info, index)) return false;
+            if (info.number > 0) return true;
+        }
+        return false;
     }
 
     test::TemporaryFolder folder_;
@@ -63,7 +69,7 @@ TEST_F(VisionDriver, ASceneRunsFromOpenToClose) {
     EXPECT_EQ(height, 120);
     EXPECT_EQ(channels, 3);
     VDImage image{};
-    ASSERT_TRUE(VDGetImage(&image, 0));
+    ASSERT_TRUE(fetched(0, image));
     EXPECT_EQ(image.width, 160);
     EXPECT_EQ(image.height, 120);
     EXPECT_EQ(image.channels, 3);
@@ -88,25 +94,26 @@ TEST_F(VisionDriver, EveryCallAnswersInEveryState) {
     int height = 0;
     int channels = 0;
     VDImage image{};
+    VDFrameInfo info{};
     const auto answers = [&] {
         return std::vector<bool>{VDGetImage(&image, 0), VDSetParam(0, VD_PARAM_FRAME_RATE, 30),
-                                 !std::isnan(VDGetParam(0, VD_PARAM_FRAME_RATE))};
+                                 !std::isnan(VDGetParam(0, VD_PARAM_FRAME_RATE)), VDGetFrameInfo(&info, 0)};
     };
-    EXPECT_EQ(answers(), (std::vector<bool>{false, false, false}));
+    EXPECT_EQ(answers(), (std::vector<bool>{false, false, false, false}));
     EXPECT_FALSE(VDStart(&width, &height, &channels, 0));
     EXPECT_FALSE(VDStop(0));
     EXPECT_TRUE(VDClose(0)) << "closing what is closed";
 
     EXPECT_TRUE(VDOpen(VD_TYPE_ANY, 0));
     EXPECT_TRUE(VDOpen(VD_TYPE_ANY, 0));
-    EXPECT_EQ(answers(), (std::vector<bool>{false, true, true}));
+    EXPECT_EQ(answers(), (std::vector<bool>{false, true, true, false}));
     EXPECT_TRUE(VDStop(0));
 
     EXPECT_TRUE(VDStart(&width, &height, &channels, 0));
     EXPECT_TRUE(VDStart(&width, &height, &channels, 0));
-    EXPECT_EQ(answers(), (std::vector<bool>{true, true, true}));
+    EXPECT_EQ(answers(), (std::vector<bool>{true, true, true, true}));
     EXPECT_TRUE(VDClose(0)) << "without stopping first";
-    EXPECT_EQ(answers(), (std::vector<bool>{false, false, false}));
+    EXPECT_EQ(answers(), (std::vector<bool>{false, false, false, false}));
     VDDestoryCamera();
     VDDestoryCamera();
     EXPECT_FALSE(VDOpen(VD_TYPE_ANY, 0));
@@ -117,6 +124,7 @@ TEST_F(VisionDriver, AnyNumberIsAccepted) {
     ASSERT_TRUE(VDInitCamera(VD_TYPE_ANY, nullptr, true));
     ASSERT_TRUE(opened(0));
     VDImage image{};
+    VDFrameInfo info{};
     int size = 0;
     for (const int index : {INT_MIN, -1, 1, 8, 9, INT_MAX}) {
         SCOPED_TRACE(index);
@@ -124,6 +132,7 @@ TEST_F(VisionDriver, AnyNumberIsAccepted) {
         EXPECT_FALSE(VDStart(&size, &size, &size, index));
         EXPECT_FALSE(VDStop(index));
         EXPECT_FALSE(VDGetImage(&image, index));
+        EXPECT_FALSE(VDGetFrameInfo(&info, index));
         EXPECT_FALSE(VDSetParam(index, VD_PARAM_GAIN, 1));
         EXPECT_TRUE(std::isnan(VDGetParam(index, VD_PARAM_GAIN)));
         EXPECT_FALSE(VDClose(index));
@@ -139,8 +148,75 @@ TEST_F(VisionDriver, AnyNumberIsAccepted) {
         }
     }
     EXPECT_FALSE(VDGetImage(nullptr, 0));
+    EXPECT_FALSE(VDGetFrameInfo(nullptr, 0));
     EXPECT_FALSE(VDStart(nullptr, &size, &size, 0));
     EXPECT_TRUE(VDGetImage(&image, 0)) << "nothing of this harmed the camera";
+}
+
+TEST_F(VisionDriver, StartingDoesNotWaitForThePicture) {
+    configure("[camera1]\nsource = scene\nwidth = 64\nheight = 64\nrate = 0.4\n");
+    ASSERT_TRUE(VDInitCamera(VD_TYPE_ANY, nullptr, false));
+    ASSERT_TRUE(VDOpen(VD_TYPE_ANY, 0));
+    ASSERT_TRUE(VDSetParam(0, VD_PARAM_TRIGGER_MODE, VD_TRIGGER_SOFTWARE));
+    ASSERT_TRUE(opened(0));
+    VDImage image{};
+    VDFrameInfo info{};
+    ASSERT_TRUE(VDGetImage(&image, 0));
+    ASSERT_TRUE(VDGetFrameInfo(&info, 0));
+    EXPECT_EQ(info.number, 0U);
+    EXPECT_EQ(info.newest, 0U);
+    EXPECT_EQ(info.flags & VD_FRAME_FIRST_PENDING, 0U) << "it waits for a trigger";
+    EXPECT_EQ(cv::norm(cv::Mat(64, 64, CV_8UC1, image.data), cv::NORM_INF), 0.0) << "black";
+
+    ASSERT_TRUE(VDSetParam(0, VD_PARAM_TRIGGER_MODE, VD_TRIGGER_OFF));
+    ASSERT_TRUE(fetched(0, image));
+    ASSERT_TRUE(VDGetFrameInfo(&info, 0));
+    EXPECT_EQ(info.number, 1U);
+    EXPECT_EQ(info.flags & VD_FRAME_FIRST_PENDING, 0U);
+}
+
+TEST_F(VisionDriver, EveryFrameHasANumber) {
+    for (int i = 1; i <= 9; ++i) {  // the sixth can't be read
+        const std::string name = std::to_string(i) + ".png";
+        if (i == 6) {
+            std::ofstream(folder_ / name) << "no picture";
+        } else {
+            ASSERT_TRUE(cv::imwrite(folder_ / name, cv::Mat(5, 7, CV_8UC1, cv::Scalar(i))));
+        }
+    }
+    configure("[camera1]\nsource = replay\nfolder = .\nloop = no\nrate = 100\n");
+    ASSERT_TRUE(VDInitCamera(VD_TYPE_ANY, nullptr, false));
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_TRUE(VDOpen(VD_TYPE_ANY, 0));
+        ASSERT_TRUE(VDSetParam(0, VD_PARAM_TRIGGER_MODE, VD_TRIGGER_OFF));
+        ASSERT_TRUE(opened(0));
+        VDImage image{};
+        VDFrameInfo info{};
+        unsigned long long last = 0;
+        unsigned long long lastTime = 0;
+        int skipped = 0;
+        while (last < 9) {
+            ASSERT_TRUE(VDGetImage(&image, 0));
+            ASSERT_TRUE(VDGetFrameInfo(&info, 0));
+            if (info.number == 0) continue;
+            ASSERT_GE(info.number, last);
+            ASSERT_EQ(info.number, image.data[0]) << "the number is that of the picture";
+            ASSERT_GE(info.newest, info.number);
+            if (info.number != last) {
+                EXPECT_GT(info.device_time, lastTime);
+                EXPECT_LT(info.age, 1'000'000'000U);
+                skipped += static_cast<int>(info.number - last) - 1;
+            }
+            last = info.number;
+            lastTime = info.device_time;
+            if (last == 2) sleepMs(35);  // some are overwritten
+        }
+        EXPECT_GE(skipped, 2);
+        EXPECT_EQ(VDGetParam(0, VD_PARAM_FRAME_NUMBER), 8.0F);
+        EXPECT_EQ(VDGetParam(0, VD_PARAM_FRAMES_LOST), 1.0F);
+        EXPECT_TRUE(VDStop(0));  // the next start counts from 1
+    }
 }
 
 TEST_F(VisionDriver, SlotsAreWhatTheSettingsName) {

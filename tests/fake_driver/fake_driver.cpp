@@ -50,7 +50,12 @@ void fill(int index, const fake::Camera& camera, Buffer& buffer) {
 }
 
 void handOut(fake::Camera& camera, Buffer& buffer, VDImage& image) {
-    const auto number = static_cast<std::uint32_t>(++camera.frames);
+    if (camera.repeats > 0) {
+        --camera.repeats;
+    } else {
+        ++camera.frames;
+    }
+    const auto number = static_cast<std::uint32_t>(camera.frames);
     if (buffer.samples.size() >= sizeof number) std::memcpy(buffer.samples.data(), &number, sizeof number);
     image = {buffer.width, buffer.height, buffer.channels, buffer.samples.data()};
     switch (camera.picture.load()) {
@@ -122,6 +127,12 @@ bool VDGetImage(VDImage* image, int index) {
     }
     Buffer& buffer = buffers[static_cast<std::size_t>(index)];
     fill(index, camera, buffer);
+    camera.isBlack = camera.pending > 0;
+    if (camera.isBlack) {
+        --camera.pending;
+        *image = {buffer.width, buffer.height, buffer.channels, buffer.samples.data()};
+        return true;
+    }
     handOut(camera, buffer, *image);
     return true;
 }
@@ -140,6 +151,18 @@ bool VDClose(int index) {
 float VDGetParam(int index, int id) {
     note("VDGetParam", index, id);
     return driver.parameter;
+}
+
+bool VDGetFrameInfo(VDFrameInfo* info, int index) {
+    if (!isSlot(index) || !cameraOf(index).isNumbered) return false;
+    const fake::Camera& camera = cameraOf(index);
+    *info = {};
+    info->flags = camera.frameFlags;
+    info->newest = static_cast<unsigned long long>(camera.frames + camera.numberOffset);
+    info->number = camera.isBlack ? 0 : info->newest;
+    info->device_time = 1000 * info->number;
+    if (camera.isBlack) info->flags |= VD_FRAME_FIRST_PENDING;
+    return true;
 }
 
 void VDDestoryCamera() { note("VDDestoryCamera"); }

@@ -32,7 +32,15 @@ struct Camera {
     std::atomic<bool> stalls{false};  // a fetch waits while this is set
     std::atomic<int> fetchMs{0};      // how long a fetch takes
 
+    // What VDGetFrameInfo tells: nothing, the numbers of the pictures, or what tests set.
+    std::atomic<bool> isNumbered{false};
+    std::atomic<int> numberOffset{0};  // added to the number
+    std::atomic<int> pending{0};       // so many fetches give the black picture, with the first on its way
+    std::atomic<int> repeats{0};       // so many fetches give the last picture again
+    std::atomic<unsigned> frameFlags{0};
+
     // Read by tests.
+    std::atomic<bool> isBlack{false};  // the last picture was
     std::atomic<bool> isInFetch{false};
     std::atomic<int> fetches{0};  // asked for
     std::atomic<int> frames{0};   // handed out; the number of the last one lies in its first four bytes

@@ -123,6 +123,7 @@ Modules::Modules() {
     bind(driver, "VDStart", start);
     bind(driver, "VDStop", stop);
     bind(driver, "VDGetImage", getImage);
+    bind(driver, "VDGetFrameInfo", getFrameInfo);
     bind(driver, "VDSetParam", setParam);
     bind(driver, "VDGetParam", getParam);
     bind(driver, "VDClose", close);

@@ -63,6 +63,7 @@ struct Modules {
     decltype(&VDStart) start = nullptr;
     decltype(&VDStop) stop = nullptr;
     decltype(&VDGetImage) getImage = nullptr;
+    decltype(&VDGetFrameInfo) getFrameInfo = nullptr;
     decltype(&VDSetParam) setParam = nullptr;
     decltype(&VDGetParam) getParam = nullptr;
     decltype(&VDClose) close = nullptr;

@@ -56,6 +56,7 @@ TEST_F(GigeTest, FourCamerasOfDifferentSizeRunAtOnce) {
     }
     openCameras(VD_TYPE_HIKVISION, kCameras);
     for (int i = 0; i < kCameras; ++i) {
+        ASSERT_TRUE(eventually(3000, [&] { return value(i, VD_PARAM_FRAME_NUMBER) > 0.0F; }));
         ASSERT_TRUE(modules_.setParam(i, VD_PARAM_EXPOSURE, 1000 + i));
         ASSERT_TRUE(modules_.setParam(i, VD_PARAM_GAIN, i));
     }

@@ -14,9 +14,10 @@ with_dependencies() {
 
 # Headers and the libraries and programs that CMake found.
 used_files() {
-    # Qt is not installed for the build, but used where it is found.
-    ninja -C "$build" -t deps | awk '/^[^ ]/ { qt = /^examples\/qt_viewer\// } /^ +\/usr\// && !qt { print $1 }'
-    sed -nE 's#^[^=]+:FILEPATH=(/usr/.*)#\1#p' "$build/CMakeCache.txt"
+    # Qt and GTK are not installed for the build, but used where they are found.
+    ninja -C "$build" -t deps |
+        awk '/^[^ ]/ { toolkit = /(qt|gtk)_(viewer|widget)/ } /^ +\/usr\// && !toolkit { print $1 }'
+    sed -nE '/^pkgcfg_lib_gtk3_/!s#^[^=]+:FILEPATH=(/usr/.*)#\1#p' "$build/CMakeCache.txt"
     module_files aravis-0.8 xcb xcb-xtest xcb-xfixes
 }
 

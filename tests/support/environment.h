@@ -3,6 +3,7 @@
 #define ORX_TESTS_SUPPORT_ENVIRONMENT_H
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace test {
@@ -17,6 +18,16 @@ inline void setEnvironment(const std::string& name, const std::string& value) {
     } else {
         setenv(name.c_str(), value.c_str(), 1);
     }
+#endif
+}
+
+// The same with a path, whatever letters it has.
+inline void setVariable(const std::string& name, const std::filesystem::path& value) {
+    if (value.empty()) return setEnvironment(name, "");
+#if defined(_WIN32)
+    _wputenv_s(std::filesystem::path(name).c_str(), value.c_str());
+#else
+    setEnvironment(name, value.string());
 #endif
 }
 

@@ -52,6 +52,34 @@ TEST(Messages, TheOldestBeyondOneThousandAreDroppedAndCounted) {
     EXPECT_FALSE(zul::APPgetMessage(text, color));
 }
 
+TEST(Messages, AFloodOfOneIsCountedAndPushesNothingOut) {
+    drain();
+    const std::uint64_t droppedBefore = zul::droppedMessageCount();
+    const std::uint64_t repeatedBefore = zul::repeatedMessageCount();
+    zul::APPshowMessage("the disk is full", 1);
+    for (int i = 0; i < 5000; ++i) {
+        zul::APPshowMessage("no camera", 1);
+        zul::APPshowMessage("no camera", 2);
+    }
+    zul::APPshowMessage("the last", 1);
+    EXPECT_EQ(zul::droppedMessageCount(), droppedBefore);
+    EXPECT_EQ(zul::repeatedMessageCount(), repeatedBefore + 2 * (5000 - 16)) << "a colour is another message";
+    std::string text;
+    int color = 0;
+    ASSERT_TRUE(zul::APPgetMessage(text, color));
+    EXPECT_EQ(text, "the disk is full");
+    zul::APPshowMessage("no camera", 1);
+    ASSERT_TRUE(zul::APPgetMessage(text, color));
+    EXPECT_EQ(text, "no camera");
+    EXPECT_EQ(color, 1);
+    zul::APPshowMessage("no camera", 1);
+    EXPECT_EQ(zul::repeatedMessageCount(), repeatedBefore + 2 * (5000 - 16) + 1) << "one was taken meanwhile";
+    int left = 0;
+    while (zul::APPgetMessage(text, color)) ++left;
+    EXPECT_EQ(left, 15 + 16 + 1 + 1);
+    EXPECT_EQ(text, "no camera");
+}
+
 TEST(Messages, NoneIsLostOrDoubledBetweenThreads) {
     drain();
     const std::uint64_t before = zul::droppedMessageCount();

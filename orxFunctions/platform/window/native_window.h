@@ -66,8 +66,8 @@ class NativeWindow {
 
     virtual void setCursor(TCursorShape shape) = 0;
 
-    // Who receives the mouse events; nullptr is nobody. When the call returns, the former listener is not
-    // being called any more. A listener must not call it.
+    // Who receives the mouse events; with nullptr they are the parent window's (on Windows highgui's). When
+    // the call returns, the former listener is not being called any more, unless it calls this itself.
     virtual void setMouseListener(MouseListener* listener) = 0;
 
     // Makes the window headless; moveInto opens it again. Doing it twice is harmless.

@@ -10,9 +10,9 @@ namespace orx::platform {
 namespace {
 
 constexpr std::uint32_t kFrameEvents = XCB_EVENT_MASK_NO_EVENT;
-constexpr std::uint32_t kWindowEvents = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                                        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                                        XCB_EVENT_MASK_POINTER_MOTION;
+constexpr std::uint32_t kWindowEvents = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+constexpr std::uint32_t kMouseEvents =
+    XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
 
 NativeHandle toHandle(xcb_window_t window) {
     return reinterpret_cast<NativeHandle>(static_cast<std::uintptr_t>(window));
@@ -89,7 +89,7 @@ bool XcbWindow::isUsable() const { return display_ != nullptr && display_->isAli
 void XcbWindow::openWindows() {
     if (frame_ == XCB_NONE) frame_ = makeWindow(display_->screen().root, kFrameEvents, true);
     if (window_ == XCB_NONE) {
-        window_ = makeWindow(frame_, kWindowEvents, false);
+        window_ = makeWindow(frame_, windowEvents(), false);
         windowSize_ = {1, 1};
         const std::uint32_t cursor = display_->cursor(cursor_);
         xcb_change_window_attributes(display_->connection(), window_, XCB_CW_CURSOR, &cursor);
@@ -98,6 +98,9 @@ void XcbWindow::openWindows() {
     }
     xcb_flush(display_->connection());
 }
+
+// Mouse events that a window does not ask for go to its parent: the host's.
+std::uint32_t XcbWindow::windowEvents() const { return kWindowEvents | (takesMouse_ ? kMouseEvents : 0U); }
 
 // The frame is not managed by a window manager.
 xcb_window_t XcbWindow::makeWindow(xcb_window_t parent, std::uint32_t events, bool isFrame) {
@@ -187,8 +190,15 @@ void XcbWindow::setCursor(TCursorShape shape) {
 }
 
 void XcbWindow::setMouseListener(MouseListener* listener) {
-    const zul::LockGuard lock(listenerLock_);
+    const NoPipeSignal noSignal;
+    const zul::LockGuard listenerLock(listenerLock_);
     listener_ = listener;
+    const zul::LockGuard lock(lock_);
+    takesMouse_ = listener != nullptr;
+    if (!isUsable() || window_ == XCB_NONE) return;
+    const std::uint32_t events = windowEvents();
+    xcb_change_window_attributes(display_->connection(), window_, XCB_CW_EVENT_MASK, &events);
+    xcb_flush(display_->connection());
 }
 
 void XcbWindow::close() {

@@ -41,6 +41,7 @@ class XcbWindow final : public NativeWindow {
     void disconnect() ZUL_REQUIRES(connectionLock_);
     bool isUsable() const ZUL_REQUIRES(lock_);
     void openWindows() ZUL_REQUIRES(lock_);
+    std::uint32_t windowEvents() const ZUL_REQUIRES(lock_);
     xcb_window_t makeWindow(xcb_window_t parent, std::uint32_t events, bool isFrame) ZUL_REQUIRES(lock_);
     void traceOnce(const char* utf8Reason) ZUL_REQUIRES(lock_);
 
@@ -54,7 +55,7 @@ class XcbWindow final : public NativeWindow {
 
     const std::string name_;
 
-    // Locks, in the order in which they are taken: connection, state. The listener's is taken alone.
+    // Locks, in the order in which they are taken: connection or listener, state.
     zul::Mutex connectionLock_;
     std::thread events_ ZUL_GUARDED_BY(connectionLock_);
     std::atomic<bool> isLeaving_{false};  // the event thread shall end
@@ -66,9 +67,10 @@ class XcbWindow final : public NativeWindow {
     cv::Size windowSize_ ZUL_GUARDED_BY(lock_);
     XcbPicture picture_ ZUL_GUARDED_BY(lock_);
     TCursorShape cursor_ ZUL_GUARDED_BY(lock_) = CURSOR_ARROW;
+    bool takesMouse_ ZUL_GUARDED_BY(lock_) = false;  // else the host's window does
     bool hasTraced_ ZUL_GUARDED_BY(lock_) = false;
 
-    zul::Mutex listenerLock_;  // held while the listener is told
+    zul::RecursiveMutex listenerLock_;  // held while the listener is told, who may replace itself
     MouseListener* listener_ ZUL_GUARDED_BY(listenerLock_) = nullptr;
 
     XcbMouse mouse_;  // the event thread's
