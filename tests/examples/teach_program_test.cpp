@@ -36,7 +36,8 @@ TEST_F(TeachProgram, WhatItProposesMeasuresOtherPictures) {
     EXPECT_EQ(taught.errors, "");
     EXPECT_THAT(taught.output, HasSubstr("7 features"));
     EXPECT_THAT(taught.output, HasSubstr("circle 1 to circle "));
-    EXPECT_THAT(taught.output, HasSubstr("orx_inspection --recipe " + path("taught/recipe.json")));
+    EXPECT_THAT(taught.output, HasSubstr("orx_inspection --recipe "));
+    EXPECT_THAT(taught.output, HasSubstr(path("taught/recipe.json")));
     EXPECT_EQ(recipe("taught").name(), "a plate");
     EXPECT_FALSE(cv::imread(path("taught/features.png")).empty());
     fs::create_directory(path("in"));

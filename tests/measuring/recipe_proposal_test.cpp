@@ -54,6 +54,10 @@ struct Look {
     int features;  // at least
 };
 
+void PrintTo(const Look& look, std::ostream* out) {
+    *out << scenes::partName(look.kind) << ", scale " << look.scale << ", contrast " << look.contrast;
+}
+
 class ProposedFor : public ProposedRecipe, public testing::WithParamInterface<Look> {};
 
 // Faint, noisy and dark parts: short arcs that noise moves, edges in pieces and edges of noise must not be
