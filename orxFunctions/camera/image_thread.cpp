@@ -137,13 +137,15 @@ bool TImageThread::turn() {
         return true;
     }
     if (!fetch()) {
-        ++failCount_;
+        if (failCount_++ == 0) hostChanges_ = cameras_->hostChanges(cameraIdx);
         pace_.frameCounter = 0;
         return true;
     }
     if (!handOver()) {
         lastFailure_ = crCallbackFailed;
-        if (reconnect_.policy == lpAllWait) ++failCount_;
+        if (reconnect_.policy == lpAllWait && failCount_++ == 0) {
+            hostChanges_ = cameras_->hostChanges(cameraIdx);
+        }
         pace_.frameCounter = 0;
         return true;
     }

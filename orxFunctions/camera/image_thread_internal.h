@@ -119,7 +119,7 @@ class TImageThread {
     bool isLost_ = false;
     bool isReopened_ = false;        // by this thread; its first picture is awaited
     bool mayAllFetch_ = false;       // the loss stops all cameras by the host's parameter, not this one alone
-    std::uint64_t hostChanges_ = 0;  // of the camera by the host, as counted at the loss
+    std::uint64_t hostChanges_ = 0;  // of the camera by the host, as counted at the first failure
     std::int64_t waitMs_ = 0;        // before the next attempt to connect again
     std::chrono::steady_clock::time_point nextAttempt_;
     display::FramePace pace_;    // its measured rate is read by anybody

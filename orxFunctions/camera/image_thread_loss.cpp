@@ -29,6 +29,8 @@ void TImageThread::tell(CameraMessage message) {
 // Six fetches in a row have failed.
 void TImageThread::lose() {
     failCount_ = 0;
+    // What failed was not what the host has opened since.
+    if (reconnect_.policy != lpAllWait && cameras_->hostChanges(cameraIdx) != hostChanges_) return;
     if (reconnect_.policy == lpAllWait) {
         zul::APPshowMessage(textOf(CameraMessage::kEmptyImage), kReconnectColor);
         zul::APPaddOrSetParamBool(kCameraReady, false);
@@ -38,7 +40,6 @@ void TImageThread::lose() {
     isLost_ = true;
     isReopened_ = false;
     mayAllFetch_ = reconnect_.policy == lpAllWait;
-    hostChanges_ = cameras_->hostChanges(cameraIdx);
     waitMs_ = reconnect_.firstWaitMs;
     nextAttempt_ = Clock::now() + std::chrono::milliseconds(waitMs_);
     cameraStates.report(cameraIdx, [this](CameraFacts& facts) {
@@ -98,11 +99,11 @@ void TImageThread::tryToReturn() {
     }
     if (isReopened_ && ++failCount_ < kMostFailures) return;  // the first picture may take its time
     failCount_ = 0;
-    isReopened_ = !isReopened_ && !origin_.returns && cameras_->reopen(cameraIdx, hostChanges_);
+    const bool mayReopen = !isReopened_ && !origin_.returns;
+    isReopened_ = mayReopen && cameras_->reopen(cameraIdx, hostChanges_);
     if (isReopened_) return;
-    if (!origin_.returns) {
-        cameraStates.report(cameraIdx, [](CameraFacts& facts) { facts.lossReason = crRefused; });
-    }
+    const TCameraReason reason = mayReopen ? crRefused : lastFailure_;
+    cameraStates.report(cameraIdx, [=](CameraFacts& facts) { facts.lossReason = reason; });
     waitMs_ = std::min(2 * std::int64_t{waitMs_}, std::int64_t{reconnect_.longestWaitMs});
     nextAttempt_ = Clock::now() + std::chrono::milliseconds(waitMs_);
 }

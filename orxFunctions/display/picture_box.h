@@ -132,7 +132,7 @@ class ORX_API TPictureBox {
     void setCursor(TCursorShape shape);
 
     // What the mouse does: FUNC_ZOOM_PAN, FUNC_EDIT_RECT or FUNC_EDIT_CIRCLE; FUNC_NONE leaves it to the
-    // host. Other values are stored only.
+    // host: on X the events then go to the host's window. Other values are stored only.
     //
     // FUNC_ZOOM_PAN: the wheel zooms about the cursor, 1 to 64 times, by 1.25 a notch; dragging with the left
     // button pans; a double click shows the whole image.

@@ -220,6 +220,18 @@ TEST_F(CameraState, ALostCameraIsConnectedAgainAndSetAsItWas) {
     EXPECT_FALSE(cams_.haveOpen(1));
 }
 
+TEST_F(CameraState, ACameraThatOpensAndStaysMuteIsStillSought) {
+    orx::setReconnect(1, {orx::lpReconnect, 5, 10});
+    start(1);
+    ASSERT_TRUE(becomes(1, orx::csGrabbing));
+    fakeCamera(1).picture = fake::Picture::kFailure;
+    ASSERT_TRUE(eventually([] { return orx::cameraStatus(1).attempts >= 3; }));
+    EXPECT_EQ(stateOf(1), orx::csReconnecting);
+    EXPECT_EQ(orx::cameraStatus(1).reason, orx::crNoPicture) << "it can be opened";
+    fakeCamera(1).picture = fake::Picture::kGood;
+    EXPECT_TRUE(becomes(1, orx::csGrabbing));
+}
+
 TEST_F(CameraState, HealthyCamerasAreNotTouched) {
     for (int slot = 0; slot < 3; ++slot) {
         orx::setReconnect(slot, {orx::lpReconnect, 5, 10});

@@ -104,12 +104,12 @@ TEST_F(PictureOverlay, OpacityMixesAndMeetingStrokesDoNotMixTwice) {
 }
 
 TEST_F(PictureOverlay, WhatReachesFarOutsideIsSeenInside) {
-    const double far = 1e9;
-    show(white().line({-far, 100}, {far, 100}).line({-far, -far + 150}, {far, far + 150}));
+    const double away = 1e9;
+    show(white().line({-away, 100}, {away, 100}).line({-away, -away + 150}, {away, away + 150}));
     EXPECT_GT(pixel(box, 5, 100)[0], 200);
     EXPECT_GT(pixel(box, 395, 100)[0], 200);
     EXPECT_GT(pixel(box, 40, 190)[0], 200);
-    show(white().area({{-far, -far}, {200, -far}, {200, far}, {-far, far}}));
+    show(white().area({{-away, -away}, {200, -away}, {200, away}, {-away, away}}));
     EXPECT_EQ(pixel(box, 0, 0), kWhitePixel);
     EXPECT_EQ(pixel(box, 198, 299), kWhitePixel);
     EXPECT_EQ(pixel(box, 203, 150), kBlack);
