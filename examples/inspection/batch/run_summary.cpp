@@ -61,14 +61,17 @@ WorstPart worstOf(const PictureRecord& record) {
     part.verdict = record.result.verdict;
     part.why = cleanUtf8(record.result.problem);
     int rank = -1;
+    const orx::TRecipeValue* worst = nullptr;
     for (const orx::TRecipeValue& value : record.result.values) {
         const double share = usedShare(value);
         const int valueRank = rankOf(value.verdict);
         if (valueRank < rank || (valueRank == rank && share <= part.badness)) continue;
         rank = valueRank;
         part.badness = share;
-        if (record.result.problem.empty()) part.why = cleanUtf8(value.name) + ": " + valueText(value);
+        worst = &value;
     }
+    if (worst != nullptr && record.result.problem.empty())
+        part.why = cleanUtf8(worst->name) + ": " + valueText(*worst);
     return part;
 }
 

@@ -98,11 +98,16 @@ Moves movesOf(const Shape& shape, const EdgePoints& edges, const std::vector<uns
     if (shifts.empty() || witnesses.empty()) return moves;
     const int rows = static_cast<int>(witnesses.size());
     moves.along = cv::Mat(rows, shifts.cols, CV_64F);
+    std::vector<double> design;
     for (int i = 0; i < rows; ++i) {
         const Row row = rowOf(shape, plane.toPlane(witnesses[static_cast<std::size_t>(i)]));
-        moves.design.push_back(cv::Mat(row.design, true).reshape(1, 1));
-        moves.along.row(i) = row.normal.x * shifts.row(2 * i) + row.normal.y * shifts.row(2 * i + 1);
+        design.insert(design.end(), row.design.begin(), row.design.end());
+        const double* x = shifts.ptr<double>(2 * i);
+        const double* y = shifts.ptr<double>(2 * i + 1);
+        double* along = moves.along.ptr<double>(i);
+        for (int k = 0; k < shifts.cols; ++k) along[k] = row.normal.x * x[k] + row.normal.y * y[k];
     }
+    moves.design = cv::Mat(design, true).reshape(1, rows);
     moves.valid = cv::solve(moves.design, moves.along, moves.parameters, cv::DECOMP_SVD);
     return moves;
 }
