@@ -22,13 +22,13 @@ struct Calipers {
 };
 
 // As many as fit side by side, where the recipe says nothing: they do not share pixels then.
-Calipers calipersFor(const FeatureSpec& spec, double length, int most) {
+Calipers calipersFor(const FeatureSpec& feature, double length, int most) {
     Calipers calipers{};
-    calipers.width = spec.width > 0.0 ? spec.width : std::clamp(length / kWanted - 1.0, 1.0, kWidth);
+    calipers.width = feature.width > 0.0 ? feature.width : std::clamp(length / kWanted - 1.0, 1.0, kWidth);
     const int sideBySide = static_cast<int>(length / (calipers.width + 1.0));
-    calipers.count = spec.count > 0 ? spec.count : std::clamp(sideBySide, kFewest, 10000);
+    calipers.count = feature.count > 0 ? feature.count : std::clamp(sideBySide, kFewest, 10000);
     if (most > 0) calipers.count = std::min(calipers.count, most);
-    calipers.options = {spec.sigma, spec.minContrast, spec.polarity, esStrongest};
+    calipers.options = {feature.sigma, feature.minContrast, feature.polarity, esStrongest};
     return calipers;
 }
 
@@ -51,16 +51,16 @@ struct Ring {
     TCircleCaliperOptions options;
 };
 
-EdgePoints around(const Ring& ring, const Picture& picture, const FeatureSpec& spec) {
+EdgePoints around(const Ring& ring, const Picture& picture, const FeatureSpec& feature) {
     EdgePoints edges;
     edges.searched = ring.options.count;
-    edges.closed = std::abs(spec.sweep) >= 360.0;
+    edges.closed = std::abs(feature.sweep) >= 360.0;
     std::vector<double> blurs;
     for (const TContrastEdge& edge : getCircleEdges(picture.grey, ring.center, ring.radius, ring.options)) {
         if (!picture.holds(edge.position)) continue;
         edges.points.push_back(edge.position);
         edges.normals.push_back((edge.position - ring.center) / cv::norm(edge.position - ring.center));
-        edges.deviations.push_back(caliperDeviation(edge, picture.noise, spec.sigma, ring.options.width));
+        edges.deviations.push_back(caliperDeviation(edge, picture.noise, feature.sigma, ring.options.width));
         blurs.push_back(edge.blur);
     }
     finish(edges, blurs);
@@ -86,38 +86,38 @@ bool moveOnto(const EdgePoints& edges, Ring& ring) {
 // A circle of the picture; the calipers stand on the picture of the nominal one, which is as good as one, and
 // then on the circle itself: the mean along the arc of a circle that stands aside sees only a part of how far
 // aside, 0.993 of it where the arc is four tenths of the radius.
-EdgePoints aroundCircle(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
-    const double turn = radians(spec.startAngle);
+EdgePoints aroundCircle(const Picture& picture, const FeatureSpec& feature, const Frame& frame, int most) {
+    const double turn = radians(feature.startAngle);
     const auto inImage = [&](double angle) {
-        return frame.toImage(spec.center + spec.radius * cv::Point2d(std::cos(angle), std::sin(angle)));
+        return frame.toImage(feature.center + feature.radius * cv::Point2d(std::cos(angle), std::sin(angle)));
     };
-    const cv::Point2d center = frame.toImage(spec.center);
-    const double radius = spec.radius * frame.scaleAt(spec.center);
+    const cv::Point2d center = frame.toImage(feature.center);
+    const double radius = feature.radius * frame.scaleAt(feature.center);
     const cv::Point2d start = inImage(turn) - center;
     // A frame may be mirrored.
     const bool turnsOn = start.cross(inImage(turn + 0.1) - center) > 0.0;
-    const Calipers calipers = calipersFor(spec, radians(std::abs(spec.sweep)) * radius, most);
+    const Calipers calipers = calipersFor(feature, radians(std::abs(feature.sweep)) * radius, most);
     Ring ring{center, radius, {}};
     ring.options.edge = calipers.options;
     ring.options.count = calipers.count;
     ring.options.width = calipers.width;
-    ring.options.searchLength = 2.0 * bandOf(spec, frame);
+    ring.options.searchLength = 2.0 * bandOf(feature, frame);
     ring.options.startAngle = degrees(std::atan2(start.y, start.x));
-    ring.options.sweep = turnsOn ? spec.sweep : -spec.sweep;
-    EdgePoints edges = around(ring, picture, spec);
+    ring.options.sweep = turnsOn ? feature.sweep : -feature.sweep;
+    EdgePoints edges = around(ring, picture, feature);
     // Scouts need not be so exact.
     if (most > 0 || !moveOnto(edges, ring)) return edges;
-    EdgePoints again = around(ring, picture, spec);
+    EdgePoints again = around(ring, picture, feature);
     return again.points.size() >= edges.points.size() ? again : edges;
 }
 
 // Along a line or another outline; what its bend does to edges under straight calipers is taken back.
-EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
-    const Curve curve = curveOf(spec);
+EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& feature, const Frame& frame, int most) {
+    const Curve curve = curveOf(feature);
     const ToImage toImage = [&](cv::Point2d p) { return frame.toImage(p); };
-    const double band = bandOf(spec, frame);
+    const double band = bandOf(feature, frame);
     const double length = lengthOf(polylineOf(curve, toImage, 4.0), curve.closed);
-    const Calipers calipers = calipersFor(spec, length, most);
+    const Calipers calipers = calipersFor(feature, length, most);
     EdgePoints edges;
     edges.searched = calipers.count;
     edges.closed = curve.closed;
@@ -133,7 +133,7 @@ EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& spec, const Fr
         edges.points.push_back(found.front().position);
         edges.normals.push_back(probe.normal);
         edges.deviations.push_back(
-            caliperDeviation(found.front(), picture.noise, spec.sigma, calipers.width));
+            caliperDeviation(found.front(), picture.noise, feature.sigma, calipers.width));
         blurs.push_back(found.front().blur);
         curvatures.push_back(probe.curvature);
     }
@@ -150,11 +150,12 @@ EdgePoints acrossCurve(const Picture& picture, const FeatureSpec& spec, const Fr
 
 }  // namespace
 
-double bandOf(const FeatureSpec& spec, const Frame& frame) {
-    const cv::Point2d at = spec.kind == fkLine || spec.kind == fkEdgePair ? (spec.from + spec.to) / 2.0
-                           : spec.kind == fkChain                         ? spec.path.front()
-                                                                          : spec.center;
-    return spec.search * frame.scaleAt(at);
+double bandOf(const FeatureSpec& feature, const Frame& frame) {
+    const cv::Point2d at = feature.kind == fkLine || feature.kind == fkEdgePair
+                               ? (feature.from + feature.to) / 2.0
+                           : feature.kind == fkChain ? feature.path.front()
+                                                     : feature.center;
+    return feature.search * frame.scaleAt(at);
 }
 
 // White noise of the pixels, averaged over the width and smoothed by sigma: the second derivative of the
@@ -167,9 +168,9 @@ double caliperDeviation(const TContrastEdge& edge, double noise, double sigma, d
     return bend * std::sqrt(2.0 * kPi) * blur * blur * blur / std::max(1e-9, std::abs(edge.contrast));
 }
 
-EdgePoints caliperPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most) {
-    const bool isRound = spec.kind == fkCircle || spec.kind == fkArc;
-    return isRound ? aroundCircle(picture, spec, frame, most) : acrossCurve(picture, spec, frame, most);
+EdgePoints caliperPoints(const Picture& picture, const FeatureSpec& feature, const Frame& frame, int most) {
+    const bool isRound = feature.kind == fkCircle || feature.kind == fkArc;
+    return isRound ? aroundCircle(picture, feature, frame, most) : acrossCurve(picture, feature, frame, most);
 }
 
 }  // namespace orx::recipes
