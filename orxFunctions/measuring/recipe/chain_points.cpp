@@ -135,9 +135,9 @@ void append(EdgePoints& edges, const TMetricContour& stretch, const std::vector<
 
 }  // namespace
 
-EdgePoints chainPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame,
+EdgePoints chainPoints(const Picture& picture, const FeatureSpec& asked, const Frame& frame,
                        bool longestAlone) {
-    const Curve curve = curveOf(spec);
+    const Curve curve = curveOf(asked);
     const ToImage toImage = [&](cv::Point2d p) { return frame.toImage(p); };
     std::vector<TEdgeProbe> probes = probesAlong(curve, toImage, kProbeSpacing);
     EdgePoints edges;
@@ -146,25 +146,25 @@ EdgePoints chainPoints(const Picture& picture, const FeatureSpec& spec, const Fr
         static_cast<int>(std::lround(lengthOf(polylineOf(curve, toImage, kProbeSpacing), curve.closed)));
     edges.noise = pnEdgeChain;
     edges.weighted = true;
-    const Band band(std::move(probes), bandOf(spec, frame), curve.closed);
+    const Band band(std::move(probes), bandOf(asked, frame), curve.closed);
     const cv::Rect box = band.box(picture.bytes.size());
     ORXEdge::TMetricOptions options;
-    options.sigma = spec.sigma;
-    options.high = spec.minContrast;
-    options.low = spec.minContrast / 2.0;
+    options.sigma = asked.sigma;
+    options.high = asked.minContrast;
+    options.low = asked.minContrast / 2.0;
     options.noise = picture.noise;
     std::vector<TMetricContour> found;
     ORXEdge::edgesSubPixMetric(picture.bytes(box), found, options);
     std::vector<TMetricContour> stretches;
     std::vector<std::vector<int>> places;
     for (const TMetricContour& edge : found) {
-        const auto more = stretchesOf(edge, cv::Point2f(box.tl()), band, spec.polarity, places);
+        const auto more = stretchesOf(edge, cv::Point2f(box.tl()), band, asked.polarity, places);
         stretches.insert(stretches.end(), more.begin(), more.end());
     }
     if (stretches.empty()) return edges;
     if (!longestAlone) {
         for (std::size_t i = 0; i < stretches.size(); ++i)
-            append(edges, stretches[i], places[i], band, spec.sigma);
+            append(edges, stretches[i], places[i], band, asked.sigma);
         edges.closed = stretches.size() == 1 && stretches[0].closed;
         return edges;
     }
@@ -172,7 +172,7 @@ EdgePoints chainPoints(const Picture& picture, const FeatureSpec& spec, const Fr
         return a.points.size() < b.points.size();
     };
     const auto longest = std::max_element(stretches.begin(), stretches.end(), shorter);
-    append(edges, *longest, places[static_cast<std::size_t>(longest - stretches.begin())], band, spec.sigma);
+    append(edges, *longest, places[static_cast<std::size_t>(longest - stretches.begin())], band, asked.sigma);
     edges.closed = longest->closed;
     return edges;
 }

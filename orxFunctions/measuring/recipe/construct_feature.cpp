@@ -63,30 +63,30 @@ TMeasuredPoint intersectionOf(const Shape& a, const Shape& b, int which) {
     return pointOf(intersections(a.circle, b.circle), which);
 }
 
-Shape constructed(const FeatureSpec& spec, const Shape& a, const Shape& b, std::string& problem) {
+Shape constructed(const FeatureSpec& asked, const Shape& a, const Shape& b, std::string& problem) {
     Shape shape;
-    shape.kind = spec.kind;
-    if (spec.construction == Construction::kConnection) {
+    shape.kind = asked.kind;
+    if (asked.construction == Construction::kConnection) {
         shape.line = connection(placeOf(a), placeOf(b));
         if (!shape.line.valid()) problem = fitStatusText(shape.line.status);
         return shape;
     }
-    shape.point = spec.construction == Construction::kMidpoint ? midpoint(placeOf(a), placeOf(b))
-                                                               : intersectionOf(a, b, spec.which);
+    shape.point = asked.construction == Construction::kMidpoint ? midpoint(placeOf(a), placeOf(b))
+                                                                : intersectionOf(a, b, asked.which);
     if (!shape.point.valid()) problem = relationStatusText(shape.point.status);
     return shape;
 }
 
-SpaceShape constructedIn(const FeatureSpec& spec, const SpaceShape& a, const SpaceShape& b) {
+SpaceShape constructedIn(const FeatureSpec& asked, const SpaceShape& a, const SpaceShape& b) {
     SpaceShape result;
     if (!a.valid || !b.valid) {
         result.problem = a.valid ? b.problem : a.problem;
         return result;
     }
-    result.shape = constructed(spec, a.shape, b.shape, result.problem);
+    result.shape = constructed(asked, a.shape, b.shape, result.problem);
     // By every shift both are moved alike.
     for (std::size_t k = 0; k < std::min(a.shifted.size(), b.shifted.size()); ++k) {
-        result.shifted.push_back(constructed(spec, a.shifted[k], b.shifted[k], result.problem));
+        result.shifted.push_back(constructed(asked, a.shifted[k], b.shifted[k], result.problem));
     }
     result.valid = result.problem.empty();
     return result;
@@ -99,15 +99,15 @@ TMeasuredPoint placeOf(const Shape& shape) {
     return shape.kind == fkEllipse ? centerOf(shape.ellipse) : centerOf(shape.circle);
 }
 
-MeasuredFeature constructFeature(const FeatureSpec& spec, const MeasuredFeature& a, const MeasuredFeature& b,
+MeasuredFeature constructFeature(const FeatureSpec& asked, const MeasuredFeature& a, const MeasuredFeature& b,
                                  const Spaces& spaces) {
     MeasuredFeature result;
     if (!a.measured || !b.measured) {
         result.problem = "is made of what was not measured";
         return result;
     }
-    if (spaces.plane != nullptr) result.millimetres = constructedIn(spec, a.millimetres, b.millimetres);
-    if (spaces.pixels) result.pixels = constructedIn(spec, a.pixels, b.pixels);
+    if (spaces.plane != nullptr) result.millimetres = constructedIn(asked, a.millimetres, b.millimetres);
+    if (spaces.pixels) result.pixels = constructedIn(asked, a.pixels, b.pixels);
     const SpaceShape& told = result.in(spaces.plane != nullptr);
     result.problem = told.problem;
     result.measured = told.valid;
@@ -115,7 +115,7 @@ MeasuredFeature constructFeature(const FeatureSpec& spec, const MeasuredFeature&
     const ToImage toImage = [&](cv::Point2d p) {
         return spaces.plane != nullptr ? spaces.plane->toImage(p) : p;
     };
-    if (spec.kind == fkPoint) {
+    if (asked.kind == fkPoint) {
         result.outline = {toImage(told.shape.point.position)};
     } else {
         result.outline = polylineOf(curveOf(told.shape), toImage, 3.0);

@@ -63,17 +63,17 @@ Curve pathCurve(std::vector<cv::Point2d> path, bool closed) {
     return {at, closed, false, {}};
 }
 
-Curve curveOf(const FeatureSpec& spec) {
-    switch (spec.kind) {
+Curve curveOf(const FeatureSpec& asked) {
+    switch (asked.kind) {
         case fkCircle:
         case fkArc:
-            return circleCurve(spec.center, spec.radius, spec.startAngle, spec.sweep);
+            return circleCurve(asked.center, asked.radius, asked.startAngle, asked.sweep);
         case fkEllipse:
-            return ellipseCurve(spec.center, spec.semiMajor, spec.semiMinor, spec.angle);
+            return ellipseCurve(asked.center, asked.semiMajor, asked.semiMinor, asked.angle);
         case fkChain:
-            return pathCurve(spec.path, spec.closed);
+            return pathCurve(asked.path, asked.closed);
         default:
-            return lineCurve(spec.from, spec.to);
+            return lineCurve(asked.from, asked.to);
     }
 }
 

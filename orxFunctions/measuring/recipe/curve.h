@@ -24,7 +24,7 @@ Curve lineCurve(cv::Point2d from, cv::Point2d to);
 Curve circleCurve(cv::Point2d center, double radius, double startAngle, double sweep);
 Curve ellipseCurve(cv::Point2d center, double semiMajor, double semiMinor, double angle);
 Curve pathCurve(std::vector<cv::Point2d> path, bool closed);
-Curve curveOf(const FeatureSpec& spec);
+Curve curveOf(const FeatureSpec& asked);
 
 using ToImage = std::function<cv::Point2d(cv::Point2d)>;
 

@@ -45,29 +45,29 @@ Pair strongestPair(const std::vector<TContrastEdge>& edges, double search, doubl
 
 }  // namespace
 
-EdgePoints pairPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame) {
-    const cv::Point2d from = frame.toImage(spec.from);
-    const cv::Point2d to = frame.toImage(spec.to);
+EdgePoints pairPoints(const Picture& picture, const FeatureSpec& asked, const Frame& frame) {
+    const cv::Point2d from = frame.toImage(asked.from);
+    const cv::Point2d to = frame.toImage(asked.to);
     EdgePoints pairs;
-    pairs.searched = std::max(1, spec.count);
+    pairs.searched = std::max(1, asked.count);
     const double nominal = cv::norm(to - from);
     if (!(nominal > 0.0) || !std::isfinite(nominal)) return pairs;
     const cv::Point2d way = (to - from) / nominal;
     const cv::Point2d across(-way.y, way.x);
-    const double width = spec.width > 0.0 ? spec.width : kWidth;
-    const double search = bandOf(spec, frame);
-    const TCaliperOptions options{spec.sigma, spec.minContrast, epAny, esAll};
+    const double width = asked.width > 0.0 ? asked.width : kWidth;
+    const double search = bandOf(asked, frame);
+    const TCaliperOptions options{asked.sigma, asked.minContrast, epAny, esAll};
     for (int i = 0; i < pairs.searched; ++i) {
         const cv::Point2d shift = (i - (pairs.searched - 1) / 2.0) * (width + 1.0) * across;
         const auto edges = getContrastEdges(picture.grey, from + shift - search * way,
                                             to + shift + search * way, width, options);
-        const Pair pair = strongestPair(edges, search, nominal, spec.polarity);
+        const Pair pair = strongestPair(edges, search, nominal, asked.polarity);
         if (!pair.found || !picture.holds(pair.first.position) || !picture.holds(pair.second.position))
             continue;
         for (const TContrastEdge& edge : {pair.first, pair.second}) {
             pairs.points.push_back(edge.position);
             pairs.normals.push_back(way);
-            pairs.deviations.push_back(std::hypot(caliperDeviation(edge, picture.noise, spec.sigma, width),
+            pairs.deviations.push_back(std::hypot(caliperDeviation(edge, picture.noise, asked.sigma, width),
                                                   kGrid / std::sqrt(width)));
         }
     }

@@ -8,7 +8,7 @@
 namespace orx::recipes {
 
 // Both edges of each caliper that shows them, one behind the other.
-EdgePoints pairPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame);
+EdgePoints pairPoints(const Picture& picture, const FeatureSpec& asked, const Frame& frame);
 
 // The mean width over the pairs.
 SpaceShape widthOf(const EdgePoints& pairs, const Plane* plane);

@@ -27,21 +27,21 @@ struct EdgePoints {
 };
 
 // By calipers across the nominal outline, or at most `most` of them (0: as many as the feature wants).
-EdgePoints caliperPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame, int most = 0);
+EdgePoints caliperPoints(const Picture& picture, const FeatureSpec& asked, const Frame& frame, int most = 0);
 
 // By a probe on every pixel of an outline known to a pixel or two.
-EdgePoints probedPoints(const Picture& picture, const FeatureSpec& spec, const Curve& curve,
+EdgePoints probedPoints(const Picture& picture, const FeatureSpec& asked, const Curve& curve,
                         const ToImage& toImage, double blur);
 
 // Of the metric edges within the band around the nominal outline; of the longest alone if so wanted.
-EdgePoints chainPoints(const Picture& picture, const FeatureSpec& spec, const Frame& frame,
+EdgePoints chainPoints(const Picture& picture, const FeatureSpec& asked, const Frame& frame,
                        bool longestAlone);
 
 // The standard deviation along a caliper of an edge found by it, by the picture's noise.
 double caliperDeviation(const TContrastEdge& edge, double noise, double sigma, double width);
 
 // How far the band of a feature reaches to either side, pixels.
-double bandOf(const FeatureSpec& spec, const Frame& frame);
+double bandOf(const FeatureSpec& asked, const Frame& frame);
 
 }  // namespace orx::recipes
 

@@ -99,15 +99,15 @@ TMeasuredValue lengthAlong(const EdgePoints& edges, const PlacedPoints& placed) 
 
 }  // namespace
 
-SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plane* plane) {
+SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& asked, const Plane* plane) {
     SpaceShape result;
-    result.shape.kind = spec.kind;
+    result.shape.kind = asked.kind;
     const PlacedPoints placed = placedPoints(edges, plane);
     if (placed.points.empty()) {
         result.problem = edges.points.empty() ? "no edge was found" : "has no place on the calibrated plane";
         return result;
     }
-    const auto fitted = [&](auto fit) { return fitSoundly(fit, edges, placed, spec.loss); };
+    const auto fitted = [&](auto fit) { return fitSoundly(fit, edges, placed, asked.loss); };
     const auto line = [](const auto& points, const auto& options) {
         return fitLineGeometric(points, options);
     };
@@ -117,7 +117,7 @@ SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plan
     const auto ellipse = [](const auto& points, const auto& options) {
         return fitEllipseGeometric(points, options);
     };
-    switch (spec.kind) {
+    switch (asked.kind) {
         case fkLine:
             settle(fitted(line), edges, placed.size, result.shape.line, result);
             break;

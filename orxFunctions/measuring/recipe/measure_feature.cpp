@@ -52,8 +52,8 @@ Curve wantedCurve(const Shape& shape, const std::vector<cv::Point2d>& nominal, d
 
 class Measurement {
   public:
-    Measurement(const Picture& picture, const FeatureSpec& spec, const Frame& frame, const Spaces& spaces)
-        : picture_(picture), spec_(spec), frame_(frame), spaces_(spaces) {}
+    Measurement(const Picture& picture, const FeatureSpec& asked, const Frame& frame, const Spaces& spaces)
+        : picture_(picture), spec_(asked), frame_(frame), spaces_(spaces) {}
 
     MeasuredFeature run() {
         const ToImage toImage = [&](cv::Point2d p) { return frame_.toImage(p); };
@@ -158,9 +158,9 @@ class Measurement {
 
 }  // namespace
 
-MeasuredFeature measureFeature(const Picture& picture, const FeatureSpec& spec, const Frame& frame,
+MeasuredFeature measureFeature(const Picture& picture, const FeatureSpec& asked, const Frame& frame,
                                const Spaces& spaces) {
-    return Measurement(picture, spec, frame, spaces).run();
+    return Measurement(picture, asked, frame, spaces).run();
 }
 
 }  // namespace orx::recipes

@@ -26,11 +26,11 @@ struct MeasuredFeature {
     const SpaceShape& in(bool isMillimetres) const { return isMillimetres ? millimetres : pixels; }
 };
 
-MeasuredFeature measureFeature(const Picture& picture, const FeatureSpec& spec, const Frame& frame,
+MeasuredFeature measureFeature(const Picture& picture, const FeatureSpec& asked, const Frame& frame,
                                const Spaces& spaces);
 
 // A feature made of two measured ones.
-MeasuredFeature constructFeature(const FeatureSpec& spec, const MeasuredFeature& a, const MeasuredFeature& b,
+MeasuredFeature constructFeature(const FeatureSpec& asked, const MeasuredFeature& a, const MeasuredFeature& b,
                                  const Spaces& spaces);
 
 // The place of a point, circle, arc or ellipse.

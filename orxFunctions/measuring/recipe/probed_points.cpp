@@ -15,14 +15,14 @@ constexpr double kReachOfBlur = 3.0;
 
 }  // namespace
 
-EdgePoints probedPoints(const Picture& picture, const FeatureSpec& spec, const Curve& curve,
+EdgePoints probedPoints(const Picture& picture, const FeatureSpec& asked, const Curve& curve,
                         const ToImage& toImage, double blur) {
     EdgePoints edges;
     const std::vector<TEdgeProbe> probes = probesAlong(curve, toImage, 1.0);
     TContourEdgeOptions options;
     options.reach = std::clamp(kReachOfBlur * blur, kReach, kMostReach);
-    options.minContrast = spec.minContrast;
-    options.polarity = spec.polarity;
+    options.minContrast = asked.minContrast;
+    options.polarity = asked.polarity;
     options.noise = picture.noise;
     edges.searched = static_cast<int>(probes.size());
     edges.noise = pnEdgeChain;

@@ -39,7 +39,7 @@ constexpr std::size_t kMostPathPoints = 1000;
 // Search, edge, contrast and robustness: what all that is looked for in the picture has in common.
 class MeasuredFields {
   public:
-    MeasuredFields(Fields& fields, FeatureSpec& spec) : fields_(fields), spec_(spec) {}
+    MeasuredFields(Fields& fields, FeatureSpec& asked) : fields_(fields), spec_(asked) {}
 
     void readCommon() {
         static const Choices<TEdgePolarity> kEdges{
@@ -125,46 +125,46 @@ class MeasuredFields {
     FeatureSpec& spec_;
 };
 
-void readConstruction(FeatureType type, Fields& fields, FeatureSpec& spec) {
+void readConstruction(FeatureType type, Fields& fields, FeatureSpec& asked) {
     static const Choices<int> kWhich{{"first", 0}, {"second", 1}};
-    spec.kind = type == FeatureType::kConnection ? fkLine : fkPoint;
+    asked.kind = type == FeatureType::kConnection ? fkLine : fkPoint;
     if (type == FeatureType::kIntersection) {
-        spec.construction = Construction::kIntersection;
-        spec.which = fields.choice("which", kWhich).value_or(0);
+        asked.construction = Construction::kIntersection;
+        asked.which = fields.choice("which", kWhich).value_or(0);
     } else {
-        spec.construction =
+        asked.construction =
             type == FeatureType::kMidpoint ? Construction::kMidpoint : Construction::kConnection;
     }
 }
 
-void readGeometry(FeatureType type, Fields& fields, FeatureSpec& spec) {
-    MeasuredFields measured(fields, spec);
+void readGeometry(FeatureType type, Fields& fields, FeatureSpec& asked) {
+    MeasuredFields measured(fields, asked);
     measured.readCommon();
     switch (type) {
         case FeatureType::kLine:
-            spec.kind = fkLine;
+            asked.kind = fkLine;
             measured.readEnds();
             return measured.readMethod();
         case FeatureType::kCircle:
         case FeatureType::kArc:
-            spec.kind = type == FeatureType::kArc ? fkArc : fkCircle;
+            asked.kind = type == FeatureType::kArc ? fkArc : fkCircle;
             measured.readCenter();
             measured.readRadius();
             if (type == FeatureType::kArc) measured.readSweep();
             return measured.readMethod();
         case FeatureType::kEllipse:
-            spec.kind = fkEllipse;
+            asked.kind = fkEllipse;
             measured.readCenter();
             measured.readAxes();
             return measured.readMethod();
         case FeatureType::kEdgePair:
-            spec.kind = fkEdgePair;
-            spec.method = Method::kCalipers;
+            asked.kind = fkEdgePair;
+            asked.method = Method::kCalipers;
             measured.readEnds();
             return measured.readCalipers();
         default:
-            spec.kind = fkChain;
-            spec.method = Method::kChain;
+            asked.kind = fkChain;
+            asked.method = Method::kChain;
             measured.readPath();
             return measured.readSigma();
     }
@@ -178,30 +178,30 @@ bool isConstructed(FeatureType type) {
 FeatureSpec readFeature(const Json::Value& value, const std::string& path, Problems& problems,
                         std::vector<std::string>& parts) {
     Fields fields(problems, value, path);
-    FeatureSpec spec;
-    if (!fields.isObject()) return spec;
-    spec.name = fields.text("name", Need::kRequired).value_or("");
+    FeatureSpec asked;
+    if (!fields.isObject()) return asked;
+    asked.name = fields.text("name", Need::kRequired).value_or("");
     fields.text("note");
     const auto type = fields.choice("type", featureTypes(), Need::kRequired);
-    if (!type) return spec;  // which fields it may have is not known then
+    if (!type) return asked;  // which fields it may have is not known then
     if (isConstructed(*type)) {
         parts = fields.texts("of", 2, 2, Need::kRequired).value_or(parts);
-        readConstruction(*type, fields, spec);
+        readConstruction(*type, fields, asked);
     } else {
-        readGeometry(*type, fields, spec);
+        readGeometry(*type, fields, asked);
     }
     fields.finish();
-    return spec;
+    return asked;
 }
 
-bool isPoint(const FeatureSpec& spec) {
-    return spec.kind == fkCircle || spec.kind == fkArc || spec.kind == fkEllipse || spec.kind == fkPoint;
+bool isPoint(const FeatureSpec& asked) {
+    return asked.kind == fkCircle || asked.kind == fkArc || asked.kind == fkEllipse || asked.kind == fkPoint;
 }
-bool isRound(const FeatureSpec& spec) { return spec.kind == fkCircle || spec.kind == fkArc; }
+bool isRound(const FeatureSpec& asked) { return asked.kind == fkCircle || asked.kind == fkArc; }
 
 // What two features a construction takes.
-const char* misfit(const FeatureSpec& spec, const FeatureSpec& a, const FeatureSpec& b) {
-    if (spec.construction != Construction::kIntersection)
+const char* misfit(const FeatureSpec& asked, const FeatureSpec& a, const FeatureSpec& b) {
+    if (asked.construction != Construction::kIntersection)
         return isPoint(a) && isPoint(b) ? nullptr : "must be two points, circles, arcs or ellipses";
     const bool good = (a.kind == fkLine || isRound(a)) && (b.kind == fkLine || isRound(b));
     return good ? nullptr : "must be lines, circles or arcs";
@@ -269,20 +269,20 @@ void readFeatures(const Json::Value& list, Problems& problems, RecipeData& data,
                          "another feature is called " + quoted(name));
     }
     for (std::size_t i = 0; i < data.features.size(); ++i) {
-        FeatureSpec& spec = data.features[i];
+        FeatureSpec& asked = data.features[i];
         for (std::size_t k = 0; k < parts[i].size(); ++k) {
             const Json::Value& entry =
                 list[static_cast<Json::ArrayIndex>(i)]["of"][static_cast<Json::ArrayIndex>(k)];
             const std::string path = "features[" + std::to_string(i) + "].of[" + std::to_string(k) + "]";
-            spec.of.push_back(referenceTo(parts[i][k], index, entry, path, problems));
+            asked.of.push_back(referenceTo(parts[i][k], index, entry, path, problems));
         }
-        if (spec.of.size() != 2 || spec.of[0] < 0 || spec.of[1] < 0) continue;
-        const char* wrong = misfit(spec, data.features[static_cast<std::size_t>(spec.of[0])],
-                                   data.features[static_cast<std::size_t>(spec.of[1])]);
+        if (asked.of.size() != 2 || asked.of[0] < 0 || asked.of[1] < 0) continue;
+        const char* wrong = misfit(asked, data.features[static_cast<std::size_t>(asked.of[0])],
+                                   data.features[static_cast<std::size_t>(asked.of[1])]);
         const Json::Value& of = list[static_cast<Json::ArrayIndex>(i)]["of"];
         const std::string path = "features[" + std::to_string(i) + "].of";
         if (wrong != nullptr) problems.add(of.getOffsetStart(), path, wrong);
-        if (spec.of[0] == spec.of[1]) problems.add(of.getOffsetStart(), path, "names one feature twice");
+        if (asked.of[0] == asked.of[1]) problems.add(of.getOffsetStart(), path, "names one feature twice");
     }
     Order(data, list, problems).find();
 }

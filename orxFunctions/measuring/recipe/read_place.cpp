@@ -52,13 +52,13 @@ int placingFeature(Fields& fields, const char* name, const Json::Value& part, co
     if (!feature) return -1;
     const int found = referenceTo(*feature, index, part[name], fields.pathOf(name), problems);
     if (found < 0) return found;
-    FeatureSpec& spec = data.features[static_cast<std::size_t>(found)];
+    FeatureSpec& asked = data.features[static_cast<std::size_t>(found)];
     const bool isOrigin = name == std::string("origin");
-    const bool isRound = spec.kind == fkCircle || spec.kind == fkArc || spec.kind == fkEllipse;
-    if (spec.construction != Construction::kNone || !(isRound || (!isOrigin && spec.kind == fkLine)))
+    const bool isRound = asked.kind == fkCircle || asked.kind == fkArc || asked.kind == fkEllipse;
+    if (asked.construction != Construction::kNone || !(isRound || (!isOrigin && asked.kind == fkLine)))
         fields.problem(name, isOrigin ? "must be a circle, an arc or an ellipse"
                                       : "must be a line, a circle, an arc or an ellipse");
-    spec.places = true;
+    asked.places = true;
     return found;
 }
 

@@ -68,11 +68,11 @@ std::string fileOf(const std::string& folder, const std::string& name) {
 void readDrawing(const Json::Value& draw, Problems& problems, RecipeData& data) {
     Fields fields(problems, draw, "draw");
     if (!fields.isObject()) return;
-    DrawSpec& spec = data.draw;
-    spec.features = fields.flag("features").value_or(spec.features);
-    spec.points = fields.flag("points").value_or(spec.points);
-    spec.values = fields.flag("values").value_or(spec.values);
-    spec.pose = fields.flag("pose").value_or(spec.pose);
+    DrawSpec& asked = data.draw;
+    asked.features = fields.flag("features").value_or(asked.features);
+    asked.points = fields.flag("points").value_or(asked.points);
+    asked.values = fields.flag("values").value_or(asked.values);
+    asked.pose = fields.flag("pose").value_or(asked.pose);
     fields.finish();
 }
 
@@ -83,7 +83,7 @@ void readRecipeText(const std::string& text, const std::string& folder, RecipeDa
         data.text = text;
         readRoot(root, folder, problems, data);
     }
-    for (const ValueSpec& spec : data.values) data.targets.push_back(spec.target);
+    for (const ValueSpec& asked : data.values) data.targets.push_back(asked.target);
     data.problems = problems.take();
 }
 

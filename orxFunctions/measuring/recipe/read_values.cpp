@@ -58,30 +58,30 @@ class ToleranceFields {
     TRecipeTarget& target_;
 };
 
-void readUnit(Fields& fields, bool millimetres, const RecipeData& data, ValueSpec& spec) {
+void readUnit(Fields& fields, bool millimetres, const RecipeData& data, ValueSpec& asked) {
     static const Choices<std::string> kUnits{{"px", "px"}, {"mm", "mm"}, {"deg", "deg"}};
-    const Quantity quantity = quantityOf(spec.kind);
+    const Quantity quantity = quantityOf(asked.kind);
     const std::string length = millimetres ? "mm" : "px";
-    spec.target.unit = quantity == Quantity::kLength ? length : quantity == Quantity::kAngle ? "deg" : "";
+    asked.target.unit = quantity == Quantity::kLength ? length : quantity == Quantity::kAngle ? "deg" : "";
     if (const auto unit = fields.choice("unit", kUnits)) {
         const bool fits = quantity == Quantity::kLength  ? *unit != "deg"
                           : quantity == Quantity::kAngle ? *unit == "deg"
                                                          : false;
         if (!fits) {
-            fields.problem("unit", quoted(*unit) + " is no unit of " + quoted(spec.target.type));
+            fields.problem("unit", quoted(*unit) + " is no unit of " + quoted(asked.target.type));
         } else {
-            spec.target.unit = *unit;
+            asked.target.unit = *unit;
         }
     }
     // Angles are those of the plane where there is one: a tilted camera changes them.
-    spec.inMillimetres = spec.target.unit == "mm" || (quantity == Quantity::kAngle && millimetres);
-    if (spec.inMillimetres && data.plane == nullptr && fields.has("unit") && *fields.any("unit") == "mm")
+    asked.inMillimetres = asked.target.unit == "mm" || (quantity == Quantity::kAngle && millimetres);
+    if (asked.inMillimetres && data.plane == nullptr && fields.has("unit") && *fields.any("unit") == "mm")
         fields.problem("unit", "\"mm\" wants a calibration in the recipe");
 }
 
 void readPieces(Fields& fields, const Json::Value& value, const std::string& path, const FeatureIndex& index,
-                Problems& problems, const RecipeData& data, ValueSpec& spec) {
-    const Counts counts = featuresOf(spec.kind);
+                Problems& problems, const RecipeData& data, ValueSpec& asked) {
+    const Counts counts = featuresOf(asked.kind);
     if (counts.most == 0) return;
     const auto names = fields.texts("of", counts.least, counts.most, Need::kRequired);
     if (!names) return;
@@ -91,31 +91,31 @@ void readPieces(Fields& fields, const Json::Value& value, const std::string& pat
         const int found =
             referenceTo((*names)[i], index, entry, path + ".of[" + std::to_string(i) + "]", problems);
         if (found < 0) return;
-        spec.of.push_back(found);
+        asked.of.push_back(found);
         kinds.push_back(data.features[static_cast<std::size_t>(found)].kind);
     }
-    if (const char* wrong = misfit(spec.kind, kinds)) fields.problem("of", wrong);
-    if (spec.of.size() == 2 && spec.of[0] == spec.of[1]) fields.problem("of", "names one feature twice");
+    if (const char* wrong = misfit(asked.kind, kinds)) fields.problem("of", wrong);
+    if (asked.of.size() == 2 && asked.of[0] == asked.of[1]) fields.problem("of", "names one feature twice");
 }
 
-void readFrame(Fields& fields, const RecipeData& data, ValueSpec& spec) {
+void readFrame(Fields& fields, const RecipeData& data, ValueSpec& asked) {
     static const Choices<bool> kFrames{{"part", true}, {"picture", false}};
-    spec.inPart = data.place.kind != PlaceKind::kPicture;
-    const bool mayHaveFrame = hasFrame(spec.kind, 1);
+    asked.inPart = data.place.kind != PlaceKind::kPicture;
+    const bool mayHaveFrame = hasFrame(asked.kind, 1);
     if (!mayHaveFrame) return;
-    if (spec.of.size() == 2 && fields.has("frame"))
+    if (asked.of.size() == 2 && fields.has("frame"))
         fields.problem("frame", "means nothing for an angle between two lines");
     if (const auto inPart = fields.choice("frame", kFrames)) {
         if (*inPart && data.place.kind == PlaceKind::kPicture)
             fields.problem("frame", "\"part\" wants a part in the recipe");
-        spec.inPart = *inPart;
+        asked.inPart = *inPart;
     }
 }
 
-bool isOfTwoLines(const ValueSpec& spec, const RecipeData& data) {
+bool isOfTwoLines(const ValueSpec& asked, const RecipeData& data) {
     const auto isLine = [&](int i) { return data.features[static_cast<std::size_t>(i)].kind == fkLine; };
-    return spec.kind == ValueKind::kDistance && spec.of.size() == 2 && isLine(spec.of[0]) &&
-           isLine(spec.of[1]);
+    return asked.kind == ValueKind::kDistance && asked.of.size() == 2 && isLine(asked.of[0]) &&
+           isLine(asked.of[1]);
 }
 
 ValueSpec readValue(const Json::Value& value, const std::string& path, bool millimetres,
@@ -123,26 +123,26 @@ ValueSpec readValue(const Json::Value& value, const std::string& path, bool mill
     static const Choices<Section> kSections{
         {"middle", Section::kMiddle}, {"least", Section::kLeast}, {"largest", Section::kLargest}};
     Fields fields(problems, value, path);
-    ValueSpec spec;
-    if (!fields.isObject()) return spec;
-    spec.target.name = fields.text("name", Need::kRequired).value_or("");
+    ValueSpec asked;
+    if (!fields.isObject()) return asked;
+    asked.target.name = fields.text("name", Need::kRequired).value_or("");
     fields.text("note");
     const auto kind = fields.choice("type", valueKinds(), Need::kRequired);
-    if (!kind) return spec;
-    spec.kind = *kind;
-    spec.target.type = value["type"].asString();
-    readPieces(fields, value, path, index, problems, data, spec);
-    readUnit(fields, millimetres, data, spec);
-    ToleranceFields(fields, spec.target).read();
-    readFrame(fields, data, spec);
-    if (spec.kind == ValueKind::kDistance) {
-        spec.section = fields.choice("at", kSections).value_or(spec.section);
-        if (fields.has("at") && spec.of.size() == 2 && !isOfTwoLines(spec, data))
+    if (!kind) return asked;
+    asked.kind = *kind;
+    asked.target.type = value["type"].asString();
+    readPieces(fields, value, path, index, problems, data, asked);
+    readUnit(fields, millimetres, data, asked);
+    ToleranceFields(fields, asked.target).read();
+    readFrame(fields, data, asked);
+    if (asked.kind == ValueKind::kDistance) {
+        asked.section = fields.choice("at", kSections).value_or(asked.section);
+        if (fields.has("at") && asked.of.size() == 2 && !isOfTwoLines(asked, data))
             fields.problem("at", "means nothing but for the distance of two lines");
     }
-    spec.addedDeviation = fields.number("addedDeviation", {0.0, 1e6, false}).value_or(0.0);
+    asked.addedDeviation = fields.number("addedDeviation", {0.0, 1e6, false}).value_or(0.0);
     fields.finish();
-    return spec;
+    return asked;
 }
 
 }  // namespace

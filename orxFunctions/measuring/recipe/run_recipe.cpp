@@ -59,14 +59,14 @@ class Run {
   private:
     void measureFeatures(const Frame& frame, bool placing) {
         for (const int i : recipe_.order) {
-            const FeatureSpec& spec = recipe_.features[static_cast<std::size_t>(i)];
-            if (spec.places != placing) continue;
+            const FeatureSpec& asked = recipe_.features[static_cast<std::size_t>(i)];
+            if (asked.places != placing) continue;
             MeasuredFeature& feature = features_[static_cast<std::size_t>(i)];
-            if (spec.construction == Construction::kNone) {
-                feature = measureFeature(picture_, spec, frame, spaces_);
+            if (asked.construction == Construction::kNone) {
+                feature = measureFeature(picture_, asked, frame, spaces_);
             } else {
-                feature = constructFeature(spec, features_[static_cast<std::size_t>(spec.of[0])],
-                                           features_[static_cast<std::size_t>(spec.of[1])], spaces_);
+                feature = constructFeature(asked, features_[static_cast<std::size_t>(asked.of[0])],
+                                           features_[static_cast<std::size_t>(asked.of[1])], spaces_);
             }
         }
     }
@@ -119,13 +119,13 @@ TRecipeResult emptyResult(const RecipeData& recipe) {
     TRecipeResult result;
     result.recipe = recipe.name;
     result.confidence = recipe.confidence;
-    for (const FeatureSpec& spec : recipe.features) {
+    for (const FeatureSpec& asked : recipe.features) {
         TRecipeFeature feature;
-        feature.name = spec.name;
-        feature.kind = spec.kind;
+        feature.name = asked.name;
+        feature.kind = asked.kind;
         result.features.push_back(feature);
     }
-    for (const ValueSpec& spec : recipe.values) result.values.push_back(emptyValue(spec));
+    for (const ValueSpec& asked : recipe.values) result.values.push_back(emptyValue(asked));
     return result;
 }
 

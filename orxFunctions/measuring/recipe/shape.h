@@ -34,7 +34,7 @@ struct SpaceShape {
 };
 
 // `plane` null: in pixels.
-SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& spec, const Plane* plane);
+SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& asked, const Plane* plane);
 
 // The outline of a shape as a curve of its space; nothing for a point.
 Curve curveOf(const Shape& shape);

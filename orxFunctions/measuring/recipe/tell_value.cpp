@@ -31,9 +31,9 @@ double freedomOf(double varianceA, double freedomA, double varianceB, double fre
 // The shapes and the pose of a space, as they are (-1) or by a shift of the calibration.
 class Scene {
   public:
-    Scene(const ValueSpec& spec, const Place& place, const std::vector<MeasuredFeature>& features,
+    Scene(const ValueSpec& asked, const Place& place, const std::vector<MeasuredFeature>& features,
           bool millimetres)
-        : spec_(spec),
+        : spec_(asked),
           features_(features),
           millimetres_(millimetres),
           pose_(millimetres ? place.millimetres : place.pixels) {}
@@ -115,12 +115,12 @@ TMeasuredValue ofPose(ValueKind kind, const Scene& scene, int shift) {
     return at(pose.scale, 3);
 }
 
-TMeasuredValue evaluate(const ValueSpec& spec, const Scene& scene, int shift) {
+TMeasuredValue evaluate(const ValueSpec& asked, const Scene& scene, int shift) {
     const auto shape = [&](std::size_t i) -> const Shape& { return scene.shape(i, shift); };
-    switch (spec.kind) {
+    switch (asked.kind) {
         case ValueKind::kDiameter:
         case ValueKind::kRadius: {
-            const double factor = spec.kind == ValueKind::kDiameter ? 2.0 : 1.0;
+            const double factor = asked.kind == ValueKind::kDiameter ? 2.0 : 1.0;
             const TMeasuredCircle& circle = shape(0).circle;
             return told(factor * circle.radius, squared(factor * circle.radiusDeviation),
                         circle.degreesOfFreedom);
@@ -133,18 +133,18 @@ TMeasuredValue evaluate(const ValueSpec& spec, const Scene& scene, int shift) {
                              shape(0).ellipse);
         case ValueKind::kX:
         case ValueKind::kY:
-            return coordinateOf(scene, spec.inPart, spec.kind == ValueKind::kX ? 0 : 1, shift);
+            return coordinateOf(scene, asked.inPart, asked.kind == ValueKind::kX ? 0 : 1, shift);
         case ValueKind::kLength:
             return shape(0).length;
         case ValueKind::kWidth:
             return shape(0).width;
         case ValueKind::kDistance:
-            return distanceOf(shape(0), shape(1), spec.section);
+            return distanceOf(shape(0), shape(1), asked.section);
         case ValueKind::kGap:
             return gap(shape(0).circle, shape(1).circle);
         case ValueKind::kAngle:
-            return spec.of.size() == 1 ? directionOf(scene, spec.inPart, shift)
-                                       : angle(shape(0).line, shape(1).line);
+            return asked.of.size() == 1 ? directionOf(scene, asked.inPart, shift)
+                                        : angle(shape(0).line, shape(1).line);
         case ValueKind::kParallelism:
             return parallelism(shape(0).line, shape(1).line);
         case ValueKind::kPerpendicularity:
@@ -152,28 +152,28 @@ TMeasuredValue evaluate(const ValueSpec& spec, const Scene& scene, int shift) {
         case ValueKind::kConcentricity:
             return concentricity(shape(0).circle, shape(1).circle);
         default:
-            return ofPose(spec.kind, scene, shift);
+            return ofPose(asked.kind, scene, shift);
     }
 }
 
 // Why the value can't be told; empty where it can.
-std::string obstacle(const ValueSpec& spec, const RecipeData& recipe, const Place& place,
+std::string obstacle(const ValueSpec& asked, const RecipeData& recipe, const Place& place,
                      const std::vector<MeasuredFeature>& features) {
-    for (const int i : spec.of) {
+    for (const int i : asked.of) {
         const MeasuredFeature& feature = features[static_cast<std::size_t>(i)];
         const std::string name = "\"" + recipe.features[static_cast<std::size_t>(i)].name + "\" ";
         if (!feature.measured) return name + "was not measured: " + feature.problem;
-        if (!feature.in(spec.inMillimetres).valid)
-            return name + "was not measured: " + feature.in(spec.inMillimetres).problem;
+        if (!feature.in(asked.inMillimetres).valid)
+            return name + "was not measured: " + feature.in(asked.inMillimetres).problem;
     }
-    const bool isFramed = hasFrame(spec.kind, spec.of.size()) && spec.inPart;
-    if (!isFramed && !isOfPart(spec.kind)) return "";
-    if (spec.inMillimetres && !place.hasMillimetres) return "the part lies off the calibrated plane";
+    const bool isFramed = hasFrame(asked.kind, asked.of.size()) && asked.inPart;
+    if (!isFramed && !isOfPart(asked.kind)) return "";
+    if (asked.inMillimetres && !place.hasMillimetres) return "the part lies off the calibrated plane";
     const bool anyPlace = std::isfinite(place.told.deviationX) && std::isfinite(place.told.deviationY);
     const bool anyAngle = std::isfinite(place.told.deviationAngle);
-    const bool wantsPlace = spec.kind != ValueKind::kPartAngle && spec.kind != ValueKind::kAngle &&
-                            spec.kind != ValueKind::kScore && spec.kind != ValueKind::kPartScale;
-    const bool wantsAngle = isFramed || spec.kind == ValueKind::kPartAngle;
+    const bool wantsPlace = asked.kind != ValueKind::kPartAngle && asked.kind != ValueKind::kAngle &&
+                            asked.kind != ValueKind::kScore && asked.kind != ValueKind::kPartScale;
+    const bool wantsAngle = isFramed || asked.kind == ValueKind::kPartAngle;
     if (wantsPlace && !anyPlace) return "the part's outline can't tell its place";
     if (wantsAngle && !anyAngle) return "the part's outline can't tell its angle";
     return "";
@@ -184,12 +184,12 @@ double turnOf(ValueKind kind) {
 }
 
 // The variance that the calibration's covariance makes.
-double calibrationVariance(const ValueSpec& spec, const Scene& scene, int shifts, double value) {
+double calibrationVariance(const ValueSpec& asked, const Scene& scene, int shifts, double value) {
     double variance = 0.0;
     for (int k = 0; k < shifts; ++k) {
-        const TMeasuredValue by = evaluate(spec, scene, k);
+        const TMeasuredValue by = evaluate(asked, scene, k);
         if (!by.valid()) continue;  // so near a border that the value itself hardly is told
-        const double turn = turnOf(spec.kind);
+        const double turn = turnOf(asked.kind);
         const double change = by.value - value;
         variance += squared(turn > 0.0 ? std::remainder(change, turn) : change);
     }
@@ -197,13 +197,13 @@ double calibrationVariance(const ValueSpec& spec, const Scene& scene, int shifts
 }
 
 // Angles come round: the one that is nearest to what the value should be.
-double unwrapped(const ValueSpec& spec, double value) {
-    if (spec.kind == ValueKind::kAngle && spec.of.size() == 2) return value;
-    const TTolerance& limits = spec.target.tolerance;
+double unwrapped(const ValueSpec& asked, double value) {
+    if (asked.kind == ValueKind::kAngle && asked.of.size() == 2) return value;
+    const TTolerance& limits = asked.target.tolerance;
     const bool bothLimits = std::isfinite(limits.lower) && std::isfinite(limits.upper);
-    if (turnOf(spec.kind) == 0.0 || !(spec.target.hasNominal || bothLimits)) return value;
-    const double middle = bothLimits ? (limits.lower + limits.upper) / 2.0 : spec.target.nominal;
-    return middle + std::remainder(value - middle, turnOf(spec.kind));
+    if (turnOf(asked.kind) == 0.0 || !(asked.target.hasNominal || bothLimits)) return value;
+    const double middle = bothLimits ? (limits.lower + limits.upper) / 2.0 : asked.target.nominal;
+    return middle + std::remainder(value - middle, turnOf(asked.kind));
 }
 
 // Without a calibration: of what the recipe measured itself.
@@ -211,9 +211,9 @@ TMeasuredValue scoreOf(const Place& place) { return told(place.told.score, 0.0, 
 
 bool isForm(ValueKind kind) { return kind == ValueKind::kRoundness || kind == ValueKind::kStraightness; }
 
-void judgeValue(const ValueSpec& spec, double confidence, TRecipeValue& value) {
+void judgeValue(const ValueSpec& asked, double confidence, TRecipeValue& value) {
     const TJudgement judgement =
-        judge(value.value, value.deviation, value.degreesOfFreedom, spec.target.tolerance, confidence);
+        judge(value.value, value.deviation, value.degreesOfFreedom, asked.target.tolerance, confidence);
     value.verdict = judgement.verdict;
     value.conformity = judgement.conformity;
     value.guard = judgement.guard;
@@ -221,51 +221,51 @@ void judgeValue(const ValueSpec& spec, double confidence, TRecipeValue& value) {
 
 }  // namespace
 
-TRecipeValue emptyValue(const ValueSpec& spec) {
+TRecipeValue emptyValue(const ValueSpec& asked) {
     TRecipeValue value;
-    value.name = spec.target.name;
-    value.type = spec.target.type;
-    value.unit = spec.target.unit;
-    value.hasNominal = spec.target.hasNominal;
-    value.nominal = spec.target.nominal;
-    value.tolerance = spec.target.tolerance;
+    value.name = asked.target.name;
+    value.type = asked.target.type;
+    value.unit = asked.target.unit;
+    value.hasNominal = asked.target.hasNominal;
+    value.nominal = asked.target.nominal;
+    value.tolerance = asked.target.tolerance;
     value.conformity = std::numeric_limits<double>::quiet_NaN();
     return value;
 }
 
-TRecipeValue tellValue(const RecipeData& recipe, const ValueSpec& spec, const Place& place,
+TRecipeValue tellValue(const RecipeData& recipe, const ValueSpec& asked, const Place& place,
                        const std::vector<MeasuredFeature>& features) {
-    TRecipeValue value = emptyValue(spec);
-    value.problem = obstacle(spec, recipe, place, features);
+    TRecipeValue value = emptyValue(asked);
+    value.problem = obstacle(asked, recipe, place, features);
     if (!value.problem.empty()) return value;
-    const Plane* plane = spec.inMillimetres ? recipe.plane.get() : nullptr;
-    const Scene scene(spec, place, features, spec.inMillimetres);
+    const Plane* plane = asked.inMillimetres ? recipe.plane.get() : nullptr;
+    const Scene scene(asked, place, features, asked.inMillimetres);
     TMeasuredValue measured;
     double calibration = 0.0;
-    if (isForm(spec.kind)) {
-        const MeasuredFeature& feature = features[static_cast<std::size_t>(spec.of[0])];
-        measured = tellForm(spec.kind == ValueKind::kRoundness, feature, plane, calibration, value.problem);
-    } else if (spec.kind == ValueKind::kScore) {
+    if (isForm(asked.kind)) {
+        const MeasuredFeature& feature = features[static_cast<std::size_t>(asked.of[0])];
+        measured = tellForm(asked.kind == ValueKind::kRoundness, feature, plane, calibration, value.problem);
+    } else if (asked.kind == ValueKind::kScore) {
         measured = scoreOf(place);
     } else {
-        measured = evaluate(spec, scene, -1);
+        measured = evaluate(asked, scene, -1);
         if (plane != nullptr && measured.valid())
-            calibration = calibrationVariance(spec, scene, plane->shifts(), measured.value);
+            calibration = calibrationVariance(asked, scene, plane->shifts(), measured.value);
     }
     if (!measured.valid()) {
         if (value.problem.empty()) value.problem = relationStatusText(measured.status);
         return value;
     }
     const double own = squared(measured.deviation);
-    const double added = squared(spec.addedDeviation);
+    const double added = squared(asked.addedDeviation);
     value.measured = true;
-    value.value = unwrapped(spec, measured.value);
+    value.value = unwrapped(asked, measured.value);
     value.deviation = std::sqrt(own + calibration + added);
     value.calibrationDeviation = std::sqrt(calibration);
     const double freedom = freedomOf(own, measured.degreesOfFreedom, calibration,
                                      plane != nullptr ? plane->degreesOfFreedom() : kInfinite);
     value.degreesOfFreedom = freedomOf(own + calibration, freedom, added, kInfinite);
-    judgeValue(spec, recipe.confidence, value);
+    judgeValue(asked, recipe.confidence, value);
     if (value.verdict == vdNotMeasured) {
         value.measured = false;
         value.problem = "its uncertainty is not known";

@@ -10,9 +10,9 @@
 namespace orx::recipes {
 
 // With its name, unit, nominal value and limits, and not measured.
-TRecipeValue emptyValue(const ValueSpec& spec);
+TRecipeValue emptyValue(const ValueSpec& asked);
 
-TRecipeValue tellValue(const RecipeData& recipe, const ValueSpec& spec, const Place& place,
+TRecipeValue tellValue(const RecipeData& recipe, const ValueSpec& asked, const Place& place,
                        const std::vector<MeasuredFeature>& features);
 
 }  // namespace orx::recipes
