@@ -57,9 +57,11 @@ bool TImageThread::start() {
     isLost_ = false;
     failedFetches = 0;
     pace_.frameCounter = 0;
-    cameraStates.note(cameraIdx, [this](CameraFacts& facts) {
+    const bool isReady = zul::APPgetParamBool(kCameraReady);  // not as an earlier thread saw it
+    cameraStates.note(cameraIdx, [&](CameraFacts& facts) {
         facts.name = name_;
         facts.hasThread = true;
+        facts.isReady = isReady;
         facts.loss = Loss::kNone;
         facts.hasReturned = false;
     });
