@@ -125,6 +125,31 @@ TEST_F(BatchProgram, UnreadableFilesAreRecordedAndEndNothing) {
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("the file is empty"));
 }
 
+// Decoders fill what is missing of a JPEG file, so that it would pass.
+TEST_F(BatchProgram, CutJpegFilesAreNotMeasured) {
+    const cv::Mat disk = cv::imread(writeRadius("disk.png", 30), cv::IMREAD_GRAYSCALE);
+    std::vector<uchar> bytes;
+    cv::imencode(".jpg", disk, bytes, {cv::IMWRITE_JPEG_QUALITY, 95, cv::IMWRITE_JPEG_RST_INTERVAL, 2});
+    const std::string whole(bytes.begin(), bytes.end());
+    // A comment with an end of file within, and padding behind the end, which some cameras write.
+    const std::string comment("\xFF\xFE\x00\x06\xFF\xD9\xFF\xD9", 8);
+    const std::string padded = whole.substr(0, 2) + comment + whole.substr(2) + std::string(9, '\0');
+    test::writeBytes(path("in/a.jpg"), padded);
+    test::writeBytes(path("in/b.jpg"), padded.substr(0, padded.size() - 10));
+    test::writeBytes(path("in/c.jpg"), whole.substr(0, whole.size() - 40));
+    test::writeBytes(path("in/d.jpg"), whole.substr(0, 23));
+    cv::imencode(".jpg", disk, bytes, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
+    test::writeBytes(path("in/e.jpg"), std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(run(arguments({path("in")})).exitCode, 1);
+    const auto lines = results();
+    ASSERT_EQ(lines.size(), 5U);
+    for (const int i : {0, 4}) EXPECT_EQ(lines[static_cast<std::size_t>(i)]["verdict"].asString(), "pass");
+    for (const int i : {1, 2, 3}) {
+        EXPECT_EQ(lines[static_cast<std::size_t>(i)]["verdict"].asString(), "not measured");
+        EXPECT_THAT(lines[static_cast<std::size_t>(i)]["problem"].asString(), HasSubstr("cut off"));
+    }
+}
+
 TEST_F(BatchProgram, ARerunGoesOnWhereItStopped) {
     for (const char* name : {"in/a.png", "in/b.png", "in/c.png"}) writeRadius(name, 30);
     ASSERT_EQ(run(arguments({path("in")})).exitCode, 0);
