@@ -64,8 +64,12 @@ bool RecipeRun::prepareFolder() {
     return false;
 }
 
-bool RecipeRun::claimFolder(std::string& problem) const {
+bool RecipeRun::claimFolder(std::string& problem) {
     if (!OutputFolder(folder_).create(problem)) return false;
+    if (!lock_.take(folder_)) {
+        problem = "another run writes there";
+        return false;
+    }
     const EarlierRun earlier(folder_);
     if (batch_.again) earlier.forget(recipe_);
     if (!earlier.claim(fingerprintOf(recipe_, fs::u8path(batch_.recipe)), problem)) return false;
