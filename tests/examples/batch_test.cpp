@@ -195,6 +195,33 @@ TEST_F(BatchProgram, ARerunGoesOnWhereItStopped) {
     EXPECT_FALSE(fs::exists(path("out/" + lines[2]["annotated"].asString()))) << "it is forgotten, too";
 }
 
+// A folder in the way stands for a disk that takes no sheet more.
+TEST_F(BatchProgram, ASheetThatCantBeWrittenEndsTheRunAndTheNextOneMakesIt) {
+    for (const char* name : {"in/a.png", "in/b.png", "in/c.png"}) writeRadius(name, 30);
+    const auto wanted = arguments({path("in"), "--annotate", "all"});
+    ASSERT_EQ(run(wanted).exitCode, 0);
+    const std::string sheet = path("out/" + results()[1]["annotated"].asString());
+    fs::remove(sheet);
+    fs::remove(path("out/results.jsonl"));
+    fs::remove(path("out/report.html"));
+    fs::create_directories(sheet + "/in the way");
+    fs::create_directories(path("out/report.html/in the way"));
+    Outcome outcome = run(wanted);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(fs::path(sheet).filename().string() + " can't be written"));
+    EXPECT_THAT(outcome.errors, HasSubstr("report.html can't be written"));
+    EXPECT_THAT(outcome.output, Not(HasSubstr("report   ")));
+    EXPECT_EQ(results().size(), 1U);
+    fs::remove_all(sheet);
+    fs::remove_all(path("out/report.html"));
+    outcome = run(wanted);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.output, HasSubstr("going on after 1 picture"));
+    EXPECT_THAT(outcome.output, HasSubstr("report   "));
+    EXPECT_EQ(results().size(), 3U);
+    EXPECT_TRUE(fs::is_regular_file(sheet));
+}
+
 TEST_F(BatchProgram, FoldersAreSearchedWithoutWhatWasWritten) {
     fs::create_directories(path("in/sub/deep"));
     writeRadius("in/b.png", 30);

@@ -57,7 +57,8 @@ class RecipeRun {
     bool readTruth();
     bool claimFolder(std::string& problem);
     void printStatistics() const;
-    void writeOut(const std::filesystem::path& file, const std::string& text);
+    // False, and told, where that fails.
+    bool writeOut(const std::filesystem::path& file, const std::string& text);
 
     const BatchOptions& batch_;
     std::ostream& out_;
