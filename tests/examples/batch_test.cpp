@@ -123,6 +123,20 @@ TEST_F(BatchProgram, UnreadableFilesAreRecordedAndEndNothing) {
     EXPECT_EQ(statistics()["verdicts"]["not measured"].asInt(), 3);
     EXPECT_EQ(statistics()["values"][0]["count"].asInt(), 2);
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("the file is empty"));
+
+    // They are tried again, though nothing tells of a change, and what is not given any more is forgotten.
+    fs::remove(path("in/c.png"));
+    fs::create_directory(path("in/c.png"));
+    writeRadius("good.png", 30);
+    fs::resize_file(path("in/b.png"), fs::file_size(path("good.png")));
+    const auto changed = fs::last_write_time(path("in/b.png"));
+    ASSERT_EQ(run(arguments({path("in")})).exitCode, 1);
+    test::writeBytes(path("in/b.png"), textOf(path("good.png")));
+    fs::last_write_time(path("in/b.png"), changed);
+    const Outcome again = run(arguments({path("in")}));
+    EXPECT_EQ(again.exitCode, 0) << again.errors;
+    EXPECT_THAT(again.output, HasSubstr("going on after 2 pictures"));
+    EXPECT_THAT(again.output, HasSubstr("3 pictures: 3 pass"));
 }
 
 // Decoders fill what is missing of a JPEG file, so that it would pass.
