@@ -131,8 +131,13 @@ int store(const Options& options, const std::vector<calibration::Photograph>& ph
                                                        static_cast<std::size_t>(options.plane.planeView));
     if (!host::writePicture(fs::u8path(residuals), drawing)) return fail("can't write", residuals);
     int written = 0;
-    for (const calibration::Photograph& photograph : photographs)
-        written += result.lens && writeUndistorted(photograph.file, options.out, result) ? 1 : 0;
+    for (const calibration::Photograph& photograph : photographs) {
+        // Others may be of another camera, or of another size.
+        if (!result.lens || !photograph.view.found) continue;
+        if (!writeUndistorted(photograph.file, options.out, result))
+            return fail("can't write, without its distortion", photograph.file);
+        ++written;
+    }
     std::printf("%s written and read back, residuals in %s, %d undistorted pictures in %s\n", file.c_str(),
                 residuals.c_str(), written, options.out.c_str());
     return 0;

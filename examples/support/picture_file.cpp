@@ -22,7 +22,10 @@ bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     stream.close();
-    return !stream.fail();
+    if (!stream.fail()) return true;
+    std::error_code ignored;  // half a picture helps nobody
+    if (std::filesystem::is_regular_file(file, ignored)) std::filesystem::remove(file, ignored);
+    return false;
 }
 
 }  // namespace host

@@ -1,6 +1,9 @@
 // What a batch meets on POSIX: signals, and a disk that takes no more.
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <set>
 
@@ -92,6 +95,21 @@ TEST_F(LongBatch, AFullDiskIsToldAndWhatWasWrittenIsKept) {
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("The run ended early"));
     EXPECT_EQ(finish().exitCode, 0);
     expectAllOnceInOrder();
+}
+
+// Lines of two runs would mix.
+TEST_F(BatchProgram, OneRunAtATimeWritesIntoAFolder) {
+    const std::vector<std::string> wanted = arguments({writeRadius("in/a.png", 30), "--again"});
+    ASSERT_EQ(run(wanted).exitCode, 0);
+    const std::string before = textOf(path("out/results.jsonl"));
+    const int other = open(path("out").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0) << "the first run has let it go";
+    const Outcome outcome = run(wanted);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("another run writes there"));
+    EXPECT_EQ(textOf(path("out/results.jsonl")), before);
+    close(other);
+    EXPECT_EQ(run(wanted).exitCode, 0);
 }
 
 TEST_F(BatchProgram, ARecipeFromAPipeIsNotWaitedFor) {

@@ -123,6 +123,45 @@ TEST_F(BatchProgram, UnreadableFilesAreRecordedAndEndNothing) {
     EXPECT_EQ(statistics()["verdicts"]["not measured"].asInt(), 3);
     EXPECT_EQ(statistics()["values"][0]["count"].asInt(), 2);
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("the file is empty"));
+
+    // They are tried again, though nothing tells of a change, and what is not given any more is forgotten.
+    fs::remove(path("in/c.png"));
+    fs::create_directory(path("in/c.png"));
+    writeRadius("good.png", 30);
+    fs::resize_file(path("in/b.png"), fs::file_size(path("good.png")));
+    const auto changed = fs::last_write_time(path("in/b.png"));
+    ASSERT_EQ(run(arguments({path("in")})).exitCode, 1);
+    test::writeBytes(path("in/b.png"), textOf(path("good.png")));
+    fs::last_write_time(path("in/b.png"), changed);
+    const Outcome again = run(arguments({path("in")}));
+    EXPECT_EQ(again.exitCode, 0) << again.errors;
+    EXPECT_THAT(again.output, HasSubstr("going on after 2 pictures"));
+    EXPECT_THAT(again.output, HasSubstr("3 pictures: 3 pass"));
+}
+
+// Decoders fill what is missing of a JPEG file, so that it would pass.
+TEST_F(BatchProgram, CutJpegFilesAreNotMeasured) {
+    const cv::Mat disk = cv::imread(writeRadius("disk.png", 30), cv::IMREAD_GRAYSCALE);
+    std::vector<uchar> bytes;
+    cv::imencode(".jpg", disk, bytes, {cv::IMWRITE_JPEG_QUALITY, 95, cv::IMWRITE_JPEG_RST_INTERVAL, 2});
+    const std::string whole(bytes.begin(), bytes.end());
+    // A comment with an end of file within, and padding behind the end, which some cameras write.
+    const std::string comment("\xFF\xFE\x00\x06\xFF\xD9\xFF\xD9", 8);
+    const std::string padded = whole.substr(0, 2) + comment + whole.substr(2) + std::string(9, '\0');
+    test::writeBytes(path("in/a.jpg"), padded);
+    test::writeBytes(path("in/b.jpg"), padded.substr(0, padded.size() - 10));
+    test::writeBytes(path("in/c.jpg"), whole.substr(0, whole.size() - 40));
+    test::writeBytes(path("in/d.jpg"), whole.substr(0, 23));
+    cv::imencode(".jpg", disk, bytes, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
+    test::writeBytes(path("in/e.jpg"), std::string(bytes.begin(), bytes.end()));
+    EXPECT_EQ(run(arguments({path("in")})).exitCode, 1);
+    const auto lines = results();
+    ASSERT_EQ(lines.size(), 5U);
+    for (const int i : {0, 4}) EXPECT_EQ(lines[static_cast<std::size_t>(i)]["verdict"].asString(), "pass");
+    for (const int i : {1, 2, 3}) {
+        EXPECT_EQ(lines[static_cast<std::size_t>(i)]["verdict"].asString(), "not measured");
+        EXPECT_THAT(lines[static_cast<std::size_t>(i)]["problem"].asString(), HasSubstr("cut off"));
+    }
 }
 
 TEST_F(BatchProgram, ARerunGoesOnWhereItStopped) {
@@ -168,6 +207,33 @@ TEST_F(BatchProgram, ARerunGoesOnWhereItStopped) {
     EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
     EXPECT_THAT(outcome.output, HasSubstr("4 pictures: 4 pass"));
     EXPECT_FALSE(fs::exists(path("out/" + lines[2]["annotated"].asString()))) << "it is forgotten, too";
+}
+
+// A folder in the way stands for a disk that takes no sheet more.
+TEST_F(BatchProgram, ASheetThatCantBeWrittenEndsTheRunAndTheNextOneMakesIt) {
+    for (const char* name : {"in/a.png", "in/b.png", "in/c.png"}) writeRadius(name, 30);
+    const auto wanted = arguments({path("in"), "--annotate", "all"});
+    ASSERT_EQ(run(wanted).exitCode, 0);
+    const std::string sheet = path("out/" + results()[1]["annotated"].asString());
+    fs::remove(sheet);
+    fs::remove(path("out/results.jsonl"));
+    fs::remove(path("out/report.html"));
+    fs::create_directories(sheet + "/in the way");
+    fs::create_directories(path("out/report.html/in the way"));
+    Outcome outcome = run(wanted);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr(fs::path(sheet).filename().string() + " can't be written"));
+    EXPECT_THAT(outcome.errors, HasSubstr("report.html can't be written"));
+    EXPECT_THAT(outcome.output, Not(HasSubstr("report   ")));
+    EXPECT_EQ(results().size(), 1U);
+    fs::remove_all(sheet);
+    fs::remove_all(path("out/report.html"));
+    outcome = run(wanted);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.output, HasSubstr("going on after 1 picture"));
+    EXPECT_THAT(outcome.output, HasSubstr("report   "));
+    EXPECT_EQ(results().size(), 3U);
+    EXPECT_TRUE(fs::is_regular_file(sheet));
 }
 
 TEST_F(BatchProgram, FoldersAreSearchedWithoutWhatWasWritten) {

@@ -85,12 +85,12 @@ class Batch {
 
     bool keep(const MeasuredPicture& measured, std::int64_t place, Progress& progress) {
         const orx::TRecipeResult& result = measured.record.result;
+        if (!result.problem.empty() || !measured.problem.empty() || !batch_.quiet) progress.wipe();
+        // Without its line, the next run makes the sheet that could not be written.
+        if (!measured.problem.empty()) return run_.giveUp(measured.problem);
         if (!run_.writeLine(measured, place)) return false;
-        const bool isProblem = !result.problem.empty() || !measured.problem.empty();
-        if (isProblem || !batch_.quiet) progress.wipe();
         if (!result.problem.empty())
             log_ << "orx_inspection: " << measured.record.name << ": " << cleanUtf8(result.problem) << "\n";
-        if (!measured.problem.empty()) run_.tell(measured.problem);
         if (!batch_.quiet) print(measured.record);
         return run_.writeTables(measured.record);
     }

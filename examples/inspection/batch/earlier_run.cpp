@@ -113,7 +113,9 @@ bool EarlierRun::resume(const orx::TRecipe& recipe, const std::vector<PictureFil
         PictureRecord record;
         std::int64_t place = -1;
         const bool whole = !stream.eof();  // else the line's end is missing
-        kept.push_back(whole && readLine(line, recipe, record) && places.find(record, place));
+        // What gave no picture may do so now: a permission, a share or memory was missing.
+        kept.push_back(whole && readLine(line, recipe, record) && !record.result.size.empty() &&
+                       places.find(record, place));
         allKept = allKept && kept.back();
         if (kept.back()) add(record, place);
     }

@@ -29,9 +29,9 @@ class EarlierRun {
     void forget(const orx::TRecipe& recipe) const;
 
     // Calls `add` with every record that still counts and its place in `files` (-1 for pictures that are not
-    // given any more), and marks those places as done. What counts no more (files that have changed since,
-    // lines that were cut off) is taken out of the file. False, with the reason in `problem`, where that
-    // can't be written.
+    // given any more), and marks those places as done. What counts no more (files that have changed since
+    // or could not be read, lines that were cut off) is taken out of the file. False, with the reason in
+    // `problem`, where that can't be written.
     using Add = std::function<void(const PictureRecord& record, std::int64_t place)>;
     bool resume(const orx::TRecipe& recipe, const std::vector<PictureFile>& files, std::vector<bool>& done,
                 const Add& add, std::string& problem) const;

@@ -36,6 +36,11 @@ double numberIn(const Json::Value& object, const char* name) {
     return value.isNumeric() ? value.asDouble() : std::numeric_limits<double>::quiet_NaN();
 }
 
+int wholeIn(const Json::Value& object, const char* name) {
+    const Json::Value& value = object[name];
+    return value.isInt() ? value.asInt() : 0;
+}
+
 bool readVerdict(const Json::Value& object, orx::TVerdict& verdict) {
     const std::string text = textIn(object, "verdict");
     for (int i = orx::vdPass; i <= orx::vdNoLimits; ++i) {
@@ -98,6 +103,7 @@ bool readLine(const std::string& line, const orx::TRecipe& recipe, PictureRecord
     record.name = textIn(root, "picture");
     if (!readFile(root["file"], record) || !readVerdict(root, record.result.verdict)) return false;
     record.result.problem = textIn(root, "problem");
+    record.result.size = {wholeIn(root, "width"), wholeIn(root, "height")};
     const std::string annotated = textIn(root, "annotated");
     const std::string folder = std::string(kPicturesFolder) + "/";
     if (annotated.compare(0, folder.size(), folder) == 0 && isPlainName(annotated.substr(folder.size())))

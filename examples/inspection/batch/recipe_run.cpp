@@ -64,8 +64,12 @@ bool RecipeRun::prepareFolder() {
     return false;
 }
 
-bool RecipeRun::claimFolder(std::string& problem) const {
+bool RecipeRun::claimFolder(std::string& problem) {
     if (!OutputFolder(folder_).create(problem)) return false;
+    if (!lock_.take(folder_)) {
+        problem = "another run writes there";
+        return false;
+    }
     const EarlierRun earlier(folder_);
     if (batch_.again) earlier.forget(recipe_);
     if (!earlier.claim(fingerprintOf(recipe_, fs::u8path(batch_.recipe)), problem)) return false;
@@ -111,14 +115,14 @@ bool RecipeRun::writeTables(const PictureRecord& record) {
 void RecipeRun::finish() {
     if (!sqlite_.close()) giveUp(sqlite_.problem());
     const fs::path report = folder_ / "report.html";
-    writeOut(report, batchReportHtml(recipe_, summary_, notes_, folder_));
+    const bool hasReport = writeOut(report, batchReportHtml(recipe_, summary_, notes_, folder_));
     writeOut(folder_ / "statistics.json", summaryJson(recipe_, summary_));
     if (batch_.quiet) return;
     out_ << "\n" << summary_.text() << "\n";
     if (!notes_.rate.empty()) out_ << notes_.rate << "\n";
     printStatistics();
     if (summary_.truth() != nullptr) printTruth(out_, recipe_, *summary_.truth());
-    out_ << "report   " << displayName(report) << "\n";
+    if (hasReport) out_ << "report   " << displayName(report) << "\n";
 }
 
 void RecipeRun::printStatistics() const {
@@ -138,16 +142,17 @@ void RecipeRun::printStatistics() const {
     }
 }
 
-void RecipeRun::writeOut(const fs::path& file, const std::string& text) {
+bool RecipeRun::writeOut(const fs::path& file, const std::string& text) {
     // On a full disk, the report of an earlier run is better than half a new one.
     fs::path newFile = file;
     newFile += ".new";
     std::error_code failure;
     const bool written = writeFile(newFile, text);
     if (written) fs::rename(newFile, file, failure);
-    if (written && !failure) return;
+    if (written && !failure) return true;
     fs::remove(newFile, failure);
     tell(displayName(file) + " can't be written");
+    return false;
 }
 
 }  // namespace inspection

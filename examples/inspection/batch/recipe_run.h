@@ -13,6 +13,7 @@
 #include "inspection/batch/measured_picture.h"
 #include "inspection/batch/run_summary.h"
 #include "inspection/batch/sqlite_file.h"
+#include "inspection/run/folder_lock.h"
 #include "inspection/run/options.h"
 
 namespace inspection {
@@ -54,14 +55,16 @@ class RecipeRun {
 
   private:
     bool readTruth();
-    bool claimFolder(std::string& problem) const;
+    bool claimFolder(std::string& problem);
     void printStatistics() const;
-    void writeOut(const std::filesystem::path& file, const std::string& text);
+    // False, and told, where that fails.
+    bool writeOut(const std::filesystem::path& file, const std::string& text);
 
     const BatchOptions& batch_;
     std::ostream& out_;
     std::ostream& log_;
     const std::filesystem::path folder_;
+    FolderLock lock_;
     const orx::TRecipe recipe_;
     RunSummary summary_;
     ReportNotes notes_;

@@ -49,6 +49,28 @@ std::string problemOf(const fs::path& path) {
     return "";
 }
 
+// A JPEG file without its end, whose missing rows decoders make up. Markers and segments: ITU-T T.81, annex
+// B.
+bool isCutJpeg(const std::vector<uchar>& bytes) {
+    if (bytes.size() < 3 || bytes[0] != 0xFF || bytes[1] != 0xD8 || bytes[2] != 0xFF) return false;
+    std::size_t i = 2;
+    while (i + 1 < bytes.size()) {
+        const unsigned marker = bytes[i + 1];
+        if (bytes[i] != 0xFF || marker == 0xFF) {  // coded data, or a byte that fills
+            ++i;
+        } else if (marker == 0xD9) {
+            return false;
+        } else if (marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8)) {  // stands alone
+            i += 2;
+        } else if (i + 3 < bytes.size()) {  // what a segment holds, such as a thumbnail, is no marker
+            i += std::size_t{2} + (static_cast<std::size_t>(bytes[i + 2]) << 8U) + bytes[i + 3];
+        } else {
+            break;
+        }
+    }
+    return true;
+}
+
 cv::Mat decode(const std::vector<uchar>& bytes, int flags, std::string& problem) {
     try {
         cv::Mat grey = cv::imdecode(bytes, flags);
@@ -84,6 +106,10 @@ cv::Mat read(const fs::path& path, int flags, std::string& problem) {
     const std::vector<uchar> bytes = bytesOf(file);
     if (bytes.empty()) {
         problem = "the file is empty";
+        return {};
+    }
+    if (isCutJpeg(bytes)) {
+        problem = "cut off: the end of the file is missing";
         return {};
     }
     return decode(bytes, flags, problem);
