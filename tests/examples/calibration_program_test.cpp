@@ -56,6 +56,7 @@ TEST_F(CalibrationProgram, PicturesAreFreedFromDistortionWhereTheTargetWasSeen) 
 // Folders in the way stand for a disk that takes no more.
 TEST_F(CalibrationProgram, WhatCantBeWrittenIsToldByTheExitCode) {
     for (const std::string name : {"view3-undistorted.png", "residuals.png", "camera.yml"}) {
+        fs::remove_all(path("out"));
         fs::create_directories(path("out/" + name));
         const Outcome outcome = calibrate();
         EXPECT_EQ(outcome.exitCode, 1) << name;
