@@ -106,7 +106,7 @@ TEST_F(BatchProgram, JobsAndAnnotationChangeNoResult) {
 
 TEST_F(BatchProgram, UnreadableFilesAreRecordedAndEndNothing) {
     writeRadius("in/a.png", 30);
-    test::writeBytes(path("in/b.png"), textOf(path("in/a.png")).substr(0, 60));
+    test::writeBytes(path("in/b.png"), test::bytesOf(path("in/a.png")).substr(0, 60));
     test::writeBytes(path("in/c.png"), "");
     writeRadius("in/d.png", 30);
     const Outcome outcome = run(arguments({path("in"), path("in/none.png")}));
@@ -131,7 +131,8 @@ TEST_F(BatchProgram, UnreadableFilesAreRecordedAndEndNothing) {
     fs::resize_file(path("in/b.png"), fs::file_size(path("good.png")));
     const auto changed = fs::last_write_time(path("in/b.png"));
     ASSERT_EQ(run(arguments({path("in")})).exitCode, 1);
-    test::writeBytes(path("in/b.png"), textOf(path("good.png")));
+    fs::remove(path("in/b.png"));
+    fs::copy_file(path("good.png"), path("in/b.png"));
     fs::last_write_time(path("in/b.png"), changed);
     const Outcome again = run(arguments({path("in")}));
     EXPECT_EQ(again.exitCode, 0) << again.errors;
