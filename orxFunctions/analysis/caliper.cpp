@@ -7,6 +7,7 @@
 #include "orxFunctions/analysis/caliper_profile_internal.h"
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/median_internal.h"
 
 namespace orx {
 namespace {
@@ -130,14 +131,6 @@ double angleOf(int index, const TCircleCaliperOptions& options) {
     const bool fullTurn = std::fabs(options.sweep) == 360.0;
     const int steps = std::max(1, fullTurn ? options.count : options.count - 1);
     return radians(options.startAngle + options.sweep * index / steps);
-}
-
-// 0 for none.
-double medianOf(std::vector<double> values) {
-    if (values.empty()) return 0.0;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 // Moves edges of one circle outwards by what their blur has moved them inwards.

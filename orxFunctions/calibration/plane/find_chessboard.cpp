@@ -7,6 +7,7 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/calibration/plane/saddle.h"
+#include "orxFunctions/foundation/median_internal.h"
 
 namespace orx::plane {
 namespace {
@@ -87,12 +88,6 @@ EdgeCourse courseAcross(const Grid& grid, int column, int row) {
             bendAt(grid.at(column, inner - 1), grid.at(column, inner), grid.at(column, inner + 1))};
 }
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 // Where most of the pairs of corners around let one expect it: those on both sides, and those behind one
 // another.
 cv::Point2d expected(const Grid& grid, int column, int row) {
@@ -111,7 +106,7 @@ cv::Point2d expected(const Grid& grid, int column, int row) {
         add(column - way.x, row - way.y, column - 2 * way.x, row - 2 * way.y, 2.0);
         add(column + way.x, row + way.y, column + 2 * way.x, row + 2 * way.y, 2.0);
     }
-    return {median(x), median(y)};
+    return {medianOf(x), medianOf(y)};
 }
 
 // OpenCV's corners are off by a third of a square here and there.

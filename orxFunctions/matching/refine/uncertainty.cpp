@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "orxFunctions/analysis/edges/chain_smoothing.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/median_internal.h"
 
 namespace orx::matching {
 namespace {
@@ -22,12 +24,6 @@ double omega(double z) {
     if (z >= kOutlier) return 0;
     const double t = (z - kInlier) / (kOutlier - kInlier);
     return (1 - t * t) * (1 - t * t);
-}
-
-double medianOf(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 // How much larger than stated the variance of the distances is, 1 at the least.
@@ -112,7 +108,7 @@ Weights weightsOf(const ReadyOutline& outline, const std::vector<Match>& matches
     constexpr std::size_t kFewest = 8;
     if (found.size() < kFewest) return {};
     Weights weights;
-    weights.scale = std::max(1.0, 1.4826 * medianOf(found));
+    weights.scale = std::max(1.0, 1.4826 * medianOf(std::move(found)));
     weights.values.resize(matches.size());
     for (std::size_t i = 0; i < matches.size(); ++i) {
         if (!matches[i].found) continue;

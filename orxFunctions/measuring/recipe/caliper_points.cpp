@@ -5,6 +5,7 @@
 
 #include "orxFunctions/fitting/geometric_fit.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/median_internal.h"
 
 namespace orx::recipes {
 namespace {
@@ -32,16 +33,9 @@ Calipers calipersFor(const FeatureSpec& feature, double length, int most) {
     return calipers;
 }
 
-double medianBlur(std::vector<double> blurs) {
-    if (blurs.empty()) return 0.0;
-    const auto middle = blurs.begin() + static_cast<std::ptrdiff_t>(blurs.size() / 2);
-    std::nth_element(blurs.begin(), middle, blurs.end());
-    return *middle;
-}
-
 void finish(EdgePoints& edges, const std::vector<double>& blurs) {
     edges.noise = pnNormal;
-    edges.blur = medianBlur(blurs);
+    edges.blur = medianOf(blurs);
 }
 
 // Calipers that stand around a circle of the picture.

@@ -7,6 +7,7 @@
 
 #include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/median_internal.h"
 #include "orxFunctions/measuring/edge_fit.h"
 #include "orxFunctions/measuring/recipe/curve.h"
 
@@ -258,13 +259,6 @@ class EdgeMap {
 
     cv::Mat map_;
 };
-
-double medianOf(std::vector<float> numbers) {
-    if (numbers.empty()) return 0.0;
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
-}
 
 void addShapesOf(const TMetricContour& edge, double sigma, double minLength,
                  std::vector<OutlineShape>& shapes) {
