@@ -126,24 +126,6 @@ Adjusted adjustOutlines(const std::vector<Observation>& found, const Adjust& adj
     return adjusted;
 }
 
-TPlaneCalibration calibrationFor(const Camera& camera, const Pose& pose) {
-    TPlaneCalibration calibration;
-    calibration.status = plOk;
-    calibration.camera = camera.matrix;
-    calibration.distortion = camera.distortion;
-    calibration.rotation = pose.rotation;
-    calibration.translation = pose.translation;
-    return calibration;
-}
-
-TPlaneCalibration calibrationFor(const cv::Matx33d& homography) {
-    TPlaneCalibration calibration;
-    calibration.status = plOk;
-    calibration.lens = false;
-    calibration.homography = homography;
-    return calibration;
-}
-
 // A matrix that takes small changes of the parameters to those after the plane is moved.
 using Transfer = cv::Matx<double, kPlaneParameters, kPlaneParameters>;
 
@@ -208,13 +190,13 @@ TPlaneCalibration withLens(const Gathered& gathered, const TPlaneOptions& option
         [&](const std::vector<Observation>& taken) {
             return plane::adjustCamera(taken, isFree, gathered.planeView, camera, poses);
         },
-        [&](std::size_t v) { return calibrationFor(camera, poses[v]); });
+        [&](std::size_t v) { return plane::asCalibration(camera, poses[v]); });
     if (!adjusted.settled) {
         return startRms > options.mostRms ? refused(plNotConverged, roughness(startRms))
                                           : refused(plTooFewViews, "the views leave the lens open");
     }
     TPlaneCalibration calibration =
-        calibrationFor(camera, poses[static_cast<std::size_t>(gathered.planeView)]);
+        plane::asCalibration(camera, poses[static_cast<std::size_t>(gathered.planeView)]);
     calibration.imageSize = gathered.imageSize;
     report(adjusted, found, calibration);
     std::string problem;
@@ -237,9 +219,9 @@ TPlaneCalibration withoutLens(const Gathered& gathered, const TPlaneOptions& opt
         [&](const std::vector<Observation>& taken) {
             return plane::adjustHomography(taken.front(), homography);
         },
-        [&](std::size_t) { return calibrationFor(homography); });
+        [&](std::size_t) { return plane::asCalibration(homography); });
     if (!adjusted.settled) return refused(plNotConverged, "the points leave the plane open");
-    TPlaneCalibration calibration = calibrationFor(homography);
+    TPlaneCalibration calibration = plane::asCalibration(homography);
     calibration.imageSize = gathered.imageSize;
     report(adjusted, found, calibration);
     std::string problem;
@@ -266,9 +248,9 @@ Relocated relocate(const TPlaneCalibration& lens, const Observation& observation
         [&](const std::vector<Observation>& taken) {
             return plane::adjustCamera(taken, plane::FreeLens{}, 0, result.camera, poses);
         },
-        [&](std::size_t) { return calibrationFor(result.camera, poses.front()); });
+        [&](std::size_t) { return plane::asCalibration(result.camera, poses.front()); });
     result.pose = poses.front();
-    result.calibration = calibrationFor(result.camera, result.pose);
+    result.calibration = plane::asCalibration(result.camera, result.pose);
     result.calibration.imageSize = lens.imageSize;
     return result;
 }

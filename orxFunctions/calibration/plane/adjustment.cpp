@@ -12,22 +12,6 @@ constexpr int kMostSteps = 60;
 constexpr double kSettledStep = 1e-7;  // of a parameter's own uncertainty
 constexpr int kMostHalvings = 10;
 
-TPlaneCalibration asCalibration(const Camera& camera, const Pose& pose) {
-    TPlaneCalibration calibration;
-    calibration.camera = camera.matrix;
-    calibration.distortion = camera.distortion;
-    calibration.rotation = pose.rotation;
-    calibration.translation = pose.translation;
-    return calibration;
-}
-
-TPlaneCalibration asCalibration(const cv::Matx33d& homography) {
-    TPlaneCalibration calibration;
-    calibration.lens = false;
-    calibration.homography = homography;
-    return calibration;
-}
-
 // Distances and derivatives of one view, each row times the root of its weight.
 struct Rows {
     cv::Mat derivatives;  // 2n x 15
@@ -195,6 +179,24 @@ cv::Matx<double, kPlaneParameters, kPlaneParameters> cofactorOf(const Eliminatio
 }
 
 }  // namespace
+
+TPlaneCalibration asCalibration(const Camera& camera, const Pose& pose) {
+    TPlaneCalibration calibration;
+    calibration.status = plOk;
+    calibration.camera = camera.matrix;
+    calibration.distortion = camera.distortion;
+    calibration.rotation = pose.rotation;
+    calibration.translation = pose.translation;
+    return calibration;
+}
+
+TPlaneCalibration asCalibration(const cv::Matx33d& homography) {
+    TPlaneCalibration calibration;
+    calibration.status = plOk;
+    calibration.lens = false;
+    calibration.homography = homography;
+    return calibration;
+}
 
 Adjusted adjustCamera(const std::vector<Observation>& observations, const FreeLens& isFree, int planeView,
                       Camera& camera, std::vector<Pose>& poses) {

@@ -25,6 +25,10 @@ struct Camera {
     cv::Vec<double, 5> distortion;
 };
 
+// As one that is valid, without the size of its pictures and without a covariance.
+TPlaneCalibration asCalibration(const Camera& camera, const Pose& pose);
+TPlaneCalibration asCalibration(const cv::Matx33d& homography);
+
 // What was found, and how well.
 struct Adjusted {
     bool settled = false;
