@@ -10,8 +10,6 @@
 namespace orx {
 namespace {
 
-bool isCamera(int camera) { return camera >= 0 && camera < MAXCameraNum; }
-
 std::pair<TCameraState, TCameraReason> stateOf(const CameraFacts& facts) {
     if (facts.loss == Loss::kReconnecting) return {csReconnecting, facts.lossReason};
     if (facts.loss == Loss::kLost) return {csLost, facts.lossReason};
@@ -41,7 +39,7 @@ void call(TCameraStateCallback callback, const TCameraStatus& status, void* user
 
 TCameraStatus CameraStates::status(int camera) {
     TCameraStatus status;
-    if (isCamera(camera)) {
+    if (isCameraNumber(camera)) {
         const zul::LockGuard lock(mutex_);
         status = cameras_[static_cast<std::size_t>(camera)].status;
     }
@@ -154,7 +152,7 @@ void setCameraStateCallback(TCameraStateCallback callback, void* user) {
 }
 
 bool setReconnect(int camera, const TReconnect& options) {
-    if (!isCamera(camera)) return false;
+    if (!isCameraNumber(camera)) return false;
     cameraStates.setReconnect(camera, options);
     return true;
 }

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "ZULLib/sync_internal.h"
+#include "orxFunctions/camera/camera_number_internal.h"
 #include "orxFunctions/camera/camera_state.h"
 #include "orxFunctions/camera/multi_camera.h"
 
@@ -49,7 +50,7 @@ class CameraStates {
     // host's callback may need.
     template <typename Change>
     void note(int camera, const Change& change) {
-        if (camera < 0 || camera >= MAXCameraNum) return;
+        if (!isCameraNumber(camera)) return;
         const zul::LockGuard lock(mutex_);
         Camera& known = cameras_[static_cast<std::size_t>(camera)];
         change(known.facts);

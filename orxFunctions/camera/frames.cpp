@@ -1,5 +1,6 @@
 #include "orxFunctions/camera/frames.h"
 
+#include "orxFunctions/camera/camera_number_internal.h"
 #include "orxFunctions/camera/frame_queue_internal.h"
 #include "orxFunctions/camera/image_thread_internal.h"
 
@@ -8,7 +9,7 @@ namespace {
 
 // Null for a camera that there can't be.
 FrameQueue* queueOf(int camera) {
-    return camera >= 0 && camera < MAXCameraNum ? &frameQueues[static_cast<std::size_t>(camera)] : nullptr;
+    return isCameraNumber(camera) ? &frameQueues[static_cast<std::size_t>(camera)] : nullptr;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "orxFunctions/camera/camera_messages_internal.h"
+#include "orxFunctions/camera/camera_number_internal.h"
 #include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/camera/image_thread_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
@@ -12,8 +13,6 @@ namespace orx {
 namespace {
 
 void showProblem(const char* text) { zul::APPshowMessage(text, kErrorColor); }
-
-bool isInRange(int idx) { return idx >= 0 && idx < MAXCameraNum; }
 
 void reportPause(const TImageThread& thread) {
     cameraStates.report(thread.cameraIdx, [&thread](CameraFacts& facts) {
@@ -31,7 +30,7 @@ TImageThreadManager::~TImageThreadManager() { endAtUnload(); }
 
 // Null for a slot that is out of range or was never started.
 TImageThread* TImageThreadManager::slotOf(int idx) const {
-    return isInRange(idx) ? imageThread_[static_cast<std::size_t>(idx)].load() : nullptr;
+    return isCameraNumber(idx) ? imageThread_[static_cast<std::size_t>(idx)].load() : nullptr;
 }
 
 bool TImageThreadManager::checkValid(int idx) {
@@ -72,7 +71,7 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
 
 void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx) {
     const zul::LockGuard lock(grabLifecycleMutex);
-    if (isInRange(idx) && slotOf(idx) == nullptr) {
+    if (isCameraNumber(idx) && slotOf(idx) == nullptr) {
         const auto slot = static_cast<std::size_t>(idx);
         imageThread_[slot] = new TImageThread(idx, slotMutexes[slot], frameQueues[slot]);
     }
