@@ -30,24 +30,13 @@ std::string cameraName(int camera) { return "camera" + std::to_string(camera + 1
 
 // "camera1-20260131T083000.123Z-42": the time is that of the picture's measuring, the number the camera's.
 PictureFile grabbedFile(int camera, std::int64_t number) {
-    using std::chrono::milliseconds;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const std::int64_t time = std::chrono::duration_cast<milliseconds>(now).count();
-    const auto days = static_cast<int>(time / 86400000);
-    const auto ofDay = static_cast<int>(time % 86400000);
-    // Civil date of a count of days since 1970.
-    const int shifted = days + 719468;
-    const int era = shifted / 146097;
-    const int dayOfEra = shifted - era * 146097;
-    const int yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const int dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int month = (5 * dayOfYear + 2) / 153;
-    const int day = dayOfYear - (153 * month + 2) / 5 + 1;
-    const int civilMonth = month < 10 ? month + 3 : month - 9;
-    const int year = yearOfEra + era * 400 + (civilMonth <= 2 ? 1 : 0);
-    char text[64];
-    std::snprintf(text, sizeof text, "-%04d%02d%02dT%02d%02d%02d.%03dZ-", year, civilMonth, day,
-                  ofDay / 3600000, ofDay / 60000 % 60, ofDay / 1000 % 60, ofDay % 1000);
+    const auto now =
+        std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    const std::int64_t time = now.time_since_epoch().count();
+    const std::time_t second = std::chrono::system_clock::to_time_t(now);
+    char text[32];
+    const std::size_t length = std::strftime(text, sizeof text, "-%Y%m%dT%H%M%S", std::gmtime(&second));
+    std::snprintf(text + length, sizeof text - length, ".%03dZ-", static_cast<int>(time % 1000));
     PictureFile file;
     file.name = cameraName(camera) + text + std::to_string(number);
     file.path = fs::u8path(file.name + ".png");
@@ -196,17 +185,15 @@ class Live {
         for (int i = 0; i < rig_.cameras(); ++i) {
             const CameraCount grabbed = rig_.count(i);
             const LiveCount& count = counts_[static_cast<std::size_t>(i)];
-            std::vector<std::string> row = {
-                std::to_string(i + 1),
-                std::to_string(rig_.size(i).width) + "x" + std::to_string(rig_.size(i).height),
-                fixedText(grabbed.rate(), 1), std::to_string(grabbed.delivered),
-                std::to_string(count.measured())};
+            std::vector<std::string> row = {std::to_string(i + 1), rig_.size(i), fixedText(grabbed.rate(), 1),
+                                            std::to_string(grabbed.delivered),
+                                            std::to_string(count.measured())};
             for (const orx::TVerdict verdict :
                  {orx::vdPass, orx::vdFail, orx::vdUndecided, orx::vdNotMeasured})
                 row.push_back(std::to_string(count.of(verdict)));
             row.push_back(std::to_string(grabbed.dropped));
             row.push_back(std::to_string(orx::imgThreadManager.getFailedFetches(i)));
-            row.push_back(std::isnan(rig_.lost(i)) ? "-" : fixedText(rig_.lost(i), 0));
+            row.push_back(rig_.lost(i));
             rows.push_back(row);
             if (count.measured() == 0) run_.tell(cameraName(i) + ": no picture came");
             run_.notes().lines.push_back(lineOf(i) + ".");

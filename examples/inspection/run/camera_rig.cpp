@@ -1,5 +1,8 @@
 #include "inspection/run/camera_rig.h"
 
+#include <cmath>
+
+#include "inspection/report/table.h"
 #include "inspection/report/utf8.h"
 #include "orxFunctions/vision_driver.h"
 
@@ -53,6 +56,16 @@ void CameraRig::close() {
     cams_.DestoryCamera();
     cams_.freeDll();
     showMessages();
+}
+
+std::string CameraRig::size(int camera) const {
+    const cv::Size size = sizes_[static_cast<std::size_t>(camera)];
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+std::string CameraRig::lost(int camera) const {
+    const float lost = lost_[static_cast<std::size_t>(camera)];
+    return std::isnan(lost) ? "-" : fixedText(lost, 0);
 }
 
 void CameraRig::showMessages() {

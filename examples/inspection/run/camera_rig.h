@@ -4,6 +4,7 @@
 
 #include <opencv2/core.hpp>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "inspection/run/camera_feed.h"
@@ -31,8 +32,9 @@ class CameraRig {
 
     int cameras() const { return options_.cameras; }
     CameraCount count(int camera) const { return feed_.count(camera); }
-    cv::Size size(int camera) const { return sizes_[static_cast<std::size_t>(camera)]; }
-    float lost(int camera) const { return lost_[static_cast<std::size_t>(camera)]; }  // NaN: not known
+    // As reports tell them: "640x480"; frames lost on the way, "-" where that is not known.
+    std::string size(int camera) const;
+    std::string lost(int camera) const;
 
   private:
     void reconnect();

@@ -100,12 +100,10 @@ class CameraSession {
             const auto slot = static_cast<std::size_t>(i);
             const CameraCount count = rig_.count(i);
             const LastPicture& last = last_[slot];
-            rows.push_back({std::to_string(i + 1),
-                            std::to_string(rig_.size(i).width) + "x" + std::to_string(rig_.size(i).height),
-                            fixedText(count.rate(), 1), std::to_string(count.delivered),
-                            std::to_string(last.measured), std::to_string(count.dropped),
-                            std::to_string(orx::imgThreadManager.getFailedFetches(i)),
-                            std::isnan(rig_.lost(i)) ? "-" : fixedText(rig_.lost(i), 0),
+            rows.push_back({std::to_string(i + 1), rig_.size(i), fixedText(count.rate(), 1),
+                            std::to_string(count.delivered), std::to_string(last.measured),
+                            std::to_string(count.dropped),
+                            std::to_string(orx::imgThreadManager.getFailedFetches(i)), rig_.lost(i),
                             std::to_string(last.features.size())});
             isComplete = writePicture(i, last, pictures) && isComplete;
         }
