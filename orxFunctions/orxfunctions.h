@@ -5,7 +5,7 @@
 // pixel at (0, 0); angles are degrees unless a function says radians.
 //
 // Nothing here throws for bad input: it gives false, -1, an empty matrix or an invalid record, as each
-// function states. But for these, whose headers say what brings it about:
+// function states, and lastRefusal() says why. But for these, whose headers say what brings it about:
 //
 //     EdgesSubPix             analysis/subpixel_edges.h       OpenCV's exceptions pass
 //     calcEdgeThresVal        analysis/subpixel_edges.h       OpenCV's exceptions pass
@@ -18,9 +18,10 @@
 // Where to begin: edgesSubPixMetric (analysis/subpixel_edges_metric.h) finds edges between the pixels,
 // fitCircleGeometric and fitLineGeometric (fitting/geometric_fit.h) measure shapes in them and say how well
 // they are known, teachPart and findParts (matching/part_model.h, part_finder.h) find parts at any place and
-// angle, getThresholdValue (analysis/threshold.h) finds a grey level, APPgetMessage
-// (foundation/host_bridge.h) says what went wrong. docs/measuring.md leads from edges to a diameter,
-// docs/parts.md from a part to its places.
+// angle, getThresholdValue (analysis/threshold.h) finds a grey level, lastRefusal
+// (foundation/refusal.h) tells why a call was refused, and APPgetMessage (foundation/host_bridge.h) what the
+// user should know. docs/measuring.md leads from edges to a diameter, docs/parts.md from a part to its
+// places.
 //
 // Thread words used in these headers. Reentrant: may run on several threads at once on different data.
 // Thread-safe: may run on several threads at once on the same object. One thread at a time: the caller
@@ -91,6 +92,7 @@
 #include "orxFunctions/foundation/quadrilateral.h"
 #include "orxFunctions/foundation/records.h"
 #include "orxFunctions/foundation/rect.h"
+#include "orxFunctions/foundation/refusal.h"
 #include "orxFunctions/foundation/registry.h"
 #include "orxFunctions/foundation/stopwatch.h"
 #include "orxFunctions/foundation/text.h"

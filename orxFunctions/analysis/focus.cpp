@@ -3,6 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace AutoFocus {
 namespace {
@@ -33,19 +34,19 @@ int derivativeDepth(const cv::Mat& grey) { return grey.depth() == CV_8U ? CV_16S
 }  // namespace
 
 double calcGrayDifference(const cv::Mat& img) {
-    if (!orx::isPicture(img)) return kNoImage;
+    if (!orx::takesPicture(img, "calcGrayDifference")) return kNoImage;
     const cv::Mat grey = orx::greyOf(img);
     return differences(grey, 1, cv::NORM_L1) / pixelCount(grey) / orx::levelUnit(grey);
 }
 
 double calcBrenner(const cv::Mat& img) {
-    if (!orx::isPicture(img)) return kNoImage;
+    if (!orx::takesPicture(img, "calcBrenner")) return kNoImage;
     const cv::Mat grey = orx::greyOf(img);
     return differences(grey, 2, cv::NORM_L2SQR) / pixelCount(grey) / squared(orx::levelUnit(grey));
 }
 
 double calcTenengrad(const cv::Mat& img) {
-    if (!orx::isPicture(img)) return kNoImage;
+    if (!orx::takesPicture(img, "calcTenengrad")) return kNoImage;
     const cv::Mat grey = orx::greyOf(img);
     cv::Mat derivative;
     double sum = 0;
@@ -57,7 +58,7 @@ double calcTenengrad(const cv::Mat& img) {
 }
 
 double calcLaplacianVariance(const cv::Mat& img) {
-    if (!orx::isPicture(img)) return kNoImage;
+    if (!orx::takesPicture(img, "calcLaplacianVariance")) return kNoImage;
     const cv::Mat grey = orx::greyOf(img);
     cv::Mat laplacian;
     cv::Laplacian(grey, laplacian, derivativeDepth(grey), 1, 1, 0, kBorder);

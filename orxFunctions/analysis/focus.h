@@ -6,8 +6,10 @@
 //
 // Grey levels are those of 8-bit images; 16-bit levels are divided by 257 (without rounding), so that the
 // scale does not change with the depth. Colour is weighted to grey as in toGray (analysis/colour.h). A single
-// pixel, and any image of one level, gives 0. -1.0 for what is no image: no pixels, more than two dimensions,
-// another depth than 8 or 16 bits unsigned, more than 4 channels. All functions are reentrant.
+// pixel, and any image of one level, gives 0. All functions are reentrant.
+//
+// -1.0 for what is no image: no pixels (rcEmptyImage), more than two dimensions (rcImageDimensions), another
+// depth than 8 or 16 bits unsigned or more than 4 channels (rcImageType).
 #ifndef ORXFUNCTIONS_ANALYSIS_FOCUS_H
 #define ORXFUNCTIONS_ANALYSIS_FOCUS_H
 

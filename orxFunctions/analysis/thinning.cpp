@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -162,7 +162,9 @@ class Thinner {
 }  // namespace
 
 bool thinning(const cv::Mat& src, cv::Mat& dst, TThinningMethod method) {
-    if (!isByteImage(src) || (method != tnZhangSuen && method != tnGuoHall)) return false;
+    if (!takesBytes(src, "thinning")) return false;
+    if (method != tnZhangSuen && method != tnGuoHall)
+        return refuse(rcOption, "thinning", "there is no method %d", static_cast<int>(method));
     Thinner thinner(src, method == tnGuoHall ? kGuoHall : kZhangSuen);
     thinner.run();
     dst = thinner.result();

@@ -21,8 +21,9 @@ enum TThinningMethod : int {
 // Thins every object until nothing changes. The result has 255 on the lines and 0 elsewhere.
 //
 // Images are 8-bit, one channel; every pixel that is not 0 belongs to an object, and beyond the border lies
-// background. `dst` may be `src`. False, and `dst` untouched, for anything else (no pixels, colour, 16 bits,
-// more dimensions) and for an unknown method. A single pixel stays.
+// background. `dst` may be `src`. A single pixel stays. False, and `dst` untouched, for no pixels
+// (rcEmptyImage), colour or 16 bits (rcImageType), more dimensions (rcImageDimensions) and an unknown method
+// (rcOption).
 //
 // The answer is that of the published passes over the whole image. It is found by testing, in each pass, only
 // those pixels whose surroundings have changed since their last test, and each with one look into a table of
