@@ -130,4 +130,62 @@ TEST(Promise, NoOtherSourceThrowsOrEndsTheProcess) {
     EXPECT_EQ(found, (Names{"picture_view.cpp", "pose.cpp", "zeros.h"}));
 }
 
+// A code and the public function that refuses with it, as the sources name them: refuse(rcX, "f" and the
+// checks of images, which stand for three codes.
+using Refusals = std::set<std::pair<std::string, std::string>>;
+
+Refusals refusalsOf(const std::string& source) {
+    Refusals found;
+    static const std::regex kRefuse(R"rx(refuse\(\s*(?:orx::)?(rc[A-Z]\w*),\s*"(~?\w+)")rx");
+    static const std::regex kTakes(R"rx(takes(Image|Bytes|Picture)\([^;]*?,\s*"(~?\w+)"\))rx");
+    const std::sregex_iterator end;
+    for (std::sregex_iterator at(source.begin(), source.end(), kRefuse); at != end; ++at)
+        found.insert({(*at)[1], (*at)[2]});
+    for (std::sregex_iterator at(source.begin(), source.end(), kTakes); at != end; ++at) {
+        found.insert({"rcEmptyImage", (*at)[2]});
+        found.insert({"rcImageDimensions", (*at)[2]});
+        if ((*at)[1] != "Image") found.insert({"rcImageType", (*at)[2]});
+    }
+    return found;
+}
+
+Refusals refusalsOfTheLibrary() {
+    Refusals found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(kRoot / "orxFunctions")) {
+        if (entry.path().extension() == ".cpp") found.merge(refusalsOf(textOf(entry.path())));
+    }
+    return found;
+}
+
+bool declares(const std::string& header, const std::string& function) {
+    return std::regex_search(header, std::regex("(^|[^\\w.])" + function + "\\("));
+}
+
+TEST(Promise, EachCodeOfARefusalStandsInTheHeaderOfItsFunction) {
+    std::vector<std::string> headers;
+    for (const std::string& header : linesOf(ORX_PUBLIC_HEADERS)) {
+        if (header != "orxFunctions/orxfunctions.h") headers.push_back(textOf(kRoot / header));
+    }
+    const Refusals refusals = refusalsOfTheLibrary();
+    EXPECT_GT(refusals.size(), 10U);
+    for (const auto& [code, function] : refusals) {
+        const bool told = std::any_of(headers.begin(), headers.end(),
+                                      [&, &c = code, &f = function](const std::string& header) {
+                                          return declares(header, f) && header.find(c) != std::string::npos;
+                                      });
+        EXPECT_TRUE(told) << function << " refuses with " << code
+                          << ", which no header that declares it names";
+    }
+}
+
+TEST(Promise, EachCodeThatAHeaderNamesExists) {
+    const std::string codes = textOf(kRoot / "orxFunctions/foundation/refusal.h");
+    static const std::regex kCode(R"(\brc[A-Z]\w*\b)");
+    for (const std::string& header : linesOf(ORX_PUBLIC_HEADERS)) {
+        const std::string text = textOf(kRoot / header);
+        for (std::sregex_iterator at(text.begin(), text.end(), kCode), end; at != end; ++at)
+            EXPECT_THAT(codes, testing::HasSubstr("    " + at->str() + " = ")) << header;
+    }
+}
+
 }  // namespace
