@@ -70,6 +70,7 @@
 #include "orxFunctions/files/save_image.h"
 #include "orxFunctions/files/stream_file.h"
 #include "orxFunctions/files/text_log.h"
+#include "orxFunctions/files/whole_file.h"
 #include "orxFunctions/fitting/circle_fit.h"
 #include "orxFunctions/fitting/consensus_fit.h"
 #include "orxFunctions/fitting/drawing.h"

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "support/picture_file.h"
 
@@ -11,13 +10,6 @@ namespace calibration {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool writeText(const std::string& file, const std::string& text) {
-    std::ofstream stream(fs::u8path(file), std::ios::binary);
-    stream << text;
-    stream.close();
-    return static_cast<bool>(stream);
-}
 
 std::string writePng(const TargetFiles& files) {
     const cv::Size size(files.pngWidth, files.pngHeight);
@@ -31,7 +23,7 @@ std::string writePng(const TargetFiles& files) {
 
 std::string writePage(const std::string& file, const std::string& text) {
     if (text.empty()) return "it does not fit on the page, or its options are outside of their ranges";
-    if (!writeText(file, text)) return "can't write " + file;
+    if (!orx::writeWholeFile(fs::u8path(file), text)) return "can't write " + file;
     std::printf("%s: print it without scaling, and check the line below the target\n", file.c_str());
     return {};
 }

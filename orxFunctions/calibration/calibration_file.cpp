@@ -6,6 +6,7 @@
 
 #include "orxFunctions/calibration/calibration_text_internal.h"
 #include "orxFunctions/calibration/description_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -40,16 +41,18 @@ bool parse(const std::string& text, Calibration& calibration) {
 
 void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSize, std::string description,
                         std::string fileName) {
-    CalibrationTarget target(fileName);
-    cv::FileStorage storage;
-    // Otherwise it stays closed, and refuses what is written as it does for a file that OpenCV can't open.
-    if (target.isOpen()) storage.open(fileName, cv::FileStorage::WRITE | cv::FileStorage::MEMORY);
+    cv::FileStorage storage(fileName, cv::FileStorage::WRITE | cv::FileStorage::MEMORY);
     storage.write(kIntrinsic, intrinsic);
     storage.write(kDistortion, distortion);
     cv::write(storage, kImageSize, imageSize);
     writeDescription(storage, kDescription, description);
     storage.write(kIsConfigured, 1);
-    target.write(storage.releaseAndGetString());
+    const platform::ReplaceResult result = writeCalibrationText(fileName, storage.releaseAndGetString());
+    if (result == platform::ReplaceResult::kReplaced) return;
+    refuse(rcFileUnwritable, "calibrateData2File", "the file can't be written: %s",
+           platform::toPath(fileName).u8string().c_str());
+    // As for a file that OpenCV can't open: a storage that is closed refuses what is written.
+    if (result == platform::ReplaceResult::kRefused) cv::FileStorage().write(kIntrinsic, intrinsic);
 }
 
 bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion, cv::Size& imageSize,

@@ -13,9 +13,12 @@
 
 namespace orx {
 
-// Writes the file, replacing one that exists. The matrices, of two dimensions, keep their type and size;
-// doubles keep all their digits (a negative zero becomes zero). Two of a million doubles are too long to be
-// read again. OpenCV's exceptions pass through, one for a file that can't be opened among them.
+// Writes the file, replacing one that exists once the new one is whole on the disk (a killed process leaves
+// the earlier one, and perhaps FILE.0.new beside it). The matrices, of two dimensions, keep their type and
+// size; doubles keep all their digits (a negative zero becomes zero). Two of a million doubles are too long
+// to be read again. OpenCV's exceptions pass through, the one for a file that can't be opened among them: a
+// name that leads to no regular file, a file that may not be written, a folder that takes no new one. Where
+// the disk has no room nothing is thrown, and the earlier file stays. rcFileUnwritable in both cases.
 //
 // A description comes back byte for byte whatever it holds. OpenCV's formats can't carry every text as a
 // string (one that begins or ends with a blank or a quotation mark or begins with '$', one with control

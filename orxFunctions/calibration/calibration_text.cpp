@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <vector>
 
 #include "orxFunctions/calibration/description_internal.h"
@@ -13,6 +14,26 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
 constexpr int kMostLevels = 800;
+constexpr int kCompression = 3;
+constexpr int kGzip = 16;  // added to the window's bits: with the head and the checksum of a .gz file
+
+// As a .gz file holds it.
+std::string compressed(const std::string& text) {
+    z_stream stream{};
+    if (deflateInit2(&stream, kCompression, Z_DEFLATED, MAX_WBITS + kGzip, MAX_MEM_LEVEL,
+                     Z_DEFAULT_STRATEGY) != Z_OK) {
+        throw std::bad_alloc();
+    }
+    std::string bytes(deflateBound(&stream, static_cast<uLong>(text.size())), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));  // zlib reads it only
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
+    stream.avail_out = static_cast<uInt>(bytes.size());
+    deflate(&stream, Z_FINISH);
+    bytes.resize(bytes.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return bytes;
+}
 
 }  // namespace
 
@@ -28,25 +49,10 @@ bool readCalibrationText(const std::string& fileName, std::string& text) {
     return count == 0 && nestingBound(text) <= kMostLevels;
 }
 
-CalibrationTarget::CalibrationTarget(const std::string& fileName) {
+platform::ReplaceResult writeCalibrationText(const std::string& fileName, const std::string& text) {
     const std::filesystem::path path = platform::toPath(fileName);
-    if (path.extension() == ".gz") {
-        compressed_ = platform::openGzip(path, "wb3");
-    } else {
-        plain_ = platform::openToWriteText(path);
-    }
-}
-
-bool CalibrationTarget::write(const std::string& text) {
-    // What can't be written may come to light no sooner than when the file is closed.
-    if (compressed_) {
-        const auto size = static_cast<unsigned>(text.size());
-        const bool written = gzwrite(compressed_.get(), text.data(), size) == static_cast<int>(size);
-        return gzclose(compressed_.release()) == Z_OK && written;
-    }
-    if (!plain_) return false;
-    const bool written = std::fwrite(text.data(), 1, text.size(), plain_.get()) == text.size();
-    return std::fclose(plain_.release()) == 0 && written;
+    return platform::replaceFile(
+        path, path.extension() == ".gz" ? compressed(text) : platform::withPlatformLineEnds(text));
 }
 
 bool isMatrix(const cv::FileNode& node) {

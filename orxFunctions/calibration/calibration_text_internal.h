@@ -13,21 +13,9 @@ namespace orx {
 // read, is too long, or nests so deep that OpenCV's readers would overflow the stack.
 bool readCalibrationText(const std::string& fileName, std::string& text);
 
-// A new file for a text, compressed where its name ends with .gz. (OpenCV would open the file itself, but
-// only a name in the code page of the process.)
-class CalibrationTarget {
-  public:
-    explicit CalibrationTarget(const std::string& fileName);
-
-    bool isOpen() const { return compressed_ || plain_; }
-
-    // Once; false where the text did not get to the file to its end.
-    bool write(const std::string& text);
-
-  private:
-    platform::GzipFile compressed_;
-    platform::File plain_;
-};
+// Writes the text whole, in place of an earlier file, compressed where its name ends with .gz. (OpenCV would
+// write into the file itself, and only under a name in the code page of the process.)
+platform::ReplaceResult writeCalibrationText(const std::string& fileName, const std::string& text);
 
 // True when a matrix holds as many numbers as its size says, so that reading it takes no memory for others.
 // An absent one is empty.

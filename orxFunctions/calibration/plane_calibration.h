@@ -142,9 +142,10 @@ ORX_API cv::Mat planeCovariance(const TPlaneCalibration& calibration, const std:
                                 const cv::Mat& pixelCovariance = {});
 
 // A file that calibrateDataFromFile (calibration_file.h) reads, too, with the plane beside the camera: the
-// extension chooses the format, .json, .xml, else YAML. plNoTarget or whatever the status is, and no file,
-// for a calibration that is not valid; plUnwritable for a path that can't be written to the end and numbers
-// that are not finite.
+// extension chooses the format, .json, .xml, else YAML. As there it replaces an earlier file once it is whole
+// on the disk. plNoTarget or whatever the status is for a calibration that is not valid; plUnwritable for
+// numbers that are not finite, and for a path that leads to no regular file, that may not be written, or on
+// whose disk there is no room. Nothing changes then.
 ORX_API TPlaneStatus writePlaneCalibration(const std::string& fileName, const TPlaneCalibration& calibration);
 
 // A calibration that is not valid, of the status plUnreadable, for a file that can't be opened or understood,

@@ -122,9 +122,8 @@ TPlaneStatus writePlaneCalibration(const std::string& fileName, const TPlaneCali
     if (!calibration.valid()) return calibration.status;
     if (!plane::flawOf(calibration).empty()) return plUnwritable;
     try {
-        const std::string text = textOf(calibration, fileName);
-        CalibrationTarget target(fileName);
-        return target.write(text) ? plOk : plUnwritable;
+        const auto result = writeCalibrationText(fileName, textOf(calibration, fileName));
+        return result == platform::ReplaceResult::kReplaced ? plOk : plUnwritable;
     } catch (const std::exception&) {
         return plUnwritable;
     }

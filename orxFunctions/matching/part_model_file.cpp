@@ -30,11 +30,8 @@ bool readBytes(const std::string& path, std::string& bytes) {
 
 TMatchStatus writePartModel(const std::string& path, const TPartModel& model) {
     if (!model.valid()) return msBadModel;
-    const std::string bytes = partModelToBytes(model);
-    platform::File file = platform::openToWrite(platform::toPath(path));
-    if (!file) return msUnwritable;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    return std::fclose(file.release()) == 0 && written ? msOk : msUnwritable;
+    const auto result = platform::replaceFile(platform::toPath(path), partModelToBytes(model));
+    return result == platform::ReplaceResult::kReplaced ? msOk : msUnwritable;
 }
 
 TPartModel readPartModel(const std::string& path) {

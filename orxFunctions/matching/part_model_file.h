@@ -14,8 +14,10 @@
 
 namespace orx {
 
-// Writes the file, replacing one that exists. msBadModel, and no file, for a model that is not valid();
-// msUnwritable for a path that can't be opened or written to the end.
+// Writes the file, replacing one that exists once the new one is whole on the disk: a full disk or the end of
+// the process leaves the earlier one (a killed process, perhaps, PATH.0.new beside it). The folder must take
+// a new file. msBadModel for a model that is not valid(); msUnwritable for a path that leads to no regular
+// file, that may not be written, or on whose disk there is no room. Nothing changes then.
 ORX_API TMatchStatus writePartModel(const std::string& path, const TPartModel& model);
 
 // Reads what writePartModel wrote. A model that is not valid(), of the status msUnreadable, for a file that

@@ -20,17 +20,15 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens a binary file for reading, or creates or empties one for writing; or a text file, whose line ends
-// become those of the platform. Null when that fails, for folders too. Only regular files are opened for
-// reading, by openGzip too: a pipe or a device could be waited for without end.
+// Opens a binary file for reading, or creates or empties one for writing. Null when that fails, for folders
+// too. Only regular files are opened for reading, by openGzip too: a pipe or a device could be waited for
+// without end.
 File openToRead(const std::filesystem::path& path);
 File openToWrite(const std::filesystem::path& path);
-File openToWriteText(const std::filesystem::path& path);
 
 // A name must not become a path by itself, which on Windows would take each byte for a character.
 File openToRead(const std::string& name) = delete;
 File openToWrite(const std::string& name) = delete;
-File openToWriteText(const std::string& name) = delete;
 
 // Whether the path leads to something that is no folder.
 inline bool leadsToFile(const std::filesystem::path& path) {
@@ -52,9 +50,26 @@ GzipFile openGzip(const std::filesystem::path& path, const char* mode);
 // mix. Line ends become those of the platform. False when the file can't be opened or written.
 bool appendText(const std::string& name, const std::string& text);
 
-// Writes a file that does not exist yet; one that does is never overwritten.
-enum class CreateResult { kCreated, kExists, kFailed };
+// Writes a file that does not exist yet; one that does is never overwritten. kCut: there was no room for all
+// of it, and it is removed again.
+enum class CreateResult { kCreated, kExists, kFailed, kCut };
 CreateResult createFile(const std::filesystem::path& path, const void* bytes, std::size_t size);
+
+// Writes a file whole, in place of one that exists: beside it first, as NAME.0.new (or the next number that
+// is free), then on the disk, then under its name. Until then the earlier file stays, whatever happens; a
+// process that is killed leaves at most the one beside it. The new file has the rights of the one that it
+// replaces, and its owner where the process may give it away. Links are followed. kRefused, and nothing is
+// written: for what is there and no regular file or may not be written, for a folder that is not there or
+// takes no new file. kCut: there was no room for all of it.
+enum class ReplaceResult { kReplaced, kRefused, kCut };
+ReplaceResult replaceFile(const std::filesystem::path& path, const std::string& bytes);
+ReplaceResult replaceFile(const std::string& name, const std::string& bytes) = delete;
+
+// The end of that: puts what a file holds on the disk, gives it the rights of another one, and its name.
+bool takePlaceOf(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// A text with the line ends of the platform.
+std::string withPlatformLineEnds(const std::string& text);
 
 // Hides a file from ordinary listings, and undoes it: an attribute on Windows, a leading point in the name on
 // POSIX. On POSIX `path` may be the visible or the hidden name; a file that has the other name already is

@@ -37,6 +37,24 @@ class Descriptor {
         return true;
     }
 
+    // As long as there is such a file. Its owner is kept where the process may do so; then the rights, which
+    // a new owner would take away.
+    bool takeRightsOf(const fs::path& path) const {
+        struct stat other = {};
+        struct stat own = {};
+        if (stat(path.c_str(), &other) != 0) return true;
+        if (fstat(number_, &own) != 0) return false;
+        const bool isOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
+        const bool isGiven = isOwner || fchown(number_, other.st_uid, other.st_gid) == 0;
+        constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
+        // Rights of a group that it does not get would be those of another one.
+        const mode_t kept = other.st_mode & (isGiven ? kRights : kRights & ~S_IRWXG);
+        return (own.st_mode & kRights) == kept || fchmod(number_, kept) == 0;
+    }
+
+    // Some file systems can't tell; they are believed.
+    bool reachesDisk() const { return fsync(number_) == 0 || errno == EINVAL; }
+
   private:
     int number_;
 };
@@ -90,7 +108,6 @@ File openToRead(const fs::path& path) {
 }
 
 File openToWrite(const fs::path& path) { return File(std::fopen(path.c_str(), "wb")); }
-File openToWriteText(const fs::path& path) { return File(std::fopen(path.c_str(), "w")); }
 
 GzipFile openGzip(const fs::path& path, const char* mode) {
     if (mode[0] != 'r') return GzipFile(gzopen(path.c_str(), mode));
@@ -111,8 +128,16 @@ CreateResult createFile(const fs::path& path, const void* bytes, std::size_t siz
     if (!file.valid()) return errno == EEXIST ? CreateResult::kExists : CreateResult::kFailed;
     if (file.writeAll(static_cast<const char*>(bytes), size)) return CreateResult::kCreated;
     unlink(path.c_str());  // half an image is worse than none
-    return CreateResult::kFailed;
+    return CreateResult::kCut;
 }
+
+bool takePlaceOf(const fs::path& from, const fs::path& to) {
+    const Descriptor file(::open(from.c_str(), O_WRONLY | O_CLOEXEC));
+    return file.valid() && file.takeRightsOf(to) && file.reachesDisk() &&
+           std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+std::string withPlatformLineEnds(const std::string& text) { return text; }
 
 bool hideFile(const fs::path& path) { return giveName(visiblePath(path), hiddenPath(path)); }
 bool unhideFile(const fs::path& path) { return giveName(hiddenPath(path), visiblePath(path)); }

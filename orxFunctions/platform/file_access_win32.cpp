@@ -73,16 +73,6 @@ bool setHidden(const fs::path& path, bool hidden) {
     return wanted == now || SetFileAttributesW(path.c_str(), wanted) != 0;
 }
 
-std::string withWindowsLineEnds(const std::string& text) {
-    std::string result;
-    result.reserve(text.size() + 2);
-    for (const char c : text) {
-        if (c == '\n') result += '\r';
-        result += c;
-    }
-    return result;
-}
-
 }  // namespace
 
 File openToRead(const fs::path& path) {
@@ -93,7 +83,6 @@ File openToRead(const fs::path& path) {
 }
 
 File openToWrite(const fs::path& path) { return File(_wfopen(path.c_str(), L"wb")); }
-File openToWriteText(const fs::path& path) { return File(_wfopen(path.c_str(), L"wt")); }
 
 GzipFile openGzip(const fs::path& path, const char* mode) {
     if (mode[0] == 'r' && !openToRead(path)) return nullptr;
@@ -108,7 +97,7 @@ bool appendText(const std::string& name, const std::string& text) {
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.valid()) return false;
     const AppendTurn turn(file);
-    const std::string bytes = withWindowsLineEnds(text);
+    const std::string bytes = withPlatformLineEnds(text);
     return file.writeAll(bytes.data(), bytes.size());
 }
 
@@ -124,7 +113,31 @@ CreateResult createFile(const fs::path& path, const void* bytes, std::size_t siz
     }
     if (complete) return CreateResult::kCreated;
     DeleteFileW(path.c_str());  // half an image is worse than none
-    return CreateResult::kFailed;
+    return CreateResult::kCut;
+}
+
+bool takePlaceOf(const fs::path& from, const fs::path& to) {
+    {
+        const Handle file(CreateFileW(from.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file.valid() || !FlushFileBuffers(file.get())) return false;
+    }
+    // The new file takes over the rights and attributes of the earlier one.
+    if (attributes(to) != INVALID_FILE_ATTRIBUTES &&
+        ReplaceFileW(to.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) {
+        return true;
+    }
+    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+std::string withPlatformLineEnds(const std::string& text) {
+    std::string result;
+    result.reserve(text.size() + 2);
+    for (const char c : text) {
+        if (c == '\n') result += '\r';
+        result += c;
+    }
+    return result;
 }
 
 bool hideFile(const fs::path& path) { return setHidden(path, true); }

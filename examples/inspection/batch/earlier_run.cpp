@@ -87,7 +87,7 @@ bool EarlierRun::claim(const std::string& fingerprint, std::string& problem) con
             "by --output, or start anew by --again";
         return false;
     }
-    if (!writeFile(markFile, mark)) problem = displayName(markFile) + " can't be written";
+    if (!orx::writeWholeFile(markFile, mark)) problem = displayName(markFile) + " can't be written";
     return problem.empty();
 }
 

@@ -143,14 +143,7 @@ void RecipeRun::printStatistics() const {
 }
 
 bool RecipeRun::writeOut(const fs::path& file, const std::string& text) {
-    // On a full disk, the report of an earlier run is better than half a new one.
-    fs::path newFile = file;
-    newFile += ".new";
-    std::error_code failure;
-    const bool written = writeFile(newFile, text);
-    if (written) fs::rename(newFile, file, failure);
-    if (written && !failure) return true;
-    fs::remove(newFile, failure);
+    if (orx::writeWholeFile(file, text)) return true;
     tell(displayName(file) + " can't be written");
     return false;
 }

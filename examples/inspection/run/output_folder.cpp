@@ -1,23 +1,13 @@
 #include "inspection/run/output_folder.h"
 
-#include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
 #include <vector>
 
+#include "orxFunctions/orxfunctions.h"
+
 namespace inspection {
-namespace {
-
 namespace fs = std::filesystem;
-
-bool writeBytes(const fs::path& path, const char* bytes, std::size_t count) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes, static_cast<std::streamsize>(count));
-    file.close();
-    return !file.fail();
-}
-
-}  // namespace
 
 bool OutputFolder::create(std::string& problem) const {
     std::error_code failure;
@@ -39,14 +29,10 @@ fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suf
     }
 }
 
-bool writeFile(const fs::path& path, const std::string& text) {
-    return writeBytes(path, text.data(), text.size());
-}
-
 bool writePng(const fs::path& path, const cv::Mat& picture) {
     std::vector<uchar> bytes;
     if (!cv::imencode(".png", picture, bytes)) return false;
-    return writeBytes(path, reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
 }  // namespace inspection

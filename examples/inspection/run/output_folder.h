@@ -27,8 +27,7 @@ class OutputFolder {
     std::set<std::filesystem::path> taken_;
 };
 
-// Write a whole file; false when that fails.
-bool writeFile(const std::filesystem::path& path, const std::string& text);
+// As orx::writeWholeFile.
 bool writePng(const std::filesystem::path& path, const cv::Mat& picture);
 
 }  // namespace inspection

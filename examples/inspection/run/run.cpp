@@ -59,7 +59,7 @@ class Session {
         htmlStream.close();
         const fs::path jsonFile = folder_.file("report.json");
         if (htmlStream.fail()) return refuse("the report", displayName(htmlFile), "it can't be written");
-        if (!writeFile(jsonFile, json_.text()))
+        if (!orx::writeWholeFile(jsonFile, json_.text()))
             return refuse("the report", displayName(jsonFile), "it can't be written");
         printEnd(htmlFile, jsonFile);
         return tally_.allComplete() ? 0 : 1;

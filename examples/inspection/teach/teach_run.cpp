@@ -108,7 +108,7 @@ class Teaching {
             return unwritable(model);
         const fs::path features = folder_.file("features.png");
         if (!writePng(features, proposal.picture)) return unwritable(features);
-        if (!writeFile(recipeFile_, proposal.text)) return unwritable(recipeFile_);
+        if (!orx::writeWholeFile(recipeFile_, proposal.text)) return unwritable(recipeFile_);
         return true;
     }
 
