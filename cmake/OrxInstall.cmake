@@ -1,5 +1,5 @@
-# Installation in three components: runtime (the libraries and modules), development (headers, the CMake package, the
-# pkg-config file) and tools (the programs).
+# Installation in four components: runtime (the libraries and modules), development (headers, the CMake package, the
+# pkg-config file), tools (the programs) and documentation (guides, and the examples as sources).
 include(CMakePackageConfigHelpers)
 
 set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
@@ -13,13 +13,41 @@ install(EXPORT orxFunctionsTargets
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxFunctions
   COMPONENT development)
 
-foreach(tool orx_inspection orx_calibration orx_viewer)
-  if(TARGET ${tool})
-    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+# orx_tools(<variable>): the programs of examples/, but for those that need a toolkit: that is found on some machines
+# only, and what is installed must not hang on it.
+function(orx_tools variable)
+  set(tools "")
+  if(IS_DIRECTORY "${PROJECT_BINARY_DIR}/examples" AND ORX_BUILD_EXAMPLES)
+    get_property(folders DIRECTORY examples PROPERTY SUBDIRECTORIES)
+    foreach(folder IN LISTS folders)
+      get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
+      foreach(target IN LISTS targets)
+        get_target_property(type ${target} TYPE)
+        get_target_property(on_demand ${target} EXCLUDE_FROM_ALL)
+        get_target_property(toolkit ${target} ORX_NEEDS_TOOLKIT)
+        if(type STREQUAL "EXECUTABLE" AND NOT on_demand AND NOT toolkit)
+          list(APPEND tools ${target})
+        endif()
+      endforeach()
+    endforeach()
   endif()
+  set(${variable} "${tools}" PARENT_SCOPE)
+endfunction()
+
+orx_tools(tools)
+foreach(tool IN LISTS tools)
+  set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endforeach()
-install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+
+# As in this tree, so that links between them hold; a new guide or example is found when it is installed.
+install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.png" PATTERN "*.jpg" PATTERN tools EXCLUDE)
+install(FILES drivers/README.md drivers/vision_driver.h
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/drivers COMPONENT documentation)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 
 get_property(headers GLOBAL PROPERTY ORX_PUBLIC_HEADERS)
 get_property(toolkit_headers GLOBAL PROPERTY ORX_TOOLKIT_HEADERS)

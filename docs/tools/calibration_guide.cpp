@@ -10,7 +10,7 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
-#include "examples/calibration/residual_picture.h"
+#include "calibration/residual_picture.h"
 #include "orxFunctions/orxfunctions.h"
 #include "support/plane_scene.h"
 

@@ -8,9 +8,9 @@
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 
-#include "examples/calibration/pictures.h"
-#include "examples/calibration/residual_picture.h"
-#include "examples/calibration/target_files.h"
+#include "calibration/pictures.h"
+#include "calibration/residual_picture.h"
+#include "calibration/target_files.h"
 #include "orxFunctions/orxfunctions.h"
 #include "support/command_line.h"
 #include "support/picture_file.h"
@@ -18,6 +18,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kFetchSample = ORX_FETCH_SAMPLE;  // the script; empty where there is none
 
 struct Options {
     calibration::TargetFiles targets;
@@ -169,7 +171,7 @@ int calibrateFrom(Options& options, const std::vector<std::string>& files) {
 
 int fetchSample(Options& options) {
     options.photographs = (fs::u8path(options.out) / "sample").u8string();
-    const std::string command = quotedForShell(ORX_FETCH_SAMPLE) + " " + quotedForShell(options.photographs);
+    const std::string command = quotedForShell(kFetchSample) + " " + quotedForShell(options.photographs);
     return std::system(command.c_str()) == 0
                ? 0
                : fail("can't fetch the sample photographs into", options.photographs);
@@ -217,8 +219,9 @@ int parseAndRun(int argc, const char* const* argv) {
     addTargetOptions(app, options.targets);
     app.add_option("pictures", options.pictures, "pictures of the target, and folders of such");
     app.add_option("--photographs", options.photographs, "calibrate from the pictures of this folder");
-    app.add_flag("--sample", options.sample,
-                 "calibrate from OpenCV's 13 sample photographs (a download of 95 MB)");
+    if (*kFetchSample != '\0')
+        app.add_flag("--sample", options.sample,
+                     "calibrate from OpenCV's 13 sample photographs (a download of 95 MB)");
     app.add_flag("--dots", options.dots, "the target is a grid of dots");
     app.add_option("--columns", options.target.columns, "inner corners, or dots, across")
         ->capture_default_str();

@@ -1,4 +1,4 @@
-#include "examples/calibration/pictures.h"
+#include "calibration/pictures.h"
 
 #include <algorithm>
 #include <cctype>

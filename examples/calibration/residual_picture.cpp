@@ -1,4 +1,4 @@
-#include "examples/calibration/residual_picture.h"
+#include "calibration/residual_picture.h"
 
 #include <algorithm>
 #include <cmath>

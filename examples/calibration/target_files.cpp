@@ -1,4 +1,4 @@
-#include "examples/calibration/target_files.h"
+#include "calibration/target_files.h"
 
 #include <cstdio>
 #include <cstdlib>

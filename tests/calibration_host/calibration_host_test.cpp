@@ -5,9 +5,9 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "examples/calibration/pictures.h"
-#include "examples/calibration/residual_picture.h"
-#include "examples/calibration/target_files.h"
+#include "calibration/pictures.h"
+#include "calibration/residual_picture.h"
+#include "calibration/target_files.h"
 #include "support/plane_scene.h"
 #include "tests/support/temporary_folder.h"
 

@@ -205,6 +205,18 @@ endif()
 if(TOOLCHAIN)
   return()
 endif()
+# The examples lie beside the guides, and one CMakeLists.txt is all that they need. One of them is built and run here,
+# all of them in scripts/test-packages.
+run(${CMAKE_COMMAND} -S "${prefix}/${DOCDIR}/examples" -B "${WORK_DIR}/examples" -G "${GENERATOR}"
+  "-DCMAKE_PREFIX_PATH=${prefix}" ${compiler} "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}")
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/examples" --target orx_plates)
+run("${WORK_DIR}/examples/bin/orx_plates" "${WORK_DIR}/plates" --count 2)
+file(GLOB plates "${WORK_DIR}/plates/parts/*.png")
+list(LENGTH plates count)
+if(NOT count EQUAL 2)
+  message(FATAL_ERROR "orx_plates, built with the installed package, rendered ${count} plates instead of 2")
+endif()
+
 find_program(PKG_CONFIG pkg-config)
 if(NOT PKG_CONFIG)
   message(STATUS "pkg-config is not installed: that way was left out")

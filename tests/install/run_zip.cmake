@@ -19,7 +19,8 @@ file(GLOB folder "${WORK_DIR}/orxfunctions-*-windows-x64")
 
 foreach(part include/orxFunctions/orxfunctions.h include/orxFunctions/vision_driver.h include/opencv4/opencv2/core.hpp
     lib/liborxFunctions.dll.a lib/libopencv_core460.dll.a bin/TQVisionDriver.dll bin/LumoCfg.dll bin/zlib1.dll
-    bin/orx_viewer.exe share/licenses/orxFunctions/LICENSE share/licenses/opencv/copyright)
+    bin/orx_viewer.exe bin/orx_plates.exe share/doc/orxFunctions/README.md
+    share/doc/orxFunctions/docs/images/measured-scene.png share/doc/orxFunctions/examples/CMakeLists.txt share/licenses/orxFunctions/LICENSE share/licenses/opencv/copyright)
   string(REPLACE "460" "*" pattern "${part}")
   file(GLOB found "${folder}/${pattern}")
   if(NOT found)
