@@ -1,11 +1,12 @@
 #include "orxFunctions/analysis/contours.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -13,22 +14,39 @@ namespace {
 using Contour = std::vector<cv::Point>;
 using Contours = std::vector<Contour>;
 
-int retrievalOf(TContourType type) {
-    if (type == ctAll) return cv::RETR_LIST;
-    return type == ctHoles ? cv::RETR_CCOMP : cv::RETR_EXTERNAL;
+// Outlines of holes turn the other way than those of objects; only these can enclose nothing.
+bool isHole(const Contour& outline) { return cv::contourArea(outline, true) > 0; }
+
+// The outlines of holes, those of one object together, objects in the order of `all`. The library's two-level
+// retrieval gives the same, but looks for each hole's object among the outlines in turn; here a labelled
+// pixel tells it.
+Contours holesByObject(const cv::Mat& binary, Contours all) {
+    cv::Mat labels;
+    const int count = cv::connectedComponents(binary, labels, 8, CV_32S);
+    std::vector<std::size_t> placeOf(static_cast<std::size_t>(count));
+    const auto objectOf = [&](const Contour& outline) -> std::size_t& {
+        return placeOf[static_cast<std::size_t>(labels.at<int>(outline.front()))];
+    };
+    std::size_t objects = 0;
+    std::vector<std::pair<std::size_t, std::size_t>> holes;  // place of the object, index of the outline
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (!isHole(all[i])) objectOf(all[i]) = objects++;
+    }
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (isHole(all[i])) holes.emplace_back(objectOf(all[i]), i);
+    }
+    std::sort(holes.begin(), holes.end());
+    Contours sorted;
+    sorted.reserve(holes.size());
+    for (const auto& hole : holes) sorted.push_back(std::move(all[hole.second]));
+    return sorted;
 }
 
 Contours traced(const cv::Mat& binary, TContourType type, int approximation) {
+    const bool inner = type == ctAll || type == ctHoles;
     Contours contours;
-    std::vector<cv::Vec4i> links;
-    cv::findContours(binary, contours, links, retrievalOf(type), approximation);
-    if (type != ctHoles) return contours;
-    Contours holes;
-    for (std::size_t i = 0; i < contours.size(); ++i) {
-        const bool hasParent = links[i][3] >= 0;
-        if (hasParent) holes.push_back(std::move(contours[i]));
-    }
-    return holes;
+    cv::findContours(binary, contours, inner ? cv::RETR_LIST : cv::RETR_EXTERNAL, approximation);
+    return type == ctHoles ? holesByObject(binary, std::move(contours)) : contours;
 }
 
 void replaceByHulls(Contours& contours) {
@@ -40,7 +58,6 @@ void replaceByHulls(Contours& contours) {
     }
 }
 
-// Not-a-number as a limit keeps nothing.
 bool isWithinLimits(const Contour& contour, const TContourOptions& options) {
     const double area = cv::contourArea(contour);
     return area >= options.minArea && area <= options.maxArea &&
@@ -57,11 +74,20 @@ void keepLargest(Contours& contours) {
     contours.resize(1);
 }
 
+bool takesOptions(const cv::Mat& binary, TContourType type, const TContourOptions& options) {
+    if (!takesBytes(binary, "getContours")) return false;
+    if (type < ctExternal || type > ctConvexHull)
+        return refuse(rcOption, "getContours", "there is no type %d", static_cast<int>(type));
+    if (std::isnan(options.minLength) || std::isnan(options.minArea) || std::isnan(options.maxArea))
+        return refuse(rcNotFinite, "getContours", "a limit is not a number");
+    return true;
+}
+
 }  // namespace
 
 std::vector<std::vector<cv::Point>> getContours(const cv::Mat& binary, TContourType type,
                                                 const TContourOptions& options) {
-    if (!isByteImage(binary) || type < ctExternal || type > ctConvexHull) return {};
+    if (!takesOptions(binary, type, options)) return {};
     const bool everyPoint = options.points == cpAll && type != ctConvexHull;
     Contours contours = traced(binary, type, everyPoint ? cv::CHAIN_APPROX_NONE : cv::CHAIN_APPROX_SIMPLE);
     if (type == ctConvexHull) replaceByHulls(contours);

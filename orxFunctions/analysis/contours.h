@@ -1,8 +1,9 @@
 // Outlines of the objects in a binary image.
 //
 // Binary images are 8-bit, one channel; every pixel that is not 0 belongs to an object. Objects are
-// 8-connected, the holes in them 4-connected. Anything else (no pixels, colour, 16 bits, more dimensions)
-// has no contours; binarise such images first (analysis/colour.h, analysis/threshold.h). Reentrant.
+// 8-connected, the holes in them 4-connected. Anything else has no contours: no pixels (rcEmptyImage), colour
+// or 16 bits (rcImageType), more dimensions (rcImageDimensions); binarise such images first
+// (analysis/colour.h, analysis/threshold.h). Reentrant.
 #ifndef ORXFUNCTIONS_ANALYSIS_CONTOURS_H
 #define ORXFUNCTIONS_ANALYSIS_CONTOURS_H
 
@@ -38,8 +39,9 @@ struct TContourOptions {
 //
 // Limits are applied to what is returned: to the hull, not to the outline below it. Outer outlines
 // and hulls turn counter-clockwise on the screen, outlines of holes clockwise. Empty for limits that are not
-// a number and for unknown types. S. Suzuki, K. Abe, "Topological structural analysis of digitized binary
-// images by border following", CVGIP 30 (1985).
+// a number (rcNotFinite) and for unknown types (rcOption). The time grows with the pixels, whatever the
+// number of outlines. S. Suzuki, K. Abe, "Topological structural analysis of digitized binary images by
+// border following", CVGIP 30 (1985).
 ORX_API std::vector<std::vector<cv::Point>> getContours(const cv::Mat& binary, TContourType type,
                                                         const TContourOptions& options = {});
 

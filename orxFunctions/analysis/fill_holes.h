@@ -20,10 +20,10 @@ struct TFillHolesOptions {
 // Sets the pixels of every hole to 255: of each connected part of the background (pixels of 0) that does not
 // reach the border of the image. Objects keep their values, an object inside a hole too.
 //
-// Images are 8-bit, one channel; `dst` may be `src`. False, and `dst` untouched, for anything else (no
-// pixels, colour, 16 bits, more dimensions), for a limit that is not a number and for an unknown
-// connectivity. A single pixel is never a hole. Reentrant.
-// P. Soille, "Morphological Image Analysis", 2nd edition, Springer (2003), section 6.3.7.
+// Images are 8-bit, one channel; `dst` may be `src`. False, and `dst` untouched, for no pixels
+// (rcEmptyImage), colour or 16 bits (rcImageType), more dimensions (rcImageDimensions), a limit that is not a
+// number (rcNotFinite) and an unknown connectivity (rcOption). A single pixel is never a hole. Reentrant. P.
+// Soille, "Morphological Image Analysis", 2nd edition, Springer (2003), section 6.3.7.
 ORX_API bool fillHoles(const cv::Mat& src, cv::Mat& dst, const TFillHolesOptions& options = {});
 
 }  // namespace orx

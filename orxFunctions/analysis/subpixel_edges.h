@@ -41,27 +41,36 @@ struct TContour {
 // low, high: the units are grey levels, those of a sharp step; a ramp of one grey level a pixel reads 2.74 at
 // alpha 1. They are not exchanged when low exceeds high, and their signs do not matter, but a negative `high`
 // takes both from the image: high = calcEdgeThresVal of the gradients, low = 0.4 high, each without its
-// fraction. alpha: pixels, positive; up to 1/6 the derivative kernel is empty and nothing is found.
+// fraction. alpha: pixels, above 0 to 1000; up to 1/6, and above 157, the derivative kernel is empty and
+// nothing is found.
 //
 // contours: one for each chain, resized. A chain runs along both sides of a thin edge, so most points of open
 // edges come twice. hierarchy: that of cv::findContours; may be cv::noArray().
 // Arithmetic: 16-bit gradients, 32-bit squared magnitudes, refinement in doubles, results rounded to floats.
-// False for any other image type, everything untouched; true otherwise, also when nothing is found.
-// Exceptions of OpenCV pass to the caller: for an empty image, an alpha that is not positive, an unknown
-// mode.
+// False, everything untouched, for any other image type (rcImageType), an empty image of such a type
+// (rcEmptyImage), more than two dimensions (rcImageDimensions) and an alpha above 1000 (rcOption); true
+// otherwise, also when nothing is found. Exceptions of OpenCV pass to the caller: for an empty 8-bit image,
+// an alpha that is not positive, an unknown mode. The image is never modified.
 ORX_API bool EdgesSubPix(cv::Mat& gray, std::vector<TContour>& contours, const cv::_OutputArray& hierarchy,
                          int mode, int low, int high, double alpha);
+ORX_API bool EdgesSubPix(const cv::Mat& gray, std::vector<TContour>& contours,
+                         const cv::_OutputArray& hierarchy, int mode, int low, int high, double alpha);
 
 // All chains without nesting (cv::RETR_LIST).
 ORX_API bool EdgesSubPix(cv::Mat& gray, std::vector<TContour>& contours, int low, int high, double alpha);
+ORX_API bool EdgesSubPix(const cv::Mat& gray, std::vector<TContour>& contours, int low, int high,
+                         double alpha);
 
 // The points of all chains alone.
 ORX_API bool EdgesSubPix(cv::Mat& gray, std::vector<std::vector<cv::Point2f>>& contours, int low, int high,
                          double alpha);
+ORX_API bool EdgesSubPix(const cv::Mat& gray, std::vector<std::vector<cv::Point2f>>& contours, int low,
+                         int high, double alpha);
 
 // The automatic high threshold: the highest level t below 255 such that more than 2.5 (rows + columns) pixels
 // have a level of t to 254, where a pixel's level is (|gx| + |gy|) / 256 rounded half to even (255 and above
-// do not count). -1.0 when there is none, as in an empty image. gx and gy are the gradients along x and y,
+// do not count). -1.0 when there is none, as in an empty image, and for more than two dimensions
+// (rcImageDimensions). gx and gy are the gradients along x and y,
 // the order does not matter; 16-bit ones are read directly, others go through OpenCV, whose exceptions pass.
 ORX_API double calcEdgeThresVal(cv::Mat gx, cv::Mat gy);
 

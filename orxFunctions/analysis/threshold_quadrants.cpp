@@ -1,11 +1,12 @@
 #include "orxFunctions/analysis/threshold.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <opencv2/imgproc.hpp>
+#include <utility>
 #include <vector>
 
 #include "orxFunctions/analysis/contour_center.h"
+#include "orxFunctions/analysis/square_morphology_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -15,12 +16,6 @@ using Contour = std::vector<cv::Point>;
 void binarise(const cv::Mat& src, cv::Mat dst) {
     // With Otsu the level passed is ignored.
     cv::threshold(src, dst, 100, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
-}
-
-// A square that covers the image from wherever it stands acts like any larger one, which would cost memory.
-int usefulKernelSize(const cv::Mat& img, int kernelSize) {
-    const std::int64_t covering = 2 * static_cast<std::int64_t>(std::max(img.rows, img.cols)) + 1;
-    return static_cast<int>(std::min<std::int64_t>(kernelSize, covering));
 }
 
 // The contour of largest area; empty when there is none.
@@ -42,17 +37,21 @@ Contour largestContour(const cv::Mat& binary) {
 
 // Where the four quadrants meet; the first pixel when no object shows.
 cv::Point objectCentre(const cv::Mat& img, int morphOp, int kernelSize) {
-    const int size = usefulKernelSize(img, kernelSize);
     cv::Mat binary(img.size(), img.type());
     binarise(img, binary);
-    cv::morphologyEx(binary, binary, morphOp, cv::getStructuringElement(cv::MORPH_RECT, {size, size}));
+    squareMorphology(binary, morphOp, kernelSize);
     const Contour contour = largestContour(binary);
     return contour.empty() ? cv::Point(0, 0) : getContourCenterPt(contour, 0);
 }
 
 }  // namespace
 
-void OTSUfourPartsThreshold(cv::Mat& src, cv::Mat& dst, int morphOp, int kernelSize) {
+void OTSUfourPartsThreshold(const cv::Mat& src, cv::Mat& dst, int morphOp, int kernelSize) {
+    if (src.dims > 2) {
+        refuse(rcImageDimensions, "OTSUfourPartsThreshold", "the image has %d dimensions; two are taken",
+               src.dims);
+        return;
+    }
     const cv::Mat source = src;  // stays when dst is src
     const cv::Point centre = objectCentre(source, morphOp, kernelSize);
     dst = source.clone();
@@ -63,6 +62,10 @@ void OTSUfourPartsThreshold(cv::Mat& src, cv::Mat& dst, int morphOp, int kernelS
             if (!row.empty() && !col.empty()) binarise(source(row, col), dst(row, col));
         }
     }
+}
+
+void OTSUfourPartsThreshold(cv::Mat& src, cv::Mat& dst, int morphOp, int kernelSize) {
+    OTSUfourPartsThreshold(std::as_const(src), dst, morphOp, kernelSize);
 }
 
 }  // namespace orx

@@ -111,6 +111,37 @@ TEST(GetContours, LimitsAndPointsAreRespected) {
     }
 }
 
+// Random pixels of the given density, in blocks of a few pixels when asked.
+cv::Mat speckles(cv::RNG& random, int block) {
+    cv::Mat img(random.uniform(1, 40), random.uniform(1, 40), CV_8UC1);
+    random.fill(img, cv::RNG::UNIFORM, 0, 256);
+    cv::threshold(img, img, random.uniform(20, 230), 255, cv::THRESH_BINARY);
+    cv::resize(img, img, {}, block, block, cv::INTER_NEAREST);
+    return img;
+}
+
+TEST(GetContours, HolesAreThoseOfTheTwoLevelRetrieval) {
+    cv::RNG random(5);
+    std::size_t holes = 0;
+    for (int round = 0; round < 1000; ++round) {
+        const cv::Mat img = speckles(random, 1 + round % 3);
+        const auto points = round % 2 == 0 ? orx::cpAll : orx::cpCorners;
+        std::vector<std::vector<cv::Point>> all;
+        std::vector<std::vector<cv::Point>> expected;
+        std::vector<cv::Vec4i> links;
+        cv::findContours(img, all, links, cv::RETR_CCOMP,
+                         points == orx::cpAll ? cv::CHAIN_APPROX_NONE : cv::CHAIN_APPROX_SIMPLE);
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (links[i][3] >= 0) expected.push_back(all[i]);
+        }
+        orx::TContourOptions options;
+        options.points = points;
+        ASSERT_EQ(orx::getContours(img, orx::ctHoles, options), expected) << round;
+        holes += expected.size();
+    }
+    EXPECT_GT(holes, 10000U);
+}
+
 TEST(GetContours, BordersSinglePixelsAndRefusals) {
     EXPECT_THAT(orx::getContours(cv::Mat(5, 8, CV_8UC1, cv::Scalar(3)), orx::ctExternal),
                 ElementsAre(SizeIs(22)));
@@ -157,6 +188,33 @@ TEST(FillHoles, ConnectivityDecidesWhetherADiagonalRingIsClosed) {
     EXPECT_EQ(cv::countNonZero(filled), 4);
     ASSERT_TRUE(orx::fillHoles(ring, ring));
     EXPECT_EQ(cv::countNonZero(ring), 5);
+}
+
+TEST(FillHoles, TheLimitCountsEachHoleAsALabelledComponent) {
+    cv::RNG random(6);
+    std::size_t dropped = 0;
+    for (int round = 0; round < 400; ++round) {
+        const cv::Mat img = speckles(random, 1 + round % 2);
+        orx::TFillHolesOptions options;
+        options.objects = round % 3 == 0 ? orx::cnFour : orx::cnEight;
+        cv::Mat filled;
+        ASSERT_TRUE(orx::fillHoles(img, filled, options));
+        cv::Mat labels;
+        cv::Mat statistics;
+        cv::Mat centres;
+        const int count = cv::connectedComponentsWithStats(filled != img, labels, statistics, centres,
+                                                           options.objects == orx::cnFour ? 8 : 4);
+        options.maxArea = random.uniform(0, 6) + 0.5;
+        for (int label = 1; label < count; ++label) {
+            if (statistics.at<int>(label, cv::CC_STAT_AREA) < options.maxArea) continue;
+            filled.setTo(0, labels == label);
+            ++dropped;
+        }
+        cv::Mat limited;
+        ASSERT_TRUE(orx::fillHoles(img, limited, options));
+        ASSERT_EQ(cv::norm(limited, filled, cv::NORM_L1), 0) << round;
+    }
+    EXPECT_GT(dropped, 1000U);
 }
 
 TEST(FillHoles, SinglePixelsAndRefusals) {

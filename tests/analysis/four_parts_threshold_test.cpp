@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <random>
+#include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/refusal_check.h"
 
 namespace {
 
@@ -40,6 +43,9 @@ TEST(OtsuFourParts, EveryQuadrantHasItsOwnLevel) {
     cv::Mat dst;
     orx::OTSUfourPartsThreshold(img, dst, cv::MORPH_OPEN, 3);
     EXPECT_TRUE(equal(dst, expected));
+    const cv::Mat constant = litRectangle({20, 10}, {60, 40});
+    orx::OTSUfourPartsThreshold(constant, dst, cv::MORPH_OPEN, 3);
+    EXPECT_TRUE(equal(dst, expected)) << "constant";
     orx::OTSUfourPartsThreshold(img, img, cv::MORPH_OPEN, 3);
     EXPECT_TRUE(equal(img, expected)) << "in place";
 }
@@ -82,6 +88,55 @@ TEST(OtsuFourParts, AKernelLargerThanTheImageTakesNoMemory) {
     }
 }
 
+// The quadrants meet where the largest contour of the image has its centre, as OpenCV's morphology has it.
+cv::Mat byOpenCV(const cv::Mat& img, int operation, int size) {
+    cv::Mat cleaned = otsu(img);
+    cv::morphologyEx(cleaned, cleaned, operation, cv::getStructuringElement(cv::MORPH_RECT, {size, size}));
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(cleaned, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
+    const auto largest = std::max_element(contours.begin(), contours.end(), [](const auto& a, const auto& b) {
+        return cv::contourArea(a) < cv::contourArea(b);
+    });
+    const cv::Point centre =
+        largest == contours.end() ? cv::Point(0, 0) : orx::getContourCenterPt(*largest, 0);
+    cv::Mat parts = img.clone();
+    for (const cv::Range& row : {cv::Range(0, centre.y), cv::Range(centre.y, img.rows)}) {
+        for (const cv::Range& col : {cv::Range(0, centre.x), cv::Range(centre.x, img.cols)}) {
+            if (!row.empty() && !col.empty()) otsu(img(row, col)).copyTo(parts(row, col));
+        }
+    }
+    return parts;
+}
+
+TEST(OtsuFourParts, WideSquaresActAsTheyDoInOpenCV) {
+    cv::RNG random(11);
+    for (int round = 0; round < 400; ++round) {
+        cv::Mat img(random.uniform(1, 120), random.uniform(1, 120), CV_8UC1, cv::Scalar(20));
+        for (int i = 0; i < 6; ++i) {
+            const cv::Point corner(random.uniform(-20, img.cols), random.uniform(-20, img.rows));
+            const cv::Size size(random.uniform(1, 90), random.uniform(1, 90));
+            cv::rectangle(img, {corner, size}, cv::Scalar(i % 3 == 2 ? 20 : 200), cv::FILLED);
+        }
+        cv::Mat noise(img.size(), CV_8UC1);
+        random.fill(noise, cv::RNG::UNIFORM, 0, 40);
+        img += noise;
+        const int operation = round % 8;
+        const int size = random.uniform(30, 140);
+        cv::Mat dst;
+        orx::OTSUfourPartsThreshold(img, dst, operation, size);
+        ASSERT_TRUE(equal(dst, byOpenCV(img, operation, size)))
+            << "operation " << operation << ", square " << size << ", image " << img.size();
+    }
+}
+
+TEST(OtsuFourParts, ALongImageTakesNoMemoryForASquare) {
+    cv::Mat row(1, 200000, CV_8UC1, cv::Scalar(20));
+    row.colRange(50000, 150001).setTo(200);
+    cv::Mat dst;
+    orx::OTSUfourPartsThreshold(row, dst, cv::MORPH_OPEN, 90001);  // a kernel of 8 GB
+    EXPECT_TRUE(equal(dst, otsu(row)));
+}
+
 TEST(OtsuFourParts, RefusalsAreOpenCVsAndLeaveTheOutputAlone) {
     cv::Mat img = litRectangle({20, 10}, {60, 40});
     cv::Mat empty;
@@ -91,6 +146,9 @@ TEST(OtsuFourParts, RefusalsAreOpenCVsAndLeaveTheOutputAlone) {
     EXPECT_THROW(orx::OTSUfourPartsThreshold(colour, dst, cv::MORPH_OPEN, 3), cv::Exception);
     EXPECT_THROW(orx::OTSUfourPartsThreshold(img, dst, 99, 3), cv::Exception);
     EXPECT_THROW(orx::OTSUfourPartsThreshold(img, dst, cv::MORPH_OPEN, 0), cv::Exception);
+    const cv::Mat volume(std::vector<int>{4, 4, 4}, CV_8UC1, cv::Scalar(9));
+    EXPECT_TRUE(orx::test::refusedWith(orx::rcImageDimensions, "OTSUfourPartsThreshold",
+                                       [&] { orx::OTSUfourPartsThreshold(volume, dst, cv::MORPH_OPEN, 3); }));
     EXPECT_EQ(dst.at<uchar>(0, 0), 42);
 }
 

@@ -9,9 +9,11 @@
 #include "orxFunctions/orxfunctions.h"
 #include "tests/support/edge_reference.h"
 #include "tests/support/edge_scene.h"
+#include "tests/support/refusal_check.h"
 
 namespace {
 
+using orx::test::refusedWith;
 using ORXEdge::TContour;
 
 template <typename T>
@@ -182,6 +184,63 @@ TEST(EdgesSubPix, PassesOnTheExceptionsOfTheImageLibrary) {
     EXPECT_THROW(ORXEdge::EdgesSubPix(empty, contours, 1, 2, 1.0), cv::Exception);
     EXPECT_THROW(ORXEdge::EdgesSubPix(image, contours, cv::noArray(), 99, 1, 2, 1.0), cv::Exception);
     EXPECT_EQ(contours.size(), 2U);
+}
+
+TEST(EdgesSubPix, RefusesMoreThanTwoDimensions) {
+    for (const std::vector<int>& sizes : {std::vector<int>{1, 1, 1}, {20, 20, 20}, {2, 3, 4, 5}}) {
+        cv::Mat volume(sizes, CV_8U, cv::Scalar(3));
+        std::vector<TContour> contours(2);
+        EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "EdgesSubPix",
+                                [&] { EXPECT_FALSE(ORXEdge::EdgesSubPix(volume, contours, 1, 2, 1.0)); }));
+        EXPECT_EQ(contours.size(), 2U);
+        const cv::Mat gradient(sizes, CV_16S, cv::Scalar(300));
+        EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "calcEdgeThresVal",
+                                [&] { EXPECT_EQ(ORXEdge::calcEdgeThresVal(gradient, gradient), -1.0); }));
+    }
+}
+
+TEST(EdgesSubPix, AlphaIsBoundedAndAskedForOfASinglePixelToo) {
+    cv::Mat noise = picture(Kind::kNoise, {20, 20}, 1);
+    std::vector<TContour> contours(2);
+    for (const double alpha : {1000.5, 1e7, 3e9, HUGE_VAL}) {
+        EXPECT_TRUE(refusedWith(orx::rcOption, "EdgesSubPix", [&] {
+            EXPECT_FALSE(ORXEdge::EdgesSubPix(noise, contours, 0, 0, alpha));
+        })) << alpha;
+    }
+    EXPECT_EQ(contours.size(), 2U);
+    // The largest value of the kernel is 128 exp(-1/2) / ((1 - exp(-9/2)) alpha): up to 157.01 it rounds
+    // to 1.
+    for (const double alpha : {150.0, 157.0}) {
+        ASSERT_TRUE(ORXEdge::EdgesSubPix(noise, contours, 0, 0, alpha));
+        EXPECT_TRUE(
+            same(contours, edge_reference::edgesSubPix(noise, cv::noArray(), cv::RETR_LIST, 0, 0, alpha)));
+        EXPECT_EQ(contours.empty(), alpha == 157.0) << "smoothed flat";
+    }
+    for (const double alpha : {157.1, 300.0, 1000.0}) {
+        contours.resize(2);
+        EXPECT_TRUE(ORXEdge::EdgesSubPix(noise, contours, 0, 0, alpha));
+        EXPECT_TRUE(contours.empty());
+    }
+    const cv::Mat pixel(1, 1, CV_8U, cv::Scalar(7));  // which OpenCV smooths by anything
+    for (const double alpha : {0.0, -1.0, std::nan("")})
+        EXPECT_THROW(ORXEdge::EdgesSubPix(pixel, contours, 0, 0, alpha), cv::Exception) << alpha;
+    EXPECT_TRUE(ORXEdge::EdgesSubPix(pixel, contours, 0, 0, 1.0));
+}
+
+TEST(EdgesSubPix, TakesConstantImagesAndTemporaries) {
+    cv::Mat image = picture(Kind::kScene, {60, 40}, 3);
+    const cv::Mat& constant = image;
+    std::vector<TContour> expected;
+    ASSERT_TRUE(ORXEdge::EdgesSubPix(image, expected, 5, 15, 1.0));
+    std::vector<TContour> found;
+    ASSERT_TRUE(ORXEdge::EdgesSubPix(constant, found, 5, 15, 1.0));
+    EXPECT_TRUE(same(found, expected));
+    cv::Mat hierarchy;
+    ASSERT_TRUE(ORXEdge::EdgesSubPix(image.clone(), found, hierarchy, cv::RETR_LIST, 5, 15, 1.0));
+    EXPECT_TRUE(same(found, expected));
+    std::vector<std::vector<cv::Point2f>> points;
+    ASSERT_TRUE(ORXEdge::EdgesSubPix(constant, points, 5, 15, 1.0));
+    EXPECT_TRUE(sameBits(points.front(), expected.front().points));
 }
 
 TEST(EdgesSubPix, FlatImageHasNoEdges) {
