@@ -43,4 +43,37 @@ else()
   set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "${PROJECT_DESCRIPTION} (guides, and programs as sources)")
 endif()
 
+# orx_package_papers(<component> <package> FILE...): what Debian wants beside a package, its licence; and the list of what
+# it needs, with versions and licences, from those files and dpkg's facts at the time of packing.
+function(orx_package_papers component package)
+  set(folder "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}")
+  install(FILES LICENSE DESTINATION ${folder} RENAME copyright COMPONENT ${component})
+  list(JOIN ARGN "\" \"" files)
+  install(CODE "
+    set(list \"${PROJECT_BINARY_DIR}/${package}.spdx\")
+    execute_process(
+      COMMAND \"${PROJECT_SOURCE_DIR}/scripts/list-dependencies\" ${package} ${PROJECT_VERSION} \"${files}\"
+      OUTPUT_FILE \"\${list}\" RESULT_VARIABLE status)
+    if(NOT status EQUAL 0)
+      message(FATAL_ERROR \"scripts/list-dependencies failed for ${package}: \${status}\")
+    endif()
+    file(INSTALL \"\${list}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${folder}\" RENAME dependencies.spdx)"
+    COMPONENT ${component})
+endfunction()
+
+find_program(ORX_DPKG dpkg-query)
+if(ORX_DPKG AND NOT WIN32)
+  orx_package_papers(runtime ${library_package}
+    $<TARGET_FILE:orxFunctions> $<TARGET_FILE:ZULLib> $<TARGET_FILE:TQVisionDriver> $<TARGET_FILE:LumoCfg>)
+  orx_package_papers(development liborxfunctions-dev "${OpenCV_DIR}/OpenCVConfig.cmake")
+  set(tool_files "")
+  foreach(tool IN LISTS tools)
+    list(APPEND tool_files $<TARGET_FILE:${tool}>)
+  endforeach()
+  if(tools)
+    find_file(ORX_CLI11_HEADER CLI/CLI.hpp REQUIRED) # its code is in each program
+    orx_package_papers(tools orxfunctions-tools ${tool_files} "${ORX_CLI11_HEADER}")
+  endif()
+endif()
+
 include(CPack)
