@@ -1,0 +1,42 @@
+# Faults that scripts/mutate puts into sources: one line each, in code, the same ones again, and never in this tree.
+source "$(dirname "$0")/support.sh"
+command -v python3 git >/dev/null || exit 77 # it needs both: skipped
+
+make_tree scripts/mutate
+mkdir -p ZULLib
+cat >ZULLib/one.cpp <<'END'
+#include <vector>
+// a comment with 1 < 2 + 3
+/* another == one
+   a + b */
+const char* const kText = "7 < 8 + 9";
+int sum(const std::vector<int>& numbers) {
+    int total = 0;
+    for (int i = 0; i < int(numbers.size()) - 1; ++i) total += numbers[i];
+    forget(total);
+    return total;
+}
+END
+cp ZULLib/one.cpp ZULLib/two_win32.cpp
+echo /first >.gitignore
+git init -q . && git add . && git -c user.name=n -c user.email=e commit -qm "A tree" || exit 1
+
+scripts/mutate --list --count 100 --seed 3 >first || fail "exit code $?"
+scripts/mutate --list --count 100 --seed 3 | cmp - first || fail "the same seed gives other faults"
+! scripts/mutate --list --count 100 --seed 4 | cmp -s - first || fail "another seed gives the same faults"
+expect_equal "" "$(git status --porcelain)"
+expect_no_line '.*two_win32.*' "$(cat first)"
+
+# By hand: line 7 one constant; line 8 three comparisons, signs and so on; line 9 is a call that can be left out.
+expect_equal "comparison:1 constant:3 dropped line:1 off by one:1 sign:2" \
+    "$(grep -xE 'comparison|constant|dropped line|off by one|sign' first | sort | uniq -c | awk '{ n = $1; sub(/^ *[0-9]+ /, ""); printf "%s:%d ", $0, n }' | sed 's/ $//')"
+expect_line '\+    for \(int i = 0; i <= int\(numbers\.size\(\)\) - 1; \+\+i\) total \+= numbers\[i\];' "$(cat first)"
+expect_line '\+    for \(int i = 0; i < int\(numbers\.size\(\)\); \+\+i\) total \+= numbers\[i\];' "$(cat first)"
+expect_line '-    forget\(total\);' "$(cat first)"
+expect_equal "0" "$(grep -cE '^[-+](//|/\*|   a|const char)' first)"
+
+# What is not committed would not be tried.
+echo '// more' >>ZULLib/one.cpp
+said=$(scripts/mutate --list 2>&1) && fail "it starts on a tree that is not clean"
+expect_line 'mutate: what is not committed would not be tried.*' "$said"
+finish
