@@ -6,6 +6,7 @@
 
 #include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -15,14 +16,17 @@ int nearest(double v) { return static_cast<int>(std::lrint(limitedCoordinate(v))
 
 struct Stroke {
     cv::Scalar color;
-    int thickness;
-    int lineType;
-    int shift;
+    DrawingStyle style;
 
     void line(cv::Mat& image, cv::Point from, cv::Point to) const {
-        cv::line(image, from, to, color, thickness, lineType, shift);
+        cv::line(image, from, to, color, style.thickness, style.lineType, style.shift);
     }
 };
+
+bool takesStroke(const cv::Mat& image, const Stroke& stroke, const char* function) {
+    constexpr int kThinnest = 1;
+    return takesDrawing(image, function) && takesLines(stroke.style, kThinnest, function);
+}
 
 // The bottom-left corner of a text of size `text` in a corner of the image.
 cv::Point textOrigin(cv::Size image, cv::Size text, int corner) {
@@ -46,14 +50,15 @@ cv::Point textOrigin(cv::Size image, cv::Size text, int corner) {
 
 void drawContours(cv::Mat& image, std::vector<cv::Point> points, int radius, cv::Scalar color, int thickness,
                   int lineType, int shift) {
-    if (!isDrawable(image)) return;
+    constexpr const char* kName = "drawContours";
+    if (!takesDrawing(image, kName) || !takesCircles({thickness, lineType, shift}, radius, kName)) return;
     for (const cv::Point& p : points) cv::circle(image, p, radius, color, thickness, lineType, shift);
 }
 
 void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double k, int thickness,
                int lineType, int shift) {
-    if (!isDrawable(image)) return;
-    const Stroke stroke{color, thickness, lineType, shift};
+    const Stroke stroke{color, {thickness, lineType, shift}};
+    if (!takesStroke(image, stroke, "drawCorss")) return;
     const double x = center.x;
     const double y = center.y;
     const double length = L;
@@ -65,8 +70,8 @@ void drawCorss(cv::Mat& image, cv::Point center, cv::Scalar color, int L, double
 }
 
 void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thickness, int lineType, int shift) {
-    if (!isDrawable(image)) return;
-    const Stroke stroke{color, thickness, lineType, shift};
+    const Stroke stroke{color, {thickness, lineType, shift}};
+    if (!takesStroke(image, stroke, "drawLine")) return;
     if (std::abs(k) < 1) {
         const int right = image.cols - 1;
         stroke.line(image, {0, nearest(b)}, {right, nearest(right * k + b)});
@@ -78,8 +83,8 @@ void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int thicknes
 
 void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, int thickness, int lineType,
                    int shift) {
-    if (!isDrawable(image)) return;
-    const Stroke stroke{color, thickness, lineType, shift};
+    const Stroke stroke{color, {thickness, lineType, shift}};
+    if (!takesStroke(image, stroke, "drawLineHough")) return;
     const double sine = std::sin(theta);
     const double cosine = std::cos(theta);
     // The far end lies at cols or rows, intended.
@@ -94,18 +99,29 @@ void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, i
 
 void drawText(cv::Mat& image, std::string text, cv::Scalar /*color: always red, intended*/, int corner,
               double ratio) {
-    if (image.channels() != 3 || !isDrawable(image)) return;
+    constexpr const char* kName = "drawText";
+    if (!takesImage(image, kName)) return;
+    if (image.channels() != 3) {
+        refuse(rcImageType, kName, "the image has %d channels; 3 are taken", image.channels());
+        return;
+    }
     constexpr int kFace = cv::FONT_HERSHEY_PLAIN;
     double scale = image.cols / ratio;
     constexpr double kLargestScale = 32767;  // OpenCV's limit of thickness
-    if (!(std::abs(scale) <= kLargestScale)) return;
+    if (!(std::abs(scale) <= kLargestScale) || nearest(scale) < 0) {
+        refuse(rcOption, kName, "the ratio %g makes a scale of %g for %d columns; 0 to 32767 are taken",
+               ratio, scale, image.cols);
+        return;
+    }
     const int thickness = nearest(scale);
-    if (thickness < 0) return;
     scale = thickness < 1 ? 1.0 : std::max(scale, 1.0);
     int baseline = 0;
     const cv::Size size = cv::getTextSize(text, kFace, scale, thickness, &baseline);
     const bool overflowed = size.width < 0 || size.height < 0;
-    if (overflowed) return;
+    if (overflowed) {
+        refuse(rcTooMany, kName, "a text of %zu bytes is too wide at a scale of %g", text.size(), scale);
+        return;
+    }
     cv::putText(image, text, textOrigin(image.size(), size, corner), kFace, scale, cv::Scalar(0, 0, 255),
                 thickness, cv::LINE_8, false);
 }

@@ -1,7 +1,10 @@
 // Drawing results on an image: points, crosses, lines, a caption.
 //
-// Colour, thickness, line type and shift are passed to OpenCV as they are. An empty image draws nothing.
-// Reentrant.
+// Colour, thickness, line type and shift are passed to OpenCV as they are. Nothing is drawn on an image that
+// is empty (rcEmptyImage), of more than two dimensions (rcImageDimensions) or 4 channels (rcImageType), nor
+// in a style that OpenCV does not draw (rcOption): a thickness outside 1 .. 32767 (drawContours: above it;
+// negative ones fill), a line type other than 0, 1, 4, 8 or 16 and more at thickness 1 (not drawContours), a
+// shift outside 0 .. 16. Reentrant.
 #ifndef ORXFUNCTIONS_FITTING_DRAWING_H
 #define ORXFUNCTIONS_FITTING_DRAWING_H
 
@@ -13,7 +16,7 @@
 
 namespace orx {
 
-// A circle of the given radius at every point.
+// A circle of the given radius at every point, 0 to 1,000,000 pixels (rcOption).
 ORX_API void drawContours(cv::Mat& image, std::vector<cv::Point> points, int radius, cv::Scalar color,
                           int thickness, int lineType, int shift);
 
@@ -31,10 +34,11 @@ ORX_API void drawLine(cv::Mat& image, double k, double b, cv::Scalar color, int 
 ORX_API void drawLineHough(cv::Mat& image, double theta, double rho, cv::Scalar color, int thickness,
                            int lineType, int shift);
 
-// A caption in a corner of a 3-channel image (others are left alone): 0 top right, 1 bottom right, 2 top
-// left, 3 bottom left, any other value at (0, 0). `ratio` is the image width in pixels at which the font
-// scale is 1; nothing is drawn for a ratio of 0 or one that asks for a scale below 0 or above 32,767. The
-// text is always red; `color` is accepted and deliberately not used.
+// A caption in a corner of a 3-channel image (others are left alone, rcImageType): 0 top right, 1 bottom
+// right, 2 top left, 3 bottom left, any other value at (0, 0). `ratio` is the image width in pixels at which
+// the font scale is 1; nothing is drawn for a ratio of 0 or one that asks for a scale below 0 or above 32,767
+// (rcOption), nor where the text would be wider than 32 bits can say (rcTooMany). The text is always red;
+// `color` is accepted and deliberately not used.
 ORX_API void drawText(cv::Mat& image, std::string text, cv::Scalar color, int corner, double ratio);
 
 }  // namespace orx

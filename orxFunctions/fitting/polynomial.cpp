@@ -190,7 +190,8 @@ void TPolynomial::getPloySlopeList(std::vector<cv::Point2d>& list, int digits) c
 
 void TPolynomial::draw(cv::Mat& image, const cv::Scalar& colour, int thickness, int lineType,
                        int shift) const {
-    if (!isDrawable(image)) return;
+    constexpr int kThinnest = 0;
+    if (!takesDrawing(image, "draw") || !takesLines({thickness, lineType, shift}, kThinnest, "draw")) return;
     const CoefficientList list(coefficients);
     std::vector<cv::Point> curve;
     curve.reserve(static_cast<std::size_t>(image.cols));

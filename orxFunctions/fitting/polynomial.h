@@ -63,7 +63,9 @@ class ORX_API TPolynomial {
     void getPloyList(std::vector<cv::Point2d>& list, int digits) const;
     void getPloySlopeList(std::vector<cv::Point2d>& list, int digits) const;
 
-    // The curve over the columns of the image, as an open polyline through rounded rows.
+    // The curve over the columns of the image, as an open polyline through rounded rows. What is not drawn on
+    // and which styles are not taken is as in drawing.h (rcEmptyImage, rcImageDimensions, rcImageType,
+    // rcOption), but that a thickness of 0 is.
     void draw(cv::Mat& image, const cv::Scalar& colour, int thickness, int lineType, int shift) const;
 
   private:

@@ -1,14 +1,23 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <limits>
+#include <map>
 #include <opencv2/imgproc.hpp>
 #include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/refusal_check.h"
 
 namespace {
 
 using Pixels = std::set<std::pair<int, int>>;  // (x, y)
+
+using orx::test::notRefused;
+using orx::test::refusedWith;
 
 const cv::Scalar kWhite(255, 255, 255);
 
@@ -96,13 +105,98 @@ TEST(DrawLine, LinesBeyondTheImageAreSafe) {
     EXPECT_EQ(image.at<uchar>(25, 3), 255) << "thick and long";
 }
 
-TEST(Drawing, ImagesOfMoreDimensionsStayAsTheyAre) {
-    cv::Mat volume(std::vector<int>{3, 4, 5}, CV_8UC1, cv::Scalar(0));
-    orx::drawContours(volume, {{1, 1}}, 1, kWhite, 1, cv::LINE_8, 0);
-    orx::drawCorss(volume, {1, 1}, kWhite, 2, 0, 1, cv::LINE_8, 0);
-    orx::drawLine(volume, 0.5, 1, kWhite, 1, cv::LINE_8, 0);
-    orx::drawLineHough(volume, 1, 1, kWhite, 1, cv::LINE_8, 0);
-    EXPECT_EQ(cv::countNonZero(volume), 0);
+struct Style {
+    int thickness;
+    int lineType;
+    int shift;
+};
+
+using Draw = std::function<void(cv::Mat&, const Style&)>;
+
+// What draws lines, by name.
+std::map<std::string, Draw> strokes() {
+    return {{"drawCorss",
+             [](cv::Mat& image, const Style& s) {
+                 orx::drawCorss(image, {4, 4}, kWhite, 2, 0, s.thickness, s.lineType, s.shift);
+             }},
+            {"drawLine",
+             [](cv::Mat& image, const Style& s) {
+                 orx::drawLine(image, 0.5, 1, kWhite, s.thickness, s.lineType, s.shift);
+             }},
+            {"drawLineHough",
+             [](cv::Mat& image, const Style& s) {
+                 orx::drawLineHough(image, 1, 1, kWhite, s.thickness, s.lineType, s.shift);
+             }},
+            {"draw", [](cv::Mat& image, const Style& s) {
+                 orx::TPolynomial level;
+                 level.getY(0, std::vector<double>{2});
+                 level.draw(image, kWhite, s.thickness, s.lineType, s.shift);
+             }}};
+}
+
+std::map<std::string, Draw> drawings() {
+    std::map<std::string, Draw> all = strokes();
+    all["drawContours"] = [](cv::Mat& image, const Style& s) {
+        orx::drawContours(image, {{1, 1}}, 1, kWhite, s.thickness, s.lineType, s.shift);
+    };
+    return all;
+}
+
+TEST(Drawing, ImagesThatOpenCvCannotDrawOnStayAsTheyAre) {
+    const Style thin{1, cv::LINE_8, 0};
+    for (const auto& [name, draw] : drawings()) {
+        cv::Mat none;
+        cv::Mat volume(std::vector<int>{3, 4, 5}, CV_8UC1, cv::Scalar(0));
+        cv::Mat many = cv::Mat::zeros(9, 9, CV_8UC(5));
+        const auto on = [&, &draw = draw](cv::Mat& image) { return [&] { draw(image, thin); }; };
+        EXPECT_TRUE(refusedWith(orx::rcEmptyImage, name, on(none)));
+        EXPECT_TRUE(refusedWith(orx::rcImageDimensions, name, on(volume)));
+        EXPECT_TRUE(refusedWith(orx::rcImageType, name, on(many)));
+        EXPECT_EQ(cv::countNonZero(volume) + cv::countNonZero(many.reshape(1)), 0) << name;
+        for (const int type : {CV_8UC4, CV_16UC3, CV_32FC1, CV_64FC2}) {
+            cv::Mat image = cv::Mat::zeros(9, 9, type);
+            EXPECT_TRUE(notRefused(on(image))) << name;
+            EXPECT_GT(cv::countNonZero(image.reshape(1)), 0) << name;
+        }
+    }
+}
+
+TEST(Drawing, StylesThatOpenCvThrowsForDrawNothing) {
+    for (const auto& [name, draw] : drawings()) {
+        const bool circles = name == "drawContours";
+        std::vector<Style> bad{{32768, 8, 0}, {1, 8, -1}, {1, 8, 17}};
+        if (!circles) bad.insert(bad.end(), {{-1, 8, 0}, {1, -1, 0}, {1, 2, 0}, {1, 15, 0}});
+        if (!circles && name != "draw") bad.push_back({0, 8, 0});
+        for (const Style& style : bad) {
+            cv::Mat image = cv::Mat::zeros(9, 9, CV_8UC1);
+            EXPECT_TRUE(refusedWith(orx::rcOption, name, [&, &draw = draw] { draw(image, style); }))
+                << style.thickness << ' ' << style.lineType << ' ' << style.shift;
+            EXPECT_EQ(cv::countNonZero(image), 0) << name;
+        }
+        for (const Style& style : {Style{1, 0, 0}, Style{1, 1, 0}, Style{1, 4, 0}, Style{2, 5, 0},
+                                   Style{1, 16, 0}, Style{32767, 8, 16}}) {
+            cv::Mat image = cv::Mat::zeros(9, 9, CV_8UC1);
+            EXPECT_TRUE(notRefused([&, &draw = draw] { draw(image, style); })) << name;
+        }
+    }
+}
+
+TEST(DrawContours, RefusesRadiiThatOpenCvCannotDraw) {
+    cv::Mat image = cv::Mat::zeros(9, 9, CV_8UC1);
+    const auto with = [&](int radius, int thickness, int shift) {
+        return [&image, radius, thickness, shift] {
+            orx::drawContours(image, {{4, 4}}, radius, kWhite, thickness, cv::LINE_8, shift);
+        };
+    };
+    for (const int radius : {-1, std::numeric_limits<int>::min(), 1'000'001, std::numeric_limits<int>::max()})
+        EXPECT_TRUE(refusedWith(orx::rcOption, "drawContours", with(radius, 1, 0)));
+    EXPECT_EQ(orx::lastRefusal().text,
+              "drawContours: the radius is 2147483647; 0 to 1000000 pixels are taken");
+    EXPECT_EQ(cv::countNonZero(image), 0);
+    EXPECT_TRUE(notRefused(with(1'000'000, 1, 0)));
+    EXPECT_TRUE(notRefused(with(1'000'000 << 10, 1, 10)));
+    EXPECT_TRUE(notRefused(with(2, -1, 0)));
+    EXPECT_EQ(image.at<uchar>(4, 4), 255) << "filled";
 }
 
 Pixels hough(double theta, double rho) {
@@ -167,17 +261,21 @@ TEST(DrawText, ScaleIsAtLeastOne) {
 
 TEST(DrawText, OnlyOnThreeChannelsAndWithASensibleRatio) {
     cv::Mat grey = cv::Mat::zeros(100, 100, CV_8UC1);
-    orx::drawText(grey, "text", kWhite, 3, 100);
+    EXPECT_TRUE(
+        refusedWith(orx::rcImageType, "drawText", [&] { orx::drawText(grey, "text", kWhite, 3, 100); }));
     EXPECT_EQ(cv::countNonZero(grey), 0);
     cv::Mat color = cv::Mat::zeros(100, 100, CV_8UC3);
     for (const double ratio : {0.0, 1e-300, -0.01, std::nan("")})
-        orx::drawText(color, "text", kWhite, 3, ratio);
+        EXPECT_TRUE(
+            refusedWith(orx::rcOption, "drawText", [&] { orx::drawText(color, "text", kWhite, 3, ratio); }));
     EXPECT_EQ(cv::countNonZero(color.reshape(1)), 0);
     cv::Mat wide = cv::Mat::zeros(10, 320, CV_8UC3);
-    orx::drawText(wide, std::string(6000, 'W'), kWhite, 3, 0.01);
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "drawText",
+                            [&] { orx::drawText(wide, std::string(6000, 'W'), kWhite, 3, 0.01); }));
     EXPECT_EQ(cv::countNonZero(wide.reshape(1)), 0) << "a text wider than 32 bits can say";
     cv::Mat empty;
-    orx::drawText(empty, "text", kWhite, 3, 100);
+    EXPECT_TRUE(
+        refusedWith(orx::rcEmptyImage, "drawText", [&] { orx::drawText(empty, "text", kWhite, 3, 100); }));
     EXPECT_TRUE(empty.empty());
 }
 
