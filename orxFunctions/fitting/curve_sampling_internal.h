@@ -6,11 +6,14 @@
 #include <cstddef>
 #include <opencv2/core.hpp>
 
+#include "orxFunctions/foundation/refusal_internal.h"
+
 namespace orx {
 
-// A longer list would fill the memory; a longer search, which keeps nothing, would take hours.
+// A longer list would fill the memory.
 constexpr double kMostListedSamples = 1e7;
-constexpr double kMostSearchedSamples = 1e10;
+// What is evaluated at one go: a few seconds. A term is a coefficient times its power.
+constexpr double kMostTerms = 1e9;
 
 // coefficients[0] + coefficients[1] x + coefficients[2] x^2 + ..., summed in this order.
 inline double evaluatePolynomial(const double* coefficients, std::size_t count, double x) {
@@ -28,6 +31,17 @@ inline std::size_t sampleCount(double low, double high, double step, double most
     if (!(low <= high) || !(step > 0)) return 0;
     const double steps = (high - low) / step;
     return steps < most ? static_cast<std::size_t>(steps) + 1 : 0;
+}
+
+// Whether that many samples of so many terms each may be listed. Keeps the refusal.
+inline bool takesList(double low, double high, double step, double termsEach, const char* function) {
+    if (!(low <= high)) return refuse(rcNotFinite, function, "no x lies from %g to %g", low, high);
+    if (sampleCount(low, high, step, kMostListedSamples) == 0)
+        return refuse(rcTooMany, function, "from %g to %g in steps of %g; fewer than %g steps are taken", low,
+                      high, step, kMostListedSamples);
+    const double terms = ((high - low) / step + 1) * termsEach;
+    if (terms <= kMostTerms) return true;
+    return refuse(rcTooMany, function, "%g terms to sum up; at most %g are taken", terms, kMostTerms);
 }
 
 // Calls visit(x) for x = low, low + step, ... (a running sum) while x <= high; not at all when that would be

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 
@@ -17,16 +18,17 @@ inline double tracedListStep(int digits) {
     return step;
 }
 
-// Exchanges bounds that are in the wrong order. False when they are equal. Both are traced.
+// Exchanges bounds that are in the wrong order. False when they are equal, which keeps the refusal. Both are
+// traced.
 template <class Number>
-bool orderedBounds(Number& minX, Number& maxX) {
+bool orderedBounds(Number& minX, Number& maxX, const char* function) {
     if (minX > maxX) {
         outPutDebugString(zul::toAnsi("getExtremeValue minX>maxX 已经交换数据"));
         std::swap(minX, maxX);
     }
     if (minX == maxX) {
         outPutDebugString(zul::toAnsi("getExtremeValue minX==maxX 输入参数有误"));
-        return false;
+        return refuse(rcOption, function, "both bounds are %g", static_cast<double>(minX));
     }
     return true;
 }

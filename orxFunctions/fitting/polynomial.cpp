@@ -11,7 +11,9 @@
 #include "orxFunctions/fitting/curve_trace_internal.h"
 #include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/fitting/polynomial_solve_internal.h"
+#include "orxFunctions/fitting/whole_extreme_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -50,12 +52,13 @@ class CoefficientList {
     std::size_t size_ = 0;
 };
 
-// (x, valueAt(x)) over the range of the samples' x, values that are not numbers left out.
+// (x, valueAt(x)) over the range of the samples' x, those that are not numbers left out.
 template <class ValueAt>
-void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::vector<cv::Point2d>& list,
-                     ValueAt valueAt) {
+void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::size_t terms,
+                     const char* function, std::vector<cv::Point2d>& list, ValueAt valueAt) {
     if (samples.size() < 2) {
         outPutDebugString(zul::toAnsi("Points.size() < 2，强制返回"));
+        refuse(rcTooFew, function, "%zu samples; at least 2 are taken", samples.size());
         return;
     }
     double low = std::numeric_limits<double>::infinity();
@@ -66,6 +69,7 @@ void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::v
     }
     const double step = tracedListStep(digits);
     list.clear();
+    if (!takesList(low, high, step, static_cast<double>(terms), function)) return;
     list.reserve(sampleCount(low, high, step, kMostListedSamples));
     forEachSample(low, high, step, kMostListedSamples, [&](double x) { list.emplace_back(x, valueAt(x)); });
 }
@@ -83,33 +87,51 @@ void copySamples(const std::vector<cv::Point2d>& source, std::vector<cv::Point2d
     }
 }
 
+constexpr const char* kNoCoefficients = "there are no coefficients";
+
 int toRow(double y) { return static_cast<int>(std::lround(limitedCoordinate(y))); }
 
 }  // namespace
 
 TPolynomial::TPolynomial(std::vector<cv::Point2d>& samples, int degree) { fit(samples, degree); }
 
+TPolynomial::TPolynomial(const std::vector<cv::Point2d>& samples, int degree) { fit(samples, degree); }
+
 TPolynomial::TPolynomial(std::vector<double> x, std::vector<double> y, int degree) {
     fit(std::move(x), std::move(y), degree);
 }
 
 bool TPolynomial::fit(std::vector<cv::Point2d>& samples, int degree) {
+    return fit(std::as_const(samples), degree);
+}
+
+bool TPolynomial::fit(const std::vector<cv::Point2d>& samples, int degree) {
     copySamples(samples, points);
     order = degree;
     return fit();
 }
 
 bool TPolynomial::fit(std::vector<double> x, std::vector<double> y, int degree) {
-    if (x.size() != y.size()) return false;
+    if (x.size() != y.size())
+        return refuse(rcSizesDiffer, "fit", "%zu x and %zu y; as many of both are taken", x.size(), y.size());
     points.resize(x.size());
     for (std::size_t i = 0; i < x.size(); ++i) points[i] = {x[i], y[i]};
     order = degree;
     return fit();
 }
 
-bool TPolynomial::fit() { return solvePolynomial(points.data(), points.size(), order, coefficients); }
+bool TPolynomial::fit() {
+    if (solvePolynomial(points.data(), points.size(), order, coefficients)) return true;
+    if (!takesOrder(order, "fit")) return false;
+    return refuse(rcDegenerate, "fit", "%zu samples do not determine a polynomial of order %d", points.size(),
+                  order);
+}
 
-double TPolynomial::getY(double x) const { return CoefficientList(coefficients).valueAt(x); }
+double TPolynomial::getY(double x) const {
+    const CoefficientList list(coefficients);
+    if (list.size() == 0) refuse(rcNotReady, "getY", "%s", kNoCoefficients);
+    return list.valueAt(x);
+}
 
 double TPolynomial::getY(double x, std::vector<double> paraList) {
     coefficients = cv::Mat(paraList, true);
@@ -124,10 +146,15 @@ double TPolynomial::getY(double x, cv::Mat paras) {
     return getY(x);
 }
 
-double TPolynomial::getSlope(double x) const { return CoefficientList(coefficients).slopeAt(x); }
+double TPolynomial::getSlope(double x) const {
+    const CoefficientList list(coefficients);
+    if (list.size() == 0) refuse(rcNotReady, "getSlope", "%s", kNoCoefficients);
+    return list.slopeAt(x);
+}
 
 void TPolynomial::getError(double& sse, double& rmse, double& r2) const {
     const CoefficientList list(coefficients);
+    if (points.empty()) refuse(rcNotReady, "getError", "there are no samples");
     const auto n = static_cast<double>(points.size());
     double sum = 0;
     for (const cv::Point2d& p : points) sum += p.y;
@@ -145,47 +172,57 @@ void TPolynomial::getError(double& sse, double& rmse, double& r2) const {
 }
 
 cv::Point2d TPolynomial::getExtremeValue(int minX, int maxX, int mode) const {
-    if (!orderedBounds(minX, maxX)) return {0, 0};
+    constexpr const char* kName = "getExtremeValue";
+    if (!orderedBounds(minX, maxX, kName)) return {0, 0};
     constexpr int kRefinements = 3;
+    constexpr double kFineSamples = kRefinements * 202;
     const CoefficientList list(coefficients);
+    cv::Point2d best(0, 0);
+    if (static_cast<double>(list.size()) * kFineSamples > kMostSearchedTerms ||
+        !extremeOfWholeNumbers(list.begin(), list.size(), minX, maxX, mode == 1, best)) {
+        refuse(rcTooMany, kName, "more than %g terms to sum up from %d to %d", kMostSearchedTerms, minX,
+               maxX);
+        return {0, 0};
+    }
     const double first = minX;
     const double last = maxX;
-    double low = first;
-    double high = last;
-    cv::Point2d best(0, 0);
-    for (int level = 0; level <= kRefinements; ++level) {
+    double coarser = 1;
+    for (int level = 1; level <= kRefinements; ++level) {
+        const double low = std::max(first, best.x - 10 * coarser);
+        const double high = std::min(last, best.x + 10 * coarser);
         const double step = 1 / std::pow(10.0, level);
         ExtremeSearch search(mode == 1);
-        forEachSample(low, high, step, kMostSearchedSamples,
-                      [&](double x) { search.offer(x, list.valueAt(x)); });
+        forEachSample(low, high, step, kFineSamples, [&](double x) { search.offer(x, list.valueAt(x)); });
         best = search.best();
-        low = std::max(first, best.x - 10 * step);
-        high = std::min(last, best.x + 10 * step);
+        coarser = step;
     }
     return best;
 }
 
 bool TPolynomial::getFitParas(std::vector<double>& paraList) const {
     const CoefficientList list(coefficients);
-    if (list.size() == 0) return false;
+    if (list.size() == 0) return refuse(rcNotReady, "getFitParas", "%s", kNoCoefficients);
     paraList.assign(list.begin(), list.end());
     return true;
 }
 
 bool TPolynomial::getFitParas(cv::Mat& paras) const {
-    if (CoefficientList(coefficients).size() == 0) return false;
+    if (CoefficientList(coefficients).size() == 0)
+        return refuse(rcNotReady, "getFitParas", "%s", kNoCoefficients);
     paras = coefficients.clone();
     return true;
 }
 
 void TPolynomial::getPloyList(std::vector<cv::Point2d>& list, int digits) const {
     const CoefficientList model(coefficients);
-    listOverSamples(points, digits, list, [&](double x) { return model.valueAt(x); });
+    listOverSamples(points, digits, model.size(), "getPloyList", list,
+                    [&](double x) { return model.valueAt(x); });
 }
 
 void TPolynomial::getPloySlopeList(std::vector<cv::Point2d>& list, int digits) const {
     const CoefficientList model(coefficients);
-    listOverSamples(points, digits, list, [&](double x) { return model.slopeAt(x); });
+    listOverSamples(points, digits, model.size(), "getPloySlopeList", list,
+                    [&](double x) { return model.slopeAt(x); });
 }
 
 void TPolynomial::draw(cv::Mat& image, const cv::Scalar& colour, int thickness, int lineType,

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "orxFunctions/fitting/kernels/polynomial.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -56,6 +57,11 @@ class PowerSums {
 };
 
 }  // namespace
+
+bool takesOrder(int order, const char* function) noexcept {
+    if (order >= 0 && order <= kHighestOrder) return true;
+    return refuse(rcOption, function, "the order is %d; 0 to %d are taken", order, kHighestOrder);
+}
 
 bool solvePolynomial(const cv::Point2d* samples, std::size_t count, int order, cv::Mat& coefficients) {
     // A fresh matrix: copies of a model share the old one.

@@ -7,8 +7,11 @@
 
 namespace orx {
 
-// Beyond this degree no system of powers can be solved in doubles, and its matrix would fill the memory.
-constexpr int kHighestOrder = 1000;
+// Far beyond what a system of powers tells in doubles; its solution takes order^3 steps.
+constexpr int kHighestOrder = 200;
+
+// 0 .. kHighestOrder; otherwise keeps the refusal.
+bool takesOrder(int order, const char* function) noexcept;
 
 // Writes the (order + 1) x 1 coefficients into a matrix of their own. False for a singular system, with all
 // coefficients 0, and for an order outside 0 .. kHighestOrder, with an empty matrix.

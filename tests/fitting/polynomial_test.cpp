@@ -8,10 +8,12 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/refusal_check.h"
 #include "tests/support/trace_log.h"
 
 namespace {
 
+using orx::test::refusedWith;
 using Samples = std::vector<cv::Point2d>;
 using Lines = test::TraceLog::Lines;
 
@@ -62,6 +64,19 @@ TEST(TPolynomial, FitsWhatItsOrderCanFollow) {
     EXPECT_NEAR(r2, 0, 1e-9);
 }
 
+TEST(TPolynomial, TakesConstListsAndTemporaries) {
+    const Samples samples = parabola();
+    orx::TPolynomial model(samples, 2);
+    EXPECT_NEAR(model.getY(1.5), 1 - 0.845 * 0.845, 1e-9);
+    EXPECT_TRUE(model.fit(Samples{{0, 1}, {1, 3}}, 1));
+    EXPECT_NEAR(model.getY(10), 21, 1e-9);
+    EXPECT_EQ(model.points.size(), 2U);
+    bool (orx::TPolynomial::*const stated)(Samples&, int) = &orx::TPolynomial::fit;
+    Samples list = parabola();
+    EXPECT_TRUE((model.*stated)(list, 2));
+    EXPECT_EQ(model.points, samples);
+}
+
 TEST(TPolynomial, ListsOfDifferentLengthKeepTheModel) {
     orx::TPolynomial model({0, 1, 2}, {1, 3, 5}, 1);
     EXPECT_FALSE(model.fit({0, 1, 2}, {1, 3}, 2));
@@ -78,7 +93,7 @@ TEST(TPolynomial, SingularSystemsGiveZeros) {
         EXPECT_EQ(cv::countNonZero(model.coefficients), 0) << order;
         EXPECT_FALSE(model.fit(std::vector<double>{}, {}, order)) << order;
     }
-    for (const int order : {-1, 1001, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    for (const int order : {-1, 201, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         orx::TPolynomial model({0, 1, 2}, {1, 3, 5}, 1);
         EXPECT_FALSE(model.fit({0, 1, 2}, {1, 3, 5}, order)) << order;
         EXPECT_TRUE(model.coefficients.empty());
@@ -216,6 +231,7 @@ cv::Point2d plainExtreme(const orx::TPolynomial& model, int minX, int maxX, int 
         Samples all;
         for (double x = low; x <= high; x += step) all.emplace_back(x, model.getY(x));
         std::stable_sort(all.begin(), all.end(), [&](const cv::Point2d& l, const cv::Point2d& r) {
+            if (std::isnan(l.y) || std::isnan(r.y)) return !std::isnan(l.y) && std::isnan(r.y);
             return mode == 1 ? l.y > r.y : l.y < r.y;
         });
         best = all.front();
@@ -237,6 +253,63 @@ TEST(TPolynomial, ExtremeIsTheFirstOfTheOrderedLastLevel) {
         const int maxX = minX + 1 + std::abs(bound(random));
         EXPECT_EQ(model.getExtremeValue(minX, maxX, round % 2), plainExtreme(model, minX, maxX, round % 2));
     }
+}
+
+// Level 0 alone, to the last bit, over ranges that are searched in stretches.
+TEST(TPolynomial, LongSearchesFindWhatAScanOfAllNumbersFinds) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> coefficient(-1, 1);
+    std::uniform_int_distribution<int> bound(-30'000, 30'000);
+    const double inf = std::numeric_limits<double>::infinity();
+    for (int round = 0; round < 60; ++round) {
+        std::vector<double> list;
+        for (int i = 0; i <= round % 6; ++i) list.push_back(coefficient(random) * std::pow(1e-4, i - 1));
+        if (round % 10 == 6) list[0] = 1e18;  // nearly all values are equal after rounding
+        if (round % 10 == 7) list = {1, 2e307, -1e304, 1e300, 1e296};
+        if (round % 10 == 8) list[list.size() - 1] = inf;
+        if (round % 10 == 9) list.insert(list.end(), 80, round % 20 == 9 ? 0.0 : -0.5);  // powers overflow
+        const auto model = withCoefficients(list);
+        const int minX = bound(random);
+        const int maxX = minX + 200 + std::abs(bound(random));
+        for (const int mode : {0, 1}) {
+            const cv::Point2d expected = plainExtreme(model, minX, maxX, mode);
+            const cv::Point2d found = model.getExtremeValue(minX, maxX, mode);
+            EXPECT_EQ(found.x, expected.x) << "round " << round << ", mode " << mode;
+            EXPECT_TRUE(found.y == expected.y || (std::isnan(found.y) && std::isnan(expected.y))) << round;
+        }
+    }
+}
+
+TEST(TPolynomial, SearchesTheWholeRangeOfInts) {
+    const int low = std::numeric_limits<int>::min();
+    const int high = std::numeric_limits<int>::max();
+    // -(x - 12345)^2, whose terms are exact there.
+    const auto parabola = withCoefficients({-12345.0 * 12345.0, 2 * 12345.0, -1});
+    EXPECT_NEAR(parabola.getExtremeValue(low, high, 1).x, 12345, 0.0011);
+    EXPECT_EQ(parabola.getExtremeValue(low, high, 0).x, low);
+    // x^3 - 3e12 x: a hill at -1e6 of 2e18, lower than the far right.
+    const auto cubic = withCoefficients({0, -3e12, 0, 1});
+    EXPECT_NEAR(cubic.getExtremeValue(low, high, 1).x, high, 0.0011);
+    EXPECT_NEAR(cubic.getExtremeValue(low, 0, 1).x, -1e6, 1);
+    EXPECT_NEAR(cubic.getExtremeValue(0, high, 0).x, 1e6, 1);
+    EXPECT_EQ(withCoefficients({7}).getExtremeValue(low, high, 1), cv::Point2d(low, 7));
+    EXPECT_EQ(withCoefficients({std::nan("")}).getExtremeValue(low, high, 1).x, low);
+}
+
+// (x - 1e9)^10 in plain powers: rounding alone makes hundreds of millions of values as small as the least.
+TEST(TPolynomial, SearchesThatWouldTakeMinutesAreRefused) {
+    std::vector<double> list{1};
+    for (int power = 0; power < 10; ++power) {
+        list.insert(list.begin(), 0);
+        for (std::size_t i = 0; i + 1 < list.size(); ++i) list[i] -= 1e9 * list[i + 1];
+    }
+    const auto flat = withCoefficients(list);
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getExtremeValue", [&] {
+        EXPECT_EQ(flat.getExtremeValue(0, std::numeric_limits<int>::max(), 0), cv::Point2d(0, 0));
+    }));
+    const auto long_ = withCoefficients(std::vector<double>(2'000'000, 1.0));
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getExtremeValue",
+                            [&] { EXPECT_EQ(long_.getExtremeValue(0, 1, 0), cv::Point2d(0, 0)); }));
 }
 
 TEST(TPolynomial, ExtremeSearchStaysDefined) {
@@ -283,6 +356,10 @@ TEST(TPolynomial, ListsNeverOutgrowMemoryOrTime) {
         EXPECT_TRUE(list.empty()) << digits;
     }
     Samples list;
+    orx::TPolynomial heavy = withCoefficients(std::vector<double>(2000, 1.0));
+    heavy.points = {{0, 0}, {1000, 0}};
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getPloySlopeList", [&] { heavy.getPloySlopeList(list, 3); }));
+    EXPECT_TRUE(list.empty());
     model.getPloyList(list, std::numeric_limits<int>::min());
     EXPECT_EQ(list.size(), 1U);
     // A step that no longer changes x.

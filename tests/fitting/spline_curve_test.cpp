@@ -7,10 +7,13 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/refusal_check.h"
 #include "tests/support/trace_log.h"
 
 namespace {
 
+using orx::test::notRefused;
+using orx::test::refusedWith;
 using Samples = std::vector<cv::Point2d>;
 using Lines = test::TraceLog::Lines;
 
@@ -74,7 +77,7 @@ TEST(TSplineCurve, ChainsOverlappingRuns) {
 }
 
 TEST(TSplineCurve, NeedsMoreSamplesThanItsOrder) {
-    for (const int n : {-1, 3, 4, 1001, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    for (const int n : {-1, 3, 4, 201, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         orx::TSplineCurve curve = waveCurve(10, 3);
         curve.fit({0, 1, 2}, {5, 6, 7}, n);
         EXPECT_TRUE(curve.segments.empty()) << n;
@@ -160,12 +163,34 @@ TEST(TSplineCurve, LongChainsAreSearchedWhole) {
     EXPECT_NEAR(top.y, 1, 1e-6);
 }
 
+TEST(TSplineCurve, ChainsThatWouldTakeHoursAreRefused) {
+    const auto samples = [](int count) {
+        Samples list;
+        for (int i = 0; i < count; ++i) list.emplace_back(i / 100.0, i % 7);
+        return list;
+    };
+    orx::TSplineCurve curve;
+    EXPECT_TRUE(notRefused([&] { curve.fit(samples(203), 200); }));
+    EXPECT_EQ(curve.segments.size(), 3U);
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "fit", [&] { curve.fit(samples(500), 200); }));
+    EXPECT_TRUE(curve.segments.empty());
+    // 200 segments of 201 coefficients cover each of a hundred thousand steps.
+    for (int i = 0; i < 200; ++i) curve.segments.push_back({0, 1000, std::vector<double>(201, 1.0), {}});
+    Samples list{{1, 1}};
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getSplineList", [&] { curve.getSplineList(list, 2); }));
+    EXPECT_TRUE(list.empty());
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getExtremeValue", [&] { curve.getExtremeValue(1); }));
+}
+
 TEST(TSplineCurve, HugeRangesEnd) {
     const double inf = std::numeric_limits<double>::infinity();
     orx::TSplineCurve curve = waveCurve(5, 1);
     EXPECT_EQ(curve.getExtremeValue(-1e300, 1e300, 1), cv::Point2d(0, 0));
     EXPECT_EQ(curve.getExtremeValue(-inf, inf, 1), cv::Point2d(0, 0));
     EXPECT_EQ(curve.getExtremeValue(std::nan(""), 1.0, 1), cv::Point2d(0, 0));
+    EXPECT_TRUE(notRefused([&] { EXPECT_NEAR(curve.getExtremeValue(-1e4, 1e4, 0).x, 0, 0.011); }));
+    EXPECT_TRUE(refusedWith(orx::rcTooMany, "getExtremeValue",
+                            [&] { EXPECT_EQ(curve.getExtremeValue(-1e7, 1e7, 1), cv::Point2d(0, 0)); }));
     EXPECT_EQ(curve.getExtremeValue(1e17, 1e17 + 32, 1).x, 1e17) << "no step changes x";
     Samples list{{1, 1}};
     curve.getSplineList(list, 300);
