@@ -56,6 +56,15 @@ if(ORX_SANITIZER STREQUAL "address")
 elseif(ORX_SANITIZER STREQUAL "thread")
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
+elseif(ORX_SANITIZER STREQUAL "fuzzer")
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "libFuzzer comes with Clang: set CMAKE_CXX_COMPILER to clang++")
+  endif()
+  # Counters that steer libFuzzer, and those that scripts/fuzz tells the coverage from; only the programs in tests/fuzz
+  # are linked with libFuzzer itself.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+    -fno-omit-frame-pointer -fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fsanitize=fuzzer-no-link,address,undefined -fprofile-instr-generate)
 elseif(NOT ORX_SANITIZER STREQUAL "")
-  message(FATAL_ERROR "ORX_SANITIZER must be empty, address or thread, not '${ORX_SANITIZER}'")
+  message(FATAL_ERROR "ORX_SANITIZER must be empty, address, thread or fuzzer, not '${ORX_SANITIZER}'")
 endif()
