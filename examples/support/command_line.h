@@ -2,6 +2,7 @@
 #ifndef EXAMPLES_SUPPORT_COMMAND_LINE_H
 #define EXAMPLES_SUPPORT_COMMAND_LINE_H
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,9 @@ class CommandLine {
     std::vector<const char*> texts_;
     std::shared_ptr<void> console_;  // Windows: gives the console its code page back
 };
+
+// Sets a variable of this process's environment; an empty path takes it away. One thread at a time.
+void setVariable(const std::string& name, const std::filesystem::path& value);
 
 }  // namespace host
 

@@ -4,6 +4,8 @@
 
 #include <shellapi.h>
 
+#include <cstdlib>
+
 namespace host {
 namespace {
 
@@ -32,6 +34,11 @@ CommandLine::CommandLine(int count, char** texts) : texts_(texts, texts + count)
     LocalFree(wide);
     texts_.clear();
     for (const std::string& text : converted_) texts_.push_back(text.c_str());
+}
+
+// Nothing is left of a variable that is set to "".
+void setVariable(const std::string& name, const std::filesystem::path& value) {
+    _wputenv_s(std::filesystem::u8path(name).c_str(), value.c_str());
 }
 
 }  // namespace host

@@ -42,7 +42,7 @@ constexpr bool kIsMemoryJudged = true;
 // What may be added, in MiB: the loader and OpenCV keep some kB of each loading for good. Resident memory
 // grows by what the allocator could not give back, and levels off.
 constexpr double kHeapNoise = 0.25;
-constexpr double kMostKept = 0.02;       // of the heap, each round
+constexpr double kMostKept = 0.03;       // of the heap, each round
 constexpr double kMostResident = 100.0;  // in all
 
 std::mutex problemMutex;
