@@ -29,8 +29,12 @@ bool tryToWrite(const ImageSaver::Job& job) {
     }
 }
 
-void write(const ImageSaver::Job& job) {
-    if (!tryToWrite(job)) APPshowMessage(job.failure, kErrorColor);
+void write(ImageSaver::Job& job) {
+    if (tryToWrite(job)) return;
+    try {
+        APPshowMessage(std::move(job.failure), kErrorColor);
+    } catch (const std::exception&) {  // no memory to tell it, and none to go on with but for the next image
+    }
 }
 
 }  // namespace
@@ -54,10 +58,10 @@ ImageSaver::Answer ImageSaver::add(Job job) {
     waitAtTheEnd();
     if (isEnding_ || (!working_ && !worker_.start(writeOnThread, this))) return Answer::kNoThread;
     working_ = true;
+    jobs_.push_back(std::move(job));  // first: without memory for it there is nothing to count
     refused_ = false;
     bytes_ += bytes;
     ++added_;
-    jobs_.push_back(std::move(job));
     return Answer::kTaken;
 }
 

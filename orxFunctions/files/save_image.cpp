@@ -80,6 +80,12 @@ bool saveImage(cv::Mat img, std::string folder, std::string prefix, std::string 
     }
 }
 
-bool flush(int milliseconds) { return orx::imageSaver.flush(milliseconds); }
+bool flush(int milliseconds) {
+    try {
+        return orx::imageSaver.flush(milliseconds);
+    } catch (const std::exception&) {  // no memory to wait with
+        return false;
+    }
+}
 
 }  // namespace FileOperator

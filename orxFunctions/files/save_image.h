@@ -27,7 +27,8 @@ ORX_API bool saveImage(cv::Mat img, std::string folder, std::string prefix = "",
                        std::string extension = ".png", std::string* path = nullptr);
 
 // Waits until the images given to saveImage before this call are written or reported. With `milliseconds` of
-// 0 or more it waits no longer than that, and returns false when the time ran out.
+// 0 or more it waits no longer than that, and returns false when the time ran out. Also false, at once, where
+// there is no memory to wait with.
 ORX_API bool flush(int milliseconds = -1);
 
 }  // namespace FileOperator
