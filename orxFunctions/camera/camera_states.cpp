@@ -35,6 +35,14 @@ void call(TCameraStateCallback callback, const TCameraStatus& status, void* user
                         kErrorColor);
 }
 
+// Whoever delivers goes on with the next change, whatever became of this one.
+void callSafely(TCameraStateCallback callback, const TCameraStatus& status, void* user) {
+    try {
+        call(callback, status, user);
+    } catch (const std::exception&) {  // no memory for the message
+    }
+}
+
 }  // namespace
 
 TCameraStatus CameraStates::status(int camera) {
@@ -70,18 +78,22 @@ TReconnect CameraStates::reconnect(int camera) {
     return cameras_[static_cast<std::size_t>(camera)].reconnect;
 }
 
+// All or nothing: without memory the status and the host's news of it wait for the next report.
 void CameraStates::update(int camera, Camera& known) {
-    TCameraStatus& status = known.status;
+    TCameraStatus status = known.status;
     status.name = known.facts.name;
     status.attempts = known.facts.attempts;
     const auto [state, reason] = stateOf(known.facts);
-    if (state == status.state && reason == status.reason) return;
-    status.camera = camera;
-    status.state = state;
-    status.reason = reason;
-    status.since = std::chrono::system_clock::now();
-    status.change = ++changes_;
-    if (callback_ != nullptr) news_.push_back(status);
+    if (state != status.state || reason != status.reason) {
+        status.camera = camera;
+        status.state = state;
+        status.reason = reason;
+        status.since = std::chrono::system_clock::now();
+        status.change = changes_ + 1;
+        if (callback_ != nullptr) news_.push_back(status);
+        changes_ = status.change;
+    }
+    known.status = std::move(status);
 }
 
 // By one thread at a time, so that the host hears of changes in their order.
@@ -95,7 +107,7 @@ void CameraStates::deliver() {
         const TCameraStateCallback callback = callback_;
         void* const user = user_;
         mutex_.unlock();
-        call(callback, status, user);
+        callSafely(callback, status, user);
         mutex_.lock();
     }
     news_.clear();

@@ -5,6 +5,7 @@
 #include <array>
 #include <condition_variable>
 #include <deque>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -40,7 +41,8 @@ class CameraStates {
     TReconnect reconnect(int camera);
 
     // Calls change(facts) under the mutex, so that what it reads there is not older than what others report.
-    // Other cameras than there can be are left out.
+    // Other cameras than there can be are left out. Never throws: where there is no memory to make the status
+    // of the facts, the next report makes it.
     template <typename Change>
     void report(int camera, const Change& change) {
         note(camera, change);
@@ -53,8 +55,11 @@ class CameraStates {
         if (!isCameraNumber(camera)) return;
         const zul::LockGuard lock(mutex_);
         Camera& known = cameras_[static_cast<std::size_t>(camera)];
-        change(known.facts);
-        update(camera, known);
+        try {
+            change(known.facts);
+            update(camera, known);
+        } catch (const std::bad_alloc&) {
+        }
     }
     // Tells the host what is new.
     void deliver();

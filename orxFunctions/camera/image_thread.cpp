@@ -59,11 +59,11 @@ bool TImageThread::start() {
     pace_.frameCounter = 0;
     const bool isReady = zul::APPgetParamBool(kCameraReady);  // not as an earlier thread saw it
     cameraStates.note(cameraIdx, [&](CameraFacts& facts) {
-        facts.name = name_;
         facts.hasThread = true;
         facts.isReady = isReady;
         facts.loss = Loss::kNone;
         facts.hasReturned = false;
+        facts.name = name_;  // last: it takes memory
     });
     if (worker_.start(runOnThread, this)) return true;
     cameraStates.note(cameraIdx, [](CameraFacts& facts) { facts.hasThread = false; });
@@ -104,7 +104,7 @@ void TImageThread::run() {
     threadId_ = std::this_thread::get_id();
     {
         const platform::FinePauses finePauses;
-        while (turn()) {
+        while (turnWithOrWithoutMemory()) {
         }
     }
     // Not while the library is being unloaded: the host's callback may be gone.
@@ -121,6 +121,19 @@ void TImageThread::run() {
     const zul::LockGuard lock(sleepMutex_);
     running_ = false;
     changed_.notify_all();
+}
+
+// What a turn has no memory for counts as a failed fetch, and the next turn tries again.
+bool TImageThread::turnWithOrWithoutMemory() {
+    try {
+        return turn();
+    } catch (const std::exception&) {
+        lastFailure_ = crNoPicture;
+        ++failedFetches;
+        if (failCount_++ == 0 && cameras_ != nullptr) hostChanges_ = cameras_->hostChanges(cameraIdx);
+        pace_.frameCounter = 0;
+        return !exitRequested_;
+    }
 }
 
 // One turn of the grab loop. False when the thread has to end.

@@ -71,6 +71,7 @@ class TImageThread {
   private:
     static void runOnThread(void* self);
     void run();
+    bool turnWithOrWithoutMemory();
     bool turn();
     void pause();
     void pauseUntil(std::chrono::steady_clock::time_point end);

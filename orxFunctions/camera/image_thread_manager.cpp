@@ -20,6 +20,22 @@ void reportPause(const TImageThread& thread) {
     });
 }
 
+// What a host lends to a thread is not kept where memory runs out before the thread starts.
+class Borrowed {
+  public:
+    explicit Borrowed(TImageThread& thread) : thread_(&thread) {}
+    ~Borrowed() {
+        if (thread_ != nullptr) thread_->setSource(nullptr, nullptr, nullptr);
+    }
+    Borrowed(const Borrowed&) = delete;
+    Borrowed& operator=(const Borrowed&) = delete;
+
+    void keep() { thread_ = nullptr; }
+
+  private:
+    TImageThread* thread_;
+};
+
 void traceText(const char* utf8) { zul::outPutDebugString(zul::toAnsi(utf8)); }
 
 }  // namespace
@@ -80,6 +96,7 @@ void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictu
     thread.askToEnd();
     thread.waitForEnd();
     traceText("开始设置相机参数...");
+    Borrowed borrowed(thread);
     thread.setSource(cams, cfg, box);
     traceText("开始initView 0...");
     try {
@@ -88,6 +105,7 @@ void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictu
         zul::outPutDebugString(zul::toAnsi("开始initView 0...   失败") + error.what());
     }
     traceText("开始线程...");
+    borrowed.keep();
     if (!thread.start()) showProblem(" TImageThreadManager::startThread no thread");
 }
 

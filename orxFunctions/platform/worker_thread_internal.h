@@ -22,7 +22,7 @@ class WorkerThread {
     WorkerThread& operator=(const WorkerThread&) = delete;
 
     // Runs body(context) on a new thread. An earlier body must have returned or be about to. False when the
-    // system has no thread left.
+    // system has no thread left, or no memory for one. Never throws.
     bool start(void (*body)(void*), void* context);
 
     // POSIX: waits until the thread has ended; called on the thread itself, as happens when a body ends the

@@ -1,6 +1,6 @@
 #include "orxFunctions/platform/worker_thread_internal.h"
 
-#include <system_error>
+#include <exception>
 #include <thread>
 
 namespace orx::platform {
@@ -17,7 +17,7 @@ bool WorkerThread::start(void (*body)(void*), void* context) {
     try {
         thread_->thread = std::thread(body, context);
         return true;
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {  // no thread, or no memory for what it begins with
         return false;
     }
 }

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <new>
+
 namespace orx::platform {
 namespace {
 
@@ -36,7 +38,9 @@ WorkerThread::~WorkerThread() { join(); }
 
 bool WorkerThread::start(void (*body)(void*), void* context) {
     join();
-    auto task = std::make_unique<Task>(Task{body, context, acquireLibrary()});
+    std::unique_ptr<Task> task(new (std::nothrow) Task{body, context, nullptr});
+    if (task == nullptr) return false;
+    task->library = acquireLibrary();
     if (task->library == nullptr) return false;
     // Not _beginthreadex: Visual C++'s takes a reference of its own, which leaving as runTask does keeps.
     thread_->handle = CreateThread(nullptr, 0, &runTask, task.get(), 0, nullptr);
