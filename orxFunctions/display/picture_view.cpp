@@ -71,10 +71,17 @@ void TPictureBox::View::run() {
         // An image that comes in from here on is for the next turn.
         const bool hasChanged = hasChanged_.exchange(false);
         if (!box_.redraw.exchange(false) && !hasChanged) continue;
-        show(Occasion::kNewImage);
-        box_.calShowFrame();
+        try {
+            show(Occasion::kNewImage);
+            box_.calShowFrame();
+        } catch (
+            const std::exception&) {  // no memory, not even to trace it: as show does with what it can trace
+        }
     }
-    orx::outPutDebugString(zul::toAnsi("图片显示线程已经关闭"));
+    try {
+        orx::outPutDebugString(zul::toAnsi("图片显示线程已经关闭"));
+    } catch (const std::exception&) {  // untold, then
+    }
 }
 
 void TPictureBox::View::moveInto(void* newHost) {

@@ -3,6 +3,8 @@
 
 #include <signal.h>
 
+#include <exception>
+
 namespace orx::platform {
 namespace {
 
@@ -26,6 +28,15 @@ Event lastMovement(xcb_connection_t* connection, Event movement, Event& next) {
     return movement;
 }
 
+// What finds no memory is one event that is lost, and not the process.
+template <typename Handle>
+void handleSafely(const Handle& handle) {
+    try {
+        handle();
+    } catch (const std::exception&) {
+    }
+}
+
 }  // namespace
 
 void XcbWindow::takeEvents(xcb_connection_t* connection) {
@@ -39,9 +50,9 @@ void XcbWindow::takeEvents(xcb_connection_t* connection) {
         Event event = next ? std::move(next) : Event(xcb_wait_for_event(connection));
         if (!event) break;
         if (typeOf(*event) == XCB_MOTION_NOTIFY) event = lastMovement(connection, std::move(event), next);
-        handleEvent(*event);
+        handleSafely([&] { handleEvent(*event); });
     }
-    if (!isLeaving_) connectionIsGone();
+    if (!isLeaving_) handleSafely([this] { connectionIsGone(); });
 }
 
 // Errors of requests come here too, with type 0: a window that went meanwhile, which another event tells.

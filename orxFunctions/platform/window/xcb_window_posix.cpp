@@ -1,6 +1,6 @@
 #include "orxFunctions/platform/window/xcb_window_posix.h"
 
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "ZULLib/zullib.h"
@@ -51,7 +51,7 @@ bool XcbWindow::connect() {
     try {
         isLeaving_ = false;
         events_ = std::thread([this, connection = display->connection()] { takeEvents(connection); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {  // or no memory for what it begins with
         traceOnce("没有线程可用");
         return false;
     }
