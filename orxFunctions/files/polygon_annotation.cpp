@@ -5,6 +5,8 @@
 #include <exception>
 #include <memory>
 
+#include "orxFunctions/foundation/text_stream_internal.h"
+
 namespace orx {
 namespace {
 
@@ -89,7 +91,9 @@ std::string PolygonAnnotation::moved(const cv::Matx23d& motion, cv::Size newSize
     Json::StreamWriterBuilder writer;
     writer["emitUTF8"] = true;
     writer["indentation"] = "  ";
-    return Json::writeString(writer, root) + '\n';
+    TextStream text;
+    std::unique_ptr<Json::StreamWriter>(writer.newStreamWriter())->write(root, &text);
+    return text.str() + '\n';
 }
 
 }  // namespace orx

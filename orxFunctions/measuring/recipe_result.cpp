@@ -4,8 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
-#include <sstream>
+#include <memory>
+
+#include "orxFunctions/foundation/text_stream_internal.h"
 
 namespace orx {
 namespace {
@@ -71,7 +72,9 @@ std::string oneLine(const Json::Value& value) {
     builder["emitUTF8"] = true;
     builder["precision"] = kDigits;
     builder["precisionType"] = "significant";
-    return Json::writeString(builder, value);
+    TextStream text;
+    std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter())->write(value, &text);
+    return text.str();
 }
 
 }  // namespace
@@ -98,8 +101,7 @@ const char* featureKindText(TFeatureKind kind) {
 
 std::string measuredText(const TRecipeValue& value) {
     if (!value.measured) return value.problem.empty() ? verdictText(vdNotMeasured) : value.problem;
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
+    TextStream text;
     if (value.deviation > 0.0 && std::isfinite(value.deviation)) {
         const int decimals = 1 - static_cast<int>(std::floor(std::log10(value.deviation)));
         text.precision(std::clamp(decimals, 0, 12));

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
 #include <opencv2/imgproc.hpp>
-#include <sstream>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/text_stream_internal.h"
 #include "orxFunctions/measuring/recipe/draw.h"
 
 namespace orx {
@@ -86,8 +85,7 @@ std::string shortened(const Sheet& sheet, std::string text, double size, double 
 
 // Six significant digits.
 std::string shortText(double value) {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
+    TextStream text;
     text << value;
     return text.str();
 }
