@@ -6,6 +6,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "orxFunctions/platform/file_access_internal.h"
@@ -51,9 +52,9 @@ bool writeText(std::FILE* file, const std::string& text) {
     return writeBytes(file, field.data(), field.size());
 }
 
-// What a short file lacks stays as it was.
+// What a short file lacks stays as it was; ferror tells whether it could not be read instead.
 void readBytes(std::FILE* file, void* bytes, std::size_t size) {
-    if (size > 0 && std::fread(bytes, 1, size, file) < size) std::clearerr(file);
+    if (size > 0 && std::ferror(file) == 0) static_cast<void>(std::fread(bytes, 1, size, file));
 }
 
 struct Pair {
@@ -118,9 +119,11 @@ bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::strin
     if (!maySpend(bytes, path) || !allocate(dimensions.first, dimensions.second, matrix)) return false;
     readBytes(file.get(), matrix.data, static_cast<std::size_t>(bytes));
     const Pair stored = readPair(file.get());
+    std::string storedText = readText(file.get());
+    if (std::ferror(file.get()) != 0) return false;
     img = matrix;
     size = cv::Size(stored.first, stored.second);
-    text = readText(file.get());
+    text = std::move(storedText);
     return true;
 }
 

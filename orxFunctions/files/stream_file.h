@@ -27,9 +27,9 @@ ORX_API bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std:
 // reads as zeros, an empty file as an empty matrix. The text ends at its first NUL, so that at most 254
 // characters come back as a text that any reader understands (this one returns 255).
 //
-// False, with the outputs untouched, for a file that can't be opened, for negative sizes, and for a matrix
-// that can't be allocated. A matrix above 1 GiB is allocated only if the file is long enough to hold it, so
-// that a broken file of a few bytes can't take more memory than that.
+// False, with the outputs untouched, for a file that can't be opened, where the disk fails while it is read,
+// for negative sizes, and for a matrix that can't be allocated. A matrix above 1 GiB is allocated only if the
+// file is long enough to hold it, so that a broken file of a few bytes can't take more memory than that.
 ORX_API bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text);
 
 }  // namespace orx
