@@ -15,6 +15,13 @@
 //     start                   display/picture_box.h           ends the process
 //     ~TPictureBox            display/picture_box.h           ends the process
 //
+// Memory that runs out is an exception to that, also where a header says that nothing throws: a call may then
+// throw std::bad_alloc, cv::Exception with the code cv::Error::StsNoMem, or what jsoncpp throws (recipes). No
+// lock is left held, nothing is lost or half given, and the next call works. The functions of FileOperator
+// and those that read calibrations answer instead as for a file that can't be read or written; and the
+// threads of the library go on: an image is reported as not saved, a fetch counts as failed, a picture is not
+// shown. docs/faults.md tells this of files, threads, clocks, displays and camera drivers, too.
+//
 // Where to begin: edgesSubPixMetric (analysis/subpixel_edges_metric.h) finds edges between the pixels,
 // fitCircleGeometric and fitLineGeometric (fitting/geometric_fit.h) measure shapes in them and say how well
 // they are known, teachPart and findParts (matching/part_model.h, part_finder.h) find parts at any place and
