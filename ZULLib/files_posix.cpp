@@ -6,8 +6,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -50,9 +48,18 @@ std::string contentOf(const std::string& name) {
     return file.read(0, content.data(), content.size()) ? content : std::string();
 }
 
+// A process may end between the opening and the reading, which then fails.
 std::string contentOfProc(const std::string& name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const int file = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return {};
+    std::string content;
+    char block[4096];
+    ssize_t got = 0;
+    while ((got = ::read(file, block, sizeof block)) > 0 || (got < 0 && errno == EINTR)) {
+        if (got > 0) content.append(block, static_cast<std::size_t>(got));
+    }
+    ::close(file);
+    return got < 0 ? std::string() : content;
 }
 
 std::string linkTarget(const std::string& link) {

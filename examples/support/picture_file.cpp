@@ -1,8 +1,9 @@
 #include "support/picture_file.h"
 
 #include <fstream>
-#include <iterator>
 #include <opencv2/imgcodecs.hpp>
+#include <sstream>
+#include <string>
 #include <system_error>
 
 namespace host {
@@ -11,8 +12,11 @@ cv::Mat readPicture(const std::filesystem::path& file, int flags) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) return {};
     std::ifstream stream(file, std::ios::binary);
-    const std::vector<uchar> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, flags);
+    std::ostringstream content;
+    content << stream.rdbuf();  // fails, and throws nothing, where the file can't be read to its end
+    if (!content) return {};
+    const std::string bytes = content.str();
+    return bytes.empty() ? cv::Mat() : cv::imdecode(std::vector<uchar>(bytes.begin(), bytes.end()), flags);
 }
 
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "inspection/run/image_source.h"
+#include "support/picture_file.h"
 #include "tests/examples/program_fixture.h"
 
 namespace {
@@ -51,6 +52,17 @@ TEST_F(Program, AFileWithoutPermissionIsNamedAsSuch) {
     }
     EXPECT_TRUE(picture.empty());
     EXPECT_EQ(problem, "no permission to read it");
+}
+
+// It opens, and its first bytes can't be read: as a file whose disk or server has gone.
+TEST_F(Program, AFileThatFailsToBeReadIsNamedAsSuch) {
+    const std::string broken = "/proc/self/mem";
+    std::string problem;
+    EXPECT_TRUE(inspection::readGrey(broken, problem).empty());
+    EXPECT_EQ(problem, "can't be read to its end");
+    EXPECT_NO_THROW(EXPECT_TRUE(host::readPicture(broken, cv::IMREAD_GRAYSCALE).empty()));
+    const std::string good = writeDisk("good.png");
+    EXPECT_FALSE(host::readPicture(good, cv::IMREAD_GRAYSCALE).empty());
 }
 
 TEST_F(Program, OddNamesAreSafeInEveryReport) {

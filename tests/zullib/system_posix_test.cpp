@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "ZULLib/files_posix_internal.h"
 #include "ZULLib/zullib.h"
 
 namespace {
@@ -95,6 +96,14 @@ TEST(Processes, AreFoundByTheNameThatTheyGaveThemselves) {
     EXPECT_FALSE(zul::processIsExist("zul) (test"));
     EXPECT_FALSE(zul::processIsExist(""));
     EXPECT_FALSE(zul::processIsExist("no such process"));
+}
+
+// As of a process that ended between the opening of its file and the reading: what opens can't be read.
+TEST(Processes, AFileThatFailsToBeReadIsEmpty) {
+    EXPECT_NO_THROW(EXPECT_EQ(zul::posix::contentOfProc("/proc/self/mem"), ""));
+    EXPECT_EQ(zul::posix::contentOfProc("/proc/self/no such file"), "");
+    EXPECT_EQ(zul::posix::contentOfProc("/proc"), "") << "a folder";
+    EXPECT_GT(zul::posix::contentOfProc("/proc/self/smaps").size(), 5000U) << "of several blocks";
 }
 
 TEST(Modules, TheProgramIsNamedInFull) {

@@ -104,6 +104,10 @@ cv::Mat read(const fs::path& path, int flags, std::string& problem) {
         return {};
     }
     const std::vector<uchar> bytes = bytesOf(file);
+    if (file.bad()) {
+        problem = "can't be read to its end";
+        return {};
+    }
     if (bytes.empty()) {
         problem = "the file is empty";
         return {};
