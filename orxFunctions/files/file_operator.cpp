@@ -43,26 +43,6 @@ bool hasExtension(const std::string& name, const std::string& extension) {
            lowerCase(name.substr(name.size() - extension.size())) == extension;
 }
 
-bool isLinkToFolder(const fs::directory_entry& entry) {
-    std::error_code error;
-    return entry.is_directory(error) && platform::isLink(entry.path());
-}
-
-// Calls visit(entry) for all that a folder holds; folders behind links are not entered. False when the folder
-// can't be read.
-template <typename Visit>
-bool walk(const fs::path& folder, bool recursive, Visit visit) {
-    std::error_code error;
-    fs::recursive_directory_iterator at(folder, fs::directory_options::skip_permission_denied, error);
-    if (error || folder.empty()) return false;
-    for (; at != fs::recursive_directory_iterator(); at.increment(error)) {
-        if (error) return false;
-        if (!recursive || isLinkToFolder(*at)) at.disable_recursion_pending();
-        visit(*at);
-    }
-    return true;
-}
-
 fs::path withoutTrailingSeparators(const fs::path& path) {
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
 }
@@ -91,12 +71,12 @@ std::vector<std::string> listFiles(std::string folder, std::string extension, bo
     return guarded(std::vector<std::string>(), [&] {
         std::vector<std::string> files;
         const std::string wanted = wantedExtension(extension);
-        walk(platform::toPath(folder), recursive, [&](const fs::directory_entry& entry) {
-            std::error_code error;
-            if (!entry.is_regular_file(error)) return;
-            const std::string name = platform::toName(entry.path());
-            if (hasExtension(name, wanted)) files.push_back(name);
-        });
+        const std::error_code error = platform::walkFolder(
+            platform::toPath(folder), {recursive, false}, [&](const platform::TreeFile& file) {
+                const std::string name = platform::toName(file.path);
+                if (hasExtension(name, wanted)) files.push_back(name);
+            });
+        if (error) return std::vector<std::string>();
         std::sort(files.begin(), files.end());
         return files;
     });
@@ -105,13 +85,11 @@ std::vector<std::string> listFiles(std::string folder, std::string extension, bo
 std::int64_t folderSize(std::string folder) {
     return guarded(std::int64_t{-1}, [&] {
         std::int64_t size = 0;
-        const bool complete = walk(platform::toPath(folder), true, [&](const fs::directory_entry& entry) {
-            std::error_code error;
-            if (!entry.is_regular_file(error) || platform::isLink(entry.path())) return;
-            const std::uintmax_t bytes = entry.file_size(error);
-            if (!error) size += static_cast<std::int64_t>(bytes);
-        });
-        return complete ? size : std::int64_t{-1};
+        const std::error_code error =
+            platform::walkFolder(platform::toPath(folder), {true, true}, [&](const platform::TreeFile& file) {
+                if (!file.isLink) size += static_cast<std::int64_t>(file.bytes);
+            });
+        return error ? std::int64_t{-1} : size;
     });
 }
 
@@ -154,7 +132,7 @@ bool deleteFolder(std::string path) {
         std::error_code error;
         if (!isOrdinaryFolderName(folder) || platform::isLink(folder) || !fs::is_directory(folder, error))
             return false;
-        return platform::deleteFolder(folder);
+        return !platform::deleteFolder(folder);
     });
 }
 
@@ -162,7 +140,7 @@ bool copyFile(std::string from, std::string to, bool overwrite) {
     return guarded(false, [&] {
         const fs::path source = platform::toPath(from);
         const fs::path target = targetOf(source, platform::toPath(to));
-        return mayWrite(source, target, overwrite) && platform::copyFile(source, target, overwrite);
+        return mayWrite(source, target, overwrite) && !platform::copyFile(source, target, overwrite);
     });
 }
 
@@ -175,7 +153,7 @@ bool moveFile(std::string from, std::string to, bool overwrite) {
         fs::rename(source, target, error);
         if (error == std::errc::cross_device_link) {
             error.clear();
-            return platform::copyFile(source, target, overwrite) && fs::remove(source, error);
+            return !platform::copyFile(source, target, overwrite) && fs::remove(source, error);
         }
         return !error;
     });

@@ -7,7 +7,8 @@
 // where that could not name the file again.
 //
 // No shell is involved: blanks, quotes and semicolons are ordinary characters of a name. Symbolic links
-// inside a folder are never followed. Nothing throws. Every function is thread-safe.
+// inside a folder are never followed. Folders may lie thousands deep. Nothing throws. Every function is
+// thread-safe.
 #ifndef ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 #define ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 
@@ -23,12 +24,13 @@ namespace FileOperator {
 // The files of a folder in the order of their bytes, each with the folder's name before its own; with
 // `recursive` those of its subfolders too. `extension` (".png", "png" or "*.png"; letter case does not count)
 // keeps the files that end with it, "" all. A link to a file is listed, a link to a folder is not entered.
-// Empty for a folder that can't be read.
+// What others delete meanwhile, and subfolders that may not be read, are passed over. Empty for a folder that
+// can't be read, and where the reading fails further down.
 ORX_API std::vector<std::string> listFiles(std::string folder, std::string extension = "",
                                            bool recursive = false);
 
-// The bytes of all files in a folder and its subfolders, links not counted. -1 for a folder that can't be
-// read.
+// The bytes of all files in a folder and its subfolders, links not counted; else as for listFiles. -1 where
+// that is empty because of a folder that can't be read.
 ORX_API std::int64_t folderSize(std::string folder);
 
 // True for an existing file (a folder is none) and an existing folder; links count as what they lead to.
@@ -49,12 +51,12 @@ ORX_API bool createFolder(std::string path);
 
 // Deletes a folder with all that is in it; links inside are deleted, not what they lead to. False for what is
 // not a folder (a link to one is not), and for "", a root, and names that end in "." or ".."; also when
-// something in it can't be deleted.
+// something in it can't be deleted, but the rest then is.
 ORX_API bool deleteFolder(std::string path);
 
 // Copies or moves a file; moving works from one file system to another. Where `to` is a folder, the file
-// keeps its name in it. False for what is not a file, for a file and itself, and for an existing target
-// unless `overwrite`.
+// keeps its name in it. False for what is not a plain file, for a file and itself, and for an existing target
+// unless `overwrite`. A copy that can't be finished (a full disk) is removed.
 ORX_API bool copyFile(std::string from, std::string to, bool overwrite = false);
 ORX_API bool moveFile(std::string from, std::string to, bool overwrite = false);
 

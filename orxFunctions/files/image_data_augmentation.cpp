@@ -51,7 +51,7 @@ bool writeFile(const fs::path& path, const void* bytes, std::size_t size) {
     platform::File file = platform::openToWrite(path);
     if (!file) return false;
     const bool written = std::fwrite(bytes, 1, size, file.get()) == size;
-    return std::fclose(file.release()) == 0 && written;
+    return platform::closeWritten(std::move(file), path, written);
 }
 
 // Empty for what is no image.

@@ -101,12 +101,13 @@ bool allocate(std::int32_t rows, std::int32_t cols, cv::Mat& matrix) {
 
 bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std::string text) {
     if (img.data == nullptr || img.dims == 0 || img.total() == 0) return false;
-    platform::File file = platform::openToWrite(platform::toPath(path));
+    const std::filesystem::path target = platform::toPath(path);
+    platform::File file = platform::openToWrite(target);
     if (!file) return false;
     const bool written = writePair(file.get(), img.rows, img.cols) &&
                          writeElements(file.get(), img, bytesOf(img.rows, img.cols)) &&
                          writePair(file.get(), size.width, size.height) && writeText(file.get(), text);
-    return std::fclose(file.release()) == 0 && written;
+    return platform::closeWritten(std::move(file), target, written);
 }
 
 bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text) {

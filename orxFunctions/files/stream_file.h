@@ -14,7 +14,7 @@
 namespace orx {
 
 // Writes the file, replacing one that exists. False, and no file, for a matrix without elements; false for a
-// path that can't be opened or written to the end.
+// path that can't be opened, and for one that can't be written to its end, which is then removed.
 //
 // The elements are the consecutive 8-byte groups from the matrix's first element on; neither its type nor the
 // step of its rows is consulted. Convert other types to CV_64F first, and clone a view of a larger matrix:

@@ -21,14 +21,28 @@ struct FileCloser {
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
 // Opens a binary file for reading, or creates or empties one for writing. Null when that fails, for folders
-// too. Only regular files are opened for reading, by openGzip too: a pipe or a device could be waited for
-// without end.
+// too. Only regular files are opened, by all functions here: a pipe or a device could be waited for without
+// end.
 File openToRead(const std::filesystem::path& path);
 File openToWrite(const std::filesystem::path& path);
 
 // A name must not become a path by itself, which on Windows would take each byte for a character.
 File openToRead(const std::string& name) = delete;
 File openToWrite(const std::string& name) = delete;
+
+// Half a file is worse than none: a reader may take it for a whole one.
+inline void removeUnfinished(const std::filesystem::path& path) {
+    std::error_code ignored;
+    std::filesystem::remove(std::filesystem::canonical(path, ignored), ignored);
+}
+
+// Closes a file that was written to. False, and the file is removed, unless it was `written` and the system
+// takes the last bytes, too.
+inline bool closeWritten(File file, const std::filesystem::path& path, bool written) {
+    if (std::fclose(file.release()) == 0 && written) return true;
+    removeUnfinished(path);
+    return false;
+}
 
 // Whether the path leads to something that is no folder.
 inline bool leadsToFile(const std::filesystem::path& path) {

@@ -6,68 +6,43 @@
 
 #include <cerrno>
 
+#include "orxFunctions/platform/descriptor_posix_internal.h"
+
 namespace orx::platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kReadableByAll = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool valid() const { return number_ >= 0; }
-
-    // One write call as long as the system takes all bytes at once, which it does for files unless the disk
-    // is full.
-    bool writeAll(const char* bytes, std::size_t size) const {
-        while (size > 0) {
-            const ssize_t written = write(number_, bytes, size);
-            if (written < 0 && errno == EINTR) continue;
-            if (written <= 0) return false;
-            bytes += written;
-            size -= static_cast<std::size_t>(written);
-        }
-        return true;
-    }
-
-    // As long as there is such a file. Its owner is kept where the process may do so; then the rights, which
-    // a new owner would take away.
-    bool takeRightsOf(const fs::path& path) const {
-        struct stat other = {};
-        struct stat own = {};
-        if (stat(path.c_str(), &other) != 0) return true;
-        if (fstat(number_, &own) != 0) return false;
-        const bool isOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
-        const bool isGiven = isOwner || fchown(number_, other.st_uid, other.st_gid) == 0;
-        constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
-        // Rights of a group that it does not get would be those of another one.
-        const mode_t kept = other.st_mode & (isGiven ? kRights : kRights & ~S_IRWXG);
-        return (own.st_mode & kRights) == kept || fchmod(number_, kept) == 0;
-    }
-
-    // Some file systems can't tell; they are believed.
-    bool reachesDisk() const { return fsync(number_) == 0 || errno == EINVAL; }
-
-  private:
-    int number_;
-};
-
-// A regular file opened for reading; -1 for all else. Without waiting: a pipe would, for somebody to write to
-// it, and a device need never end.
-int openRegularFile(const fs::path& path) {
-    const int number = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    struct stat info = {};
-    if (number < 0 || (fstat(number, &info) == 0 && S_ISREG(info.st_mode))) return number;
-    close(number);
-    return -1;
+// An emptied or a new file.
+Descriptor openEmptied(const fs::path& path) {
+    Descriptor file = openRegularFile(path, O_WRONLY | O_CREAT);
+    if (file.valid() && ::ftruncate(file.get(), 0) != 0) file.close();
+    return file;
 }
+
+File asStream(Descriptor descriptor, const char* mode) {
+    File file(descriptor.valid() ? ::fdopen(descriptor.get(), mode) : nullptr);
+    if (file) descriptor.release();
+    return file;
+}
+
+// As long as there is such a file. Its owner is kept where the process may do so; then the rights, which a
+// new owner would take away.
+bool takeRightsOf(const fs::path& path, const Descriptor& file) {
+    struct stat other = {};
+    struct stat own = {};
+    if (stat(path.c_str(), &other) != 0) return true;
+    if (fstat(file.get(), &own) != 0) return false;
+    const bool isOwner = own.st_uid == other.st_uid && own.st_gid == other.st_gid;
+    const bool isGiven = isOwner || fchown(file.get(), other.st_uid, other.st_gid) == 0;
+    constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
+    // Rights of a group that it does not get would be those of another one.
+    const mode_t kept = other.st_mode & (isGiven ? kRights : kRights & ~S_IRWXG);
+    return (own.st_mode & kRights) == kept || fchmod(file.get(), kept) == 0;
+}
+
+// Some file systems can't tell; they are believed.
+bool reachesDisk(const Descriptor& file) { return fsync(file.get()) == 0 || errno == EINVAL; }
 
 bool hasHiddenName(const fs::path& path) {
     const std::string name = path.filename().string();
@@ -99,27 +74,32 @@ bool giveName(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-File openToRead(const fs::path& path) {
-    const int number = openRegularFile(path);
-    if (number < 0) return nullptr;
-    File file(fdopen(number, "rb"));
-    if (!file) close(number);
+Descriptor openRegularFile(const fs::path& path, int flags) {
+    const auto isOther = [](const struct stat& info) {
+        if (S_ISREG(info.st_mode)) return false;
+        errno = S_ISDIR(info.st_mode) ? EISDIR : ENXIO;
+        return true;
+    };
+    struct stat info = {};
+    if (::stat(path.c_str(), &info) == 0 && isOther(info)) return Descriptor();
+    // Looked at again, and opened without waiting: it may have become another one since.
+    Descriptor file(::open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kReadableByAll));
+    if (file.valid() && (::fstat(file.get(), &info) != 0 || isOther(info))) file.close();
     return file;
 }
 
-File openToWrite(const fs::path& path) { return File(std::fopen(path.c_str(), "wb")); }
+File openToRead(const fs::path& path) { return asStream(openRegularFile(path, O_RDONLY), "rb"); }
+File openToWrite(const fs::path& path) { return asStream(openEmptied(path), "wb"); }
 
 GzipFile openGzip(const fs::path& path, const char* mode) {
-    if (mode[0] != 'r') return GzipFile(gzopen(path.c_str(), mode));
-    const int number = openRegularFile(path);
-    if (number < 0) return nullptr;
-    GzipFile file(gzdopen(number, mode));
-    if (!file) close(number);
+    Descriptor descriptor = mode[0] == 'r' ? openRegularFile(path, O_RDONLY) : openEmptied(path);
+    GzipFile file(descriptor.valid() ? gzdopen(descriptor.get(), mode) : nullptr);
+    if (file) descriptor.release();
     return file;
 }
 
 bool appendText(const std::string& name, const std::string& text) {
-    const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kReadableByAll));
+    const Descriptor file = openRegularFile(name, O_WRONLY | O_CREAT | O_APPEND);
     return file.valid() && file.writeAll(text.data(), text.size());
 }
 
@@ -133,7 +113,7 @@ CreateResult createFile(const fs::path& path, const void* bytes, std::size_t siz
 
 bool takePlaceOf(const fs::path& from, const fs::path& to) {
     const Descriptor file(::open(from.c_str(), O_WRONLY | O_CLOEXEC));
-    return file.valid() && file.takeRightsOf(to) && file.reachesDisk() &&
+    return file.valid() && takeRightsOf(to, file) && reachesDisk(file) &&
            std::rename(from.c_str(), to.c_str()) == 0;
 }
 

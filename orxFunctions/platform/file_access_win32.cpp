@@ -73,19 +73,22 @@ bool setHidden(const fs::path& path, bool hidden) {
     return wanted == now || SetFileAttributesW(path.c_str(), wanted) != 0;
 }
 
-}  // namespace
+bool isOnDisk(HANDLE file) { return GetFileType(file) == FILE_TYPE_DISK; }
 
-File openToRead(const fs::path& path) {
-    File file(_wfopen(path.c_str(), L"rb"));
-    if (file && GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file.get())))) != FILE_TYPE_DISK)
-        return nullptr;
+// Neither a pipe nor a device.
+File openOnDisk(const fs::path& path, const wchar_t* mode) {
+    File file(_wfopen(path.c_str(), mode));
+    if (file && !isOnDisk(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file.get()))))) return nullptr;
     return file;
 }
 
-File openToWrite(const fs::path& path) { return File(_wfopen(path.c_str(), L"wb")); }
+}  // namespace
+
+File openToRead(const fs::path& path) { return openOnDisk(path, L"rb"); }
+File openToWrite(const fs::path& path) { return openOnDisk(path, L"wb"); }
 
 GzipFile openGzip(const fs::path& path, const char* mode) {
-    if (mode[0] == 'r' && !openToRead(path)) return nullptr;
+    if (!(mode[0] == 'r' ? openToRead(path) : openToWrite(path))) return nullptr;
     return GzipFile(gzopen_w(path.c_str(), mode));
 }
 
@@ -95,7 +98,7 @@ bool appendText(const std::string& name, const std::string& text) {
     const Handle file(CreateFileW(toPath(name).c_str(), FILE_APPEND_DATA | FILE_READ_DATA,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.valid()) return false;
+    if (!file.valid() || !isOnDisk(file.get())) return false;
     const AppendTurn turn(file);
     const std::string bytes = withPlatformLineEnds(text);
     return file.writeAll(bytes.data(), bytes.size());
