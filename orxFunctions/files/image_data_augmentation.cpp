@@ -123,6 +123,11 @@ class Run {
         const bool isInteger = variant.image.depth() == CV_8U || variant.image.depth() == CV_16U;
         const std::string extension = isInteger ? ".png" : ".tiff";
         const fs::path path = (outputFolder_ / stem) += extension;
+        std::string json;
+        if (annotation) {
+            json = annotation->moved(variant.motion, variant.image.size(), path.filename().u8string());
+            if (json.empty()) return complain("标注点超出数值范围, 跳过文件: ", path);
+        }
         std::vector<unsigned char> encoded;
         if (!cv::imencode(extension, variant.image, encoded) ||
             !writeFile(path, encoded.data(), encoded.size())) {
@@ -131,8 +136,6 @@ class Run {
         ++report_.written;
         if (!annotation) return;
         const fs::path jsonPath = (outputFolder_ / stem) += ".json";
-        const std::string json =
-            annotation->moved(variant.motion, variant.image.size(), path.filename().u8string());
         if (!writeFile(jsonPath, json.data(), json.size())) complain("无法写入文件: ", jsonPath);
     }
 

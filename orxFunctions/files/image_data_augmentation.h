@@ -54,7 +54,9 @@ struct TAugmentationReport {
 // of the top-left pixel, so that a flip takes x to width - x; they are moved, not cut off at the border. A
 // rectangle that was rotated becomes a polygon. Other fields are kept, except "imagePath", which names the
 // variant, and "imageData", which becomes null. An annotation that is broken or made for another size skips
-// its image: a variant without its labels would teach the wrong thing.
+// its image, and one with a point that a variant's motion takes beyond all numbers skips that variant: one
+// without its labels would teach the wrong thing. A variant or annotation that can't be written to its end (a
+// full disk) is removed.
 //
 // The same seed, configuration and image give the same pixels, whatever other images lie beside it and
 // however many variants of other kinds are asked for. One thread at a time.

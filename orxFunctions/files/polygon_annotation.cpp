@@ -55,14 +55,17 @@ void becomePolygon(Json::Value& shape) {
     shape["shape_type"] = "polygon";
 }
 
-void move(Json::Value& shape, const cv::Matx23d& motion) {
+// False where a point would not be finite any more.
+bool move(Json::Value& shape, const cv::Matx23d& motion) {
     const bool isTurned = motion(0, 1) != 0 || motion(1, 0) != 0;
     const bool isRectangle = shape.get("shape_type", "") == "rectangle" && shape["points"].size() == 2;
     if (isTurned && isRectangle) becomePolygon(shape);
     for (Json::Value& point : shape["points"]) {
         const cv::Vec2d to = motion * cv::Vec3d(point[0].asDouble(), point[1].asDouble(), 1);
+        if (!std::isfinite(to[0]) || !std::isfinite(to[1])) return false;
         point = pair(to[0], to[1]);
     }
+    return true;
 }
 
 }  // namespace
@@ -83,7 +86,9 @@ bool PolygonAnnotation::parse(const std::string& json, cv::Size imageSize) {
 std::string PolygonAnnotation::moved(const cv::Matx23d& motion, cv::Size newSize,
                                      const std::string& newImageName) const {
     Json::Value root = root_;
-    for (Json::Value& shape : root["shapes"]) move(shape, motion);
+    for (Json::Value& shape : root["shapes"]) {
+        if (!move(shape, motion)) return {};
+    }
     root["imagePath"] = newImageName;
     root["imageData"] = Json::Value();
     root["imageWidth"] = newSize.width;

@@ -15,7 +15,8 @@ class PolygonAnnotation {
     // not pairs of finite numbers, another "imageWidth" or "imageHeight".
     bool parse(const std::string& json, cv::Size imageSize);
 
-    // The annotation as JSON after its image was moved and saved under another name.
+    // The annotation as JSON after its image was moved and saved under another name; "" where the motion
+    // takes a point beyond all numbers.
     std::string moved(const cv::Matx23d& motion, cv::Size newSize, const std::string& newImageName) const;
 
   private:

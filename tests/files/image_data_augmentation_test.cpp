@@ -222,6 +222,23 @@ TEST_F(Augmentation, BrokenFilesAreReportedAndSkipped) {
     EXPECT_EQ(color, 1);
 }
 
+// Twice or more of the largest numbers there are.
+TEST_F(Augmentation, APointThatScalingMakesInfiniteSkipsTheVariant) {
+    test::writeBytes(in / "part.json", annotation("[[1e308, 20], [70, 45]]", "rectangle"));
+    orx::TAugmentationConfig config;
+    config.minScale = 2;
+    config.maxScale = 3;
+    augmentation.setConfig(config);
+    const orx::TAugmentationReport report = run(out.name());
+    EXPECT_TRUE(report.completed);
+    EXPECT_EQ(report.written, 8);
+    ASSERT_EQ(report.problems.size(), 1U);
+    EXPECT_EQ(zul::toUtf8(report.problems[0]), "标注点超出数值范围, 跳过文件: " + (out / "part_scale0.png"));
+    EXPECT_FALSE(FileOperator::fileExists(out / "part_scale0.png"));
+    EXPECT_FALSE(FileOperator::fileExists(out / "part_scale0.json"));
+    EXPECT_EQ(parsed(out / "part_flipV.json")["shapes"][0]["points"][0][0].asDouble(), 1e308);
+}
+
 TEST_F(Augmentation, ProgressCountsAndStops) {
     cv::imwrite(in / "z.bmp", cv::Mat(9, 9, CV_8UC3, cv::Scalar(1)));
     std::ostringstream calls;
