@@ -29,7 +29,7 @@ bool TCircleFit::setPoints(std::vector<cv::Point> points) {
 TCircleFit::~TCircleFit() = default;
 
 bool TCircleFit_Ransac::setParams(std::vector<double> values) {
-    if (values.size() != 5) return false;
+    if (!orx::takesParameters(values.size(), 5)) return false;
     maximumRadius_ = orx::truncated(values[0]);
     minimumRadius_ = orx::truncated(values[1]);
     inlierDistance_ = values[2];
@@ -76,7 +76,11 @@ std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
 
 TCircle TCircleFit_Ransac::fit() {
     const std::vector<cv::Point> consensus = largestConsensus();
-    if (consensus.size() < 3) return {};
+    constexpr std::size_t kFewest = 3;
+    if (consensus.size() < kFewest) {
+        orx::refuseConsensus(points_.size(), kFewest, iterationCount_);
+        return {};
+    }
     TCircle circle = blocks::algebraicCircle(consensus);
     blocks::residualList(points_, circle, residuals_);
     std::vector<double> weights(residuals_.size());
@@ -89,7 +93,7 @@ TCircle TCircleFit_Ransac::fit() {
 }
 
 bool TCircleFit_Robust::setParams(std::vector<double> values) {
-    if (values.size() != 3) return false;
+    if (!orx::takesParameters(values.size(), 3)) return false;
     lossConstant_ = values[0];
     stepSize_ = values[1];
     lossType_ = orx::truncated(values[2]);
@@ -112,7 +116,10 @@ TCircle TCircleFit_Robust::fit() {
         at.x -= stepSize_ * step.x;
         at.y -= stepSize_ * step.y;
         at.r -= stepSize_ * step.r;
-        if (at.r <= 0) return start;
+        if (at.r <= 0) {
+            orx::refuse(orx::rcNoResult, "fit", "a step of size %g led to a radius of %g", stepSize_, at.r);
+            return start;
+        }
         const circle_kernels::GradientSums sums =
             circle_kernels::chosen().circleGradient(orx::spanOf(points_), at, loss);
         const double meanLoss = sums.loss / count;
@@ -139,7 +146,7 @@ TCircle TCircleFit_Robust::fit() {
 }
 
 bool TCircleFit_WeightedLeastSquares::setParams(std::vector<double> values) {
-    if (values.size() != 2) return false;
+    if (!orx::takesParameters(values.size(), 2)) return false;
     weightType_ = orx::truncated(values[0]);
     weightParameter_ = static_cast<float>(values[1]);
     return true;

@@ -22,7 +22,7 @@ class ORX_API TCircleFit {
     virtual orx::TCircle fit() = 0;
 
     // The estimator's parameters in the order that its class states, integers truncated. With another number
-    // of values nothing changes and the result is false.
+    // of values nothing changes and the result is false (rcSizesDiffer).
     virtual bool setParams(std::vector<double> values) = 0;
 
     // The points to fit, copied. Always true.
@@ -48,8 +48,9 @@ class ORX_API TCircleFit {
 //
 // The circles through the samples are those of orx::threePoints2circle, exact for coordinates up to about a
 // thousand pixels. The inlier ratio counts all points within the inlier distance of the refitted circle, the
-// mean residual weighs those beyond it by 0.2. Invalid, all fields 0: no sample gave a radius within the
-// bounds, or the best set has fewer than 3 points.
+// mean residual weighs those beyond it by 0.2. Invalid, all fields 0: fewer than 3 points (rcTooFew), no
+// trials (rcOption), no sample gave a radius within the bounds or the best set has fewer than 3 points
+// (rcNoResult).
 //
 // Each trial seeds rand(), the runtime's process-wide generator, with the number of trials left: results are
 // repeatable, and other users of rand() are disturbed.
@@ -77,8 +78,8 @@ class ORX_API TCircleFit_Ransac : public TCircleFit {
 // fit(); the step itself is not undone.
 //
 // The inlier ratio counts residuals below c, the mean residual is that of all points. When a step drives the
-// radius to 0 or below, the result is the least-squares circle with the flag false. Points that determine no
-// circle (fewer than 3, or all on one line) may give not-a-number with the flag true.
+// radius to 0 or below, the result is the least-squares circle with the flag false (rcNoResult). Points that
+// determine no circle (fewer than 3, or all on one line) may give not-a-number with the flag true.
 class ORX_API TCircleFit_Robust : public TCircleFit {
   public:
     orx::TCircle fit() override;

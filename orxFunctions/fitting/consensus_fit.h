@@ -14,9 +14,10 @@
 // Desolneux, L. Moisan and J.-M. Morel, "Meaningful alignments", IJCV 40 (2000)), nor is a circle whose
 // radius the points do not tell to a fifth.
 //
-// Refused like the fits; fsCollinear (circles), fsNotThatShape (ellipses) or fsCoincident (lines) where no
-// sample makes a shape, fsNoConsensus where none has the support asked for. `used` marks the supporting
-// points, `iterations` counts those of the fit. All functions are reentrant.
+// Refused like the fits, with the codes of lastRefusal() that fit_report.h names; fsCollinear (circles),
+// fsNotThatShape (ellipses) or fsCoincident (lines) where no sample makes a shape, fsNoConsensus where none
+// has the support asked for. `used` marks the supporting points, `iterations` counts those of the fit. All
+// functions are reentrant.
 #ifndef ORXFUNCTIONS_FITTING_CONSENSUS_FIT_H
 #define ORXFUNCTIONS_FITTING_CONSENSUS_FIT_H
 
@@ -71,9 +72,9 @@ ORX_API TMeasuredEllipse findEllipse(const std::vector<cv::Point2f>& points,
 
 // All of them, one after another, each from the points that those before it left, by descending support:
 // until nothing has the support asked for (a share of all the points given), or `most` are found (0: no
-// limit). Empty when there is none, or when the points or the options are refused, a negative `most`
-// included. `used` is over all points given; no point supports two shapes, and those within the tolerance of
-// a shape are taken away with it.
+// limit). Empty when there is none (rcNoResult, or rcDegenerate as for the single ones), or when the
+// points or the options are refused, a negative `most` included (rcOption). `used` is over all points given;
+// no point supports two shapes, and those within the tolerance of a shape are taken away with it.
 ORX_API std::vector<TMeasuredLine> findLines(const std::vector<cv::Point2d>& points,
                                              const TConsensusOptions& options = {}, int most = 0);
 ORX_API std::vector<TMeasuredLine> findLines(const std::vector<cv::Point2f>& points,

@@ -10,6 +10,7 @@
 #include "orxFunctions/fitting/ellipse_grading_internal.h"
 #include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orxFit {
 namespace {
@@ -45,6 +46,7 @@ float toFloat(double v) {
 struct FittedEllipse {
     TEllipse record;
     CentredConic centred{};
+    bool found = false;
 };
 
 FittedEllipse ellipseOf(const Conic& conic) {
@@ -81,6 +83,7 @@ bool fitWithin(const cv::Point2f* points, std::size_t count, const AxisBands& ba
     Conic conic{};
     if (!orx::fitConic(points, count, conic)) return false;
     out = ellipseOf(conic);
+    out.found = true;
     return bands.accept(out.record);
 }
 
@@ -113,6 +116,17 @@ bool allFinite(const std::vector<cv::Point2f>& points) {
                        [](const cv::Point2f& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
 }
 
+// Why such points determine no ellipse.
+void refusePoints(const std::vector<cv::Point2f>& points, const char* function) {
+    if (points.size() < kSampleSize)
+        orx::refuse(orx::rcTooFew, function, "%zu points; at least %zu are taken", points.size(),
+                    kSampleSize);
+    else if (!allFinite(points))
+        orx::refuse(orx::rcNotFinite, function, "a coordinate is not a finite number");
+    else
+        orx::refuse(orx::rcDegenerate, function, "the points lie on a line or in too few places");
+}
+
 // Six points, `step` apart in the sorted list.
 std::array<cv::Point2f, kSampleSize> sampleFrom(const std::vector<cv::Point2f>& points, std::size_t start,
                                                 std::size_t step) {
@@ -129,13 +143,26 @@ TEllipse fitEllipseNorm(std::vector<cv::Point2f> points, double errorThreshold, 
                         double minAxisLow, double minAxisHigh, double maxAxisLow, double maxAxisHigh) {
     const AxisBands bands{minAxisLow, minAxisHigh, maxAxisLow, maxAxisHigh};
     FittedEllipse fitted;
-    if (!fitWithin(points.data(), points.size(), bands, fitted)) return fitted.record;
+    if (!fitWithin(points.data(), points.size(), bands, fitted)) {
+        if (fitted.found)
+            orx::refuse(orx::rcNoResult, "fitEllipseNorm",
+                        "axes of %g and %g pixels lie outside of the bands",
+                        static_cast<double>(fitted.record.width), static_cast<double>(fitted.record.height));
+        else
+            refusePoints(points, "fitEllipseNorm");
+        return fitted.record;
+    }
     EllipseGrade grade{};
     constexpr double kAnyMean = std::numeric_limits<double>::infinity();
     orx::gradeEllipse(fitted.centred, points, toFloat(errorThreshold), kAnyMean, grade);
     fitted.record.meanError = grade.meanError;
     fitted.record.inlierRatio = grade.inlierRatio;
-    if (static_cast<double>(grade.inlierRatio) > minInlierRatio) fitted.record.valid = 1;
+    if (static_cast<double>(grade.inlierRatio) > minInlierRatio)
+        fitted.record.valid = 1;
+    else
+        orx::refuse(orx::rcNoResult, "fitEllipseNorm",
+                    "a share of %g of the points lies near; more than %g is asked for",
+                    static_cast<double>(grade.inlierRatio), minInlierRatio);
     return fitted.record;
 }
 
@@ -144,7 +171,14 @@ TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold
                           double maxAxisHigh) {
     constexpr double kGoodRatio = 0.9;
     constexpr double kGoodMean = 0.2;
-    if (points.size() < kSampleSize || !allFinite(points)) return {};
+    if (points.size() < kSampleSize || !allFinite(points)) {
+        refusePoints(points, "fitEllipseRansac");
+        return {};
+    }
+    if (!(iterations > 0)) {
+        orx::refuse(orx::rcOption, "fitEllipseRansac", "%g trials; more than 0 are taken", iterations);
+        return {};
+    }
     const AxisBands bands{minAxisLow, minAxisHigh, maxAxisLow, maxAxisHigh};
     const float threshold = toFloat(errorThreshold);
     sortByPolarAngle(points);
@@ -179,6 +213,9 @@ TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold
         }
         if (ratio > kGoodRatio && grade.meanError < kGoodMean) break;
     }
+    if (best.valid == 0)
+        orx::refuse(orx::rcNoResult, "fitEllipseRansac",
+                    "no ellipse within the bands is near more than %g of the points", minInlierRatio);
     return best;
 }
 

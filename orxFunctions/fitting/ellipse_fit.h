@@ -15,10 +15,11 @@
 // The axis bands: the shorter axis must lie in [minAxisLow, minAxisHigh], the longer one in [maxAxisLow,
 // maxAxisHigh], all in pixels.
 //
-// Invalid records (`valid` 0): all zero when the points determine no ellipse: fewer than 6, coordinates that
-// are not finite, all in one place, on one line (closer than single precision tells at their distance from
-// the origin) or in fewer than five places. A conic without real points gets not-a-number axes, which no band
-// accepts.
+// Invalid records (`valid` 0): all zero when the points determine no ellipse: fewer than 6 (rcTooFew),
+// coordinates that are not finite (rcNotFinite), all in one place, on one line (closer than single precision
+// tells at their distance from the origin) or in fewer than five places (rcDegenerate). A conic without real
+// points gets not-a-number axes, which no band accepts. No ellipse in the bands and near enough points:
+// rcNoResult.
 #ifndef ORXFUNCTIONS_FITTING_ELLIPSE_FIT_H
 #define ORXFUNCTIONS_FITTING_ELLIPSE_FIT_H
 
@@ -47,9 +48,9 @@ ORX_API orx::TEllipse fitEllipseNorm(std::vector<cv::Point2f> points, double err
 // part allows.
 //
 // `iterations` trials are drawn, each after seeding rand() with the number of trials left, so the same points
-// give the same record; at most 2^31 - 1, and none when it is not a number. There are only N / 6 + 1
-// different samples: one drawn again is not fitted again, and when all have been seen the search ends. Draws
-// from the generator that the process shares: repeatable on one thread at a time.
+// give the same record; at most 2^31 - 1, and none when it is 0, negative or not a number (rcOption). There
+// are only N / 6 + 1 different samples: one drawn again is not fitted again, and when all have been seen the
+// search ends. Draws from the generator that the process shares: repeatable on one thread at a time.
 ORX_API orx::TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold,
                                        double iterations, double minInlierRatio, double minAxisLow,
                                        double minAxisHigh, double maxAxisLow, double maxAxisHigh);

@@ -41,14 +41,14 @@ struct ORX_API TMeasuredEllipse : TFitReport {
     double semiMinorDeviation = 0.0;
     double angleDeviation = 0.0;
 
-    // Valid fits only; 0 and the center without one.
+    // Valid fits only; 0 and the center without one (rcNotReady).
     double signedDistance(cv::Point2d p) const;  // orthogonal, above 0 outside
     cv::Point2d nearest(cv::Point2d p) const;    // the foot of the orthogonal distance; one of them in a tie
     // On the outline; the parameter is the eccentric angle in degrees from the major axis.
     cv::Point2d at(double parameter) const;
 };
 
-// At least 6 points in different places. Refused beside what geometric_fit.h names:
+// At least 6 points in different places. Refused beside what geometric_fit.h names (codes: fit_report.h):
 // - fsTooFewPoints: also where fewer than 6 places are left that a robust loss uses;
 // - fsCollinear: on a line as far as their noise tells, also where a long ellipse hugs a noisy line (its
 //   minor half axis below 4 times the noise);

@@ -5,6 +5,7 @@
 
 #include "orxFunctions/fitting/students_t_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -109,8 +110,13 @@ const char* fitStatusText(TFitStatus status) {
 
 // Newton's steps, each held between what is known to be too little and too much.
 double coverageFactor(double probability, double degreesOfFreedom) {
-    if (!(probability > 0.0 && probability < 1.0) || !(degreesOfFreedom > 0.0))
+    if (!(probability > 0.0 && probability < 1.0) || !(degreesOfFreedom > 0.0)) {
+        refuse(
+            rcOption, "coverageFactor",
+            "a probability of %g and %g degrees of freedom; 0 to 1, without the ends, and above 0 are taken",
+            probability, degreesOfFreedom);
         return std::numeric_limits<double>::quiet_NaN();
+    }
     double high = 1.0;
     while (probabilityWithin(high, degreesOfFreedom) < probability && high < 1e300) high *= 2.0;
     double low = high > 1.0 ? high / 2.0 : 0.0;

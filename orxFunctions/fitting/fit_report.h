@@ -16,7 +16,9 @@
 
 namespace orx {
 
-// Why there is no result; fsOk where there is one.
+// Why there is no result; fsOk where there is one. lastRefusal() says it in the words of fitStatusText, as
+// rcOption for fsBadOptions and fsBadDeviations, rcTooFew, rcTooMany for fsTooLarge, rcNotFinite,
+// rcDegenerate for fsCoincident and fsCollinear, rcNoResult for the others.
 enum TFitStatus : int {
     fsOk = 0,
     fsTooFewPoints =
@@ -102,7 +104,7 @@ struct TFitReport {
 
 // How many standard uncertainties make the half width of the interval that holds the true value with
 // `probability`: Student's t with the report's degrees of freedom (1.96 for 0.95 and many points, more for
-// few). Not-a-number for a probability outside of (0, 1) or degrees of freedom not above 0.
+// few). Not-a-number for a probability outside of (0, 1) or degrees of freedom not above 0 (rcOption).
 ORX_API double coverageFactor(double probability, double degreesOfFreedom);
 
 }  // namespace orx

@@ -3,43 +3,48 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orxFunctions/fitting/fit_refusal_internal.h"
 #include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/measured_circle.h"
 #include "orxFunctions/fitting/geometric/measured_line.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
 
-// `least` points at least; `measure(options, points, result)` does the rest.
+// `least` points at least; `measure(options, points, result)` does the rest. True where there is a result;
+// otherwise `function` keeps the refusal.
 template <class Point, class Shape>
-void fit(const std::vector<Point>& given, std::size_t least, const TFitOptions& options,
-         void (*measure)(const TFitOptions&, geometric::FitPoints&, Shape&), Shape& result) {
+bool fit(const std::vector<Point>& given, std::size_t least, const TFitOptions& options,
+         void (*measure)(const TFitOptions&, geometric::FitPoints&, Shape&), const char* function,
+         Shape& result) {
     geometric::FitPoints points;
     result.points = geometric::countOf(given.size());
     result.status = points.take(given, options, least);
     if (result.status == fsOk) measure(options, points, result);
+    return isFitted(result.status, function);
 }
 
 template <class Point>
 TMeasuredLine fitLine(const std::vector<Point>& points, const TFitOptions& options) {
     TMeasuredLine line;
-    fit(points, 3, options, geometric::measureLine, line);
+    fit(points, 3, options, geometric::measureLine, "fitLineGeometric", line);
     return line;
 }
 
 template <class Point>
 TMeasuredCircle fitCircle(const std::vector<Point>& points, const TFitOptions& options) {
     TMeasuredCircle circle;
-    fit(points, 4, options, geometric::measureCircle, circle);
+    fit(points, 4, options, geometric::measureCircle, "fitCircleGeometric", circle);
     return circle;
 }
 
 template <class Point>
 TMeasuredArc fitArc(const std::vector<Point>& points, const TFitOptions& options) {
     TMeasuredArc arc;
-    fit<Point, TMeasuredCircle>(points, 4, options, geometric::measureCircle, arc);
-    if (!arc.valid()) return arc;
+    if (!fit<Point, TMeasuredCircle>(points, 4, options, geometric::measureCircle, "fitArcGeometric", arc))
+        return arc;
     arc.start = arc.at(arc.startAngle);
     arc.middle = arc.at(arc.startAngle + arc.sweep / 2.0);
     arc.end = arc.at(arc.startAngle + arc.sweep);
@@ -58,7 +63,10 @@ double TMeasuredLine::deviationAt(double along) const {
 TLine TMeasuredLine::slopeForm() const {
     TLine line;
     line.valid = valid();
-    if (!line.valid) return line;
+    if (!line.valid) {
+        refuse(rcNotReady, "slopeForm", "there is no line: %s", fitStatusText(status));
+        return line;
+    }
     line.k = direction.y / direction.x;
     line.b = point.y - line.k * point.x;
     return line;

@@ -12,10 +12,10 @@
 // analysis for circle fitting algorithms", Electronic Journal of Statistics 3 (2009)), and that of the curved
 // parameters (M. J. Box, "Bias in nonlinear estimation", J. R. Statist. Soc. B 33 (1971)).
 //
-// Refused with the reason in `status` (see TFitStatus), looked for in this order: options, number of points,
-// deviations, finite coordinates, their size, too few points with a deviation above 0, all in one place; then
-// what the fit finds. The members are then as they are initialised, but for `points` and `iterations`. All
-// functions are reentrant.
+// Refused with the reason in `status` (see TFitStatus, also for the codes of lastRefusal()), looked for in
+// this order: options, number of points, deviations, finite coordinates, their size, too few points with a
+// deviation above 0, all in one place; then what the fit finds. The members are then as they are initialised,
+// but for `points` and `iterations`. All functions are reentrant.
 #ifndef ORXFUNCTIONS_FITTING_GEOMETRIC_FIT_H
 #define ORXFUNCTIONS_FITTING_GEOMETRIC_FIT_H
 
@@ -43,7 +43,8 @@ struct ORX_API TMeasuredLine : TFitReport {
     double signedDistance(cv::Point2d p) const { return (p - point).dot(normal()); }
     // The standard uncertainty of the line's place across itself at point + along * direction, pixels.
     double deviationAt(double along) const;
-    // y = k x + b; k is infinite for a vertical line, as in TRansacLine. Not valid where the fit is not.
+    // y = k x + b; k is infinite for a vertical line, as in TRansacLine. Not valid where the fit is not
+    // (rcNotReady).
     TLine slopeForm() const;
 };
 

@@ -7,6 +7,7 @@
 
 #include "orxFunctions/fitting/three_points_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
 
 namespace orx {
@@ -121,11 +122,14 @@ bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& 
     const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = p3.x, y3 = p3.y;
     const double overThird = ((y1 * y1 - y3 * y3) + (x1 * x1 - x3 * x3)) * 0.5;
     const double overSecond = ((y1 * y1 - y2 * y2) + (x1 * x1 - x2 * x2)) * 0.5;
-    return circleThrough({p1, p2, p3, overThird, overSecond}, out);
+    return circleThrough({p1, p2, p3, overThird, overSecond}, out) ||
+           refuse(rcDegenerate, "threePoints2circle2", "(%d, %d), (%d, %d) and (%d, %d) lie on a line", p1.x,
+                  p1.y, p2.x, p2.y, p3.x, p3.y);
 }
 
 bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
-    if (points.size() < 3) return false;
+    if (points.size() < 3)
+        return refuse(rcTooFew, "fitCircle", "%zu points; at least 3 are taken", points.size());
     const cv::Point offset = middleOfExtents(points);
     const CircleSums s = circleSums(points, offset);
     const auto n = static_cast<double>(points.size());
@@ -143,7 +147,7 @@ bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
 }
 
 bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
-    if (pts.empty()) return false;
+    if (pts.empty()) return refuse(rcTooFew, "sortPolygonVertexs", "there are no points");
     for (std::size_t i = 1; i < pts.size(); ++i) {
         if (pts[i].y < pts[0].y) std::swap(pts[0], pts[i]);
     }
@@ -169,7 +173,10 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
 }
 
 double calcPolygonArea(std::vector<cv::Point> pts) {
-    if (pts.size() < 3) return 0;
+    if (pts.size() < 3) {
+        refuse(rcTooFew, "calcPolygonArea", "%zu points; at least 3 are taken", pts.size());
+        return 0;
+    }
     sortPolygonVertexs(pts);
     double twiceArea = 0;
     for (std::size_t i = 0; i < pts.size(); ++i) {

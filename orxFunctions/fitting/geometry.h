@@ -41,20 +41,21 @@ ORX_API double pointDistance2Line(cv::Point p, cv::Point a, cv::Point b);
 // there.
 ORX_API bool threePoints2circle(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out);
 
-// The same circle in doubles. False for collinear points (determinant below 1e-5); `out` is then untouched.
+// The same circle in doubles. False for collinear points (rcDegenerate: determinant below 1e-5); `out` is
+// then untouched.
 ORX_API bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& out);
 
 // The algebraic least-squares circle x^2 + y^2 + a x + b y + c = 0, as (centre x, centre y, radius). False
-// for fewer than 3 points; `out` is then untouched. Collinear points give not-a-number values and true. The
-// products are exact for extents up to 2,500 pixels; beyond, 32 bits wrap. I. Kasa, "A circle fitting
-// procedure and its error analysis", IEEE Trans. Instrum. Meas. 25 (1976).
+// for fewer than 3 points (rcTooFew); `out` is then untouched. Collinear points give not-a-number values and
+// true. The products are exact for extents up to 2,500 pixels; beyond, 32 bits wrap. I. Kasa, "A circle
+// fitting procedure and its error analysis", IEEE Trans. Instrum. Meas. 25 (1976).
 ORX_API bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out);
 
 // Orders the vertices of a convex polygon: the topmost first (the earliest among equals), then by descending
-// angle of the ray from it, 180 degrees (left) to 0 (right). False only for an empty list.
+// angle of the ray from it, 180 degrees (left) to 0 (right). False only for an empty list (rcTooFew).
 ORX_API bool sortPolygonVertexs(std::vector<cv::Point>& pts);
 
-// The area of a convex polygon whose vertices come in any order; 0 for fewer than 3 points.
+// The area of a convex polygon whose vertices come in any order; 0 for fewer than 3 points (rcTooFew).
 ORX_API double calcPolygonArea(std::vector<cv::Point> pts);
 
 }  // namespace orx

@@ -37,7 +37,7 @@ bool TLineFit::setPoints(std::vector<cv::Point> points) {
 TLineFit::~TLineFit() = default;
 
 bool TLineFit_Ransac::setParams(std::vector<double> values) {
-    if (values.size() != 4) return false;
+    if (!orx::takesParameters(values.size(), 4)) return false;
     targetAngle_ = values[0];
     inlierDistance_ = values[1];
     sampleSize_ = orx::truncated(values[2]);
@@ -112,23 +112,37 @@ std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
 }
 
 TLine TLineFit_Ransac::fit() {
-    if (points_.size() <= 3 || (sampleSize_ != 2 && sampleSize_ != 3)) return {};
-    const std::vector<cv::Point> consensus = largestConsensus();
-    if (consensus.empty()) return {};
+    constexpr std::size_t kFewest = 4;
+    if (sampleSize_ != 2 && sampleSize_ != 3) {
+        orx::refuse(orx::rcOption, "fit", "samples of %d points; 2 and 3 are taken", sampleSize_);
+        return {};
+    }
+    std::vector<cv::Point> consensus;
+    if (points_.size() >= kFewest) consensus = largestConsensus();
+    if (consensus.empty()) {
+        orx::refuseConsensus(points_.size(), kFewest, iterationCount_);
+        return {};
+    }
     TLine line = slopeForm(orx::fitLineHuber(consensus.data(), consensus.size()));
     line.valid = hasWantedAngle(line);
+    if (!line.valid)
+        orx::refuse(orx::rcNoResult, "fit", "the line of slope %g leaves the angle %g by %g degrees or more",
+                    line.k, targetAngle_, angleTolerance_);
     return line;
 }
 
 bool TLineFit_Robust::setParams(std::vector<double> values) {
-    if (values.size() != 2) return false;
+    if (!orx::takesParameters(values.size(), 2)) return false;
     weightType_ = orx::truncated(values[0]);
     weightParameter_ = static_cast<float>(values[1]);
     return true;
 }
 
 TLine TLineFit_Robust::fit() {
-    if (points_.empty()) return {};
+    if (points_.empty()) {
+        orx::refuse(orx::rcTooFew, "fit", "there are no points");
+        return {};
+    }
     TLine line =
         slopeForm(orx::fitLineByWeights(points_.data(), points_.size(), weightType_, weightParameter_));
     line.valid = true;

@@ -20,7 +20,7 @@ class ORX_API TLineFit {
     virtual orx::TLine fit() = 0;
 
     // The estimator's parameters in the order that its class states, integers truncated. With another number
-    // of values nothing changes and the result is false.
+    // of values nothing changes and the result is false (rcSizesDiffer).
     virtual bool setParams(std::vector<double> values) = 0;
 
     // The points to fit, copied. Always true.
@@ -44,8 +44,9 @@ class ORX_API TLineFit {
 // tolerance (degrees, excluded). Angles that differ by 180 degrees are the same. The search ends early with a
 // set of more than 0.8 of the points or with more sets than the cap (setSearchLimits).
 //
-// Invalid, all fields 0: fewer than 4 points, or no sample with the wanted angle and more than 3 points near
-// it. When the refitted line leaves the wanted angle it is returned with the flag false.
+// Invalid, all fields 0: fewer than 4 points (rcTooFew), another sample size or no trials (rcOption), or no
+// sample with the wanted angle and more than 3 points near it (rcNoResult). When the refitted line leaves the
+// wanted angle it is returned with the flag false (rcNoResult).
 //
 // Each trial seeds rand(), the runtime's process-wide generator, with the number of trials left: results are
 // repeatable, and other users of rand() are disturbed.
@@ -76,7 +77,7 @@ class ORX_API TLineFit_Ransac : public TLineFit {
 // Parameters: weight type and weight parameter, as there. The random starts come from a generator of its own:
 // results are repeatable.
 //
-// Valid whenever there is a point; a single point gives a horizontal line.
+// Valid whenever there is a point (rcTooFew); a single point gives a horizontal line.
 class ORX_API TLineFit_Robust : public TLineFit {
   public:
     orx::TLine fit() override;

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "orxFunctions/foundation/refusal_internal.h"
+
 namespace orx {
 namespace {
 
@@ -36,7 +38,11 @@ bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx, s
 }
 
 void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
-    if (idx.empty() || idx.size() > pts.size()) return;
+    if (idx.empty()) return;
+    if (idx.size() > pts.size()) {
+        refuse(rcTooMany, "deletePointsInList", "%zu indices for %zu points", idx.size(), pts.size());
+        return;
+    }
     idx.erase(std::remove_if(idx.begin(), idx.end(), [&](int i) { return !hasIndex(pts, i); }), idx.end());
     std::sort(idx.begin(), idx.end());
     std::size_t end = pts.size();
@@ -61,7 +67,14 @@ void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, int margi
 }
 
 void deletePartPoints(std::vector<cv::Point>& pts, int count) {
-    if (count < 1 || static_cast<std::ptrdiff_t>(pts.size()) - count < 2) return;
+    if (count < 1) {
+        refuse(rcOption, "deletePartPoints", "%d points to remove; at least 1 is taken", count);
+        return;
+    }
+    if (static_cast<std::ptrdiff_t>(pts.size()) - count < 2) {
+        refuse(rcTooFew, "deletePartPoints", "%d of %zu points to remove; 2 must remain", count, pts.size());
+        return;
+    }
     for (int removed = 0; removed < count; ++removed) {
         // Never the last point: it takes the place of the removed one. Intended.
         const int r = std::rand() % static_cast<int>(pts.size() - 1);

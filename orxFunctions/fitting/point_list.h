@@ -19,7 +19,8 @@ ORX_API void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::v
 ORX_API bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx,
                                      std::vector<cv::Point>& out);
 
-// Removes the points at the given distinct indices. Nothing happens when `idx` is empty or longer than `pts`.
+// Removes the points at the given distinct indices. Nothing happens when `idx` is empty, or longer than `pts`
+// (rcTooMany).
 // Each removed point changes places with the last kept one, from the largest index down, so the order of the
 // remaining points is deliberately not preserved. Reentrant.
 ORX_API void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx);
@@ -28,9 +29,9 @@ ORX_API void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> id
 // in deletePointsInList. Reentrant.
 ORX_API void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, int margin);
 
-// Removes `count` random points when count is at least 1 and at least two points remain; otherwise nothing.
-// Each step draws from all but the last point, which it moves into the gap. Draws from rand(): one thread at
-// a time.
+// Removes `count` random points when count is at least 1 (rcOption) and at least two points remain
+// (rcTooFew); otherwise nothing. Each step draws from all but the last point, which it moves into the gap.
+// Draws from rand(): one thread at a time.
 ORX_API void deletePartPoints(std::vector<cv::Point>& pts, int count);
 
 }  // namespace orx

@@ -10,14 +10,27 @@
 #include "orxFunctions/fitting/line_search_internal.h"
 #include "orxFunctions/fitting/point_columns_internal.h"
 #include "orxFunctions/fitting/point_list.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
+
+constexpr const char* kNothingFound = "doRansac has found nothing yet";
 
 int drawIndex(const std::vector<cv::Point>& points) { return std::rand() % static_cast<int>(points.size()); }
 
 const cv::Point& at(const std::vector<cv::Point>& points, int index) {
     return points[static_cast<std::size_t>(index)];
+}
+
+// Why a search found no candidate.
+bool refuseSearch(std::size_t points, std::size_t fewest, int iterations, const char* shape) {
+    if (points < fewest)
+        return refuse(rcTooFew, "doRansac", "%zu points; at least %zu are taken", points, fewest);
+    if (iterations < 1)
+        return refuse(rcOption, "doRansac", "%d samples to draw; at least 1 is taken", iterations);
+    return refuse(rcNoResult, "doRansac", "none of %d samples makes a %s within the limits", iterations,
+                  shape);
 }
 
 // Finds the last circle that has more inliers than the first. Circles are judged from the last to the first,
@@ -99,7 +112,8 @@ bool TRansacLine::withinAngleLimit(cv::Point p, cv::Point q) const {
 }
 
 bool TRansacLine::doRansac() {
-    if (points_.empty()) return false;
+    constexpr std::size_t kFewest = 2;
+    if (points_.empty()) return refuseSearch(0, kFewest, iterations_, "line");
     LineSearch search(points_, threshold_);
     int candidates = 0;
     for (int trial = 0; trial < iterations_ && candidates <= cap_; ++trial) {
@@ -109,7 +123,7 @@ bool TRansacLine::doRansac() {
         search.offer({i, j});
         ++candidates;
     }
-    if (!search.hasBest()) return false;
+    if (!search.hasBest()) return refuseSearch(points_.size(), kFewest, iterations_, "line");
     const std::vector<int> onLine = search.inliers();
     // The sample points count twice, intended: as samples and as points of their line.
     inliers_ = {search.best().first, search.best().second};
@@ -118,7 +132,10 @@ bool TRansacLine::doRansac() {
 }
 
 TLine TRansacLine::getResultLine() {
-    if (inliers_.empty()) return {};
+    if (inliers_.empty()) {
+        refuse(rcNotReady, "getResultLine", "%s", kNothingFound);
+        return {};
+    }
     std::vector<cv::Point> points;
     getLineList(points);
     cv::Vec4f fit;  // direction, then a point of the line
@@ -128,10 +145,14 @@ TLine TRansacLine::getResultLine() {
 }
 
 void TRansacLine::getLineList(std::vector<cv::Point>& out) {
+    if (inliers_.empty()) refuse(rcNotReady, "getLineList", "%s", kNothingFound);
     getPointListFromIdxList(points_, inliers_, out);
 }
 
-void TRansacLine::getIdxList(std::vector<int>& out) { out = inliers_; }
+void TRansacLine::getIdxList(std::vector<int>& out) {
+    if (inliers_.empty()) refuse(rcNotReady, "getIdxList", "%s", kNothingFound);
+    out = inliers_;
+}
 
 TRansacCircle::TRansacCircle(std::vector<cv::Point> points, int iterations, int cap, double threshold)
     : points_(std::move(points)), iterations_(iterations), cap_(cap), threshold_(threshold) {}
@@ -151,7 +172,11 @@ bool TRansacCircle::sampleCircle(cv::Point3d& circle) const {
 }
 
 TCircle TRansacCircle::doRansac() {
-    if (points_.size() < 3) return {};
+    constexpr std::size_t kFewest = 3;
+    if (points_.size() < kFewest) {
+        refuseSearch(points_.size(), kFewest, iterations_, "circle");
+        return {};
+    }
     CircleContest contest(points_, threshold_);
     int candidates = 0;
     for (int trial = 0; trial < iterations_; ++trial) {
@@ -164,7 +189,10 @@ TCircle TRansacCircle::doRansac() {
         }
         if (candidates > cap_) break;
     }
-    if (contest.isEmpty()) return {};
+    if (contest.isEmpty()) {
+        refuseSearch(points_.size(), kFewest, iterations_, "circle");
+        return {};
+    }
     const cv::Point3d& winner = contest.winner();
     inliers_ = contest.inliers();
     TCircle result;
@@ -175,6 +203,9 @@ TCircle TRansacCircle::doRansac() {
     return result;
 }
 
-void TRansacCircle::getCircleIdxList(std::vector<int>& out) { out = inliers_; }
+void TRansacCircle::getCircleIdxList(std::vector<int>& out) {
+    if (inliers_.empty()) refuse(rcNotReady, "getCircleIdxList", "%s", kNothingFound);
+    out = inliers_;
+}
 
 }  // namespace orx

@@ -33,17 +33,18 @@ class ORX_API TRansacLine {
     void setAngleLimit(double minAngle, double maxAngle, TAngleType type);
 
     // Searches anew. True when there was a candidate; the one with the most indices, the earliest among
-    // equals, is then the result. False leaves the earlier result as it was (no points, one point, no sample
-    // within the limits).
+    // equals, is then the result. False leaves the earlier result as it was: fewer than two points
+    // (rcTooFew), no samples to draw (rcOption), none within the limits (rcNoResult).
     bool doRansac();
 
     // The line y = k x + b through the inliers, by cv::fitLine with the Huber loss (in single precision). A
-    // vertical line has an infinite or very large slope. Invalid before the first success of doRansac.
+    // vertical line has an infinite or very large slope. Invalid before the first success of doRansac
+    // (rcNotReady).
     TLine getResultLine();
 
     // The inliers as points, and as indices into the list given. The two sample points come first and, being
     // within the threshold of their own line, normally once more in their place among the others, which are
-    // in ascending order. Empty before the first success of doRansac.
+    // in ascending order. Empty before the first success of doRansac (rcNotReady).
     void getLineList(std::vector<cv::Point>& out);
     void getIdxList(std::vector<int>& out);
 
@@ -73,12 +74,14 @@ class ORX_API TRansacCircle {
 
     // Searches anew and returns centre and radius of the winner. The winner is the last candidate with more
     // inliers than the first candidate, or the first when no other has more: deliberately not always the one
-    // with the most. Invalid and all zero, the earlier inliers kept, for fewer than 3 points or no candidate.
+    // with the most. Invalid and all zero, the earlier inliers kept, for fewer than 3 points (rcTooFew), no
+    // samples to draw (rcOption), no candidate (rcNoResult).
     // Sample circles are computed in 32-bit integers that wrap (threePoints2circle): keep coordinates below
     // about 1,000, or shift the points to their middle first.
     TCircle doRansac();
 
-    // The inliers of the winner as ascending indices into the list given.
+    // The inliers of the winner as ascending indices into the list given. Empty before the first success
+    // (rcNotReady).
     void getCircleIdxList(std::vector<int>& out);
 
   private:

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "orxFunctions/fitting/line_search_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -140,7 +141,14 @@ bool getWantedLine(std::vector<cv::Point> points, std::vector<cv::Point>& linePo
     }
     linePoints = takeOut(points, wanted);
     restPoints = std::move(points);
-    return !linePoints.empty();
+    if (!linePoints.empty()) return true;
+    if (type < wlLeft || type > wlCenter)
+        return refuse(rcOption, "getWantedLine", "there is no type %d", static_cast<int>(type));
+    if (restPoints.size() < fewest)
+        return refuse(rcTooFew, "getWantedLine", "%zu points; at least %zu are taken", restPoints.size(),
+                      fewest);
+    return refuse(rcNoResult, "getWantedLine", "none of the lines in %zu points is the wanted",
+                  restPoints.size());
 }
 
 }  // namespace orx

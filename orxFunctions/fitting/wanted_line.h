@@ -31,8 +31,9 @@ enum TWantLineType : int {
 // two-point sample goes.
 //
 // True: `linePoints` holds the points of the line and `restPoints` all others, each in input order. False
-// when there is no such line, or for a type not listed: `linePoints` is empty and `restPoints` holds all
-// points. A caller finds the lines of a part one by one by passing the rest to the next call.
+// when there is no such line (rcNoResult), for fewer points than a line needs (rcTooFew) and for a type not
+// listed (rcOption): `linePoints` is empty and `restPoints` holds all points. A caller finds the lines of a
+// part one by one by passing the rest to the next call.
 //
 // The samples come from a generator of its own with a fixed seed: equal points give equal results, and rand()
 // is not disturbed. Reentrant.

@@ -109,21 +109,21 @@ class CircleModel {
 }  // namespace
 
 TMeasuredCircle findCircle(const std::vector<cv::Point2d>& points, const TConsensusOptions& options) {
-    return consensus::Finder<CircleModel>(points, options, true).next();
+    return consensus::bestShape<CircleModel>(points, options, "findCircle");
 }
 
 TMeasuredCircle findCircle(const std::vector<cv::Point2f>& points, const TConsensusOptions& options) {
-    return consensus::Finder<CircleModel>(points, options, true).next();
+    return consensus::bestShape<CircleModel>(points, options, "findCircle");
 }
 
 std::vector<TMeasuredCircle> findCircles(const std::vector<cv::Point2d>& points,
                                          const TConsensusOptions& options, int most) {
-    return consensus::allShapes<CircleModel>(points, options, most);
+    return consensus::allShapes<CircleModel>(points, options, most, "findCircles");
 }
 
 std::vector<TMeasuredCircle> findCircles(const std::vector<cv::Point2f>& points,
                                          const TConsensusOptions& options, int most) {
-    return consensus::allShapes<CircleModel>(points, options, most);
+    return consensus::allShapes<CircleModel>(points, options, most, "findCircles");
 }
 
 }  // namespace orx

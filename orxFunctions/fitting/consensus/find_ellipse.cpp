@@ -97,11 +97,11 @@ class EllipseModel {
 }  // namespace
 
 TMeasuredEllipse findEllipse(const std::vector<cv::Point2d>& points, const TConsensusOptions& options) {
-    return consensus::Finder<EllipseModel>(points, options, true).next();
+    return consensus::bestShape<EllipseModel>(points, options, "findEllipse");
 }
 
 TMeasuredEllipse findEllipse(const std::vector<cv::Point2f>& points, const TConsensusOptions& options) {
-    return consensus::Finder<EllipseModel>(points, options, true).next();
+    return consensus::bestShape<EllipseModel>(points, options, "findEllipse");
 }
 
 }  // namespace orx

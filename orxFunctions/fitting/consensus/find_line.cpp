@@ -93,21 +93,21 @@ class LineModel {
 }  // namespace
 
 TMeasuredLine findLine(const std::vector<cv::Point2d>& points, const TConsensusOptions& options) {
-    return consensus::Finder<LineModel>(points, options, true).next();
+    return consensus::bestShape<LineModel>(points, options, "findLine");
 }
 
 TMeasuredLine findLine(const std::vector<cv::Point2f>& points, const TConsensusOptions& options) {
-    return consensus::Finder<LineModel>(points, options, true).next();
+    return consensus::bestShape<LineModel>(points, options, "findLine");
 }
 
 std::vector<TMeasuredLine> findLines(const std::vector<cv::Point2d>& points, const TConsensusOptions& options,
                                      int most) {
-    return consensus::allShapes<LineModel>(points, options, most);
+    return consensus::allShapes<LineModel>(points, options, most, "findLines");
 }
 
 std::vector<TMeasuredLine> findLines(const std::vector<cv::Point2f>& points, const TConsensusOptions& options,
                                      int most) {
-    return consensus::allShapes<LineModel>(points, options, most);
+    return consensus::allShapes<LineModel>(points, options, most, "findLines");
 }
 
 }  // namespace orx

@@ -12,10 +12,12 @@
 #include "orxFunctions/fitting/consensus/search.h"
 #include "orxFunctions/fitting/consensus/seeded_numbers.h"
 #include "orxFunctions/fitting/consensus_fit.h"
+#include "orxFunctions/fitting/fit_refusal_internal.h"
 #include "orxFunctions/fitting/geometric/fit_points.h"
 #include "orxFunctions/fitting/geometric/measured_start.h"
 #include "orxFunctions/fitting/geometric/robust_loss.h"
 #include "orxFunctions/fitting/kernels/distance.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx::consensus {
 
@@ -183,16 +185,31 @@ class Finder {
     bool first_ = true;
 };
 
-// All of them, the one with the most points first; `most` 0 for no limit.
+// The best of them; `function` keeps the refusal.
+template <class Model, class Point>
+typename Model::Measured bestShape(const std::vector<Point>& points, const TConsensusOptions& options,
+                                   const char* function) {
+    typename Model::Measured best = Finder<Model>(points, options, true).next();
+    isFitted(best.status, function);
+    return best;
+}
+
+// All of them, the one with the most points first; `most` 0 for no limit. Where there is none, `function`
+// keeps the refusal.
 template <class Model, class Point>
 std::vector<typename Model::Measured> allShapes(const std::vector<Point>& points,
-                                                const TConsensusOptions& options, int most) {
+                                                const TConsensusOptions& options, int most,
+                                                const char* function) {
     std::vector<typename Model::Measured> all;
-    if (most < 0) return all;
+    if (most < 0) {
+        refuse(rcOption, function, "at most %d shapes; 0 (no limit) and more are taken", most);
+        return all;
+    }
     Finder<Model> finder(points, options, false);
     while (most == 0 || all.size() < static_cast<std::size_t>(most)) {
         all.push_back(finder.next());
         if (all.back().valid()) continue;
+        if (all.size() == 1) isFitted(all.back().status, function);
         all.pop_back();
         break;
     }
