@@ -12,7 +12,7 @@
 //     OTSUfourPartsThreshold  analysis/threshold.h            OpenCV's exceptions pass
 //     calibrateData2File      calibration/calibration_file.h  OpenCV's exceptions pass
 //     Point6D2Matrix44        calibration/pose.h              ends the process
-//     start                   display/picture_box.h           ends the process
+//     start                   display/picture_box.h           ends the process, std::system_error passes
 //     ~TPictureBox            display/picture_box.h           ends the process
 //
 // Memory that runs out is an exception to that, also where a header says that nothing throws: a call may then
