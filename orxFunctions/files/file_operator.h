@@ -9,6 +9,11 @@
 // No shell is involved: blanks, quotes and semicolons are ordinary characters of a name. Symbolic links
 // inside a folder are never followed. Folders may lie thousands deep. Nothing throws. Every function is
 // thread-safe.
+//
+// What refuses keeps the reason for lastRefusal(): rcFileName for a name that is empty or not fit for it,
+// rcFileMissing, rcFileUnreadable for what can't be read or is of another kind, rcFileUnwritable for what
+// can't be made, changed or deleted, rcMemory and rcFailed for what the system reports. fileExists,
+// folderExists and isHidden refuse nothing.
 #ifndef ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 #define ORXFUNCTIONS_FILES_FILE_OPERATOR_H
 
@@ -25,7 +30,7 @@ namespace FileOperator {
 // `recursive` those of its subfolders too. `extension` (".png", "png" or "*.png"; letter case does not count)
 // keeps the files that end with it, "" all. A link to a file is listed, a link to a folder is not entered.
 // What others delete meanwhile, and subfolders that may not be read, are passed over. Empty for a folder that
-// can't be read, and where the reading fails further down.
+// can't be read, and where the reading fails further down; rcNoResult where there is no such file.
 ORX_API std::vector<std::string> listFiles(std::string folder, std::string extension = "",
                                            bool recursive = false);
 

@@ -1,7 +1,5 @@
 #include "orxFunctions/files/image_data_augmentation.h"
 
-#include <algorithm>
-#include <array>
 #include <exception>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
@@ -10,10 +8,13 @@
 #include <utility>
 
 #include "orxFunctions/files/augmentation_variants_internal.h"
+#include "orxFunctions/files/file_listing_internal.h"
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/polygon_annotation_internal.h"
+#include "orxFunctions/foundation/file_refusal_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/message_colours_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
@@ -22,17 +23,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMostFileBytes = std::size_t{1} << 30U;
-constexpr std::array kImageExtensions = {".bmp", ".jpg", ".jpeg", ".jp2",  ".png",
-                                         ".pgm", ".ppm", ".tif",  ".tiff", ".webp"};
-
-std::vector<std::string> imagesOf(const std::string& folder) {
-    std::vector<std::string> images;
-    for (const char* extension : kImageExtensions) {
-        const std::vector<std::string> files = FileOperator::listFiles(folder, extension);
-        images.insert(images.end(), files.begin(), files.end());
-    }
-    std::sort(images.begin(), images.end());
-    return images;
+const std::vector<std::string>& imageExtensions() {
+    static const std::vector<std::string> kAll = {".bmp", ".jpg", ".jpeg", ".jp2",  ".png",
+                                                  ".pgm", ".ppm", ".tif",  ".tiff", ".webp"};
+    return kAll;
 }
 
 bool readFile(const fs::path& path, std::string& bytes) {
@@ -145,9 +139,14 @@ class Run {
     TAugmentationReport report_;
 };
 
-bool areSameFolder(const fs::path& a, const fs::path& b) {
-    std::error_code error;
-    return fs::equivalent(a, b, error);
+// The images to read; false, with the refusal, where there can be none to read or nothing may be written.
+bool takesFolders(const fs::path& input, const fs::path& output, std::vector<std::string>& images) {
+    std::error_code error = filesOf(input, imageExtensions(), false, images);
+    if (error) return refuseToList("augment", input, error);
+    if (!FileOperator::createFolder(platform::toName(output))) return refuseToWrite("augment", output);
+    if (!fs::equivalent(input, output, error)) return true;
+    return refuse(rcOption, "augment", "the images and their variants would be in one folder: %s",
+                  platform::shownName(input).c_str());
 }
 
 }  // namespace
@@ -160,12 +159,11 @@ TAugmentationReport ImageDataAugmentation::augment(const std::string& inputFolde
     const fs::path input = platform::toPath(inputFolder);
     const fs::path output = platform::toPath(outputFolder);
     Run run(config_, output);
-    if (!FileOperator::folderExists(inputFolder) || !FileOperator::createFolder(outputFolder) ||
-        areSameFolder(input, output)) {
+    std::vector<std::string> images;
+    if (!takesFolders(input, output, images)) {
         run.complain("数据增强的文件夹无效: ", FileOperator::folderExists(inputFolder) ? output : input);
         return run.report();
     }
-    const std::vector<std::string> images = imagesOf(inputFolder);
     const int total = static_cast<int>(images.size());
     for (int i = 0; i < total; ++i) {
         const std::string& image = images[static_cast<std::size_t>(i)];

@@ -69,8 +69,9 @@ class ORX_API ImageDataAugmentation {
     void setConfig(const TAugmentationConfig& config);
     void setProgress(TProgress progress);
 
-    // Refuses, with a message: an input folder that does not exist, an output folder that can't be created,
-    // and the same folder for both.
+    // Refuses, with a message: an input folder that does not exist or can't be read, an output folder that
+    // can't be created, and the same folder for both (rcFileName, rcFileMissing, rcFileUnreadable,
+    // rcFileUnwritable, rcOption). What happens to single images is told in the report alone.
     TAugmentationReport augment(const std::string& inputFolder, const std::string& outputFolder) const;
 
   private:

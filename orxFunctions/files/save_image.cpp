@@ -10,6 +10,7 @@
 #include "orxFunctions/files/image_saver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/message_colours_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace FileOperator {
@@ -17,14 +18,14 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace platform = orx::platform;
+using orx::refuse;
 
 std::string message(const std::string& utf8Text, const fs::path& path) {
     return zul::toAnsi(utf8Text + path.u8string());
 }
 
-bool refuse(const std::string& utf8Text, const fs::path& path) {
+void complain(const std::string& utf8Text, const fs::path& path) {
     orx::APPshowMessage(message(utf8Text, path), orx::kErrorColor);
-    return false;
 }
 
 std::string withPoint(const std::string& extension) {
@@ -45,9 +46,17 @@ bool isPlainName(const std::string& text) {
 
 bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix, const std::string& extension,
           std::string* path) {
-    if (img.empty() || folder.empty() || !isPlainName(prefix)) return false;
-    if (!isPlainName(extension) || !cv::haveImageWriter("image" + extension))
-        return refuse("不支持的图像格式: ", extension);
+    if (img.empty()) return refuse(orx::rcEmptyImage, "saveImage");
+    if (folder.empty()) return refuse(orx::rcFileName, "saveImage", "the folder's name is empty");
+    if (!isPlainName(prefix)) {
+        return refuse(orx::rcFileName, "saveImage", "a name can't begin with \"%s\"",
+                      platform::shownName(platform::toPath(prefix)).c_str());
+    }
+    if (!isPlainName(extension) || !cv::haveImageWriter("image" + extension)) {
+        complain("不支持的图像格式: ", extension);
+        return refuse(orx::rcOption, "saveImage", "\"%s\" is the extension of no format that can be written",
+                      platform::shownName(platform::toPath(extension)).c_str());
+    }
     orx::ImageSaver::Job job;
     job.path = fs::absolute(folder) / fileName(prefix, extension);
     job.extension = extension;
@@ -60,13 +69,15 @@ bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix,
             if (path != nullptr) *path = platform::toName(target);
             return true;
         case orx::ImageSaver::Answer::kFull:
-            return refuse("图像保存队列已满, 图像未保存: ", target);
-        case orx::ImageSaver::Answer::kNoThread:
-            return refuse("图像保存失败: ", target);
+            complain("图像保存队列已满, 图像未保存: ", target);
+            break;
         case orx::ImageSaver::Answer::kFullAgain:
             break;
+        case orx::ImageSaver::Answer::kNoThread:
+            complain("图像保存失败: ", target);
+            return refuse(orx::rcFailed, "saveImage", "no thread can be started to write it");
     }
-    return false;
+    return refuse(orx::rcTooMany, "saveImage", "64 images, or 1 GiB of them, wait for the disk already");
 }
 
 }  // namespace
@@ -75,16 +86,17 @@ bool saveImage(cv::Mat img, std::string folder, std::string prefix, std::string 
                std::string* path) {
     try {
         return save(img, platform::toPath(folder), prefix, withPoint(extension), path);
-    } catch (const std::exception&) {  // no memory for the copy
-        return false;
+    } catch (const std::exception&) {
+        return refuse(orx::rcMemory, "saveImage", "no memory for a copy of the image");
     }
 }
 
 bool flush(int milliseconds) {
     try {
-        return orx::imageSaver.flush(milliseconds);
-    } catch (const std::exception&) {  // no memory to wait with
-        return false;
+        if (orx::imageSaver.flush(milliseconds)) return true;
+        return refuse(orx::rcTimeout, "flush", "images still wait for the disk after %d ms", milliseconds);
+    } catch (const std::exception&) {
+        return refuse(orx::rcMemory, "flush", "no memory to wait with");
     }
 }
 

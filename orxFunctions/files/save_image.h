@@ -18,8 +18,9 @@ namespace FileOperator {
 //
 // Never waits for the disk. At most 64 images wait, of 1 GiB together; one more is refused, with a message
 // for the first of a row of refusals. False, and nothing saved, for a full queue, an empty image, an unknown
-// format, or an empty folder or one in the prefix. What fails later, on the thread (a full disk, a name that
-// exists: it is never overwritten), is reported by a message in colour 1.
+// format, or an empty folder or one in the prefix (rcTooMany, rcEmptyImage, rcOption, rcFileName; rcMemory
+// and rcFailed without memory for the copy or the thread). What fails later, on the thread (a full disk, a
+// name that exists: it is never overwritten), is reported by a message in colour 1.
 //
 // Unloading the library, and on POSIX the end of the process, wait for the images still queued. On Windows
 // call flush before the process ends: it ends the thread in the middle of its image.
@@ -27,8 +28,8 @@ ORX_API bool saveImage(cv::Mat img, std::string folder, std::string prefix = "",
                        std::string extension = ".png", std::string* path = nullptr);
 
 // Waits until the images given to saveImage before this call are written or reported. With `milliseconds` of
-// 0 or more it waits no longer than that, and returns false when the time ran out. Also false, at once, where
-// there is no memory to wait with.
+// 0 or more it waits no longer than that, and returns false when the time ran out (rcTimeout). Also false, at
+// once, where there is no memory to wait with (rcMemory).
 ORX_API bool flush(int milliseconds = -1);
 
 }  // namespace FileOperator

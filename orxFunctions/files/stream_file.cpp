@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "orxFunctions/foundation/file_refusal_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
 namespace orx {
@@ -80,48 +82,55 @@ std::uint64_t bytesOf(std::int64_t rows, std::int64_t cols) {
     return std::min(static_cast<std::uint64_t>(rows * cols), kMostElements) * kElementBytes;
 }
 
-bool maySpend(std::uint64_t bytes, const std::string& path) {
+bool maySpend(std::uint64_t bytes, const std::filesystem::path& path) {
     if (bytes <= kMostBytesUnproven) return true;
     if (bytes >= kMostElements * kElementBytes) return false;
     std::error_code error;
-    const std::uintmax_t length = std::filesystem::file_size(platform::toPath(path), error);
+    const std::uintmax_t length = std::filesystem::file_size(path, error);
     return !error && length >= bytes;
 }
 
-bool allocate(std::int32_t rows, std::int32_t cols, cv::Mat& matrix) {
+bool allocate(const Pair& size, const std::filesystem::path& path, cv::Mat& matrix) {
+    if (size.first < 0 || size.second < 0 || !maySpend(bytesOf(size.first, size.second), path)) {
+        return refuse(rcFileFormat, "streamFile2Image", "%d rows of %d numbers can't be in the file: %s",
+                      size.first, size.second, platform::shownName(path).c_str());
+    }
     try {
-        matrix = cv::Mat::zeros(rows, cols, CV_64FC1);
+        matrix = cv::Mat::zeros(size.first, size.second, CV_64FC1);
         return true;
     } catch (const std::exception&) {
-        return false;
+        return refuse(rcMemory, "streamFile2Image", "no memory for %d rows of %d numbers", size.first,
+                      size.second);
     }
 }
 
 }  // namespace
 
 bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std::string text) {
-    if (img.data == nullptr || img.dims == 0 || img.total() == 0) return false;
+    if (img.data == nullptr || img.dims == 0 || img.total() == 0)
+        return refuse(rcEmptyImage, "image2StreamFile");
     const std::filesystem::path target = platform::toPath(path);
     platform::File file = platform::openToWrite(target);
-    if (!file) return false;
+    if (!file) return refuseToWrite("image2StreamFile", target);
     const bool written = writePair(file.get(), img.rows, img.cols) &&
                          writeElements(file.get(), img, bytesOf(img.rows, img.cols)) &&
                          writePair(file.get(), size.width, size.height) && writeText(file.get(), text);
-    return platform::closeWritten(std::move(file), target, written);
+    return platform::closeWritten(std::move(file), target, written) ||
+           refuseToWrite("image2StreamFile", target);
 }
 
 bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text) {
-    const platform::File file = platform::openToRead(platform::toPath(path));
-    if (!file) return false;
+    const std::filesystem::path source = platform::toPath(path);
+    const platform::File file = platform::openToRead(source);
+    if (!file) return refuseToRead("streamFile2Image", source);
     const Pair dimensions = readPair(file.get());
-    if (dimensions.first < 0 || dimensions.second < 0) return false;
-    const std::uint64_t bytes = bytesOf(dimensions.first, dimensions.second);
     cv::Mat matrix;
-    if (!maySpend(bytes, path) || !allocate(dimensions.first, dimensions.second, matrix)) return false;
+    if (!allocate(dimensions, source, matrix)) return false;
+    const std::uint64_t bytes = bytesOf(dimensions.first, dimensions.second);
     readBytes(file.get(), matrix.data, static_cast<std::size_t>(bytes));
     const Pair stored = readPair(file.get());
     std::string storedText = readText(file.get());
-    if (std::ferror(file.get()) != 0) return false;
+    if (std::ferror(file.get()) != 0) return refuseToRead("streamFile2Image", source);
     img = matrix;
     size = cv::Size(stored.first, stored.second);
     text = std::move(storedText);

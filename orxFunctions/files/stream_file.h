@@ -14,7 +14,8 @@
 namespace orx {
 
 // Writes the file, replacing one that exists. False, and no file, for a matrix without elements; false for a
-// path that can't be opened, and for one that can't be written to its end, which is then removed.
+// path that can't be opened, and for one that can't be written to its end, which is then removed
+// (rcEmptyImage, rcFileName, rcFileUnwritable).
 //
 // The elements are the consecutive 8-byte groups from the matrix's first element on; neither its type nor the
 // step of its rows is consulted. Convert other types to CV_64F first, and clone a view of a larger matrix:
@@ -29,7 +30,8 @@ ORX_API bool image2StreamFile(cv::Mat img, cv::Size size, std::string path, std:
 //
 // False, with the outputs untouched, for a file that can't be opened, where the disk fails while it is read,
 // for negative sizes, and for a matrix that can't be allocated. A matrix above 1 GiB is allocated only if the
-// file is long enough to hold it, so that a broken file of a few bytes can't take more memory than that.
+// file is long enough to hold it, so that a broken file of a few bytes can't take more memory than that
+// (rcFileName, rcFileMissing, rcFileUnreadable, rcFileFormat, rcMemory).
 ORX_API bool streamFile2Image(std::string path, cv::Mat& img, cv::Size& size, std::string& text);
 
 }  // namespace orx

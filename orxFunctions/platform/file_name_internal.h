@@ -21,6 +21,9 @@ std::filesystem::path toPath(const std::string& name);
 // A name of the path: on Windows in code page 936 where toPath takes that back, else in UTF-8.
 std::string toName(const std::filesystem::path& path);
 
+// The path to be shown, in UTF-8: on POSIX bytes that are no UTF-8 are read as code page 936.
+std::string shownName(const std::filesystem::path& path);
+
 // Whether one of these ASCII characters is in a name that belongs to no folder: as a character, not as the
 // second byte of one in code page 936. True for bytes that are no text in either encoding.
 bool hasAnyOf(const std::string& characters, const std::string& name);

@@ -1,5 +1,7 @@
 #include "orxFunctions/platform/file_name_internal.h"
 
+#include "ZULLib/zullib.h"
+
 namespace orx::platform {
 namespace {
 
@@ -28,6 +30,10 @@ bool isUtf8(const std::string& text) {
 
 fs::path toPath(const std::string& name) { return name; }
 std::string toName(const fs::path& path) { return path.string(); }
+
+std::string shownName(const fs::path& path) {
+    return isUtf8(path.native()) ? path.native() : zul::toUtf8(path.native());
+}
 
 bool hasAnyOf(const std::string& characters, const std::string& name) {
     if (isUtf8(name)) return name.find_first_of(characters) != std::string::npos;

@@ -70,6 +70,12 @@ std::string toName(const fs::path& path) {
     return utf8;
 }
 
+std::string shownName(const fs::path& path) {
+    std::string utf8;
+    encode(CP_UTF8, path.wstring(), utf8);
+    return utf8;
+}
+
 bool hasAnyOf(const std::string& characters, const std::string& name) {
     const std::wstring wide = toPath(name).wstring();
     if (wide.empty()) return !name.empty();
