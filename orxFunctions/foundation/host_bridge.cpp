@@ -1,8 +1,13 @@
 #include "orxFunctions/foundation/host_bridge.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
+#include "orxFunctions/foundation/file_refusal_internal.h"
 #include "orxFunctions/foundation/image_exchange_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/file_name_internal.h"
 
 namespace orx {
 
@@ -43,16 +48,36 @@ std::string extractFilePath(std::string path) { return zul::extractFilePath(std:
 std::string extractFileName(std::string path) { return zul::extractFileName(std::move(path)); }
 std::string extractFileExt(std::string path) { return zul::extractFileExt(std::move(path)); }
 std::string getCurrentTime(int format) { return zul::getCurrentTime(format); }
-std::string getDllPath(zul::TModuleHandle module) { return zul::getDllPath(module); }
+std::string getDllPath(zul::TModuleHandle module) {
+    std::string folder = zul::getDllPath(module);
+    if (folder.empty()) refuse(rcOption, "getDllPath", "no loaded module has this handle");
+    return folder;
+}
 std::string getExeFileName() { return zul::getExeFileName(); }
-std::string getFileVersion(std::string file) { return zul::getFileVersion(std::move(file)); }
-bool processIsExist(std::string name) { return zul::processIsExist(std::move(name)); }
+std::string getFileVersion(std::string file) {
+    std::string version = zul::getFileVersion(file);
+    if (!version.empty()) return version;
+    const std::filesystem::path path = platform::toPath(file);
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(path, ignored)) {
+        refuse(rcNoResult, "getFileVersion", "the file has no version, or can't be read: %s",
+               platform::shownName(path).c_str());
+    } else {
+        refuseToRead("getFileVersion", path);
+    }
+    return version;
+}
+bool processIsExist(std::string name) {
+    if (name.empty()) return refuse(rcFileName, "processIsExist", "the name is empty");
+    return zul::processIsExist(std::move(name));
+}
 
 void APPshowImage(cv::Mat img) { imageQueue.push(img); }
 bool APPgetImage(cv::Mat& out) { return imageQueue.takeOldest(out); }
 bool APPgetImageRecent(cv::Mat& out) { return imageQueue.copyNewest(out); }
 
 void APPshowOneImage(cv::Mat& img) { latestImage.store(img); }
+void APPshowOneImage(const cv::Mat& img) { latestImage.store(img); }
 bool APPgetOneImage(cv::Mat& out) { return latestImage.copy(out); }
 
 }  // namespace orx

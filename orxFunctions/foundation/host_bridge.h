@@ -50,9 +50,13 @@ ORX_API std::string extractFilePath(std::string path);
 ORX_API std::string extractFileName(std::string path);
 ORX_API std::string extractFileExt(std::string path);
 ORX_API std::string getCurrentTime(int format);
+// "" for an unknown handle (rcOption).
 ORX_API std::string getDllPath(zul::TModuleHandle module);
 ORX_API std::string getExeFileName();
+// "" for a file without a version (rcNoResult), and one that can't be read (rcFileName, rcFileMissing,
+// rcFileUnreadable).
 ORX_API std::string getFileVersion(std::string file);
+// Also false for "" (rcFileName).
 ORX_API bool processIsExist(std::string name);
 
 // Images from a producer to the host: a first-in first-out queue of deep copies. A seventh image drops the
@@ -68,6 +72,7 @@ ORX_API bool APPgetImageRecent(cv::Mat& out);
 // The latest image: a slot that every store overwrites and no read empties.
 
 ORX_API void APPshowOneImage(cv::Mat& img);
+ORX_API void APPshowOneImage(const cv::Mat& img);
 // False while the slot holds no image (never stored, or an empty one); `out` is then untouched.
 ORX_API bool APPgetOneImage(cv::Mat& out);
 

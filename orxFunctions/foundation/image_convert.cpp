@@ -1,6 +1,7 @@
 #include "orxFunctions/foundation/image_convert.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace orx {
 namespace {
@@ -29,7 +30,9 @@ void ORXImage2Mat(TORXImage* img, cv::Mat& out) {
     }
 }
 
-void Mat2ORXImage(cv::Mat& m, TORXImage* img) {
+void Mat2ORXImage(cv::Mat& m, TORXImage* img) { Mat2ORXImage(std::as_const(m), img); }
+
+void Mat2ORXImage(const cv::Mat& m, TORXImage* img) {
     img->width = m.cols;
     img->height = m.rows;
     img->channels = m.channels();

@@ -16,8 +16,10 @@ namespace orx {
 ORX_API void ORXImage2Mat(TORXImage* img, cv::Mat& out);
 
 // Describes `m` in the record: columns, rows, channels and the pixel buffer, which stays valid only while `m`
-// lives. Meant for continuous 8-bit images; depth and padding are not checked and not recorded. Reentrant.
+// lives. Meant for continuous 8-bit images; depth and padding are not checked and not recorded. Nobody may
+// write through the record of a const image. Reentrant.
 ORX_API void Mat2ORXImage(cv::Mat& m, TORXImage* img);
+ORX_API void Mat2ORXImage(const cv::Mat& m, TORXImage* img);
 
 }  // namespace orx
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
 
 namespace orx {
@@ -26,6 +27,10 @@ template <typename Map>
 typename Map::mapped_type find(const Map& map, const std::string& name) {
     const auto found = map.find(name);
     return found == map.end() ? nullptr : found->second;
+}
+
+bool refuseCall(const std::string& name) {
+    return refuse(rcOption, "callFunc", "no function of this kind is registered as \"%s\"", name.c_str());
 }
 
 }  // namespace
@@ -82,19 +87,25 @@ void TAppSys::RegisterFunc(std::string name, TVoidFunc f) {
 bool TAppSys::callFunc(std::string name, int a, int b, int& result) {
     const zul::LockGuard lock(registryIntFuncsMutex);
     const TIntFunc f = find(intFuncs_, name);
-    if (f == nullptr) return false;
+    if (f == nullptr) return refuseCall(name);
     result = f(a, b);
     return true;
 }
 
 void TAppSys::callFunc(std::string name, std::string arg) {
     const zul::LockGuard lock(registryStringFuncsMutex);
-    if (const TStringFunc f = find(stringFuncs_, name)) f(std::move(arg));
+    if (const TStringFunc f = find(stringFuncs_, name))
+        f(std::move(arg));
+    else
+        refuseCall(name);
 }
 
 void TAppSys::callFunc(std::string name) {
     const zul::LockGuard lock(registryVoidFuncsMutex);
-    if (const TVoidFunc f = find(voidFuncs_, name)) f();
+    if (const TVoidFunc f = find(voidFuncs_, name))
+        f();
+    else
+        refuseCall(name);
 }
 
 }  // namespace orx

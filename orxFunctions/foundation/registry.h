@@ -43,7 +43,7 @@ class ORX_API TAppSys {
     void RegisterFunc(std::string name, TStringFunc f);
     void RegisterFunc(std::string name, TVoidFunc f);
 
-    // Calls f(a, b). False for an unknown name; `result` is then untouched.
+    // Calls f(a, b). False for an unknown name (rcOption, as below); `result` is then untouched.
     bool callFunc(std::string name, int a, int b, int& result);
     // Unknown names do nothing.
     void callFunc(std::string name, std::string arg);
