@@ -9,6 +9,7 @@
 #include "orxFunctions/display/frame_pacing_internal.h"
 #include "orxFunctions/display/picture_view_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 using namespace orx::display;
 
@@ -25,13 +26,15 @@ bool isWindowSize(int w, int h) {
 
 bool isFinite(const cv::Rect2d& r) { return std::isfinite(r.x + r.y + r.width + r.height); }
 
-void select(ViewState& state, const cv::Rect2d& rect) {
+void select(ViewState& state, const cv::Rect2d& rect, const char* function) {
+    if (!isFinite(rect)) orx::refuse(orx::rcNotFinite, function, "a side of the rectangle is not finite");
     const zul::LockGuard lock(state.sizeLock);
     state.rect = RectSelection();
     if (isFinite(rect) && rect.width > 0.0 && rect.height > 0.0) state.rect.rect = rect;
 }
 
-void select(ViewState& state, cv::Point centre, double radius) {
+void select(ViewState& state, cv::Point centre, double radius, const char* function) {
+    if (!std::isfinite(radius)) orx::refuse(orx::rcNotFinite, function, "the radius is %g", radius);
     const zul::LockGuard lock(state.sizeLock);
     state.circle = CircleSelection();
     if (std::isfinite(radius) && radius > 0.0) state.circle = {centre, radius};
@@ -86,6 +89,8 @@ void TPictureBox::setHandle(void* hwnd) {
     // number.
     const bool isNew = hwnd != host.exchange(hwnd);
     if (isNew || (hwnd != nullptr && !view_->isPlaced())) view_->moveInto(hwnd);
+    if (hwnd != nullptr && !view_->isPlaced())
+        orx::refuse(orx::rcNoDisplay, "setHandle", "there is no display, or no such window on it");
 }
 
 void TPictureBox::setHandle(void* hwnd, int w, int h) {
@@ -96,7 +101,11 @@ void TPictureBox::setHandle(void* hwnd, int w, int h) {
 void* TPictureBox::getParentHand() { return host; }
 
 void TPictureBox::setWindowSize(int w, int h) {
-    if (!isWindowSize(w, h)) return;
+    if (!isWindowSize(w, h)) {
+        orx::refuse(orx::rcOption, "setWindowSize",
+                    "%d x %d; sides of 5 to 32767 and up to 2^27 pixels are taken", w, h);
+        return;
+    }
     const zul::LockGuard lock(view_->state.sizeLock);
     try {
         const cv::Size size(w, h);
@@ -105,6 +114,7 @@ void TPictureBox::setWindowSize(int w, int h) {
         else if (canvas.size() != size)
             cv::resize(canvas, canvas, size, 0, 0, cv::INTER_LINEAR);
     } catch (const std::exception& error) {
+        orx::refuse(orx::rcMemory, "setWindowSize", "no memory for %d x %d pixels", w, h);
         orx::outPutDebugString("setWindowSize", error.what());
         return;
     }
@@ -116,10 +126,15 @@ void TPictureBox::setWindowSize(int w, int h) {
     view_->showSoon();  // a still picture, too, is fitted anew
 }
 
-void TPictureBox::setImage(cv::Mat& img, bool noRedraw) { view_->takePicture(img, noRedraw, nullptr); }
+void TPictureBox::setImage(cv::Mat& img, bool noRedraw) { setImage(std::as_const(img), noRedraw); }
+
+void TPictureBox::setImage(const cv::Mat& img, bool noRedraw) {
+    view_->takePicture(img, noRedraw, nullptr, "setImage");
+}
 
 bool TPictureBox::setPicture(const cv::Mat& image, TOverlay overlay) {
-    return view_->takePicture(image, false, std::make_shared<const TOverlay>(std::move(overlay)));
+    return view_->takePicture(image, false, std::make_shared<const TOverlay>(std::move(overlay)),
+                              "setPicture");
 }
 
 void TPictureBox::setOverlay(TOverlay overlay) {
@@ -145,9 +160,9 @@ int TPictureBox::getShowFrame() { return measuredFps; }
 
 void TPictureBox::calShowFrame() { orx::display::keepPace(*this, targetFps); }
 
-void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage); }
+void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage, "showImage"); }
 
-void TPictureBox::showImageLast() { view_->show(View::Occasion::kPlain); }
+void TPictureBox::showImageLast() { view_->show(View::Occasion::kPlain, "showImageLast"); }
 
 cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) { return view_->toWindow(p); }
 
@@ -169,7 +184,9 @@ void TPictureBox::setDrawCircle(TDrawCircle circle) {
     circles.push_back(circle);
 }
 
-void TPictureBox::setDrawText(TDrawTexts& lines) {
+void TPictureBox::setDrawText(TDrawTexts& lines) { setDrawText(std::as_const(lines)); }
+
+void TPictureBox::setDrawText(const TDrawTexts& lines) {
     const zul::LockGuard lock(view_->overlayLock);
     texts = lines;
 }
@@ -207,7 +224,7 @@ void TPictureBox::onClick(std::function<void(const TPictureClick&)> callback) {
 
 std::string TPictureBox::getCvWinName() { return winName; }
 
-void TPictureBox::setSelectionRect(const cv::Rect2d& rect) { select(viewState, rect); }
+void TPictureBox::setSelectionRect(const cv::Rect2d& rect) { select(viewState, rect, "setSelectionRect"); }
 
 bool TPictureBox::getSelectionRect(cv::Rect2d& rect) {
     const zul::LockGuard lock(viewState.sizeLock);
@@ -216,7 +233,9 @@ bool TPictureBox::getSelectionRect(cv::Rect2d& rect) {
     return true;
 }
 
-void TPictureBox::setSelectionCircle(cv::Point center, double radius) { select(viewState, center, radius); }
+void TPictureBox::setSelectionCircle(cv::Point center, double radius) {
+    select(viewState, center, radius, "setSelectionCircle");
+}
 
 bool TPictureBox::getSelectionCircle(cv::Point& center, double& radius) {
     const zul::LockGuard lock(viewState.sizeLock);
@@ -229,14 +248,14 @@ bool TPictureBox::getSelectionCircle(cv::Point& center, double& radius) {
 bool TPictureBox::getLastShownImage(cv::Mat& picture) { return copyLastShown(viewState, picture); }
 
 void TPictureBox::setSelectedRect(const cv::Rect2d& rect) {
-    select(view_->state, rect);
+    select(view_->state, rect, "setSelectedRect");
     view_->showSoon();
 }
 
 bool TPictureBox::getSelectedRect(cv::Rect2d& rect) const { return view_->selectedRect(rect); }
 
 void TPictureBox::setSelectedCircle(cv::Point center, double radius) {
-    select(view_->state, center, radius);
+    select(view_->state, center, radius, "setSelectedCircle");
     view_->showSoon();
 }
 

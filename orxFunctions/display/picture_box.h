@@ -42,6 +42,12 @@ enum class TPictureOf { kProcess, kBox };
 // drawing and the pacing work on, the reason is traced once, and setHandle with a living window brings the
 // picture back.
 //
+// What refuses keeps the reason for lastRefusal(): rcEmptyImage, rcImageDimensions and rcMemory of an image
+// that is not taken; rcOption and rcMemory of a size of the window; rcNotFinite of a selection, which is then
+// none; rcNoDisplay of a handle in whose window nothing can be shown; of showImage and showImageLast
+// rcNotReady without an image, rcImageType for one that can't be shown, rcFailed for what OpenCV reports.
+// What fails on the display thread is traced alone.
+//
 // The public data may be read at any time where it is atomic. The rest (rects, circles, texts, canvas,
 // display, winName) is written by the operations below and safe to read where no other thread calls them.
 class ORX_API TPictureBox {
@@ -79,6 +85,7 @@ class ORX_API TPictureBox {
     // can't be taken (more than two dimensions, say) keeps the former one, with the message "设置图片失败!"
     // in colour 1.
     void setImage(cv::Mat& img, bool noRedraw);
+    void setImage(const cv::Mat& img, bool noRedraw);
 
     // Hands in an image together with what is drawn over it: no picture is ever shown with another one's
     // shapes. The image is as for setImage, and shown at the display thread's next turn; one that is empty or
@@ -127,6 +134,7 @@ class ORX_API TPictureBox {
     // a window that is too small for them they are written smaller, with place and distances in the same
     // ratio, down to a quarter. OpenCV's fonts have ASCII characters only.
     void setDrawText(TDrawTexts& lines);
+    void setDrawText(const TDrawTexts& lines);
     // Removes the rectangles, the circles and the lines of text.
     void clearDraw();
 

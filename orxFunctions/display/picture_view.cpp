@@ -4,13 +4,13 @@
 #include <exception>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "orxFunctions/display/overlay_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/message_colours_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/rounding_internal.h"
 #include "orxFunctions/platform/fine_pauses_internal.h"
 
@@ -28,6 +28,12 @@ void traceRect(const char* prefix, const cv::Rect2d& rect) {
     orx::outPutDebugString(start + "y:", rect.y, kDecimals);
     orx::outPutDebugString(start + "w:", rect.width, kDecimals);
     orx::outPutDebugString(start + "h:", rect.height, kDecimals);
+}
+
+void tellNotTaken() {
+    const std::string text = zul::toAnsi("设置图片失败!");
+    orx::APPshowMessage(text, orx::kErrorColor);
+    orx::outPutDebugString(text);
 }
 
 }  // namespace
@@ -72,7 +78,7 @@ void TPictureBox::View::run() {
         const bool hasChanged = hasChanged_.exchange(false);
         if (!box_.redraw.exchange(false) && !hasChanged) continue;
         try {
-            show(Occasion::kNewImage);
+            show(Occasion::kNewImage, "showImage");
             box_.calShowFrame();
         } catch (
             const std::exception&) {  // no memory, not even to trace it: as show does with what it can trace
@@ -99,38 +105,40 @@ void TPictureBox::View::takeHandles() {
     box_.cvFrame = window_->frame();
 }
 
-void TPictureBox::View::show(Occasion occasion) {
+void TPictureBox::View::show(Occasion occasion, const char* function) {
     const zul::LockGuard lock(state.imageLock);
-    if (!mayShow(occasion)) return;
+    if (!mayShow(occasion, function)) return;
     try {
         const bool isPlain = occasion == Occasion::kPlain;
         // Asked once: what is handed in meanwhile must not be drawn on the host's pixels.
         const bool isDrawnOn = !isPlain && hasDrawings();
         makeDisplay(isPlain, isDrawnOn);
         if (isDrawnOn) draw(occasion);
-        sendToWindow();
+        sendToWindow(function);
         if (occasion == Occasion::kNewImage) box_.redraw = false;
     } catch (const std::exception& error) {  // OpenCV's for pixels that it can't convert, or no memory
+        orx::refuse(orx::rcFailed, function, "%s", error.what());
         orx::outPutDebugString(zul::toAnsi("显示图像失败:"), error.what());
     }
 }
 
 bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,
-                                    std::shared_ptr<const TOverlay> overlay) {
+                                    std::shared_ptr<const TOverlay> overlay, const char* function) {
     const zul::LockGuard lock(state.imageLock);
-    if (picture.empty()) return false;
+    if (!orx::takesImage(picture, function)) {
+        if (!picture.empty()) tellNotTaken();
+        return false;
+    }
     try {
         cv::Mat image = picture;
-        if (image.dims != 2) throw std::invalid_argument("more than two dimensions");
         if (image.type() == CV_8UC4) cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);
         state.image = image;
         box_.origWidth = image.cols;
         box_.origHeight = image.rows;
     } catch (const std::exception&) {
-        const std::string text = zul::toAnsi("设置图片失败!");
-        orx::APPshowMessage(text, orx::kErrorColor);
-        orx::outPutDebugString(text);
-        return false;
+        tellNotTaken();
+        return orx::refuse(orx::rcMemory, function, "no memory for %d x %d pixels of three channels",
+                           picture.cols, picture.rows);
     }
     if (overlay != nullptr) {
         const zul::LockGuard overlaysLock(overlayLock);
@@ -175,8 +183,9 @@ void TPictureBox::View::showSoon() {
     box_.redraw = true;
 }
 
-bool TPictureBox::View::mayShow(Occasion occasion) {
+bool TPictureBox::View::mayShow(Occasion occasion, const char* function) {
     if (state.image.empty()) {
+        orx::refuse(orx::rcNotReady, function, "no image was handed in");
         orx::outPutDebugString(zul::toAnsi("显示图像为空"));
         return false;
     }
@@ -305,8 +314,10 @@ void TPictureBox::View::drawSelectedCircle() {
                   cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
 }
 
-void TPictureBox::View::sendToWindow() {
+void TPictureBox::View::sendToWindow(const char* function) {
     if (!isShowable(box_.display)) {
+        orx::refuse(orx::rcImageType, function, "the image has %d channels; 1, 3 or 4 are shown",
+                    box_.display.channels());
         orx::outPutDebugString(zul::toAnsi("图像类型无法显示"));
         return;
     }

@@ -102,7 +102,7 @@ void TPictureBox::View::onMouse(const MouseEvent& event) {
         const bool hasChanged = handleMouse(event);
         const bool isDragging = interaction_.dragging();
         if (isDragging != wasDragging) state.refreshAllowed = !isDragging;
-        if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage);
+        if (hasChanged) show(isDragging ? Occasion::kDrag : Occasion::kNewImage, "mouseEvent");
         // Images that came during the drag were not shown.
         if (wasDragging && !isDragging) showSoon();
 
