@@ -266,6 +266,13 @@ Ratios errorRatios(int scenes) {
 }
 
 // The larger disk's radius over many pictures, where both disks were found.
+void keepHeights(const cv::Mat& heights, const std::string& file) {
+    if (orx::image2StreamFile(heights, heights.size(), file, "heights in mm")) return;
+    const orx::TRefusal refusal = orx::lastRefusal();
+    if (refusal.code == orx::rcFileUnwritable) std::printf("give another name, or make room\n");
+    std::printf("%s\n", refusal.text.c_str());
+}
+
 void reportAmongOthers(int scenes) {
     int both = 0;
     double sum = 0;
@@ -360,6 +367,7 @@ int main(int argc, char** argv) {
     reportDistance(robust, nominal);
     std::printf("Two points: ");
     report(orx::fitCircleGeometric(std::vector<cv::Point2f>{{1, 1}, {2, 2}}));
+    keepHeights(cv::Mat::ones(2, 2, CV_64F), "missing/heights");
 
     const cv::Mat tilted = tiltedDisk();
     const orx::TMeasuredEllipse ellipse = measureEllipse(longestOf(findEdges(tilted)));
