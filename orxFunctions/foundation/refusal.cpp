@@ -129,9 +129,10 @@ bool takesPicture(const cv::Mat& img, const char* function) noexcept {
     if (!takesImage(img, function)) return false;
     const bool knownDepth = img.depth() == CV_8U || img.depth() == CV_16U;
     if (knownDepth && img.channels() <= 4) return true;
-    return refuse(rcImageType, function,
-                  "the image has %d channels of OpenCV's depth %d; 1 to 4 of 8 or 16 bits without sign are taken",
-                  img.channels(), img.depth());
+    return refuse(
+        rcImageType, function,
+        "the image has %d channels of OpenCV's depth %d; 1 to 4 of 8 or 16 bits without sign are taken",
+        img.channels(), img.depth());
 }
 
 }  // namespace orx

@@ -64,15 +64,16 @@ TEST(Refusal, TellsWhatIsWrongWithAnImage) {
     cv::Mat lines;
     EXPECT_TRUE(refusedWith(orx::rcEmptyImage, "thinning", [&] { orx::thinning({}, lines); }));
     EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "thinning", [&] { orx::thinning(cube, lines); }));
-    EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "calcTenengrad", [&] { AutoFocus::calcTenengrad(cube); }));
+    EXPECT_TRUE(
+        refusedWith(orx::rcImageDimensions, "calcTenengrad", [&] { AutoFocus::calcTenengrad(cube); }));
     for (const int type : {CV_8UC2, CV_8SC1, CV_16UC1, CV_32FC1}) {
         const cv::Mat other = cv::Mat::zeros(2, 2, type);
         EXPECT_TRUE(refusedWith(orx::rcImageType, "thinning", [&] { orx::thinning(other, lines); }));
     }
     for (const int type : {CV_8UC(5), CV_8SC1, CV_16SC1, CV_32FC1, CV_64FC3}) {
         const cv::Mat other = cv::Mat::zeros(2, 2, type);
-        EXPECT_TRUE(
-            refusedWith(orx::rcImageType, "calcLaplacianVariance", [&] { AutoFocus::calcLaplacianVariance(other); }));
+        EXPECT_TRUE(refusedWith(orx::rcImageType, "calcLaplacianVariance",
+                                [&] { AutoFocus::calcLaplacianVariance(other); }));
     }
     EXPECT_TRUE(notRefused([&] {
         EXPECT_TRUE(orx::thinning(cv::Mat::zeros(2, 2, CV_8UC1), lines));
