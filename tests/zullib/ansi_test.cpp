@@ -50,6 +50,21 @@ TEST(TextConversion, EachCharacterWithoutCounterpartIsOneQuestionMark) {
     EXPECT_THAT(zul::toUtf8("\xFE\x50\xD6\xD0"), testing::AnyOf("?中", "\uE815中"));
 }
 
+// Beside each character the nearest bytes that are none.
+TEST(TextConversion, EachLengthOfCharactersBeginsAndEndsWhereUnicodeSays) {
+    const std::vector<Pair> pairs = {
+        {"\xC1\xBF", "??"},            // U+007F takes one byte
+        {"\xE0\xA0\x80", "?"},         // U+0800
+        {"\xE0\x9F\xBF", "???"},       // U+07FF takes two
+        {"\xED\x9F\xBF", "?"},         // U+D7FF, the last before the surrogates
+        {"\xF0\x90\x80\x80", "?"},     // U+10000
+        {"\xF0\x8F\xBF\xBF", "????"},  // U+FFFF takes three
+        {"\xF4\x8F\xBF\xBF", "?"},     // U+10FFFF, the last of all
+        {"\xF5\x80\x80\x80", "????"},
+    };
+    for (const Pair& pair : pairs) EXPECT_EQ(zul::toAnsi(pair.utf8), pair.ansi) << pair.utf8;
+}
+
 TEST(TextConversion, EachStrayByteIsOneQuestionMark) {
     const std::vector<Pair> badUtf8 = {
         {"a\x80z", "a?z"},

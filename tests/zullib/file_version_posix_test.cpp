@@ -201,6 +201,17 @@ TEST_F(FileVersion, OffsetsAndCountsOutOfRangeAreRefused) {
     EXPECT_EQ(zul::getFileVersion(write("f", open.bytes())), "");
 }
 
+TEST_F(FileVersion, ANameHas255BytesAtMostAndIsOnlyThereWhereARecordSaysSo) {
+    ElfImage longest;
+    longest.soname = "libx.so." + std::string(247, '4');
+    EXPECT_EQ(zul::getFileVersion(write("f", longest.bytes())), std::string(247, '4'));
+    longest.soname += "4";
+    EXPECT_EQ(zul::getFileVersion(write("f", longest.bytes())), "");
+    ElfImage nameless;
+    nameless.dynamicSize = 2 * 16;  // a string table, but no record that says which of them the name is
+    EXPECT_EQ(zul::getFileVersion(write("f", nameless.bytes())), "");
+}
+
 TEST_F(FileVersion, RandomDamageNeverYieldsMoreThanDigits) {
     std::mt19937 random(20260101);
     const std::string whole = ElfImage().bytes();
