@@ -45,6 +45,28 @@ void checkClassic(fuzz::Input& input) {
     for (std::size_t i = 0; i < all.size(); ++i) require(points[i] == all[i].points, "the same chains");
 }
 
+// Whatever comes: an answer, a refusal that leaves everything, or OpenCV's exception.
+void checkClassicAnything(fuzz::Input& input) {
+    const int low = input.integer();
+    const int high = input.integer();
+    const double alpha = input.number();
+    const int mode = input.between(-1, 5);
+    const cv::Mat image = input.matrix();
+    const cv::Mat before = image.clone();
+    std::vector<ORXEdge::TContour> found(1);
+    try {
+        const bool taken = ORXEdge::EdgesSubPix(image, found, cv::noArray(), mode, low, high, alpha);
+        require(taken || (found.size() == 1 && found[0].points.empty()), "a refusal leaves the contours");
+        require(!taken || (image.dims <= 2 && image.type() == CV_8UC1), "grey pictures alone are taken");
+    } catch (const cv::Exception&) {
+        require(image.empty() || !(alpha > 0) || mode < 0 || mode > 3,
+                "exceptions for what the header names");
+    }
+    require(fuzz::same(image, before), "the picture stays");
+    if (image.dims <= 2) return;
+    require(ORXEdge::calcEdgeThresVal(image, image) == -1, "no threshold of more than two dimensions");
+}
+
 ORXEdge::TMetricOptions metricOptions(fuzz::Input& input) {
     ORXEdge::TMetricOptions options;
     options.sigma = input.option(0.5, 6);
@@ -221,7 +243,7 @@ void checkProbes(fuzz::Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     cv::setNumThreads(1);
     fuzz::Input input(bytes, size);
-    switch (input.between(0, 5)) {
+    switch (input.between(0, 6)) {
         case 0:
             checkClassic(input);
             break;
@@ -236,6 +258,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             break;
         case 4:
             checkMirrored(input);
+            break;
+        case 5:
+            checkClassicAnything(input);
             break;
         default:
             checkProbes(input);
