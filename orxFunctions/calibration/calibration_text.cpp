@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -24,6 +25,7 @@ std::string compressed(const std::string& text) {
                      Z_DEFAULT_STRATEGY) != Z_OK) {
         throw std::bad_alloc();
     }
+    const std::unique_ptr<z_stream, int (*)(z_stream*)> open(&stream, deflateEnd);
     std::string bytes(deflateBound(&stream, static_cast<uLong>(text.size())), '\0');
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));  // zlib reads it only
     stream.avail_in = static_cast<uInt>(text.size());
@@ -31,7 +33,6 @@ std::string compressed(const std::string& text) {
     stream.avail_out = static_cast<uInt>(bytes.size());
     deflate(&stream, Z_FINISH);
     bytes.resize(bytes.size() - stream.avail_out);
-    deflateEnd(&stream);
     return bytes;
 }
 

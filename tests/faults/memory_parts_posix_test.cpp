@@ -123,6 +123,37 @@ TEST_F(MemoryFaultsOfParts, RecipesAreReadMeasuredAndToldWholeOrNot) {
     });
 }
 
+TEST_F(MemoryFaultsOfParts, CalibrationsAreWrittenAndReadWholeOrNot) {
+    const cv::Mat camera = cv::Mat::eye(3, 3, CV_64F) * 1.5;
+    const std::string file = folder_ / "camera.json.gz";
+    sweepMemory([&](const auto& arm) -> Given {
+        std::string name = file;
+        try {
+            const auto armed = arm();
+            orx::calibrateData2File(camera, camera.row(0), {640, 480}, "of a line", std::move(name));
+        } catch (const cv::Exception&) {  // of whatever code, as its header says
+            return std::nullopt;
+        }
+        return test::bytesOf(file);
+    });
+    sweepMemory(
+        [&](const auto& arm) -> Given {
+            std::string name = file;
+            cv::Mat read;
+            cv::Mat distortion;
+            cv::Size size;
+            std::string description;
+            bool isRead = false;
+            {
+                const auto armed = arm();
+                isRead = orx::calibrateDataFromFile(std::move(name), read, distortion, size, description);
+            }
+            if (!isRead) return std::nullopt;
+            return test::bytes(read) + description;
+        },
+        WithoutMemory::kAnswers);
+}
+
 TEST_F(MemoryFaultsOfParts, PlanesAreWholeOrNone) {
     const std::vector<orx::TTargetView> views = [] {
         std::vector<orx::TTargetView> seen(3);
