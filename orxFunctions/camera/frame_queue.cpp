@@ -34,6 +34,7 @@ void FrameQueue::open(const TFrameOptions& options) {
     frames_.clear();
     counts_ = TFrameCounts();
     gap_.begin(FrameNumbers::starts());
+    skipped_ = 0;
     ++opened_;
     isOpen_ = true;
     changed_.notify_all();
@@ -91,9 +92,10 @@ void FrameQueue::append(const TFrame& frame, const FrameOrigin& origin) {
     }
     frames_.push_back(frame);
     TFrame& added = frames_.back();
-    added.lostBefore = gap_.follow(origin);
-    counts_.lost += added.lostBefore;
-    counts_.delivered += added.lostBefore + 1;
+    const std::uint64_t lost = gap_.follow(origin);
+    added.lostBefore = lost + std::exchange(skipped_, 0);
+    counts_.lost += lost;
+    counts_.delivered += lost + 1;
     if (frames_.size() > capacity_) {
         TFrame& next = frames_[1];
         next.lostBefore += frames_.front().lostBefore;
@@ -102,6 +104,15 @@ void FrameQueue::append(const TFrame& frame, const FrameOrigin& origin) {
         frames_.pop_front();
     }
     changed_.notify_one();
+}
+
+void FrameQueue::skip(const FrameOrigin& origin) {
+    const zul::LockGuard lock(mutex_);
+    if (!isOpen_ || !gap_.isNew(origin)) return;
+    const std::uint64_t lost = gap_.follow(origin) + 1;
+    skipped_ += lost;
+    counts_.lost += lost;
+    counts_.delivered += lost;
 }
 
 void FrameQueue::add(int camera, const cv::Mat& image, const FrameOrigin& origin) {

@@ -39,6 +39,7 @@ class FrameQueue {
     void close();
     bool take(TFrame& frame, std::chrono::milliseconds timeout);
     TFrameCounts counts();
+    bool isOpen() const { return isOpen_; }
     void setCallback(TFrameCallback callback, void* user);
 
     // For the grab thread.
@@ -53,6 +54,8 @@ class FrameQueue {
     // Appends a new frame to the queue and hands it to the callback, as far as there is either; counts one
     // that is not new.
     void add(int camera, const cv::Mat& image, const FrameOrigin& origin);
+    // Counts a new frame that is fetched and goes nowhere as lost; the next one in the queue tells it.
+    void skip(const FrameOrigin& origin);
 
   private:
     struct Callback {
@@ -73,7 +76,8 @@ class FrameQueue {
     std::deque<TFrame> frames_ ZUL_GUARDED_BY(mutex_);
     TFrameCounts counts_ ZUL_GUARDED_BY(mutex_);
     FrameGap gap_ ZUL_GUARDED_BY(mutex_);
-    std::uint64_t opened_ ZUL_GUARDED_BY(mutex_) = 0;  // changes with open and close
+    std::uint64_t skipped_ ZUL_GUARDED_BY(mutex_) = 0;  // and what was lost before those, not told yet
+    std::uint64_t opened_ ZUL_GUARDED_BY(mutex_) = 0;   // changes with open and close
     Callback callback_ ZUL_GUARDED_BY(mutex_);
 };
 

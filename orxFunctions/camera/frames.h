@@ -28,8 +28,8 @@ struct TFrame {
     bool isNumbered = false;      // by the driver
     std::int64_t deviceTime = 0;  // nanoseconds by the camera's clock; 0 when it has none
     std::chrono::system_clock::time_point hostTime;  // when it arrived in this computer
-    std::uint64_t lostBefore = 0;     // frames that no grab thread fetched: overwritten in the driver or lost
-                                      // on the way
+    std::uint64_t lostBefore = 0;  // frames that went to nobody: overwritten in the driver, lost on the way,
+                                   // or fetched while the host paused or closed the camera
     std::uint64_t droppedBefore = 0;  // frames that were fetched and pushed out of the full queue
 };
 
@@ -60,7 +60,7 @@ struct TFrameCounts {
     std::uint64_t taken = 0;      // by takeFrame
     std::uint64_t waiting = 0;    // in the queue
     std::uint64_t dropped = 0;    // pushed out of the full queue
-    std::uint64_t lost = 0;       // never fetched: see TFrame::lostBefore
+    std::uint64_t lost = 0;       // gone to nobody: see TFrame::lostBefore
     std::uint64_t repeated = 0;   // fetches that gave the last picture again; they are no frames
 };
 

@@ -257,16 +257,22 @@ void TImageThread::withSlotMutex(const Work& work) {
 // False when the callback failed.
 bool TImageThread::handOver() {
     // Closed or paused meanwhile: the picture would take the place of the status picture.
-    if (!cameras_->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return true;
+    if (!cameras_->haveOpen(cameraIdx) || !threadWork || !camUpdateImg) return dropPicture();
     TPictureBox* const box = pictureBox_;
     if (box != nullptr && box->getParentHand() != nullptr) box->setImage(threadImage_, false);
     // A pause shows its picture after it has set the flag, in the box and as the latest image: whoever comes
     // second puts it there.
     if (!camUpdateImg) showInBox(statusImage(kPaused));
     const zul::LockGuard lock(slotMutex_);
-    if (!threadWork || !camUpdateImg) return true;
+    if (!threadWork || !camUpdateImg) return dropPicture();
     if (!offerFrame() || !callBack()) return false;
     if (threadWork && camUpdateImg) storeLatest();  // the callback may have paused
+    return true;
+}
+
+// It goes nowhere, but it was fetched: it counts.
+bool TImageThread::dropPicture() {
+    frames_.skip(origin_);
     return true;
 }
 

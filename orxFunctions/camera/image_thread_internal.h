@@ -80,6 +80,7 @@ class TImageThread {
     bool fetch();
     void pickBuffer();
     bool handOver();
+    bool dropPicture();
     bool offerFrame() ZUL_REQUIRES(slotMutex_);
     bool callBack() ZUL_REQUIRES(slotMutex_);
     template <typename Call>

@@ -71,6 +71,34 @@ TEST_F(Frames, ComeInOrderEachWithItsNumberAndTimes) {
     EXPECT_GT(frame.start, last.start);
 }
 
+// A pause does not wait for the fetch that is under way, whose picture goes nowhere.
+TEST_F(Frames, WhatAPauseThrowsAwayIsCountedAsLost) {
+    openAndStart(1, {fpEveryOne, 64});
+    TFrame before;
+    ASSERT_TRUE(orx::takeFrame(1, before, kSoon));
+    fakeCamera(1).stalls = true;
+    ASSERT_TRUE(eventually([this] { return fakeCamera(1).isInFetch.load(); }));
+    manager_.setThreadWork(1, false);
+    fakeCamera(1).stalls = false;
+    const auto handed = [this] { return static_cast<std::uint64_t>(fakeCamera(1).frames); };
+    ASSERT_TRUE(eventually([&] { return orx::frameCounts(1).lost == 1; }));
+    EXPECT_EQ(orx::frameCounts(1).delivered, handed());
+    expectSum(orx::frameCounts(1));
+    manager_.setThreadWork(1, true);
+    TFrame frame;
+    ASSERT_TRUE(orx::takeFrame(1, frame, kSoon));
+    while (frame.lostBefore == 0) {
+        EXPECT_EQ(frame.number, before.number + 1);
+        before = frame;
+        ASSERT_TRUE(orx::takeFrame(1, frame, kSoon));
+    }
+    EXPECT_EQ(frame.lostBefore, 1U);
+    EXPECT_EQ(frame.number, before.number + 2);
+    manager_.closeAllThread();
+    EXPECT_EQ(orx::frameCounts(1).delivered, handed());
+    EXPECT_EQ(orx::frameCounts(1).lost, 1U);
+}
+
 TEST_F(Frames, WhatIsMissingIsCountedWhereItIsMissing) {
     orx::TFrameOptions options{fpEveryOne, 4};
     fakeCamera(0).numberOffset = 2;  // the first frame is number 3

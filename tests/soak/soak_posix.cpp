@@ -155,7 +155,7 @@ void print(const char* name, const soak::CameraTally& tally) {
     std::printf("%-7s %7" PRIu64 " %9" PRIu64 " %9" PRIu64 " %9" PRIu64 " = %9" PRIu64 " + %7" PRIu64
                 " + %7" PRIu64 " %9" PRIu64 "\n",
                 name, tally.starts, tally.sent, tally.handed, tally.delivered, tally.taken, tally.dropped,
-                tally.lost, tally.measured);
+                tally.lost + tally.untold, tally.measured);
 }
 
 void printTally(const soak::Tally& tally) {
@@ -167,6 +167,7 @@ void printTally(const soak::Tally& tally) {
         if (tally.cameras[i].taken == 0) complain("a camera gave no frame");
     }
     print("all", sum);
+    std::printf("%" PRIu64 " of these were lost after the last frame of a round\n", sum.untold);
     std::printf("%" PRIu64 " unpluggings, %" PRIu64 " losses and %" PRIu64 " returns told, %" PRIu64
                 " other disturbances\n",
                 tally.unpluggings, tally.losses, tally.returns, tally.changes);

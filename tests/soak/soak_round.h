@@ -39,6 +39,7 @@ struct CameraTally {
     std::uint64_t taken = 0;      // as the worker counted, like the next two
     std::uint64_t dropped = 0;
     std::uint64_t lost = 0;
+    std::uint64_t untold = 0;  // lost after the last frame taken, as frameCounts says
     std::uint64_t measured = 0;
 
     void add(const CameraTally& other) {
@@ -49,6 +50,7 @@ struct CameraTally {
         taken += other.taken;
         dropped += other.dropped;
         lost += other.lost;
+        untold += other.untold;
         measured += other.measured;
     }
 };
