@@ -255,9 +255,8 @@ TEST_F(ImageThread, APauseKeepsItsPictureWhateverIsUnderWay) {
     start(0);
     manager_.setDrawImgCallbackFunc(
         true, [](cv::Mat&, int camera) { orx::imgThreadManager.setCamUpdateImg(camera, false); }, 0);
-    ASSERT_TRUE(waitForFrames(0, 1));
+    ASSERT_TRUE(eventually([] { return orx::cameraStatus(0).state == orx::csPaused; }));
     manager_.setDrawImgCallbackFunc(false, nullptr, 0);  // waits for the callback
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_TRUE(equal(manager_.getThreadImage(0), statusImage("stop update image"))) << "paused by itself";
 
     std::atomic<bool> isOver{false};
