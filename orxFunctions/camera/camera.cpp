@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
 #include <string>
@@ -15,6 +16,7 @@
 #include "orxFunctions/camera/camera_image_internal.h"
 #include "orxFunctions/camera/camera_messages_internal.h"
 #include "orxFunctions/camera/frame_origin_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -26,6 +28,26 @@ constexpr std::chrono::milliseconds kBetweenLooks{2};
 bool askFrameInfo(VDFrameInfo& info, int index) {
     info = {};
     return callDriver(cameraDriver.getFrameInfo, &info, index);
+}
+
+bool refuseClosed(const char* function, int index) {
+    return refuse(rcNotReady, function, "camera %d is not open", index);
+}
+
+// The driver did not do `what`, such as "open".
+template <typename Function>
+bool refuseDriver(const std::atomic<Function*>& procedure, const char* function, const char* what,
+                  int index) {
+    return procedure.load() == nullptr
+               ? refuse(rcDriver, function, "no driver module that can %s camera %d is loaded", what, index)
+               : refuse(rcDriver, function, "the driver did not %s camera %d", what, index);
+}
+
+template <typename Function>
+bool refuseParameter(const std::atomic<Function*>& procedure, const char* function, int id, int index) {
+    return procedure.load() == nullptr
+               ? refuse(rcDriver, function, "no driver module with parameters is loaded")
+               : refuse(rcDriver, function, "the driver refused parameter %d of camera %d", id, index);
 }
 
 }  // namespace
@@ -53,7 +75,11 @@ struct TCamera::Session {
 TCamera::TCamera(int cameraIndex) : index(cameraIndex), session_(std::make_unique<Session>()) {}
 TCamera::~TCamera() = default;
 
-bool TCamera::open(int type, bool checkType) {
+bool TCamera::open(int type, bool checkType) { return openAs("open", type, checkType); }
+
+bool TCamera::connectCamera(int type, bool checkType) { return openAs("connectCamera", type, checkType); }
+
+bool TCamera::openAs(const char* function, int type, bool checkType) {
     const zul::LockGuard lock(cameraCallMutex);
     if (isOpen) return true;
     ++session_->hostChanges;
@@ -62,7 +88,7 @@ bool TCamera::open(int type, bool checkType) {
         session_->type = type;
         session_->settings.clear();
     }
-    if (checkType && !CheckCameraType(type)) {
+    if (checkType && !hasBrand(function, type)) {
         isWorking = false;
         return false;
     }
@@ -70,16 +96,14 @@ bool TCamera::open(int type, bool checkType) {
         reportFailedStart();
         showError(CameraMessage::kCannotConnect, index + 1LL);
         forget();
-        return false;
+        return refuseDriver(cameraDriver.open, function, "open", index);
     }
-    return startAcquisition(true);
+    return startAcquisition(function);
 }
-
-bool TCamera::connectCamera(int type, bool checkType) { return open(type, checkType); }
 
 bool TCamera::start() {
     ++session_->hostChanges;
-    return isOpen && startAcquisition(true);
+    return isOpen ? startAcquisition("start") : refuseClosed("start", index);
 }
 
 // What the grab thread does with a lost camera. Nothing when the host has opened, closed, started or stopped
@@ -101,13 +125,13 @@ bool TCamera::reopen(std::uint64_t hostChangesSeen) {
     }
     if (!callDriver(cameraDriver.open, type, index)) return false;
     for (const auto& [id, value] : settings) callDriver(cameraDriver.setParam, index, id, value);
-    return startAcquisition(false);
+    return startAcquisition(nullptr);
 }
 
 std::uint64_t TCamera::hostChanges() const { return session_->hostChanges; }
 
-// Closes the camera when it does not start.
-bool TCamera::startAcquisition(bool isTold) {
+// Closes the camera when it does not start; told in the name of `function`, where there is one.
+bool TCamera::startAcquisition(const char* function) {
     int columns = width;
     int rows = height;
     int samples = channels;
@@ -120,10 +144,10 @@ bool TCamera::startAcquisition(bool isTold) {
     height = rows;
     channels = samples;
     if (!isStarted) {
-        if (isTold) reportFailedStart();
+        if (function != nullptr) reportFailedStart();
         callDriver(cameraDriver.close, index);
         forget();
-        return false;
+        return function != nullptr && refuseDriver(cameraDriver.start, function, "start", index);
     }
     isOpen = true;
     isWorking = true;
@@ -132,7 +156,8 @@ bool TCamera::startAcquisition(bool isTold) {
 
 bool TCamera::stop() {
     ++session_->hostChanges;
-    if (!isOpen || !callDriver(cameraDriver.stop, index)) return false;
+    if (!isOpen) return refuseClosed("stop", index);
+    if (!callDriver(cameraDriver.stop, index)) return refuseDriver(cameraDriver.stop, "stop", "stop", index);
     isWorking = false;
     return true;
 }
@@ -157,7 +182,9 @@ cv::Size TCamera::getImgSize() const { return {width, height}; }
 
 bool TCamera::GetImage(cv::Mat& out, int scale) {
     FrameOrigin ignored;
-    return fetch(out, scale, ignored);
+    if (fetch(out, scale, ignored)) return true;
+    return isOpen ? refuseDriver(cameraDriver.getImage, "GetImage", "give a picture of", index)
+                  : refuseClosed("GetImage", index);
 }
 
 bool TCamera::fetch(cv::Mat& out, int scale, FrameOrigin& origin) {
@@ -227,27 +254,39 @@ void TCamera::reverseX(cv::Mat& img) const {
 }
 
 float TCamera::GetParam(int id) {
+    constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
     const zul::LockGuard lock(cameraCallMutex);
+    if (!isOpen) {
+        refuseClosed("GetParam", index);
+        return kNoValue;
+    }
     const auto getParam = cameraDriver.getParam.load();
-    return isOpen && getParam != nullptr ? getParam(index, id) : std::numeric_limits<float>::quiet_NaN();
+    const float value = getParam != nullptr ? getParam(index, id) : kNoValue;
+    if (std::isnan(value)) refuseParameter(cameraDriver.getParam, "GetParam", id, index);
+    return value;
 }
 
 bool TCamera::SetParam(long value, int id) {
     const zul::LockGuard lock(cameraCallMutex);
-    if (!isOpen || !callDriver(cameraDriver.setParam, index, id, value)) return false;
+    if (!isOpen) return refuseClosed("SetParam", index);
+    if (!callDriver(cameraDriver.setParam, index, id, value))
+        return refuseParameter(cameraDriver.setParam, "SetParam", id, index);
     session_->keepSetting(id, value);
     return true;
 }
 
 int TCamera::getCameraType() { return detectCameraType(); }
 
-bool TCamera::CheckCameraType(int type) {
+bool TCamera::CheckCameraType(int type) { return hasBrand("CheckCameraType", type); }
+
+bool TCamera::hasBrand(const char* function, int type) {
     if (type == VD_TYPE_ANY) return true;
     const int connected = getCameraType();
     showPlain("CurrrentCameraType:" + std::to_string(connected));  // spelled so
     if (connected == type) return true;
     showError(connected == VD_TYPE_MIXED ? CameraMessage::kMixedBrands : CameraMessage::kWrongBrand);
-    return false;
+    return refuse(rcNoCamera, function, "type %d was asked for; the probe module says %d (%s)", type,
+                  connected, cameraTypeText(connected));
 }
 
 void TCamera::reportFailedStart() const {

@@ -22,6 +22,9 @@ enum class NewerPicture;
 // makes sure that a fetch has ended, by ending the grab thread. When close returns, every fetch that was
 // under way has ended. Fields may be read and set at any time.
 //
+// What is refused says why: rcNotReady where the camera is not open, rcDriver where no module is loaded or
+// the driver refused, rcNoCamera where the connected brand is another one.
+//
 // A camera that was lost is connected again by close and open, in this order: open alone finds it open still
 // and does nothing. (lpReconnect in camera/camera_state.h lets its grab thread do that.)
 class ORX_API TCamera {
@@ -70,12 +73,13 @@ class ORX_API TCamera {
     bool SetParam(long value, int id);
 
     // Finds out which brand is connected, by the probe module LumoCfg: a camera type, -1 for none, -2 for
-    // cameras of different brands, -3 when there is no probe module that can answer. It is looked for in the
-    // folder of the program, or in Win32 in it unless the Hikvision runtime is installed, and then by the
-    // standard search; that folder stays the process's extra search folder for modules. On Linux that runtime
-    // is /opt/MVS/lib/64/libMvCameraControl.so, and the module libLumoCfg.so.
+    // cameras of different brands, -3 when there is no probe module that can answer (rcDriver). It is looked
+    // for in the folder of the program, or in Win32 in it unless the Hikvision runtime is installed, and then
+    // by the standard search; that folder stays the process's extra search folder for modules. On Linux that
+    // runtime is /opt/MVS/lib/64/libMvCameraControl.so, and the module libLumoCfg.so.
     int getCameraType();
-    // Whether the connected brand is `type`, which the user is told if it is not. Type 12 is always right.
+    // Whether the connected brand is `type`, which the user is told if it is not (rcNoCamera). Type 12 is
+    // always right.
     bool CheckCameraType(int type);
 
     TPolled<bool> isOpen = false;
@@ -92,7 +96,9 @@ class ORX_API TCamera {
     friend class TMultiCamera;
     struct Session;
 
-    bool startAcquisition(bool isTold);
+    bool openAs(const char* function, int type, bool checkType);
+    bool startAcquisition(const char* function);
+    bool hasBrand(const char* function, int type);
     bool reopen(std::uint64_t hostChanges);
     std::uint64_t hostChanges() const;
     bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin);

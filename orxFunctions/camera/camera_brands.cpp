@@ -8,6 +8,7 @@
 
 #include "drivers/vision_driver.h"
 #include "orxFunctions/foundation/host_bridge.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/module_internal.h"
 
 namespace orx {
@@ -77,23 +78,44 @@ std::filesystem::path probeFolder() {
     return folder;
 }
 
+int withoutProbe() {
+    refuse(rcDriver, "getCameraType", "there is no module LumoCfg that can tell the brand");
+    return kNoProbe;
+}
+
 }  // namespace
+
+const char* cameraTypeText(int type) {
+    switch (type) {
+        case VD_TYPE_NONE:
+            return "no camera is connected";
+        case VD_TYPE_MIXED:
+            return "cameras of different brands";
+        case kNoProbe:
+            return "there is no probe module";
+        default:
+            return "another brand";
+    }
+}
 
 bool checkCameraDriver(int type, std::string* message) {
     if (type == VD_TYPE_ANY) return true;
     const auto brand =
         std::find_if(kBrands.begin(), kBrands.end(), [type](const Brand& b) { return b.type == type; });
-    if (brand == kBrands.end()) return false;
+    if (brand == kBrands.end())
+        return refuse(rcOption, "CheckCameraDriverValid", "there is no camera type %d", type);
     const auto explain = [message](const char* text) {
         if (message != nullptr) *message = zul::toAnsi(text);
     };
     explain(brand->missing);
     // Kept loaded: the driver module will need it.
     const platform::ModuleHandle runtime = platform::loadModule(brand->runtime);
-    if (runtime == nullptr) return false;
+    if (runtime == nullptr)
+        return refuse(rcDriver, "CheckCameraDriverValid", "the vendor's runtime of type %d is not installed",
+                      type);
     if (type != VD_TYPE_DAHENG || isRecentDaheng(runtime)) return true;
     explain(kDahengTooOld);
-    return false;
+    return refuse(rcDriver, "CheckCameraDriverValid", "the vendor's runtime of type %d is too old", type);
 }
 
 int detectCameraType() {
@@ -101,10 +123,10 @@ int detectCameraType() {
     if (platform::setExtraModuleFolder(folder)) zul::outPutDebugString("SetDllDirectoryA Success");
     const platform::ModuleHandle probe = platform::loadModuleFrom(folder, kProbeName);
     zul::outPutDebugString(traceable(platform::moduleFileIn(folder, kProbeName)));
-    if (probe == nullptr) return kNoProbe;
+    if (probe == nullptr) return withoutProbe();
     const auto getType =
         reinterpret_cast<decltype(VDGetCameraType)*>(platform::findProcedure(probe, "VDGetCameraType"));
-    const int type = getType == nullptr ? kNoProbe : getType();
+    const int type = getType == nullptr ? withoutProbe() : getType();
     platform::freeModule(probe);
     return type;
 }

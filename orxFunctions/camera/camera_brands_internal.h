@@ -12,6 +12,9 @@ bool checkCameraDriver(int type, std::string* message);
 // As TCamera::getCameraType.
 int detectCameraType();
 
+// What the answer of detectCameraType means where it is not the type that was asked for.
+const char* cameraTypeText(int type);
+
 }  // namespace orx
 
 #endif

@@ -51,7 +51,7 @@ ORX_API const char* cameraReasonText(TCameraReason reason);
 // its operations at once, and everything else (operations of a TCamera of its own, kCameraReady, a loss) with
 // the next turn of the grab thread, whose pause is at most a second.
 
-// The state as it is now; closed for a camera that there can't be.
+// The state as it is now; closed for a camera that there can't be (rcNoCamera).
 ORX_API TCameraStatus cameraStatus(int camera);
 
 // Called with each change of state or reason of any camera, in order and one after another, on the thread
@@ -90,7 +90,7 @@ struct TReconnect {
     std::int32_t longestWaitMs = 5000;
 };
 
-// Settles it for a camera, also while its thread runs. False for a camera that there can't be.
+// Settles it for a camera, also while its thread runs. False for a camera that there can't be (rcNoCamera).
 ORX_API bool setReconnect(int camera, const TReconnect& options);
 
 }  // namespace orx

@@ -157,14 +157,17 @@ const char* cameraReasonText(TCameraReason reason) {
     return "?";
 }
 
-TCameraStatus cameraStatus(int camera) { return cameraStates.status(camera); }
+TCameraStatus cameraStatus(int camera) {
+    takesCameraNumber(camera, "cameraStatus");
+    return cameraStates.status(camera);
+}
 
 void setCameraStateCallback(TCameraStateCallback callback, void* user) {
     cameraStates.setCallback(callback, user);
 }
 
 bool setReconnect(int camera, const TReconnect& options) {
-    if (!isCameraNumber(camera)) return false;
+    if (!takesCameraNumber(camera, "setReconnect")) return false;
     cameraStates.setReconnect(camera, options);
     return true;
 }

@@ -65,23 +65,24 @@ struct TFrameCounts {
 };
 
 // The functions below are thread-safe and take a camera's logical number, which is also its slot in
-// imgThreadManager (image_thread_manager.h); for another number they answer false or nothing. They may be
-// called before the camera is opened and before its thread is started, and a queue stays while the camera
-// comes and goes.
+// imgThreadManager (image_thread_manager.h); for another number (below 0 or above 8) they answer false or
+// nothing (rcNoCamera). They may be called before the camera is opened and before its thread is started, and
+// a queue stays while the camera comes and goes.
 
 // Begins a queue of frames, empty and with all counts at 0, also where there is one. False for a camera that
-// there can't be (below 0 or above 8).
+// there can't be.
 ORX_API bool openFrames(int camera, const TFrameOptions& options = {});
 // Ends it; whoever waits in takeFrame gets false.
 ORX_API void closeFrames(int camera);
 
 // Takes the oldest frame out of the queue, and waits for one up to `timeoutMs` (0 and below: not at all; on a
-// grab thread, in a callback, never). False, with `frame` untouched, when none came or there is no queue.
+// grab thread, in a callback, never). False, with `frame` untouched, when none came (rcTimeout) or there is
+// no queue (rcNotReady).
 //
 // The image is the caller's alone, unless a frame callback keeps the same frame.
 ORX_API bool takeFrame(int camera, TFrame& frame, int timeoutMs);
 
-// All 0 without a queue.
+// All 0 without a queue (rcNotReady).
 ORX_API TFrameCounts frameCounts(int camera);
 
 // Called on the grab thread with each new frame, before the callback of setDrawImgCallbackFunc, and with

@@ -49,15 +49,14 @@ TImageThread* TImageThreadManager::slotOf(int idx) const {
     return isCameraNumber(idx) ? imageThread_[static_cast<std::size_t>(idx)].load() : nullptr;
 }
 
-bool TImageThreadManager::checkValid(int idx) {
-    if (idx < 0) {
-        showProblem(" TImageThreadManager::checkValid idx < 0");
-    } else if (idx >= MAXCameraNum) {
-        showProblem(" TImageThreadManager::checkValid idx > MAXCameraNum - 1");
-    } else if (slotOf(idx) == nullptr) {
+bool TImageThreadManager::checkValid(int idx, const char* function) {
+    if (slotOf(idx) != nullptr) return true;
+    if (takesCameraNumber(idx, function)) {
+        refuse(rcNotReady, function, "no thread was started in slot %d", idx);
         showProblem(" TImageThreadManager::checkValid imageThread[idx] == NULL");
     } else {
-        return true;
+        showProblem(idx < 0 ? " TImageThreadManager::checkValid idx < 0"
+                            : " TImageThreadManager::checkValid idx > MAXCameraNum - 1");
     }
     return false;
 }
@@ -79,6 +78,7 @@ void TImageThreadManager::startThread(TMultiCamera* cams, TCameraConfig* cfg, TP
     traceText("开启线程取图线程...");
     if (isGrabThread()) {
         showProblem(" TImageThreadManager::startThread in a callback");
+        refuse(rcNotReady, "startThread", "a grab thread, in a callback, can't wait for threads");
         return;
     }
     restart(cams, cfg, box, idx);
@@ -91,7 +91,7 @@ void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictu
         const auto slot = static_cast<std::size_t>(idx);
         imageThread_[slot] = new TImageThread(idx, slotMutexes[slot], frameQueues[slot]);
     }
-    if (!checkValid(idx)) return;
+    if (!checkValid(idx, "startThread")) return;
     TImageThread& thread = *slotOf(idx);
     thread.askToEnd();
     thread.waitForEnd();
@@ -106,7 +106,9 @@ void TImageThreadManager::restart(TMultiCamera* cams, TCameraConfig* cfg, TPictu
     }
     traceText("开始线程...");
     borrowed.keep();
-    if (!thread.start()) showProblem(" TImageThreadManager::startThread no thread");
+    if (thread.start()) return;
+    showProblem(" TImageThreadManager::startThread no thread");
+    refuse(rcFailed, "startThread", "the system has no thread for slot %d", idx);
 }
 
 void TImageThreadManager::closeAllThread() { endFrom(0); }
@@ -139,11 +141,11 @@ void TImageThreadManager::endAtUnload() {
 }
 
 void TImageThreadManager::initView(int idx, int code) {
-    if (checkValid(idx)) slotOf(idx)->showStatus(code);
+    if (checkValid(idx, "initView")) slotOf(idx)->showStatus(code);
 }
 
 void TImageThreadManager::setThreadWork(int idx, bool on) {
-    if (!checkValid(idx)) return;
+    if (!checkValid(idx, "setThreadWork")) return;
     slotOf(idx)->threadWork = on;
     reportPause(*slotOf(idx));
     const CameraMessage message = on ? CameraMessage::kResumed : CameraMessage::kPaused;
@@ -151,31 +153,34 @@ void TImageThreadManager::setThreadWork(int idx, bool on) {
 }
 
 void TImageThreadManager::setCamUpdateImg(int idx, bool on) {
-    if (!checkValid(idx)) return;
+    if (!checkValid(idx, "setCamUpdateImg")) return;
     slotOf(idx)->camUpdateImg = on;
     reportPause(*slotOf(idx));
     if (!on) slotOf(idx)->showStatus(1);
 }
 
 void TImageThreadManager::setDrawImgCallbackFunc(bool enable, void (*f)(cv::Mat&, int), int idx) {
-    if (checkValid(idx)) slotOf(idx)->setCallback(enable, f);
+    if (checkValid(idx, "setDrawImgCallbackFunc")) slotOf(idx)->setCallback(enable, f);
 }
 
 cv::Mat TImageThreadManager::getThreadImage(int idx) {
-    return checkValid(idx) ? slotOf(idx)->copyLatest() : cv::Mat();
+    return checkValid(idx, "getThreadImage") ? slotOf(idx)->copyLatest() : cv::Mat();
 }
 
 int TImageThreadManager::getCurrentFrameRate(int idx) {
-    return checkValid(idx) ? slotOf(idx)->measuredFps() : 0;
+    return checkValid(idx, "getCurrentFrameRate") ? slotOf(idx)->measuredFps() : 0;
 }
 
 int TImageThreadManager::getFailedFetches(int idx) {
-    return checkValid(idx) ? int{slotOf(idx)->failedFetches} : 0;
+    return checkValid(idx, "getFailedFetches") ? int{slotOf(idx)->failedFetches} : 0;
 }
 
 int TImageThreadManager::threadIdx2CameraIdx(int i) {
     const TImageThread* const thread = slotOf(i);
-    return thread == nullptr ? 0 : thread->cameraIdx;
+    if (thread != nullptr) return thread->cameraIdx;
+    if (takesCameraNumber(i, "threadIdx2CameraIdx"))
+        refuse(rcNotReady, "threadIdx2CameraIdx", "no thread was started in slot %d", i);
+    return 0;
 }
 
 }  // namespace orx

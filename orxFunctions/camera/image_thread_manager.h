@@ -52,7 +52,8 @@ class ORX_API TImageThreadManager {
 
     // Starts the thread of slot `idx` (0 to 8), which grabs from the logical camera of that number; one that
     // runs is ended first. The three objects are borrowed while the thread runs; `box` may be null. Refused,
-    // with a message, for other slots and on a grab thread (in a callback).
+    // with a message, for other slots (rcNoCamera), on a grab thread, in a callback (rcNotReady), and where
+    // the system has no thread (rcFailed).
     void startThread(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx);
     void startThread(TMultiCamera* cams, TCameraConfig* cfg, int idx);
 
@@ -63,8 +64,8 @@ class ORX_API TImageThreadManager {
     // Ends the threads of the slots from n on, as closeAllThread does.
     void setCameraCntSame2ThreadCnt(int n);
 
-    // The operations below take a slot. One that is out of range or was never started is told to the user,
-    // and nothing happens.
+    // The operations below take a slot. One that is out of range (rcNoCamera) or was never started
+    // (rcNotReady) is told to the user, and nothing happens.
 
     // Shows a picture of 200 x 200 pixels that says "stop update image" (code 1) or "camera not open" in
     // place of the camera's, in the picture box and through getThreadImage.
@@ -94,7 +95,7 @@ class ORX_API TImageThreadManager {
   private:
     friend struct GrabbingEnd;
 
-    bool checkValid(int idx);
+    bool checkValid(int idx, const char* function);
     TImageThread* slotOf(int idx) const;
     bool isGrabThread() const;
     void restart(TMultiCamera* cams, TCameraConfig* cfg, TPictureBox* box, int idx);

@@ -8,8 +8,16 @@
 #include "orxFunctions/camera/camera_messages_internal.h"
 #include "orxFunctions/camera/camera_states_internal.h"
 #include "orxFunctions/camera/frame_origin_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
+namespace {
+
+bool refuseWithoutModule(const char* function) {
+    return refuse(rcDriver, function, "no driver module is loaded");
+}
+
+}  // namespace
 
 TMultiCamera::TMultiCamera() {
     for (int i = 0; i < MAXCameraNum; ++i) sortedIdx[static_cast<std::size_t>(i)] = i;
@@ -25,7 +33,7 @@ bool TMultiCamera::loadDll() {
     hDriver = loadCameraDriver();
     mustFree_ = hDriver != nullptr;
     dllLoaded = mustFree_ ? 1 : 0;
-    return mustFree_;
+    return mustFree_ || refuse(rcDriver, "TMultiCamera", "the driver module TQVisionDriver can't be loaded");
 }
 
 void TMultiCamera::freeDll() {
@@ -38,18 +46,20 @@ bool TMultiCamera::CheckCameraDriverValid(int type, std::string* msg) { return c
 bool TMultiCamera::InitCamera(int type, long long* handles, bool a, bool checkBrand) {
     zul::outPutDebugString("cameraType:" + std::to_string(type));
     initFlag = checkBrand;
-    if (dllLoaded == 0) return false;
+    if (dllLoaded == 0) return refuseWithoutModule("InitCamera");
     {
         const zul::LockGuard lock(cameraCallMutex);
         inited = callDriver(cameraDriver.initCamera, type, handles, a);
     }
-    if (!inited) showError(CameraMessage::kInitFailed);
-    return inited;
+    if (inited) return true;
+    showError(CameraMessage::kInitFailed);
+    return refuse(rcDriver, "InitCamera", "the driver found no camera of type %d", type);
 }
 
 void TMultiCamera::setCameraNumber(int n) {
     if (n > MAXCameraNum) {
         showError(CameraMessage::kTooManyCameras, MAXCameraNum);
+        refuse(rcTooMany, "setCameraNumber", "%d cameras; %d at the most are taken", n, MAXCameraNum);
         return;
     }
     for (int i = 0; i < n; ++i) {
@@ -64,24 +74,22 @@ bool TMultiCamera::SetSortedCameraIdx(int* idx) {
     return true;
 }
 
-bool TMultiCamera::checkCameraIdx(int i) const {
+bool TMultiCamera::checkCameraIdx(int i, const char* function) const {
+    const int count = std::min<int>(cameraNumber, MAXCameraNum);  // a host may have set any number
+    if (dllLoaded != 0 && i >= 0 && i < count) return true;
     if (dllLoaded == 0) {
         showError(CameraMessage::kNoDriver);
-    } else if (i >= std::min<int>(cameraNumber, MAXCameraNum)) {  // a host may have set any number
-        showError(CameraMessage::kIndexTooLarge);
-    } else if (i < 0) {
-        showError(CameraMessage::kIndexNegative);
-    } else {
-        return true;
+        return refuseWithoutModule(function);
     }
-    return false;
+    showError(i >= count ? CameraMessage::kIndexTooLarge : CameraMessage::kIndexNegative);
+    return refuse(rcNoCamera, function, "there is no camera %d; %d are in use", i, count);
 }
 
 // The camera of a logical number; null, with a message, when there is none.
-TCamera* TMultiCamera::cameraOf(int i) const {
-    if (!checkCameraIdx(i)) return nullptr;
+TCamera* TMultiCamera::cameraOf(int i, const char* function) const {
+    if (!checkCameraIdx(i, function)) return nullptr;
     const int slot = sortedIdx[static_cast<std::size_t>(i)];
-    return checkCameraIdx(slot) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
+    return checkCameraIdx(slot, function) ? cameras[static_cast<std::size_t>(slot)] : nullptr;
 }
 
 // As cameraOf, without the message.
@@ -112,55 +120,59 @@ bool TMultiCamera::reported(int i, bool answer) const {
 }
 
 bool TMultiCamera::open(int i, int type) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "open");
     return camera != nullptr && (camera->isOpen || reported(i, camera->open(type, initFlag)));
 }
 
-bool TMultiCamera::connectCamera(int i, int type) { return open(i, type); }
+bool TMultiCamera::connectCamera(int i, int type) {
+    TCamera* const camera = cameraOf(i, "connectCamera");
+    return camera != nullptr && (camera->isOpen || reported(i, camera->connectCamera(type, initFlag)));
+}
 
 bool TMultiCamera::start(int i) {
-    TCamera* const camera = cameraOf(i);
-    if (camera == nullptr || !camera->isOpen) return false;
+    TCamera* const camera = cameraOf(i, "start");
+    if (camera == nullptr) return false;
+    if (!camera->isOpen) return refuse(rcNotReady, "start", "camera %d is not open", i);
     return reported(i, camera->start());
 }
 
 bool TMultiCamera::stop(int i) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "stop");
     return camera != nullptr && reported(i, camera->stop());
 }
 
 bool TMultiCamera::close(int i) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "close");
     return camera != nullptr && reported(i, camera->close());
 }
 
 bool TMultiCamera::haveOpen(int i) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "haveOpen");
     return camera != nullptr && camera->haveOpen();
 }
 
 cv::Size TMultiCamera::getImgSize(int i) {
-    const TCamera* const camera = cameraOf(i);
+    const TCamera* const camera = cameraOf(i, "getImgSize");
     return camera == nullptr ? cv::Size() : camera->getImgSize();
 }
 
 float TMultiCamera::GetParam(int i, int id) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "GetParam");
     return camera == nullptr ? std::numeric_limits<float>::quiet_NaN() : camera->GetParam(id);
 }
 
 bool TMultiCamera::SetParam(int i, long value, int id) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "SetParam");
     return camera != nullptr && camera->SetParam(value, id);
 }
 
 bool TMultiCamera::GetImage(cv::Mat& out, int i, bool scaled, int scale) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "GetImage");
     return camera != nullptr && camera->GetImage(out, scaled ? scale : 0);
 }
 
 bool TMultiCamera::fetch(cv::Mat& out, int i, int scale, FrameOrigin& origin) {
-    TCamera* const camera = cameraOf(i);
+    TCamera* const camera = cameraOf(i, "GetImage");
     return camera != nullptr && camera->fetch(out, scale, origin);
 }
 
@@ -195,7 +207,8 @@ bool TMultiCamera::DestoryCamera() {
     }
     const zul::LockGuard lock(cameraCallMutex);
     const auto destroy = cameraDriver.destroyCamera.load();
-    if (dllLoaded == 0 || destroy == nullptr) return false;
+    if (dllLoaded == 0) return refuseWithoutModule("DestoryCamera");
+    if (destroy == nullptr) return refuse(rcDriver, "DestoryCamera", "the driver has no VDDestoryCamera");
     destroy();
     inited = false;
     return true;

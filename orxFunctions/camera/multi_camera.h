@@ -28,11 +28,12 @@ constexpr int MAXCameraNum = 9;
 // DestoryCamera, freeDll.
 //
 // Operations on one camera take its logical number `i` and answer false (0 x 0, not-a-number), with a message
-// to the user, when the module is not loaded or there is no such camera. They may be called from any thread,
-// with the exception of start and stop that TCamera names; the other operations one thread at a time.
+// to the user, when the module is not loaded (rcDriver) or there is no such camera (rcNoCamera); else they
+// refuse as TCamera's (rcNotReady, rcDriver, rcNoCamera). They may be called from any thread, with the
+// exception of start and stop that TCamera names; the other operations one thread at a time.
 class ORX_API TMultiCamera {
   public:
-    // Loads the driver module. When that fails the user is told, and every later operation fails.
+    // Loads the driver module. When that fails the user is told, and every later operation fails (rcDriver).
     TMultiCamera();
     // Deletes the TCamera objects. It neither closes cameras nor unloads the module.
     ~TMultiCamera();
@@ -45,14 +46,17 @@ class ORX_API TMultiCamera {
     // for a missing runtime, which is of use when the answer is false. The files looked for by the standard
     // search: MVSDKmd.dll, PylonBase_MD_VC120_v5_0.dll, MvCameraControl.dll, DxImageProc.dll, MultiVDMV.dll
     // and TIS_UDSHL11.dll; on Linux libMVSDK.so, libpylonbase.so, libMvCameraControl.so, libgxiapi.so (whose
-    // date counts), libMultiVDMV.so and libtcam.so.
+    // date counts), libMultiVDMV.so and libtcam.so. False for a runtime that is missing or too old (rcDriver)
+    // and for another type (rcOption).
     bool CheckCameraDriverValid(int type, std::string* msg);
 
     // Finds the cameras of a type. `handles`, up to nine window handles, and `a` are the driver's. With
     // `initFlag` opening a camera also checks that the connected brand is the type that it is opened with.
+    // False where the driver finds none (rcDriver).
     bool InitCamera(int type, long long* handles, bool a, bool initFlag);
 
-    // How many cameras are in use, at most 9; more are refused. Zero and negative counts leave none.
+    // How many cameras are in use, at most 9; more are refused (rcTooMany). Zero and negative counts leave
+    // none.
     void setCameraNumber(int n);
     // `idx` holds nine camera slots, for the logical numbers 0 to 8. They are not checked before they are
     // used. Always true.
@@ -77,7 +81,8 @@ class ORX_API TMultiCamera {
     // 180 or 270.
     bool checkRotation(int angle) const;
 
-    // Closes all cameras and lets the driver release what InitCamera took. False when the driver can't.
+    // Closes all cameras and lets the driver release what InitCamera took. False when the driver can't
+    // (rcDriver).
     bool DestoryCamera();
 
     // Unloads the driver module, once. Other TMultiCamera objects keep theirs.
@@ -102,9 +107,9 @@ class ORX_API TMultiCamera {
     std::uint64_t hostChanges(int i) const;
     void state(int i, bool& isOpen, bool& isWorking) const;
     bool reported(int i, bool answer) const;
-    bool checkCameraIdx(int i) const;
+    bool checkCameraIdx(int i, const char* function) const;
     TCamera* quietCameraOf(int i) const;
-    TCamera* cameraOf(int i) const;
+    TCamera* cameraOf(int i, const char* function) const;
 
     bool mustFree_ = false;
 };
