@@ -89,7 +89,7 @@ TEST_F(FileRefusals, OfImagesToSave) {
     EXPECT_TRUE(refusedWith(orx::rcFileName, "saveImage", [&] { saveImage(image, sub, "a/b"); }));
     EXPECT_TRUE(refusedWith(orx::rcOption, "saveImage", [&] { saveImage(image, sub, "", ".exe"); }));
     // A large picture of noise keeps the thread busy.
-    cv::Mat noise(2000, 2000, CV_8UC3);
+    cv::Mat noise(5000, 5000, CV_8UC3);
     cv::randu(noise, 0, 256);
     ASSERT_TRUE(saveImage(noise, sub));
     EXPECT_TRUE(refusedWith(orx::rcTimeout, "flush", [&] { flush(0); }));
@@ -147,11 +147,12 @@ TEST_F(FileRefusals, OfFoldersToAugment) {
     EXPECT_TRUE(notRefused(augment(sub, folder / "out")));
 }
 
-// Where a name of two to four bytes a character is cut depends on where it starts.
+// Where a name of two to four bytes a character is cut depends on where it starts. The first character says
+// that it is UTF-8.
 TEST_F(FileRefusals, LongNamesAreCutBetweenTheirCharacters) {
     for (const std::string character : {"\xC3\xA4", "\xE9\x9B\xB6", "\xF0\x9F\x94\xA9"}) {
         for (std::size_t offset = 0; offset < 5; ++offset) {
-            std::string name = "/missing/" + std::string(offset, 'x');
+            std::string name = "/missing/\xE9\x9B\xB6" + std::string(offset, 'x');
             while (name.size() < 190) name += character;
             name += "/" + std::string(offset, 'x');
             while (name.size() < 400) name += character;
