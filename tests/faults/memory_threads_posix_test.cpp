@@ -210,6 +210,8 @@ TEST(MemoryFaultsOfFiles, FileOperationsAnswer) {
             WithoutMemory::kAnswers);
     };
     answers([](Names& given) { return FileOperator::fileExists(std::move(given.source)); });
+    answers([](Names& given) { return FileOperator::folderSize(std::move(given.folder)) >= 3; });
+    answers([](Names& given) { return !FileOperator::listFiles(std::move(given.folder)).empty(); });
     answers([](Names& given) {
         return FileOperator::copyFile(std::move(given.source), std::move(given.target), true);
     });

@@ -29,7 +29,8 @@ struct Fault {
     bool lasts = false;  // and all that follow
 };
 
-// Whether this system lets threads be watched like that.
+// Whether this system lets threads be watched like that. Not under ThreadSanitizer, which makes calls of its
+// own.
 bool canFail();
 
 // Runs `work` on a thread of its own whose calls fail.
