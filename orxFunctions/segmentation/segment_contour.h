@@ -34,17 +34,24 @@ struct TSegemetParams {             // the spelling is part of the interface
 // touch them.
 //
 // A contour whose ends touch (at most sqrt(2) apart) is closed. Fewer than two key points, or two of a closed
-// contour, give nothing; neither does an accuracy that is negative, not a number or 1e30 and more. Contours
+// contour, give nothing; neither does an accuracy that is negative, not a number or 1e30 and more: two empty
+// lists are appended (and rcNoResult tells so). Contours
 // must lie within the range that cv::approxPolyDP accepts. One thread at a time; distinct objects are
 // independent.
+//
+// The time grows about as the number of points does, that of a circle as its 1.5th power. Refused are empty
+// contours (rcTooFew), those of more than 10 million points, and such as take more than 2^30 looks at their
+// points, some ten seconds (both rcTooMany): outlines take about 500 for each point, circles of more than
+// 150,000 points and tangles that return to their own points tens of thousands of times take too many.
 class ORX_API TSegmentContour {
   public:
     TSegmentContour() = default;
 
-    // Splits every contour; the results are appended to what getLines and getCircles return.
+    // Splits every contour; the results are appended to what getLines and getCircles return. Refused contours
+    // are left out.
     void segmentContour(std::vector<std::vector<cv::Point>> contours, TSegemetParams params);
     // Splits one contour and returns its lines (those that no arc stands for) and its arcs; both are also
-    // appended to what getLines and getCircles return. An empty contour gives an empty pair and appends
+    // appended to what getLines and getCircles return. A refused contour gives an empty pair and appends
     // nothing.
     std::pair<std::vector<TSegemetLine>, std::vector<TSegemetCircle>> segmentContour(
         std::vector<cv::Point> contour, TSegemetParams params);
@@ -85,8 +92,8 @@ class ORX_API TSegmentContour {
     void disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool, bool, bool);
 
   private:
-    // Splits a contour and appends its pieces; an empty one adds nothing.
-    void addPieces(const std::vector<cv::Point>& contour, const TSegemetParams& params);
+    // Splits a contour and appends its pieces; false, and nothing added, for what is refused.
+    bool addPieces(const std::vector<cv::Point>& contour, const TSegemetParams& params);
 
     std::vector<std::vector<TSegemetLine>> contourLines_;
     std::vector<std::vector<TSegemetCircle>> contourCircles_;

@@ -52,7 +52,8 @@ void TSegemetLine::generateLine(cv::Vec2i p1, cv::Vec2i p2) {
 
 void TSegemetLine::findLinePoints(std::vector<cv::Point>& contour, double tolerance) {
     const splitting::ChordPointFinder finder(contour, {cv::Point(startPoint), cv::Point(endPoint)});
-    finder.collect(*this, tolerance);
+    splitting::Work work;
+    finder.collect(*this, tolerance, work);
 }
 
 void TSegemetLine::fitLineWithContoursWithTurkey() {

@@ -10,6 +10,8 @@
 
 namespace {
 
+orx::splitting::ArcSteps steps;  // which keep what has been absorbed
+
 using namespace segment_shapes;
 using orx::TSegemetCircle;
 using orx::TSegemetLine;
@@ -40,7 +42,7 @@ TSegemetCircle arcOver(cv::Point2d center, double from, double to) {
 TEST(GrowArcs, ThreeChordsGiveAnArcThatGrows) {
     std::vector<TSegemetLine> lines = chords({0, 40, 80, 120});
     std::vector<TSegemetCircle> circles;
-    generateCircles(lines, circles, false, {});
+    generateCircles(lines, circles, false, {}, steps);
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_FALSE(circles[0].isCircle) << "absorbed by the larger one";
     EXPECT_TRUE(circles[1].isCircle);
@@ -52,7 +54,7 @@ TEST(GrowArcs, ACornerGivesNoArc) {
     std::vector<TSegemetLine> lines{chordBetween({100, 100}, {300, 100}),
                                     chordBetween({300, 100}, {300, 300})};
     std::vector<TSegemetCircle> circles;
-    generateCircles(lines, circles, false, {});
+    generateCircles(lines, circles, false, {}, steps);
     EXPECT_TRUE(circles.empty());
     EXPECT_FALSE(lines[0].usedByCircle || lines[1].usedByCircle);
 }
@@ -64,7 +66,7 @@ TEST(GrowArcs, AfterARejectedGrowthAFreshPairStartsAtTheNextChord) {
     lines.push_back(chordBetween(end, {end.x - 20, end.y + 400}));
     for (TSegemetLine& line : chords({100, 140, 180})) lines.push_back(line);
     std::vector<TSegemetCircle> circles;
-    generateCircles(lines, circles, false, {});
+    generateCircles(lines, circles, false, {}, steps);
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_TRUE(circles[0].isCircle && circles[1].isCircle);
     EXPECT_FALSE(lines[2].usedByCircle);
@@ -78,7 +80,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({900, 560}, {900, 100}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        generateCircles(lines, circles, true, {});
+        generateCircles(lines, circles, true, {}, steps);
         ASSERT_EQ(circles.size(), 1U);
         EXPECT_EQ(circles[0].firstPoints, lines.back().points);
         EXPECT_EQ(circles[0].secondPoints, lines.front().points);
@@ -90,7 +92,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({400, 900}, {900, 900}));
         lines.push_back(chords({-40, 0})[0]);
         std::vector<TSegemetCircle> circles;
-        generateCircles(lines, circles, true, {});
+        generateCircles(lines, circles, true, {}, steps);
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_FALSE(circles[0].isCircle);
         EXPECT_TRUE(circles[1].isCircle);
@@ -103,7 +105,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween({577, 564}, {900, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        generateCircles(lines, circles, true, {});
+        generateCircles(lines, circles, true, {}, steps);
         ASSERT_EQ(circles.size(), 2U);
         EXPECT_EQ(circles[1].secondPoints, lines.front().points);
         EXPECT_TRUE(lines.front().usedByCircle);
@@ -114,7 +116,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         lines.push_back(chordBetween(lines.back().points.back(), {400, 900}));
         for (TSegemetLine& line : chords({-80, -40, 0})) lines.push_back(line);
         std::vector<TSegemetCircle> circles;
-        generateCircles(lines, circles, true, {});
+        generateCircles(lines, circles, true, {}, steps);
         ASSERT_EQ(circles.size(), 3U);
         EXPECT_FALSE(circles[0].isCircle || circles[1].isCircle);
         EXPECT_EQ(circles[2].firstPoints, circles[1].points)
@@ -124,7 +126,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
         SCOPED_TRACE("one arc all the way round: nothing is left to join");
         std::vector<TSegemetLine> lines = chords({0, 90, 180, 270, 359});
         std::vector<TSegemetCircle> circles;
-        generateCircles(lines, circles, true, {});
+        generateCircles(lines, circles, true, {}, steps);
         EXPECT_EQ(circles.size(), 3U);
         EXPECT_TRUE(circles.back().isCircle);
     }
@@ -133,7 +135,7 @@ TEST(GrowArcs, TheSeamJoinsTheLastChordToTheFirst) {
 TEST(GrowArcs, NoLinesGiveNothing) {
     std::vector<TSegemetLine> lines;
     std::vector<TSegemetCircle> circles;
-    generateCircles(lines, circles, true, {});
+    generateCircles(lines, circles, true, {}, steps);
     EXPECT_TRUE(circles.empty());
 }
 
@@ -142,7 +144,7 @@ TEST(MergeArcs, NeedTouchingEndsAndNearCentres) {
         std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 90), arcOver(kCenter, 90 + gapAngle, 180)};
         const double gapPixels = cv::norm(circles[0].secondPoints.back() - circles[1].firstPoints.front());
         ASSERT_NEAR(gapPixels, expected ? 7.0 : 9.0, 0.9);
-        mergeCircles2(circles, {});
+        mergeCircles2(circles, {}, steps);
         EXPECT_EQ(circles.size(), expected ? 3U : 2U);
     };
     expectMerged(3.7, true);
@@ -152,7 +154,7 @@ TEST(MergeArcs, NeedTouchingEndsAndNearCentres) {
     TSegemetCircle second = arcOver(kCenter + cv::Point2d(0, 60), 270, 200);
     second.firstPoints.insert(second.firstPoints.begin(), cv::Point(500, 603));
     std::vector<TSegemetCircle> circles{first, second};
-    mergeCircles2(circles, {});
+    mergeCircles2(circles, {}, steps);
     EXPECT_EQ(circles.size(), 2U) << "centres 60 pixels apart";
 }
 
@@ -161,7 +163,7 @@ TEST(MergeArcs, TheMergedPointsRunAlongTheContour) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 91, 180), arcOver(kCenter, 0, 90)};
     const TSegemetCircle later = circles[0];
     const TSegemetCircle earlier = circles[1];
-    mergeCircles2(circles, {});
+    mergeCircles2(circles, {}, steps);
     ASSERT_EQ(circles.size(), 3U);
     EXPECT_EQ(circles[2].firstPoints, earlier.points);
     EXPECT_EQ(circles[2].secondPoints, later.points);
@@ -172,7 +174,7 @@ TEST(MergeArcs, TheMergedPointsRunAlongTheContour) {
 TEST(MergeArcs, AMergedArcMergesOn) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80), arcOver(kCenter, 81, 160),
                                         arcOver(kCenter, 161, 240)};
-    mergeCircles2(circles, {});
+    mergeCircles2(circles, {}, steps);
     const auto live =
         std::count_if(circles.begin(), circles.end(), [](const TSegemetCircle& c) { return c.isCircle; });
     EXPECT_EQ(live, 1);
@@ -183,7 +185,7 @@ TEST(SwallowLines, AnArcSwallowsTheChordsThatTouchItOneByOne) {
     std::vector<TSegemetCircle> circles{arcOver(kCenter, 0, 80)};
     std::vector<TSegemetLine> lines = chords({-30, 0});
     for (TSegemetLine& line : chords({80, 110, 140})) lines.push_back(line);
-    mergeCirclesAndLines(circles, lines, {});
+    mergeCirclesAndLines(circles, lines, {}, steps);
     EXPECT_EQ(circles.size(), 4U);
     EXPECT_TRUE(circles.back().isCircle);
     for (const TSegemetLine& line : lines) EXPECT_TRUE(line.usedByCircle);
@@ -199,7 +201,7 @@ TEST(SwallowLines, AChordTwoPixelsAwayIsNotSwallowed) {
         while (!next.empty() && cv::norm(next.front() - end) < gapPixels) next.erase(next.begin());
         next.front() = end + cv::Point(-gapPixels, 0);
         std::vector<TSegemetLine> lines{chordOf(next)};
-        mergeCirclesAndLines(circles, lines, {});
+        mergeCirclesAndLines(circles, lines, {}, steps);
         EXPECT_EQ(lines[0].usedByCircle, gapPixels == 1);
     }
 }
@@ -209,8 +211,8 @@ TEST(SwallowLines, EndsWithoutPointsTouchNothing) {
     hollow.isCircle = true;
     std::vector<TSegemetCircle> circles{hollow, hollow};
     std::vector<TSegemetLine> lines(2);
-    mergeCirclesAndLines(circles, lines, {});
-    mergeCircles2(circles, {});
+    mergeCirclesAndLines(circles, lines, {}, steps);
+    mergeCircles2(circles, {}, steps);
     EXPECT_EQ(circles.size(), 2U);
 }
 
@@ -250,7 +252,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
         std::vector<TSegemetCircle> expected = circles;
         std::vector<TSegemetLine> expectedLines = lines;
         segment_reference::swallowAllPairs(expected, expectedLines, {});
-        mergeCirclesAndLines(circles, lines, {});
+        mergeCirclesAndLines(circles, lines, {}, steps);
         expectSame(circles, expected);
         for (std::size_t l = 0; l < lines.size(); ++l)
             EXPECT_EQ(lines[l].usedByCircle, expectedLines[l].usedByCircle) << l;
@@ -258,7 +260,7 @@ TEST(Merging, EqualsTheScansOfAllPairsOnRandomLists) {
 
         const std::size_t between = circles.size();
         segment_reference::mergeAllPairs(expected, {});
-        mergeCircles2(circles, {});
+        mergeCircles2(circles, {}, steps);
         expectSame(circles, expected);
         mergers += circles.size() - between;
     }

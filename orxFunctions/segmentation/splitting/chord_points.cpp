@@ -7,8 +7,7 @@
 namespace orx::splitting {
 namespace {
 
-constexpr std::size_t kSmallestBlock = 16;
-constexpr std::size_t kBlocksInABlock = 16;
+constexpr std::size_t kSmallestBlock = ContourBoxes::kFanOut;
 
 // Decides whether a contour point belongs to a chord. Computed as it stands, left to right in doubles:
 // whether a chord's own start is collected hangs on the last bit of its foot.
@@ -48,10 +47,9 @@ int saturated(double v) {
 
 ChordPointFinder::ChordPointFinder(const std::vector<cv::Point>& contour,
                                    const std::vector<cv::Point>& keyPoints)
-    : contour_(contour) {
+    : contour_(contour), boxes_(contour) {
     insertKeyPoints(keyPoints);
     recordPositions();
-    buildBoxes();
 }
 
 void ChordPointFinder::insertKeyPoints(const std::vector<cv::Point>& keyPoints) {
@@ -99,36 +97,6 @@ void ChordPointFinder::recordPositions() {
     }
 }
 
-void ChordPointFinder::Box::include(const Box& other) {
-    left = std::min(left, other.left);
-    top = std::min(top, other.top);
-    right = std::max(right, other.right);
-    bottom = std::max(bottom, other.bottom);
-}
-
-void ChordPointFinder::buildBoxes() {
-    const auto boxOf = [](const cv::Point& p) { return Box{p.x, p.y, p.x, p.y}; };
-    std::vector<Box> level;
-    for (std::size_t i = 0; i < contour_.size(); i += kSmallestBlock) {
-        Box box = boxOf(contour_[i]);
-        const std::size_t end = std::min(contour_.size(), i + kSmallestBlock);
-        for (std::size_t p = i + 1; p < end; ++p) box.include(boxOf(contour_[p]));
-        level.push_back(box);
-    }
-    while (!level.empty()) {
-        boxes_.push_back(level);
-        if (level.size() == 1) return;
-        std::vector<Box> above;
-        for (std::size_t i = 0; i < level.size(); i += kBlocksInABlock) {
-            Box box = level[i];
-            const std::size_t end = std::min(level.size(), i + kBlocksInABlock);
-            for (std::size_t b = i + 1; b < end; ++b) box.include(level[b]);
-            above.push_back(box);
-        }
-        level.swap(above);
-    }
-}
-
 std::size_t ChordPointFinder::firstAt(cv::Point p, std::size_t from) const {
     const Slot& slot = slots_[slotOf(p)];
     if (!slot.taken) return contour_.size();
@@ -141,19 +109,19 @@ std::size_t ChordPointFinder::firstAt(cv::Point p, std::size_t from) const {
 std::size_t ChordPointFinder::blockOutside(std::size_t i, std::size_t end, const Box& near) const {
     std::size_t outside = 0;
     std::size_t size = kSmallestBlock;
-    for (const std::vector<Box>& level : boxes_) {
+    for (const std::vector<Box>& level : boxes_.levels()) {
         if (i % size != 0 || i + size > end) break;
         const Box& box = level[i / size];
         const bool apart =
             box.right < near.left || box.left > near.right || box.bottom < near.top || box.top > near.bottom;
         if (!apart) break;
         outside = size;
-        size *= kBlocksInABlock;
+        size *= ContourBoxes::kFanOut;
     }
     return outside;
 }
 
-void ChordPointFinder::collect(TSegemetLine& line, double tolerance) const {
+void ChordPointFinder::collect(TSegemetLine& line, double tolerance, Work& work) const {
     const cv::Point start(line.startPoint);
     const cv::Point end(line.endPoint);
     const ChordTest test(line, tolerance);
@@ -163,7 +131,8 @@ void ChordPointFinder::collect(TSegemetLine& line, double tolerance) const {
                    saturated(std::max(start.x, end.x) + reach), saturated(std::max(start.y, end.y) + reach)};
     double farthest = 0.0;
     const auto collectRange = [&](std::size_t from, std::size_t to) {
-        for (std::size_t i = from; i < to;) {
+        for (std::size_t i = from; i < to && !work.isTooMuch();) {
+            work.spend(kSmallestBlock / 2);
             if (const std::size_t outside = blockOutside(i, to, near)) {
                 i += outside;
                 continue;
@@ -180,6 +149,7 @@ void ChordPointFinder::collect(TSegemetLine& line, double tolerance) const {
     // Ran off the contour's end: the piece goes on at its beginning.
     if (to == size) collectRange(0, firstAt(end, 0));
     line.maxDist = farthest;
+    work.spend(Work::kCollected * line.points.size());
 }
 
 }  // namespace orx::splitting

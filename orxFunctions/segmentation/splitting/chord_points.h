@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "orxFunctions/segmentation/segment_line.h"
+#include "orxFunctions/segmentation/splitting/contour_boxes.h"
+#include "orxFunctions/segmentation/splitting/work.h"
 
 namespace orx::splitting {
 
@@ -20,16 +22,10 @@ class ChordPointFinder {
     ChordPointFinder(const std::vector<cv::Point>& contour, const std::vector<cv::Point>& keyPoints);
 
     // What TSegemetLine::findLinePoints does, for a line between two of the key points; the same points in
-    // the same order, the same maxDist.
-    void collect(TSegemetLine& line, double tolerance) const;
+    // the same order, the same maxDist. Stops where the work becomes too much.
+    void collect(TSegemetLine& line, double tolerance, Work& work) const;
 
   private:
-    struct Box {
-        int left, top, right, bottom;
-
-        void include(const Box& other);
-    };
-
     // A slot of the hash table: a key point and its stretch of positions_. Slots without a position are free.
     struct Slot {
         cv::Point point;
@@ -40,7 +36,6 @@ class ChordPointFinder {
 
     void insertKeyPoints(const std::vector<cv::Point>& keyPoints);
     void recordPositions();
-    void buildBoxes();
 
     std::size_t slotOf(cv::Point p) const;
     // The first position at or after `from` that holds p; the contour's size when there is none.
@@ -51,7 +46,7 @@ class ChordPointFinder {
     const std::vector<cv::Point>& contour_;
     std::vector<Slot> slots_;
     std::vector<std::uint32_t> positions_;  // ascending for each key point
-    std::vector<std::vector<Box>> boxes_;   // level l: boxes of 16 << 4 l points
+    ContourBoxes boxes_;
 };
 
 }  // namespace orx::splitting

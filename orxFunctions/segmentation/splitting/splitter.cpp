@@ -3,11 +3,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
-#include <opencv2/imgproc.hpp>
 #include <utility>
 
-#include "orxFunctions/segmentation/splitting/arcs.h"
 #include "orxFunctions/segmentation/splitting/chord_points.h"
+#include "orxFunctions/segmentation/splitting/key_points.h"
 
 namespace orx::splitting {
 namespace {
@@ -23,31 +22,23 @@ bool endsTouch(const std::vector<cv::Point>& contour) {
     return isNear(contour.front().x, contour.back().x) && isNear(contour.front().y, contour.back().y);
 }
 
-cv::Mat keyPointsOf(const std::vector<cv::Point>& contour, double epsilon, bool closed) {
-    cv::Mat keyPoints;
-    // cv::approxPolyDP throws for other accuracies.
-    if (epsilon >= 0 && epsilon < 1e30) cv::approxPolyDP(contour, keyPoints, epsilon, closed);
-    return keyPoints;
-}
-
-std::vector<TSegemetLine> chordsBetween(const cv::Mat& keyPoints, const std::vector<cv::Point>& contour,
-                                        double epsilon, bool closed) {
+std::vector<TSegemetLine> chordsBetween(const std::vector<cv::Point>& keys,
+                                        const std::vector<cv::Point>& contour, double epsilon, bool closed,
+                                        Work& work) {
     std::vector<TSegemetLine> lines;
-    if (keyPoints.empty()) return lines;
-    const std::vector<cv::Point> keys(keyPoints.begin<cv::Point>(), keyPoints.end<cv::Point>());
     // Two chords between the same two points would be one line twice.
     if (keys.size() < 2 || (keys.size() == 2 && closed)) return lines;
     const ChordPointFinder finder(contour, keys);
     const std::size_t chords = closed ? keys.size() : keys.size() - 1;
     lines.reserve(chords);
-    for (std::size_t i = 0; i < chords; ++i) {
+    for (std::size_t i = 0; i < chords && !work.isTooMuch(); ++i) {
         const cv::Point& start = keys[i];
         const cv::Point& end = keys[(i + 1) % keys.size()];
         TSegemetLine line;
         line.startPoint = {start.x, start.y};
         line.endPoint = {end.x, end.y};
         line.generateLine(line.startPoint, line.endPoint);
-        finder.collect(line, epsilon);
+        finder.collect(line, epsilon, work);
         lines.push_back(std::move(line));
     }
     return lines;
@@ -72,36 +63,44 @@ Pieces withoutAbsorbed(Pieces all) {
 }  // namespace
 
 Pieces split(const std::vector<cv::Point>& contour, const TSegemetParams& params,
-             const PassObserver& observer) {
+             const PassObserver& observer, Work work) {
+    ArcSteps steps{work, observer ? Absorbed::kKept : Absorbed::kEmptied};
     const auto pass = [&](const std::vector<cv::Point>& points, double epsilon) {
-        Pieces found = segment(points, epsilon, params);
+        Pieces found = segment(points, epsilon, params, steps);
         if (observer) observer(found);
         return found;
     };
     if (contour.empty()) return {};
     Pieces pieces = pass(contour, params.firstEpsilon);
-    if (params.useSecondPass) {
+    if (params.useSecondPass && !steps.work.isTooMuch()) {
         const std::vector<std::vector<cv::Point>> runs = getSecondContours(pieces.lines);
         pieces.lines.clear();
         for (const std::vector<cv::Point>& run : runs) {
             Pieces finer = pass(run, params.secondEpsilon);
             append(pieces.lines, std::move(finer.lines));
             append(pieces.circles, std::move(finer.circles));
+            if (steps.work.isTooMuch()) break;
         }
     }
-    mergeCirclesAndLines(pieces.circles, pieces.lines, params);
-    mergeCircles2(pieces.circles, params);
-    return withoutAbsorbed(std::move(pieces));
+    mergeCirclesAndLines(pieces.circles, pieces.lines, params, steps);
+    mergeCircles2(pieces.circles, params, steps);
+    if (!steps.work.isTooMuch()) return withoutAbsorbed(std::move(pieces));
+    Pieces none;
+    none.isTooMuchWork = true;
+    return none;
 }
 
-Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params) {
+Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params,
+               ArcSteps& steps) {
     Pieces pieces;
-    if (contour.empty()) return pieces;
+    // cv::approxPolyDP, whose polygon this is, throws for other accuracies.
+    if (contour.empty() || !(epsilon >= 0 && epsilon < 1e30)) return pieces;
     const bool closed = endsTouch(contour);
-    pieces.keyPoints = keyPointsOf(contour, epsilon, closed);
-    pieces.lines = chordsBetween(pieces.keyPoints, contour, epsilon, closed);
-    if (params.useCircles) generateCircles(pieces.lines, pieces.circles, closed, params);
-    mergeCircles2(pieces.circles, params);
+    const std::vector<cv::Point> keys = keyPointsOf(contour, epsilon, closed, steps.work);
+    pieces.keyPoints = cv::Mat(keys, true);
+    pieces.lines = chordsBetween(keys, contour, epsilon, closed, steps.work);
+    if (params.useCircles) generateCircles(pieces.lines, pieces.circles, closed, params, steps);
+    mergeCircles2(pieces.circles, params, steps);
     return pieces;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orxFunctions/segmentation/segment_contour.h"
+#include "orxFunctions/segmentation/splitting/arcs.h"
 
 namespace orx::splitting {
 
@@ -14,6 +15,7 @@ struct Pieces {
     cv::Mat keyPoints;  // two-channel integers, as cv::approxPolyDP fills it; empty when there are none
     std::vector<TSegemetLine> lines;
     std::vector<TSegemetCircle> circles;
+    bool isTooMuchWork = false;  // stopped, nothing is found
 };
 
 // Is told of every pass once its pieces are complete.
@@ -23,11 +25,12 @@ using PassObserver = std::function<void(const Pieces&)>;
 // those that no arc stands for, the arcs those that none has absorbed, the key points those of the first
 // pass. An empty contour gives nothing. Reentrant.
 Pieces split(const std::vector<cv::Point>& contour, const TSegemetParams& params,
-             const PassObserver& observer = nullptr);
+             const PassObserver& observer = nullptr, Work work = Work());
 
 // One pass: key points to the given accuracy, the chords between them, the arcs that these grow into. Chords
 // and arcs that have been absorbed are still among the pieces, and no chord's line is fitted yet. Reentrant.
-Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params);
+Pieces segment(const std::vector<cv::Point>& contour, double epsilon, const TSegemetParams& params,
+               ArcSteps& steps);
 
 // The points of each run of neighbouring lines that no arc stands for: what the second pass splits.
 // Reentrant.
