@@ -1,9 +1,10 @@
 # What holds for the libraries, modules and programs that leave this tree, and not for its tests.
 
 option(ORX_HARDENING "Harden what is built for release: stack protector, checked copies, read-only tables" ON)
+option(ORX_COVERAGE "Count which lines and branches of the libraries and modules run (gcov)" OFF)
 
 set(ORX_HARDENED OFF)
-if(ORX_HARDENING AND ORX_SANITIZER STREQUAL "" AND NOT MSVC AND NOT APPLE)
+if(ORX_HARDENING AND ORX_SANITIZER STREQUAL "" AND NOT ORX_COVERAGE AND NOT MSVC AND NOT APPLE)
   set(ORX_HARDENED ON)
 endif()
 
@@ -30,3 +31,14 @@ macro(orx_harden)
     endif()
   endif()
 endmacro()
+
+# orx_count_coverage(): for the calling folder and those below it. Without inlining, so that what runs is counted where it
+# is written; and whole counts from all threads.
+macro(orx_count_coverage)
+  if(ORX_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic -O1 -fno-inline)
+  endif()
+endmacro()
+if(ORX_COVERAGE)
+  add_link_options(--coverage) # of everything, since tests hold parts of the modules
+endif()
