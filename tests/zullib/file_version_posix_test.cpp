@@ -207,9 +207,12 @@ TEST_F(FileVersion, ANameHas255BytesAtMostAndIsOnlyThereWhereARecordSaysSo) {
     EXPECT_EQ(zul::getFileVersion(write("f", longest.bytes())), std::string(247, '4'));
     longest.soname += "4";
     EXPECT_EQ(zul::getFileVersion(write("f", longest.bytes())), "");
-    ElfImage nameless;
-    nameless.dynamicSize = 2 * 16;  // a string table, but no record that says which of them the name is
-    EXPECT_EQ(zul::getFileVersion(write("f", nameless.bytes())), "");
+    for (const bool is64 : {false, true}) {
+        ElfImage nameless;
+        nameless.is64 = is64;
+        nameless.dynamicSize = is64 ? 2 * 16 : 2 * 8;  // a string table, but no record of the name in it
+        EXPECT_EQ(zul::getFileVersion(write("f", nameless.bytes())), "") << is64;
+    }
 }
 
 TEST_F(FileVersion, RandomDamageNeverYieldsMoreThanDigits) {
