@@ -19,7 +19,7 @@ struct Stroke {
     DrawingStyle style;
 
     void line(cv::Mat& image, cv::Point from, cv::Point to) const {
-        cv::line(image, from, to, color, style.thickness, style.lineType, style.shift);
+        drawLineIn(image, from, to, color, style);
     }
 };
 

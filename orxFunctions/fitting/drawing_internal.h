@@ -32,6 +32,14 @@ bool takesLines(const DrawingStyle& style, int thinnest, const char* function) n
 // Whether OpenCV draws circles so, and soon.
 bool takesCircles(const DrawingStyle& style, int radius, const char* function) noexcept;
 
+// cv::line, but thick lines that lead far above or below the image end well outside of it: OpenCV goes
+// through all their rows, and rounds at each.
+void drawLineIn(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& color,
+                const DrawingStyle& style);
+
+// Rows beyond this distance from the image are far, pixels.
+constexpr int kFarRows = 1 << 15;
+
 // A coordinate limited to what lies far outside every image; 0 for not-a-number. The difference of two such
 // coordinates fits into 32 bits, in which OpenCV takes it for a thick line.
 inline double limitedCoordinate(double v) {

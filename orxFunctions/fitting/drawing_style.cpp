@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/fitting/drawing_internal.h"
@@ -31,7 +32,35 @@ bool takesLineType(const DrawingStyle& style, const char* function) noexcept {
     return refuse(rcOption, function, "the line type is %d; 4, 8 and 16 are taken", style.lineType);
 }
 
+// The end `from` moved along the line to where it enters the rows [top, bottom]; those that don't cross them
+// stay.
+cv::Point endWithin(cv::Point from, cv::Point to, double top, double bottom) {
+    const double y = std::clamp<double>(from.y, top, bottom);
+    if (y == from.y || from.y == to.y) return from;
+    const double part = (y - from.y) / (static_cast<double>(to.y) - from.y);
+    if (!(part <= 1)) return from;
+    const double x = from.x + part * (static_cast<double>(to.x) - from.x);
+    return {static_cast<int>(std::lrint(x)), static_cast<int>(y)};
+}
+
 }  // namespace
+
+void drawLineIn(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& color,
+                const DrawingStyle& style) {
+    if (style.thickness > 1) {
+        // Farther than its ends are round.
+        const double reach = kFarRows + 2.0 * style.thickness;
+        const double unit = 1 << style.shift;
+        const double top = -reach * unit;
+        const double bottom = (image.rows + reach) * unit;
+        const bool misses = std::max(from.y, to.y) < top || std::min(from.y, to.y) > bottom;
+        if (misses) return;
+        const cv::Point begin = endWithin(from, to, top, bottom);
+        to = endWithin(to, from, top, bottom);
+        from = begin;
+    }
+    cv::line(image, from, to, color, style.thickness, style.lineType, style.shift);
+}
 
 bool takesDrawing(const cv::Mat& image, const char* function) noexcept {
     if (!takesImage(image, function)) return false;

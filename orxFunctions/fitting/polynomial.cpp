@@ -233,7 +233,14 @@ void TPolynomial::draw(cv::Mat& image, const cv::Scalar& colour, int thickness, 
     std::vector<cv::Point> curve;
     curve.reserve(static_cast<std::size_t>(image.cols));
     for (int x = 0; x < image.cols; ++x) curve.emplace_back(x, toRow(list.valueAt(x)));
-    cv::polylines(image, curve, false, colour, thickness, lineType, shift);
+    const bool reachesFar = std::any_of(curve.begin(), curve.end(),
+                                        [](cv::Point p) { return p.y < -kFarRows || p.y > kFarRows; });
+    if (thickness <= 1 || !reachesFar) {
+        cv::polylines(image, curve, false, colour, thickness, lineType, shift);
+        return;
+    }
+    for (std::size_t i = 1; i < curve.size(); ++i)
+        drawLineIn(image, curve[i - 1], curve[i], colour, {thickness, lineType, shift});
 }
 
 }  // namespace orx

@@ -89,6 +89,33 @@ TEST(DrawLine, CrossesTheImage) {
     EXPECT_EQ(steep.count({2, 0}) + steep.count({3, 2}) + steep.count({4, 4}), 3U);
 }
 
+// Arms of slope k and -1 / k through (150, 100), 5 pixels wide as OpenCV draws thickness 3.
+TEST(DrawLine, ThickLinesThatLeadFarAwayKeepTheirCourse) {
+    for (const double k : {0.0, 0.5, -0.25, 0.125}) {
+        const Pixels pixels = drawn({300, 200}, [&](cv::Mat& image) {
+            orx::drawCorss(image, {150, 100}, kWhite, 1 << 28, k, 3, cv::LINE_8, 0);
+        });
+        const double length = std::hypot(1, k);
+        const auto distance = [&](int x, int y) {
+            const double along = std::abs(k * (x - 150) - (y - 100)) / length;
+            return std::min(along, std::abs((x - 150) + k * (y - 100)) / length);
+        };
+        for (int y = 0; y < 200; ++y) {
+            for (int x = 0; x < 300; ++x) {
+                const bool set = pixels.count({x, y}) != 0;
+                EXPECT_TRUE(set ? distance(x, y) < 3.5 : distance(x, y) > 1) << k << ' ' << x << ' ' << y;
+            }
+        }
+    }
+    // A wild curve: from far below to far above half way between the columns 30 and 31.
+    cv::Mat image(100, 60, CV_8UC1, cv::Scalar(0));
+    orx::TPolynomial wild;
+    wild.getY(0, std::vector<double>{-30.5 * 1e7, 1e7});
+    wild.draw(image, kWhite, 3, cv::LINE_8, 0);
+    EXPECT_EQ(cv::countNonZero(image.colRange(30, 32)), 2 * 100);
+    EXPECT_EQ(cv::countNonZero(image), cv::countNonZero(image.colRange(28, 34)));
+}
+
 TEST(DrawLine, LinesBeyondTheImageAreSafe) {
     EXPECT_EQ(line(0, 1e300), Pixels());
     EXPECT_EQ(line(1e-5, -1e300), Pixels());
@@ -103,6 +130,7 @@ TEST(DrawLine, LinesBeyondTheImageAreSafe) {
         orx::drawCorss(image, {25, 25}, kWhite, std::numeric_limits<int>::max(), k, 2, cv::LINE_8, 0);
     }
     EXPECT_EQ(image.at<uchar>(25, 3), 255) << "thick and long";
+    EXPECT_EQ(image.at<uchar>(3, 25), 255);
 }
 
 struct Style {
