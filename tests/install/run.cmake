@@ -209,7 +209,7 @@ endif()
 # all of them in scripts/test-packages.
 run(${CMAKE_COMMAND} -S "${prefix}/${DOCDIR}/examples" -B "${WORK_DIR}/examples" -G "${GENERATOR}"
   "-DCMAKE_PREFIX_PATH=${prefix}" ${compiler} "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}")
-run(${CMAKE_COMMAND} --build "${WORK_DIR}/examples" --target orx_plates)
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/examples" --target orx_plates orx_line_host)
 run("${WORK_DIR}/examples/bin/orx_plates" "${WORK_DIR}/plates" --count 2)
 file(GLOB plates "${WORK_DIR}/plates/parts/*.png")
 list(LENGTH plates count)
