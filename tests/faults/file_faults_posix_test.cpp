@@ -49,7 +49,7 @@ class FileFaults : public testing::Test {
   protected:
     void SetUp() override {
         if (!test::system::canFail())
-            GTEST_SKIP() << "system calls can't be watched here, or ThreadSanitizer makes some of its own";
+            GTEST_SKIP() << "system calls can't be watched here, or a sanitizer makes some of its own";
     }
 
     // `call` makes ready, holds an Armed while the call itself runs, and tells what was given. Fault after
