@@ -6,6 +6,7 @@
 
 #include "orxFunctions/calibration/calibration_text_internal.h"
 #include "orxFunctions/calibration/description_internal.h"
+#include "orxFunctions/foundation/file_refusal_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
@@ -24,7 +25,7 @@ struct Calibration {
     std::string description;
 };
 
-bool parse(const std::string& text, Calibration& calibration) {
+bool parse(const std::string& text, Calibration& calibration) try {
     const cv::FileStorage storage(text, cv::FileStorage::READ | cv::FileStorage::MEMORY);
     if (!storage.isOpened() || static_cast<int>(storage[kIsConfigured]) == 0) return false;
     if (!isMatrix(storage[kIntrinsic]) || !isMatrix(storage[kDistortion])) return false;
@@ -35,6 +36,8 @@ bool parse(const std::string& text, Calibration& calibration) {
     if (size.size() == 2) calibration.imageSize = cv::Size(size[0], size[1]);
     calibration.description = readDescription(storage[kDescription]);
     return true;
+} catch (const std::exception&) {  // OpenCV's for what it can't parse, or no memory for a stated size
+    return false;
 }
 
 }  // namespace
@@ -49,23 +52,19 @@ void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSiz
     storage.write(kIsConfigured, 1);
     const platform::ReplaceResult result = writeCalibrationText(fileName, storage.releaseAndGetString());
     if (result == platform::ReplaceResult::kReplaced) return;
-    refuse(rcFileUnwritable, "calibrateData2File", "the file can't be written: %s",
-           platform::toPath(fileName).u8string().c_str());
+    refuseToWrite("calibrateData2File", platform::toPath(fileName));
     // As for a file that OpenCV can't open: a storage that is closed refuses what is written.
     if (result == platform::ReplaceResult::kRefused) cv::FileStorage().write(kIntrinsic, intrinsic);
 }
 
 bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion, cv::Size& imageSize,
                            std::string& description) {
+    std::string text;
+    if (!readCalibrationText(fileName, text, "calibrateDataFromFile")) return false;
     Calibration calibration;
-    try {
-        std::string text;
-        if (!readCalibrationText(fileName, text) || !parse(text, calibration)) {
-            return false;
-        }
-    } catch (const std::exception&) {  // OpenCV's for what it can't parse, or no memory for a stated size
-        return false;
-    }
+    if (!parse(text, calibration))
+        return refuse(rcFileFormat, "calibrateDataFromFile", "it is no calibration: %s",
+                      platform::toPath(fileName).u8string().c_str());
     intrinsic = calibration.intrinsic;
     distortion = calibration.distortion;
     imageSize = calibration.imageSize;

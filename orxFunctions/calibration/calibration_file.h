@@ -18,7 +18,8 @@ namespace orx {
 // size; doubles keep all their digits (a negative zero becomes zero). Two of a million doubles are too long
 // to be read again. OpenCV's exceptions pass through, the one for a file that can't be opened among them: a
 // name that leads to no regular file, a file that may not be written, a folder that takes no new one. Where
-// the disk has no room nothing is thrown, and the earlier file stays. rcFileUnwritable in both cases.
+// the disk has no room nothing is thrown, and the earlier file stays. rcFileName or rcFileUnwritable in both
+// cases.
 //
 // A description comes back byte for byte whatever it holds. OpenCV's formats can't carry every text as a
 // string (one that begins or ends with a blank or a quotation mark or begins with '$', one with control
@@ -28,9 +29,10 @@ namespace orx {
 ORX_API void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSize,
                                 std::string description, std::string fileName);
 
-// Reads what calibrateData2File wrote. False, with the outputs untouched, for a file that can't be opened or
-// understood, that is longer than 64 MiB or opens more than 800 brackets, tags or blocks (OpenCV's readers
-// recurse, and a deep file would overflow the stack), or whose "isDistortionConfig" is 0 or missing. An
+// Reads what calibrateData2File wrote. False, with the outputs untouched, for a file that can't be opened
+// (rcFileName, rcFileMissing, rcFileUnreadable) or understood, that is longer than 64 MiB or opens more than
+// 800 brackets, tags or blocks (OpenCV's readers recurse, and a deep file would overflow the stack), or whose
+// "isDistortionConfig" is 0 or missing (rcFileFormat). An
 // "imageSize" that is not two numbers reads as 0 x 0; other missing keys read as empty.
 ORX_API bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion,
                                    cv::Size& imageSize, std::string& description);

@@ -8,14 +8,23 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "orxFunctions/foundation/refusal_internal.h"
+
 namespace orx {
 namespace {
 
 constexpr std::int64_t kMostBytes = std::int64_t{1} << 30U;
 constexpr unsigned char kWhite = 255;
 
-bool isDrawable(std::int64_t width, std::int64_t height, int channels) {
-    return width > 0 && height > 0 && width * height <= kMostBytes / channels;
+bool isDrawable(int width, int height, int channels, const char* function) {
+    if (width > 0 && height > 0 && std::int64_t{width} * height <= kMostBytes / channels) return true;
+    return refuse(rcImageSize, function, "a picture of %d x %d with %d channels; 1 byte to 1 GiB is taken",
+                  width, height, channels);
+}
+
+cv::Mat refuseMemory(const char* function) {
+    refuse(rcMemory, function);
+    return {};
 }
 
 // Both kinds of picture repeat two rows: one begins with one colour, the other with the other.
@@ -113,23 +122,28 @@ cv::Mat drawChessboard(cv::Size imageSize, int squareSize, int margin) {
 
 cv::Mat createBackgroundImg(int width, int height, int channels, int cellSize, int colour0, int colour1) {
     const int channelsDrawn = channels == 3 || channels == 4 ? channels : 1;
-    if (cellSize == 0 || !isDrawable(width, height, channelsDrawn)) return {};
+    constexpr const char* kFunction = "createBackgroundImg";
+    if (!isDrawable(width, height, channelsDrawn, kFunction)) return {};
+    if (cellSize == 0) {
+        refuse(rcOption, kFunction, "cells of 0 pixels");
+        return {};
+    }
     try {
         cv::Mat image = drawBackground(width, height, cellSize, colour0, colour1);
         if (channelsDrawn == 3) cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
         if (channelsDrawn == 4) cv::cvtColor(image, image, cv::COLOR_GRAY2BGRA);
         return image;
     } catch (const std::exception&) {  // no memory
-        return {};
+        return refuseMemory(kFunction);
     }
 }
 
 cv::Mat createCalibrateImage(cv::Size imageSize, int squareSize, int margin) {
-    if (!isDrawable(imageSize.width, imageSize.height, 1)) return {};
+    if (!isDrawable(imageSize.width, imageSize.height, 1, "createCalibrateImage")) return {};
     try {
         return drawChessboard(imageSize, squareSize, margin);
     } catch (const std::exception&) {  // no memory
-        return {};
+        return refuseMemory("createCalibrateImage");
     }
 }
 

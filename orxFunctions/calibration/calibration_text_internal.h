@@ -9,9 +9,10 @@
 
 namespace orx {
 
-// The text of a file, inflated where OpenCV compressed it (names that end with .gz). False when it can't be
-// read, is too long, or nests so deep that OpenCV's readers would overflow the stack.
-bool readCalibrationText(const std::string& fileName, std::string& text);
+// The text of a file, inflated where OpenCV compressed it (names that end with .gz). False, refused in the
+// name of the public function, when it can't be read (rcFileMissing, rcFileUnreadable), is too long, or nests
+// so deep that OpenCV's readers would overflow the stack (rcFileFormat).
+bool readCalibrationText(const std::string& fileName, std::string& text, const char* function);
 
 // Writes the text whole, in place of an earlier file, compressed where its name ends with .gz. (OpenCV would
 // write into the file itself, and only under a name in the code page of the process.)

@@ -7,7 +7,10 @@
 #include <utility>
 
 #include "orxFunctions/calibration/plane/adjustment.h"
+#include "orxFunctions/calibration/plane/plane_refusal.h"
 #include "orxFunctions/calibration/plane/start.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -31,13 +34,14 @@ TPlaneCalibration refused(TPlaneStatus status, const std::string& problem) {
     return calibration;
 }
 
-bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
-
-bool areGood(const TPlaneOptions& options) {
-    const bool moved = options.height != 0.0 || options.heightDeviation != 0.0;
-    return options.radial >= 0 && options.radial <= 3 && isBetween(options.height, -1e6, 1e6) &&
-           isBetween(options.heightDeviation, 0.0, 1e6) && isBetween(options.scaleDeviation, 0.0, 0.1) &&
-           options.mostRms > 0.0 && (options.lens || !moved);
+bool areGood(const TPlaneOptions& options, const char* function) {
+    const double farthest = options.lens ? 1e6 : 0.0;
+    const bool areInRange = takesOptions(function, {{"radial", static_cast<double>(options.radial), 0, 3},
+                                                    {"height", options.height, -farthest, farthest},
+                                                    {"heightDeviation", options.heightDeviation, 0, farthest},
+                                                    {"scaleDeviation", options.scaleDeviation, 0, 0.1}});
+    if (!areInRange || options.mostRms > 0.0) return areInRange;
+    return refuse(rcOption, function, "mostRms is %g; above 0 is taken", options.mostRms);
 }
 
 plane::FreeLens freeLens(const TPlaneOptions& options) {
@@ -283,21 +287,8 @@ TPlaneCalibration laidAt(const TPlaneCalibration& calibration, const Observation
     return withoutLens(gathered, options);
 }
 
-}  // namespace
-
-TPlaneCalibration calibratePlane(const std::vector<TTargetView>& views, const TPlaneOptions& options) {
-    if (!areGood(options)) return refused(plBadOptions, "");
-    Gathered gathered;
-    std::string problem;
-    const TPlaneStatus status = gather(views, options, gathered, problem);
-    if (status != plOk) return refused(status, problem);
-    return options.lens ? withLens(gathered, options) : withoutLens(gathered, options);
-}
-
-TPlaneCalibration relocatePlane(const TPlaneCalibration& lens, const TTargetView& view,
-                                const TPlaneOptions& options) {
-    if (!areGood(options) || !options.lens) return refused(plBadOptions, "");
-    if (!lens.valid()) return refused(lens.status, lens.problem);
+TPlaneCalibration relocateLens(const TPlaneCalibration& lens, const TTargetView& view,
+                               const TPlaneOptions& options) {
     if (!lens.lens) return refused(plBadOptions, "the calibration has no lens");
     if (!view.found) return refused(plNoTarget, view.problem);
     std::string problem;
@@ -315,12 +306,49 @@ TPlaneCalibration relocatePlane(const TPlaneCalibration& lens, const TTargetView
     return calibration;
 }
 
+}  // namespace
+
+TPlaneCalibration calibratePlane(const std::vector<TTargetView>& views, const TPlaneOptions& options) {
+    if (!areGood(options, "calibratePlane")) return refused(plBadOptions, "");
+    Gathered gathered;
+    std::string problem;
+    const TPlaneStatus status = gather(views, options, gathered, problem);
+    TPlaneCalibration result = status != plOk ? refused(status, problem)
+                               : options.lens ? withLens(gathered, options)
+                                              : withoutLens(gathered, options);
+    plane::tellResult(result, "calibratePlane");
+    return result;
+}
+
+TPlaneCalibration relocatePlane(const TPlaneCalibration& lens, const TTargetView& view,
+                                const TPlaneOptions& options) {
+    constexpr const char* kFunction = "relocatePlane";
+    if (!areGood(options, kFunction)) return refused(plBadOptions, "");
+    if (!options.lens) {
+        refuse(rcOption, "relocatePlane", "lens is false; a lens is taken over");
+        return refused(plBadOptions, "");
+    }
+    if (!plane::takesCalibration(lens, kFunction)) return refused(lens.status, lens.problem);
+    TPlaneCalibration result = relocateLens(lens, view, options);
+    plane::tellResult(result, kFunction);
+    return result;
+}
+
 std::vector<cv::Point2d> planeResiduals(const TPlaneCalibration& calibration, const TTargetView& view) {
     Observation observation;
     std::string problem;
-    if (!calibration.valid() || !view.found || !plane::observe(view, observation, problem)) return {};
+    constexpr const char* kFunction = "planeResiduals";
+    if (!plane::takesCalibration(calibration, kFunction)) return {};
+    if (!view.found || !plane::observe(view, observation, problem)) {
+        plane::refuseStatus(view.found ? plBadViews : plNoTarget, view.found ? problem : view.problem,
+                            kFunction);
+        return {};
+    }
     const TPlaneCalibration laid = laidAt(calibration, observation);
-    if (!laid.valid()) return {};
+    if (!laid.valid()) {
+        plane::refuseStatus(plNotConverged, laid.problem, kFunction);
+        return {};
+    }
     const std::vector<cv::Point2d> shifts = plane::outlineShifts(laid, observation);
     std::vector<cv::Point2d> residuals = planeToImage(laid, observation.plane);
     for (std::size_t i = 0; i < residuals.size(); ++i)

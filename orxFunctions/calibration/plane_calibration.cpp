@@ -5,7 +5,9 @@
 #include <limits>
 
 #include "orxFunctions/calibration/plane/mapping.h"
+#include "orxFunctions/calibration/plane/plane_refusal.h"
 #include "orxFunctions/calibration/plane/sensitivity.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -19,16 +21,26 @@ struct MappedPoints {
     std::vector<cv::Matx22d> derivatives;  // by their pixels
 };
 
-// False where one has no place.
+// False where one has no place, and for none.
 bool mapAll(const TPlaneCalibration& calibration, const std::vector<cv::Point2d>& pixels,
-            MappedPoints& mapped) {
+            MappedPoints& mapped, const char* function) {
+    if (pixels.empty()) return refuse(rcTooFew, function, "there are no points");
     const plane::Mapping mapping(calibration);
     mapped.places.resize(pixels.size());
     mapped.derivatives.resize(pixels.size());
     for (std::size_t i = 0; i < pixels.size(); ++i) {
-        if (!mapping.toPlane(pixels[i], mapped.places[i], &mapped.derivatives[i])) return false;
+        if (!mapping.toPlane(pixels[i], mapped.places[i], &mapped.derivatives[i]))
+            return plane::refusePlace(calibration, function);
     }
-    return !pixels.empty();
+    return true;
+}
+
+cv::Matx22d jacobianAt(const TPlaneCalibration& calibration, cv::Point2d pixel, const char* function) {
+    cv::Point2d place;
+    cv::Matx22d derivative;
+    if (plane::Mapping(calibration).toPlane(pixel, place, &derivative)) return derivative;
+    plane::refusePlace(calibration, function);
+    return cv::Matx22d::all(kNaN);
 }
 
 // The place whose picture a pixel is gives way, when parameters change, by as much as they would move its
@@ -91,7 +103,9 @@ const char* planeStatusText(TPlaneStatus status) {
 
 cv::Point2d imageToPlane(const TPlaneCalibration& calibration, cv::Point2d pixel) {
     cv::Point2d place;
-    return plane::Mapping(calibration).toPlane(pixel, place) ? place : kNowhere;
+    if (plane::Mapping(calibration).toPlane(pixel, place)) return place;
+    plane::refusePlace(calibration, "imageToPlane");
+    return kNowhere;
 }
 
 std::vector<cv::Point2d> imageToPlane(const TPlaneCalibration& calibration,
@@ -99,14 +113,18 @@ std::vector<cv::Point2d> imageToPlane(const TPlaneCalibration& calibration,
     const plane::Mapping mapping(calibration);
     std::vector<cv::Point2d> places(pixels.size(), kNowhere);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
-        if (!mapping.toPlane(pixels[i], places[i])) places[i] = kNowhere;
+        if (mapping.toPlane(pixels[i], places[i])) continue;
+        plane::refusePlace(calibration, "imageToPlane");
+        places[i] = kNowhere;
     }
     return places;
 }
 
 cv::Point2d planeToImage(const TPlaneCalibration& calibration, cv::Point2d millimetres) {
     cv::Point2d pixel;
-    return plane::Mapping(calibration).toImage(millimetres, pixel) ? pixel : kNowhere;
+    if (plane::Mapping(calibration).toImage(millimetres, pixel)) return pixel;
+    plane::refusePlace(calibration, "planeToImage");
+    return kNowhere;
 }
 
 std::vector<cv::Point2d> planeToImage(const TPlaneCalibration& calibration,
@@ -114,38 +132,43 @@ std::vector<cv::Point2d> planeToImage(const TPlaneCalibration& calibration,
     const plane::Mapping mapping(calibration);
     std::vector<cv::Point2d> pixels(millimetres.size(), kNowhere);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
-        if (!mapping.toImage(millimetres[i], pixels[i])) pixels[i] = kNowhere;
+        if (mapping.toImage(millimetres[i], pixels[i])) continue;
+        plane::refusePlace(calibration, "planeToImage");
+        pixels[i] = kNowhere;
     }
     return pixels;
 }
 
 cv::Matx22d planeJacobian(const TPlaneCalibration& calibration, cv::Point2d pixel) {
-    cv::Point2d place;
-    cv::Matx22d derivative;
-    return plane::Mapping(calibration).toPlane(pixel, place, &derivative) ? derivative
-                                                                          : cv::Matx22d::all(kNaN);
+    return jacobianAt(calibration, pixel, "planeJacobian");
 }
 
 double pixelSize(const TPlaneCalibration& calibration, cv::Point2d pixel) {
-    return std::sqrt(std::abs(cv::determinant(planeJacobian(calibration, pixel))));
+    return std::sqrt(std::abs(cv::determinant(jacobianAt(calibration, pixel, "pixelSize"))));
 }
 
 cv::Mat planeSensitivity(const TPlaneCalibration& calibration, const std::vector<cv::Point2d>& pixels) {
     MappedPoints mapped;
-    return mapAll(calibration, pixels, mapped) ? sensitivityOf(calibration, mapped) : cv::Mat();
+    if (!mapAll(calibration, pixels, mapped, "planeSensitivity")) return {};
+    return sensitivityOf(calibration, mapped);
 }
 
 cv::Mat planeCovariance(const TPlaneCalibration& calibration, const std::vector<cv::Point2d>& pixels,
                         const cv::Mat& pixelCovariance) {
-    if (pixels.size() > kMostPoints) return {};
+    constexpr const char* kFunction = "planeCovariance";
+    if (pixels.size() > kMostPoints) {
+        refuse(rcTooMany, kFunction, "%zu points; %zu at most are taken", pixels.size(), kMostPoints);
+        return {};
+    }
     const int n = 2 * static_cast<int>(pixels.size());
     const bool exact = pixelCovariance.empty();
     if (!exact && (pixelCovariance.dims != 2 || pixelCovariance.size() != cv::Size(n, n) ||
                    pixelCovariance.type() != CV_64F)) {
+        refuse(rcSizesDiffer, kFunction, "the covariance is not %d x %d doubles as the points want it", n, n);
         return {};
     }
     MappedPoints mapped;
-    if (!mapAll(calibration, pixels, mapped)) return {};
+    if (!mapAll(calibration, pixels, mapped, kFunction)) return {};
     const cv::Mat sensitivity = sensitivityOf(calibration, mapped);
     cv::Mat result = sensitivity * cv::Mat(calibration.covariance) * sensitivity.t();
     if (!exact) result += carriedOver(mapped.derivatives, pixelCovariance);

@@ -10,6 +10,12 @@
 // Measure shapes in millimetres: map edge points, then fit. The centre of a circle's picture is not the
 // picture of its centre as soon as the plane is tilted.
 //
+// A status other than plOk is the last refusal, too: rcOption for plBadOptions, rcTooFew for plTooFewViews,
+// rcSizesDiffer for plMixedSizes, rcDegenerate for plBadViews, rcNoResult for the others; of files rcFileName
+// or rcFileUnwritable for plUnwritable, and rcFileName, rcFileMissing, rcFileUnreadable or rcFileFormat for
+// plUnreadable. A calibration that is handed in and not valid is rcNotReady, a point that has no place
+// rcNoResult.
+//
 // All functions are reentrant. Nothing throws.
 #ifndef ORXFUNCTIONS_CALIBRATION_PLANE_CALIBRATION_H
 #define ORXFUNCTIONS_CALIBRATION_PLANE_CALIBRATION_H
@@ -107,7 +113,7 @@ ORX_API std::vector<cv::Point2d> planeResiduals(const TPlaneCalibration& calibra
 
 // What about the views makes the calibration weaker than it could be, as English sentences for a user: parts
 // of the picture that no target reached, too little tilt, a view that fits much worse than the others. None
-// where all is well.
+// where all is well, and for a calibration that is not valid.
 ORX_API std::vector<std::string> planeWarnings(const TPlaneCalibration& calibration,
                                                const std::vector<TTargetView>& views);
 
@@ -130,22 +136,24 @@ ORX_API double pixelSize(const TPlaneCalibration& calibration, cv::Point2d pixel
 
 // The derivative of the mapped points by the parameters, in the order of `covariance`: 2n x 15, CV_64F. For
 // hosts that carry the calibration's share on to what they compute from many points. Empty where a point has
-// no place on the plane.
+// no place on the plane, and for no points (rcTooFew).
 ORX_API cv::Mat planeSensitivity(const TPlaneCalibration& calibration,
                                  const std::vector<cv::Point2d>& pixels);
 
 // The covariance of n mapped points x0, y0, x1, y1, ..., square millimetres: 2n x 2n, CV_64F. That of the
 // pixels (2n x 2n likewise, CV_64F; none for exact ones) is carried over, and that of the calibration added,
-// which the points share: distances between near points hardly feel it. Empty for other sizes, where a point
-// has no place on the plane, and for more than 2,000 points.
+// which the points share: distances between near points hardly feel it. Empty for other sizes
+// (rcSizesDiffer), where a point has no place on the plane, for no points (rcTooFew) and for more than 2,000
+// (rcTooMany).
 ORX_API cv::Mat planeCovariance(const TPlaneCalibration& calibration, const std::vector<cv::Point2d>& pixels,
                                 const cv::Mat& pixelCovariance = {});
 
 // A file that calibrateDataFromFile (calibration_file.h) reads, too, with the plane beside the camera: the
 // extension chooses the format, .json, .xml, else YAML. As there it replaces an earlier file once it is whole
 // on the disk. plNoTarget or whatever the status is for a calibration that is not valid; plUnwritable for
-// numbers that are not finite, and for a path that leads to no regular file, that may not be written, or on
-// whose disk there is no room. Nothing changes then.
+// numbers that are not finite or of no camera (rcNotFinite), for what OpenCV can't write (rcFailed), and for
+// a path that leads to no regular file, that may not be written, or on whose disk there is no room. Nothing
+// changes then.
 ORX_API TPlaneStatus writePlaneCalibration(const std::string& fileName, const TPlaneCalibration& calibration);
 
 // A calibration that is not valid, of the status plUnreadable, for a file that can't be opened or understood,

@@ -6,7 +6,10 @@
 
 #include "orxFunctions/calibration/calibration_text_internal.h"
 #include "orxFunctions/calibration/description_internal.h"
+#include "orxFunctions/calibration/plane/plane_refusal.h"
 #include "orxFunctions/calibration/plane/plausible.h"
+#include "orxFunctions/foundation/file_refusal_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -119,29 +122,39 @@ TPlaneCalibration unreadable(const std::string& problem) {
 }  // namespace
 
 TPlaneStatus writePlaneCalibration(const std::string& fileName, const TPlaneCalibration& calibration) {
-    if (!calibration.valid()) return calibration.status;
-    if (!plane::flawOf(calibration).empty()) return plUnwritable;
-    try {
-        const auto result = writeCalibrationText(fileName, textOf(calibration, fileName));
-        return result == platform::ReplaceResult::kReplaced ? plOk : plUnwritable;
-    } catch (const std::exception&) {
+    constexpr const char* kFunction = "writePlaneCalibration";
+    if (!plane::takesCalibration(calibration, kFunction)) return calibration.status;
+    const std::string flaw = plane::flawOf(calibration);
+    if (!flaw.empty()) {
+        refuse(rcNotFinite, kFunction, "what no camera can have: %s", flaw.c_str());
         return plUnwritable;
     }
+    try {
+        const auto result = writeCalibrationText(fileName, textOf(calibration, fileName));
+        if (result == platform::ReplaceResult::kReplaced) return plOk;
+        refuseToWrite(kFunction, platform::toPath(fileName));
+    } catch (const std::exception& error) {
+        refuse(rcFailed, kFunction, "%s", error.what());
+    }
+    return plUnwritable;
 }
 
 TPlaneCalibration readPlaneCalibration(const std::string& fileName) {
+    constexpr const char* kFunction = "readPlaneCalibration";
+    std::string text;
+    if (!readCalibrationText(fileName, text, kFunction))
+        return unreadable("the file can't be read, or is too large");
+    TPlaneCalibration calibration;
+    std::string problem;
     try {
-        std::string text;
-        if (!readCalibrationText(fileName, text))
-            return unreadable("the file can't be read, or is too large");
-        TPlaneCalibration calibration;
-        const std::string problem = parse(text, calibration);
-        if (!problem.empty()) return unreadable(problem);
-        calibration.status = plOk;
-        return calibration;
+        problem = parse(text, calibration);
     } catch (const std::exception&) {  // OpenCV's for what it can't parse, or no memory for a stated size
-        return unreadable("the text is none of a calibration");
+        problem = "the text is none of a calibration";
     }
+    calibration.status = plOk;
+    if (!problem.empty()) calibration = unreadable(problem);
+    plane::tellResult(calibration, kFunction);
+    return calibration;
 }
 
 }  // namespace orx

@@ -45,7 +45,9 @@ struct TTargetView {
 };
 
 // Looks for the whole target. Pictures are 8- or 16-bit unsigned with 1 to 4 channels, 20 to 32,767 pixels a
-// side; anything else, options outside of their ranges among it, is answered by a view that is not found.
+// side; anything else, options outside of their ranges among it, is answered by a view that is not found
+// (rcEmptyImage, rcImageType, rcImageDimensions, rcImageSize, rcOption; rcNoResult where the target is not
+// seen, rcFailed where OpenCV gives up).
 //
 // Rows and columns are numbered so that the millimetres' axes turn as the pixels' do (x to y clockwise on the
 // screen), and that the rows lead to the right as far as the target allows: a board that looks the same half
@@ -67,7 +69,7 @@ struct TTargetPage {
 
 // The page as a file of SVG, or of PDF, to scale; the target in its middle. Empty where options are outside
 // of their ranges or the target, with a white margin of a pitch around it (of a quarter for dots), does not
-// fit.
+// fit (rcOption).
 ORX_API std::string targetToSvg(const TTarget& target, const TTargetPage& page = {});
 ORX_API std::string targetToPdf(const TTarget& target, const TTargetPage& page = {});
 

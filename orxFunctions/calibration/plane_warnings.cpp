@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "orxFunctions/calibration/plane/mapping.h"
+#include "orxFunctions/calibration/plane/plane_refusal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 
 namespace orx {
@@ -83,7 +84,7 @@ void addRoughViews(const TPlaneCalibration& calibration, const std::vector<TTarg
 std::vector<std::string> planeWarnings(const TPlaneCalibration& calibration,
                                        const std::vector<TTargetView>& views) {
     std::vector<std::string> warnings;
-    if (!calibration.valid()) return warnings;
+    if (!plane::takesCalibration(calibration, "planeWarnings")) return warnings;
     const std::string empty = emptyParts(calibration.imageSize, views);
     if (calibration.lens && !empty.empty())
         warnings.push_back("no point of the target lay in these parts of the picture: " + empty +

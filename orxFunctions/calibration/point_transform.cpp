@@ -4,6 +4,7 @@
 
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/message_colours_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -74,17 +75,23 @@ cv::Vec3d meanOffset(const cv::Matx33d& r, const std::vector<cv::Point3d>& listA
     return {x / n, y / n, z / n};
 }
 
-bool refuse(const char* message) {
-    APPshowMessage(message, kErrorColor);
-    return false;
+bool areMatched(std::size_t sizeA, std::size_t sizeB, std::size_t fewest, const char* function) {
+    if (sizeA != sizeB)
+        return refuse(rcSizesDiffer, function, "the lists have %zu and %zu points", sizeA, sizeB);
+    return sizeA >= fewest ||
+           refuse(rcTooFew, function, "the lists have %zu points; %zu at least are taken", sizeA, fewest);
 }
 
 }  // namespace
 
 bool calcAXequalsB(const std::vector<cv::Point3d>& listA, const std::vector<cv::Point3d>& listB,
                    cv::Mat& result) {
-    if (listA.size() != listB.size()) return refuse("calcAXequalsB aListA.size()!= aListB.size()");
-    if (listA.size() < 4) return refuse("calcAXequalsB aListA.size()<4");
+    if (!areMatched(listA.size(), listB.size(), 4, "calcAXequalsB")) {
+        APPshowMessage(listA.size() != listB.size() ? "calcAXequalsB aListA.size()!= aListB.size()"
+                                                    : "calcAXequalsB aListA.size()<4",
+                       kErrorColor);
+        return false;
+    }
 
     // The method forms the differences of all pairs, (a_j - a_i) and (b_j - b_i), and sums their products.
     // That sum over n * (n - 1) / 2 pairs is n times the sum over the n centred points.
@@ -103,7 +110,7 @@ bool calcAXequalsB(const std::vector<cv::Point3d>& listA, const std::vector<cv::
 }
 
 cv::Mat cpuTrsfMat(std::vector<cv::Point3f> list1, std::vector<cv::Point3f> list2) {
-    if (list1.size() != list2.size() || list1.size() < 3) return {};
+    if (!areMatched(list1.size(), list2.size(), 3, "cpuTrsfMat")) return {};
     const Decomposition svd(crossCovariance(list1, list2));
     const cv::Matx33d v = svd.vt.t();
     // Unlike above the guard is always applied: the determinant is 1 or, for a reflection, -1.

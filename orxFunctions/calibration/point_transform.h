@@ -18,13 +18,13 @@
 namespace orx {
 
 // The 4x4 transform [R t; 0 0 0 1] (CV_64F) with b_i = R * a_i + t as nearly as possible. The choice for
-// calibration, where the translation counts. False for lists of different length or of fewer than 4 points,
-// each with a message to the user in colour 1; `result` is then untouched.
+// calibration, where the translation counts. False for lists of different length (rcSizesDiffer) or of fewer
+// than 4 points (rcTooFew), each with a message to the user in colour 1; `result` is then untouched.
 ORX_API bool calcAXequalsB(const std::vector<cv::Point3d>& listA, const std::vector<cv::Point3d>& listB,
                            cv::Mat& result);
 
 // The 3x3 rotation (CV_64F) alone, between the lists moved to their centroids; sums are doubles. An empty
-// matrix for lists of different length or of fewer than 3 points; nothing is reported.
+// matrix for lists of different length (rcSizesDiffer) or of fewer than 3 points (rcTooFew); no message.
 ORX_API cv::Mat cpuTrsfMat(std::vector<cv::Point3f> list1, std::vector<cv::Point3f> list2);
 
 }  // namespace orx

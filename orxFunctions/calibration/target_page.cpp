@@ -111,7 +111,7 @@ std::string pdfFile(const TTargetPage& page, const std::string& commands) {
 
 std::string targetToSvg(const TTarget& target, const TTargetPage& page) {
     Layout layout;
-    if (!plane::layOut(target, page, layout)) return {};
+    if (!plane::layOut(target, page, layout, "targetToSvg")) return {};
     const std::string width = number(page.width);
     const std::string height = number(page.height);
     std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "mm\" height=\"" +
@@ -133,7 +133,7 @@ std::string targetToSvg(const TTarget& target, const TTargetPage& page) {
 
 std::string targetToPdf(const TTarget& target, const TTargetPage& page) {
     Layout layout;
-    if (!plane::layOut(target, page, layout)) return {};
+    if (!plane::layOut(target, page, layout, "targetToPdf")) return {};
     PdfCanvas canvas(page.height);
     for (const cv::Rect2d& r : layout.squares) canvas.rectangle(r);
     for (const cv::Point2d& p : layout.dots) canvas.disk(p, layout.dotRadius);

@@ -14,10 +14,10 @@ namespace orx {
 // may leave FILE.0.new behind. The new file has the rights of the earlier one, links are followed. What
 // results and recipes are worth writing with; each file costs the disk's time of a write (milliseconds).
 //
-// False, with nothing changed (rcFileUnwritable), for a path that leads to a folder, a device or a pipe, a
-// file that may not be written, a folder that is missing or takes no new file, and a disk without room. A
-// name in bytes becomes a path by std::filesystem::u8path. Reentrant; of two that write the same file at once
-// one wins.
+// False, with nothing changed (rcFileName, rcFileUnwritable), for a path that leads to a folder, a device or
+// a pipe, a file that may not be written, a folder that is missing or takes no new file, and a disk without
+// room. A name in bytes becomes a path by std::filesystem::u8path. Reentrant; of two that write the same file
+// at once one wins.
 ORX_API bool writeWholeFile(const std::filesystem::path& file, const std::string& bytes);
 
 // Not by itself: on Windows each byte would be taken for a character.

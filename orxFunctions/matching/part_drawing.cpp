@@ -7,7 +7,9 @@
 #include <string>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/matching/model/model_data.h"
+#include "orxFunctions/matching/model/teach_report.h"
 
 namespace orx {
 namespace {
@@ -105,11 +107,15 @@ class PartPainter {
     int thickness_;
 };
 
+bool isDrawable(const cv::Mat& img, const TPartModel& model, const char* function) {
+    return takesPicture(img, function) && matching::takesModel(model, function);
+}
+
 }  // namespace
 
 void drawPartModel(cv::Mat& img, const TPartModel& model, const TPartPose& pose,
                    const TPartColours& colours) {
-    if (!isPicture(img) || !model.valid()) return;
+    if (!isDrawable(img, model, "drawPartModel")) return;
     PartPainter painter(img, colours);
     painter.drawOutline(model.data()->outline, pose, {});
     painter.drawPose(pose, model.report().radius);
@@ -117,7 +123,7 @@ void drawPartModel(cv::Mat& img, const TPartModel& model, const TPartPose& pose,
 
 void drawFoundParts(cv::Mat& img, const TPartModel& model, const std::vector<TFoundPart>& parts,
                     const TPartColours& colours) {
-    if (!isPicture(img) || !model.valid()) return;
+    if (!isDrawable(img, model, "drawFoundParts")) return;
     PartPainter painter(img, colours);
     for (std::size_t i = 0; i < parts.size(); ++i) {
         painter.drawOutline(model.data()->outline, parts[i].pose, parts[i].seen);

@@ -1,8 +1,9 @@
 // Drawing models and found parts over pictures.
 //
-// Pictures are 8- or 16-bit unsigned with 1 to 4 channels; others are left alone, and so is everything for a
-// model that is not valid(). What lies outside of the picture, or nowhere at all, is not drawn. Colours are
-// BGR of 0 to 255; grey pictures get their brightness. Reentrant, on pictures of their own.
+// Pictures are 8- or 16-bit unsigned with 1 to 4 channels; others are left alone (rcEmptyImage, rcImageType,
+// rcImageDimensions), and so is everything for a model that is not valid() (rcNotReady). What lies outside of
+// the picture, or nowhere at all, is not drawn. Colours are BGR of 0 to 255; grey pictures get their
+// brightness. Reentrant, on pictures of their own.
 #ifndef ORXFUNCTIONS_MATCHING_PART_DRAWING_H
 #define ORXFUNCTIONS_MATCHING_PART_DRAWING_H
 

@@ -7,8 +7,12 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/image_noise.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/matching/model/byte_grey.h"
 #include "orxFunctions/matching/model/model_data.h"
 #include "orxFunctions/matching/model/pyramid.h"
+#include "orxFunctions/matching/model/teach_report.h"
 #include "orxFunctions/matching/refine/overlap.h"
 #include "orxFunctions/matching/refine/refinement.h"
 #include "orxFunctions/matching/search/candidates.h"
@@ -33,37 +37,44 @@ constexpr double kScaleSlack = 0.01;
 constexpr double kLargestAngle = 1e6;
 
 bool isAcceptable(const TFindOptions& options) {
-    return isBetween(options.startAngle, -kLargestAngle, kLargestAngle) &&
-           isBetween(options.angleRange, 0, 360) && isBetween(options.minScale, 0.2, 5) &&
-           isBetween(options.maxScale, options.minScale, 5) && options.polarity >= ppSame &&
-           options.polarity <= ppEither && isBetween(options.minScore, 0.1, 1) &&
-           isBetween(options.maxParts, 1, 10000) && isBetween(options.maxOverlap, 0, 1) &&
-           isBetween(options.greediness, 0, 1) && isBetween(options.minContrast, 0, 255) &&
-           isBetween(options.noise, 0, 255);
+    return takesOptions("findParts", {{"startAngle", options.startAngle, -kLargestAngle, kLargestAngle},
+                                      {"angleRange", options.angleRange, 0, 360},
+                                      {"minScale", options.minScale, 0.2, 5},
+                                      {"maxScale", options.maxScale, options.minScale, 5},
+                                      {"polarity", static_cast<double>(options.polarity), ppSame, ppEither},
+                                      {"minScore", options.minScore, 0.1, 1},
+                                      {"maxParts", static_cast<double>(options.maxParts), 1, 10000},
+                                      {"maxOverlap", options.maxOverlap, 0, 1},
+                                      {"greediness", options.greediness, 0, 1},
+                                      {"minContrast", options.minContrast, 0, 255},
+                                      {"noise", options.noise, 0, 255}});
 }
 
 bool isWhole(const cv::Rect& region) { return region == cv::Rect(); }
 
 bool liesIn(const cv::Rect& region, cv::Size size) {
     const auto end = [](int from, int length) { return std::int64_t{from} + length; };
-    return region.x >= 0 && region.y >= 0 && region.width > 0 && region.height > 0 &&
-           end(region.x, region.width) <= size.width && end(region.y, region.height) <= size.height;
+    if (region.x >= 0 && region.y >= 0 && region.width > 0 && region.height > 0 &&
+        end(region.x, region.width) <= size.width && end(region.y, region.height) <= size.height) {
+        return true;
+    }
+    return refuse(rcOutside, "findParts",
+                  "the region at %d, %d of %d x %d is not inside the picture of %d x %d", region.x, region.y,
+                  region.width, region.height, size.width, size.height);
+}
+
+bool isUsable(const TPartModel& model) {
+    if (!matching::takesModel(model, "findParts")) return false;
+    if (!model.data()->outline.empty() && !model.data()->levels.empty()) return true;
+    return refuse(rcNotReady, "findParts", "the model holds no outline");
 }
 
 TMatchStatus statusOf(const cv::Mat& img, const TPartModel& model, const TFindOptions& options) {
-    if (!isPicture(img)) return msBadImage;
-    if (!model.valid() || model.data()->outline.empty() || model.data()->levels.empty()) return msBadModel;
+    if (!takesPicture(img, "findParts")) return msBadImage;
+    if (!isUsable(model)) return msBadModel;
     if (!isAcceptable(options)) return msBadOptions;
     if (!isWhole(options.region) && !liesIn(options.region, img.size())) return msBadRegion;
     return msOk;
-}
-
-cv::Mat byteGrey(const cv::Mat& img) {
-    const cv::Mat grey = greyOf(img);
-    if (grey.depth() == CV_8U) return grey;
-    cv::Mat bytes;
-    grey.convertTo(bytes, CV_8U, 1 / levelUnit(img));
-    return bytes;
 }
 
 // After which turn the part looks the same, degrees; 0 for every turn.
@@ -205,7 +216,7 @@ TFindResult findParts(const cv::Mat& img, const TPartModel& model, const TFindOp
     result.status = statusOf(img, model, options);
     if (result.status != msOk) return result;
     const ModelData& data = *model.data();
-    const cv::Mat grey = byteGrey(img);
+    const cv::Mat grey = matching::byteGrey(img);
     const TFindOptions all = completed(options, grey, data);
     const std::vector<cv::Mat> pyramid = matching::makePyramid(grey, static_cast<int>(data.levels.size()));
     const std::vector<Candidate> candidates = matching::searchCandidates(pyramid, data, all);

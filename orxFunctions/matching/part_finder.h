@@ -98,17 +98,18 @@ struct TFindResult {
 
 // Finds a part in a picture: 8- or 16-bit unsigned, 1 to 4 channels; colour is weighted to grey, and 16-bit
 // levels are rounded to 8 bits. Parts may lie outside of the picture in part, as far as the rest reaches
-// minScore.
+// minScore; in a picture that is too small for as much of the outline there are none.
 //
 // Angles are told in [startAngle, startAngle + 360), or the 360/symmetry of it that a symmetric part
 // (TTeachReport::symmetry) looks different in; where angleRange is less, as near to the middle of the range
 // as the symmetry allows. A part that looks the same at every angle has startAngle. Parts may be up to a
 // degree and a hundredth of the scale beyond the limits asked for, so that one just at a limit is not lost.
 //
-// No parts, and a status: msBadImage for what is no picture, msBadModel for a model that is not valid(),
-// msBadOptions for an option out of its range or not finite, msBadRegion for a region that is not empty and
-// not inside the picture; looked for in this order. Reentrant; the result does not depend on the number of
-// threads. Nothing throws.
+// No parts, and a status: msBadImage for what is no picture (rcEmptyImage, rcImageType, rcImageDimensions),
+// msBadModel for a model that is not valid() (rcNotReady), msBadOptions for an option out of its range or not
+// finite (rcOption), msBadRegion for a region that is not empty and not inside the picture (rcOutside);
+// looked for in this order. A part that is not there is no refusal. Reentrant; the result does not depend on
+// the number of threads. Nothing throws.
 ORX_API TFindResult findParts(const cv::Mat& img, const TPartModel& model, const TFindOptions& options = {});
 
 }  // namespace orx

@@ -116,8 +116,10 @@ class ORX_API TPartModel {
 // the outline, or over a fiftieth of it in all, tells one turn from another. Takes about as long as four runs
 // of the edge finder on the region.
 //
-// A model that is not valid() tells in its report why: msBadImage, msBadRegion (an empty mask, too),
-// msBadOptions, msTooFewEdges (fewer than 16 points), msTooLarge (more than 200,000).
+// A model that is not valid() tells in its report why: msBadImage (rcEmptyImage, rcImageType,
+// rcImageDimensions), msBadRegion (rcOutside, for an empty mask, too; rcSizesDiffer for one of another kind
+// or size), msBadOptions (rcOption), msTooFewEdges (fewer than 16 points; rcTooFew), msTooLarge (more than
+// 200,000; rcTooMany).
 ORX_API TPartModel teachPart(const cv::Mat& img, const cv::Rect& region, const TTeachOptions& options = {});
 ORX_API TPartModel teachPart(const cv::Mat& img, const std::vector<cv::Point2d>& polygon,
                              const TTeachOptions& options = {});

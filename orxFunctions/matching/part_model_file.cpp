@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "orxFunctions/foundation/file_refusal_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/matching/model/model_bytes.h"
 #include "orxFunctions/matching/model/model_data.h"
 #include "orxFunctions/matching/model/teach_report.h"
@@ -26,27 +28,36 @@ bool readBytes(const std::string& path, std::string& bytes) {
     return std::ferror(file.get()) == 0;
 }
 
+TPartModel modelOf(const std::string& bytes, const char* function) {
+    auto model = std::make_shared<matching::ModelData>();
+    if (matching::modelOfBytes(bytes, *model)) return TPartModel(std::move(model));
+    refuse(rcFileFormat, function, "the %zu bytes are no part model, or not all of one", bytes.size());
+    return matching::refusedModel(msUnreadable);
+}
+
 }  // namespace
 
 TMatchStatus writePartModel(const std::string& path, const TPartModel& model) {
-    if (!model.valid()) return msBadModel;
-    const auto result = platform::replaceFile(platform::toPath(path), partModelToBytes(model));
-    return result == platform::ReplaceResult::kReplaced ? msOk : msUnwritable;
+    if (!matching::takesModel(model, "writePartModel")) return msBadModel;
+    const std::filesystem::path file = platform::toPath(path);
+    const auto result = platform::replaceFile(file, matching::bytesOfModel(*model.data()));
+    if (result == platform::ReplaceResult::kReplaced) return msOk;
+    refuseToWrite("writePartModel", file);
+    return msUnwritable;
 }
 
 TPartModel readPartModel(const std::string& path) {
     std::string bytes;
-    return readBytes(path, bytes) ? partModelFromBytes(bytes) : matching::refusedModel(msUnreadable);
+    if (readBytes(path, bytes)) return modelOf(bytes, "readPartModel");
+    refuseToRead("readPartModel", platform::toPath(path));
+    return matching::refusedModel(msUnreadable);
 }
 
 std::string partModelToBytes(const TPartModel& model) {
-    return model.valid() ? matching::bytesOfModel(*model.data()) : std::string();
+    return matching::takesModel(model, "partModelToBytes") ? matching::bytesOfModel(*model.data())
+                                                           : std::string();
 }
 
-TPartModel partModelFromBytes(const std::string& bytes) {
-    auto model = std::make_shared<matching::ModelData>();
-    if (!matching::modelOfBytes(bytes, *model)) return matching::refusedModel(msUnreadable);
-    return TPartModel(std::move(model));
-}
+TPartModel partModelFromBytes(const std::string& bytes) { return modelOf(bytes, "partModelFromBytes"); }
 
 }  // namespace orx

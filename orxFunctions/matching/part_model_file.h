@@ -16,19 +16,22 @@ namespace orx {
 
 // Writes the file, replacing one that exists once the new one is whole on the disk: a full disk or the end of
 // the process leaves the earlier one (a killed process, perhaps, PATH.0.new beside it). The folder must take
-// a new file. msBadModel for a model that is not valid(); msUnwritable for a path that leads to no regular
-// file, that may not be written, or on whose disk there is no room. Nothing changes then.
+// a new file. msBadModel for a model that is not valid() (rcNotReady); msUnwritable for a path that leads to
+// no regular file, that may not be written, or on whose disk there is no room (rcFileName, rcFileUnwritable).
+// Nothing changes then.
 ORX_API TMatchStatus writePartModel(const std::string& path, const TPartModel& model);
 
 // Reads what writePartModel wrote. A model that is not valid(), of the status msUnreadable, for a file that
-// can't be opened, that is cut or changed in any byte, of another version, or that holds what no model can:
-// every number is checked, and sizes before memory is taken for them.
+// can't be opened (rcFileName, rcFileMissing, rcFileUnreadable), that is cut or changed in any byte, of
+// another version, or that holds what no model can (rcFileFormat): every number is checked, and sizes before
+// memory is taken for them.
 ORX_API TPartModel readPartModel(const std::string& path);
 
-// The bytes of that file, for a recipe or a database that holds the model; none for one that is not valid().
+// The bytes of that file, for a recipe or a database that holds the model; none for one that is not valid()
+// (rcNotReady).
 ORX_API std::string partModelToBytes(const TPartModel& model);
 
-// The model in such bytes, refused like a file.
+// The model in such bytes, refused like a file (rcFileFormat).
 ORX_API TPartModel partModelFromBytes(const std::string& bytes);
 
 }  // namespace orx

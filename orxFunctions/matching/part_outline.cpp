@@ -5,8 +5,9 @@
 #include <memory>
 #include <utility>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/matching/model/bounds.h"
 #include "orxFunctions/matching/model/filled_outline.h"
 #include "orxFunctions/matching/model/model_data.h"
@@ -27,11 +28,29 @@ constexpr double kLargestPainting = 4000;
 constexpr int kBright = 200;
 
 bool isAcceptable(const TDrawingOptions& options) {
-    const auto isNear = [](double v) { return isBetween(v, -1e12, 1e12); };
-    return isBetween(options.pixelsPerUnit, 1e-9, 1e9) && isBetween(options.brightSide, bsUnknown, bsRight) &&
-           isBetween(options.sigma, 0.5, 5) && isBetween(options.levels, 0, matching::kMostLevels) &&
-           isBetween(options.direction, -1e6, 1e6) &&
-           (!options.hasReference || (isNear(options.reference.x) && isNear(options.reference.y)));
+    constexpr double kFar = 1e12;
+    const cv::Point2d reference = options.hasReference ? options.reference : cv::Point2d();
+    return takesOptions("teachPart",
+                        {{"pixelsPerUnit", options.pixelsPerUnit, 1e-9, 1e9},
+                         {"brightSide", static_cast<double>(options.brightSide), bsUnknown, bsRight},
+                         {"sigma", options.sigma, 0.5, 5},
+                         {"levels", static_cast<double>(options.levels), 0, matching::kMostLevels},
+                         {"direction", options.direction, -1e6, 1e6},
+                         {"reference.x", reference.x, -kFar, kFar},
+                         {"reference.y", reference.y, -kFar, kFar}});
+}
+
+// msOk, msBadOutline or msTooLarge, refused in the name of teachPart.
+TMatchStatus checkDrawing(const std::vector<TOutline>& outlines) {
+    const TMatchStatus status = matching::checkOutlines(outlines);
+    if (status == msBadOutline)
+        refuse(rcDegenerate, "teachPart",
+               "there is no piece or more than 100000, or one is not finite, of no length or beyond a full "
+               "turn");
+    if (status == msTooLarge)
+        refuse(rcTooMany, "teachPart",
+               "the outline is longer than 200000 pixels, or more than 1e6 pixels from the origin");
+    return status;
 }
 
 // Everything that is drawn, a chain for each outline.
@@ -171,13 +190,14 @@ TOutlinePiece outlineArc(cv::Point2d centre, double radius, double startAngle, d
 TPartModel teachPart(const std::vector<TOutline>& drawing, const TDrawingOptions& options) {
     if (!isAcceptable(options)) return matching::refusedModel(msBadOptions);
     const std::vector<TOutline> outlines = matching::inPixels(drawing, options.pixelsPerUnit, options.yIsUp);
-    const TMatchStatus status = matching::checkOutlines(outlines);
+    const TMatchStatus status = checkDrawing(outlines);
     if (status != msOk) return matching::refusedModel(status);
 
     auto data = std::make_shared<ModelData>();
     const std::vector<OutlinePoint> samples = samplesOf(outlines, options.brightSide != bsRight);
     data->outline = matching::undisturbed(samples, options.sigma);
-    if (data->outline.size() < matching::kLeastPoints) return matching::refusedModel(msTooFewEdges);
+    const TMatchStatus count = matching::checkCount(data->outline.size());
+    if (count != msOk) return matching::refusedModel(count);
     data->sigma = options.sigma;
     data->signsAreKnown = options.brightSide != bsUnknown;
 
@@ -198,7 +218,11 @@ TPartModel teachPart(const std::vector<TOutline>& drawing, const TDrawingOptions
     if (options.hasReference) {
         reference = cv::Point2d(options.reference.x, up * options.reference.y) * options.pixelsPerUnit;
     }
-    if (std::hypot(reference.x, reference.y) > matching::kFarthest) return matching::refusedModel(msTooLarge);
+    if (std::hypot(reference.x, reference.y) > matching::kFarthest) {
+        refuse(rcOption, "teachPart", "the reference lies %g, %g pixels from the origin; 1e6 is taken",
+               reference.x, reference.y);
+        return matching::refusedModel(msTooLarge);
+    }
     const TPartPose plane = invertPose({reference.x, reference.y, up * options.direction, 1});
     for (std::vector<OutlinePoint>& points : levels) {
         moveTo(points, plane);

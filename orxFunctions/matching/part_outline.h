@@ -60,9 +60,10 @@ struct TDrawingOptions {
 // or of what surrounds it, everywhere) or of unknown sides, coarser levels hold what the filled drawing looks
 // like instead: teeth too fine for a level become the circle that they stand on.
 //
-// msBadOutline: a number that is not finite, a piece of no length, a sweep beyond a full turn, no piece or
-// more than 100,000. msTooLarge: more than 200,000 pixels of outline, or farther than 1e6 pixels from the
-// drawing's origin. msBadOptions, msTooFewEdges as for pictures. Reentrant.
+// msBadOutline (rcDegenerate): a number that is not finite, a piece of no length, a sweep beyond a full turn,
+// no piece or more than 100,000. msTooLarge: more than 200,000 pixels of outline, or farther than 1e6 pixels
+// from the drawing's origin (rcTooMany), or a reference that is (rcOption). msBadOptions (rcOption),
+// msTooFewEdges (rcTooFew) as for pictures. Reentrant.
 ORX_API TPartModel teachPart(const std::vector<TOutline>& drawing, const TDrawingOptions& options = {});
 
 }  // namespace orx

@@ -4,8 +4,9 @@
 #include <cmath>
 #include <memory>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/matching/model/bounds.h"
 #include "orxFunctions/matching/model/model_data.h"
 #include "orxFunctions/matching/model/teach_edges.h"
@@ -22,12 +23,18 @@ using matching::TeachPyramid;
 using matching::TeachRegion;
 
 bool isAcceptable(const TTeachOptions& options) {
-    return isBetween(options.sigma, 0.5, 5) && isBetween(options.minContrast, 0, 255) &&
-           isBetween(options.levels, 0, matching::kMostLevels) && isBetween(options.direction, -1e6, 1e6) &&
-           (!options.hasReference ||
-            (isBetween(options.reference.x, -matching::kFarthest, matching::kFarthest) &&
-             isBetween(options.reference.y, -matching::kFarthest, matching::kFarthest)));
+    constexpr double kFar = matching::kFarthest;
+    const cv::Point2d reference = options.hasReference ? options.reference : cv::Point2d();
+    return takesOptions("teachPart",
+                        {{"sigma", options.sigma, 0.5, 5},
+                         {"minContrast", options.minContrast, 0, 255},
+                         {"levels", static_cast<double>(options.levels), 0, matching::kMostLevels},
+                         {"direction", options.direction, -1e6, 1e6},
+                         {"reference.x", reference.x, -kFar, kFar},
+                         {"reference.y", reference.y, -kFar, kFar}});
 }
+
+TPartModel refuseImage() { return matching::refusedModel(msBadImage); }
 
 // From pixels of the picture into the model's plane.
 void moveIntoPlane(std::vector<OutlinePoint>& points, const TPartPose& taught) {
@@ -60,7 +67,11 @@ std::vector<std::vector<OutlinePoint>> levelsOf(const TeachPyramid& pyramid,
 }
 
 TPartModel teach(const cv::Mat& img, const TeachRegion& region, const TTeachOptions& options) {
-    if (region.box.empty()) return matching::refusedModel(msBadRegion);
+    if (region.box.empty()) {
+        refuse(rcOutside, "teachPart", "the region holds no pixel, or is not inside the picture of %d x %d",
+               img.cols, img.rows);
+        return matching::refusedModel(msBadRegion);
+    }
     if (!isAcceptable(options)) return matching::refusedModel(msBadOptions);
     const int levels = options.levels > 0
                            ? options.levels
@@ -68,8 +79,8 @@ TPartModel teach(const cv::Mat& img, const TeachRegion& region, const TTeachOpti
     const TeachPyramid pyramid(img, region, levels, matching::marginFor(options.sigma));
     auto data = std::make_shared<ModelData>();
     data->outline = matching::findOutline(pyramid, region, options.sigma, options.minContrast);
-    if (data->outline.size() < matching::kLeastPoints) return matching::refusedModel(msTooFewEdges);
-    if (data->outline.size() > matching::kMostPoints) return matching::refusedModel(msTooLarge);
+    const TMatchStatus status = matching::checkCount(data->outline.size());
+    if (status != msOk) return matching::refusedModel(status);
 
     const cv::Point2d reference =
         options.hasReference ? options.reference : matching::boundsOf(data->outline).middle();
@@ -88,18 +99,23 @@ TPartModel teach(const cv::Mat& img, const TeachRegion& region, const TTeachOpti
 }  // namespace
 
 TPartModel teachPart(const cv::Mat& img, const cv::Rect& region, const TTeachOptions& options) {
-    if (!isPicture(img)) return matching::refusedModel(msBadImage);
+    if (!takesPicture(img, "teachPart")) return refuseImage();
     return teach(img, matching::regionOf(region, img.size()), options);
 }
 
 TPartModel teachPart(const cv::Mat& img, const std::vector<cv::Point2d>& polygon,
                      const TTeachOptions& options) {
-    if (!isPicture(img)) return matching::refusedModel(msBadImage);
+    if (!takesPicture(img, "teachPart")) return refuseImage();
     return teach(img, matching::regionOf(polygon, img.size()), options);
 }
 
 TPartModel teachPart(const cv::Mat& img, const cv::Mat& mask, const TTeachOptions& options) {
-    if (!isPicture(img)) return matching::refusedModel(msBadImage);
+    if (!takesPicture(img, "teachPart")) return refuseImage();
+    if (mask.dims > 2 || mask.type() != CV_8UC1 || mask.size() != img.size()) {
+        refuse(rcSizesDiffer, "teachPart",
+               "the mask is not of one channel of 8 bits and %d x %d as the picture", img.cols, img.rows);
+        return matching::refusedModel(msBadRegion);
+    }
     return teach(img, matching::regionOf(mask, img.size()), options);
 }
 

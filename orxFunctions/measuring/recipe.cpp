@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "orxFunctions/foundation/file_refusal_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/measuring/recipe/recipe_data.h"
 #include "orxFunctions/platform/file_access_internal.h"
 
@@ -31,6 +33,12 @@ const std::shared_ptr<const recipes::RecipeData>& emptyRecipe() {
         return std::shared_ptr<const recipes::RecipeData>(std::move(data));
     }();
     return kEmpty;
+}
+
+void tellProblems(const recipes::RecipeData& data, const char* function) {
+    if (!data.problems.empty())
+        refuse(rcFileFormat, function, "%zu problems; the first: %s", data.problems.size(),
+               data.problems.front().sentence().c_str());
 }
 
 }  // namespace
@@ -73,6 +81,7 @@ TRecipeResult TRecipe::run(const cv::Mat& img) const { return recipes::runRecipe
 TRecipe parseRecipe(const std::string& text, const std::string& folder) {
     auto data = std::make_shared<recipes::RecipeData>();
     recipes::readRecipeText(text, folder, *data);
+    tellProblems(*data, "parseRecipe");
     return TRecipe(std::move(data));
 }
 
@@ -82,10 +91,14 @@ TRecipe readRecipe(const std::string& fileName) {
     if (!platform::leadsToFile(path) || !readText(path, text)) {
         auto data = std::make_shared<recipes::RecipeData>();
         data->problems.push_back({0, "", "the file can't be read: " + fileName});
+        refuseToRead("readRecipe", path);
         return TRecipe(std::move(data));
     }
     const std::size_t end = fileName.find_last_of("/\\");
-    return parseRecipe(text, end == std::string::npos ? "." : fileName.substr(0, end + 1));
+    auto data = std::make_shared<recipes::RecipeData>();
+    recipes::readRecipeText(text, end == std::string::npos ? "." : fileName.substr(0, end + 1), *data);
+    tellProblems(*data, "readRecipe");
+    return TRecipe(std::move(data));
 }
 
 }  // namespace orx

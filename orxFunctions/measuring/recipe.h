@@ -71,7 +71,9 @@ class ORX_API TRecipe {
 
     // Measures the part in a picture: 8- or 16-bit unsigned, 1 to 4 channels. Every target has its value in
     // the result, in the same order, whatever happens: what could not be measured says why. A recipe that is
-    // not valid() gives a result without values, whose problem says so.
+    // not valid() gives a result without values, whose problem says so (rcNotReady). Other problems of the
+    // whole are rcEmptyImage, rcImageType, rcImageDimensions, rcSizesDiffer where the calibration is of
+    // pictures of another size, and rcNoResult for a part that is not there.
     TRecipeResult run(const cv::Mat& img) const;
 
     // For the parts of the library that read, run and draw recipes.
@@ -83,11 +85,13 @@ class ORX_API TRecipe {
 
 // Reads a recipe from its text (UTF-8 JSON). Names of files in it are relative to `folder`; they are read at
 // once, so that a recipe that is valid() needs nothing more. The text is at most 4 MiB, 16 deep, with at
-// most 500 features and 2,000 values; all that is wrong with it is told, up to 100 problems. Reentrant.
+// most 500 features and 2,000 values; all that is wrong with it is told, up to 100 problems
+// (rcFileFormat). Reentrant.
 ORX_API TRecipe parseRecipe(const std::string& text, const std::string& folder = ".");
 
 // The recipe in a file, whose folder is that of the files it names. The file's name as in the library's other
-// file functions. Reentrant.
+// file functions. One that is not valid() for what can't be read (rcFileName, rcFileMissing,
+// rcFileUnreadable), or is no recipe (rcFileFormat). Reentrant.
 ORX_API TRecipe readRecipe(const std::string& fileName);
 
 }  // namespace orx

@@ -8,6 +8,7 @@
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/image_noise.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/measuring/recipe/draw_proposal.h"
 #include "orxFunctions/measuring/recipe/frame.h"
 #include "orxFunctions/measuring/recipe/json_text.h"
@@ -149,39 +150,48 @@ class Proposer {
     Proposer(const cv::Mat& img, const TProposalOptions& options) : img_(img), options_(options) {}
 
     TProposal run() {
-        if (!isPicture(img_)) return refused("no picture, or of a kind that is not supported");
+        if (!takesPicture(img_, kFunction)) {
+            proposal_.problem = "no picture, or of a kind that is not supported";
+            return std::move(proposal_);
+        }
         const cv::Rect whole(cv::Point(), img_.size());
         const cv::Rect wanted = options_.region.area() > 0 ? options_.region : whole;
         if (!isUsable(options_) || (wanted & whole) != wanted)
-            return refused("an option is outside of its range");
+            return refused(rcOption, "an option is outside of its range");
         findEdges(wanted);
-        if (!teach()) return refused(proposal_.problem);
+        if (!teach()) return refused(rcTooFew, proposal_.problem);
         // Without features yet: that reads the files and finds the part.
         reach_ = proposal_.region.box;
-        if (!measure()) return refused(recipe_.problems().front().sentence());
+        if (!measure()) return refusedRecipe();
         if (!result_.pose.found) {
             reach_ = {};  // a model's reference point may lie anywhere
             measure();
         }
         if (!result_.pose.found)
-            return refused(result_.problem.empty() ? "the part was not found" : result_.problem);
-        if (!findFeatures()) return refused("no lines, circles or arcs were found");
+            return refused(rcNoResult, result_.problem.empty() ? "the part was not found" : result_.problem);
+        if (!findFeatures()) return refused(rcNoResult, "no lines, circles or arcs were found");
         // Those that can be measured are numbered and measured again, for their nominal values.
-        if (!measure()) return refused(recipe_.problems().front().sentence());
+        if (!measure()) return refusedRecipe();
         keepMeasured();
-        if (features_.empty()) return refused("none of the shapes that were found can be measured");
-        if (!measure()) return refused(recipe_.problems().front().sentence());
+        if (features_.empty())
+            return refused(rcNoResult, "none of the shapes that were found can be measured");
+        if (!measure()) return refusedRecipe();
         setNominals();
-        if (!measure()) return refused(recipe_.problems().front().sentence());
+        if (!measure()) return refusedRecipe();
         return told();
     }
 
   private:
-    static TProposal refused(const std::string& problem) {
+    static constexpr const char* kFunction = "proposeRecipe";
+
+    static TProposal refused(TRefusalCode code, const std::string& problem) {
         TProposal proposal;
         proposal.problem = problem;
+        refuse(code, kFunction, "%s", problem.c_str());
         return proposal;
     }
+
+    TProposal refusedRecipe() const { return refused(rcFileFormat, recipe_.problems().front().sentence()); }
 
     void findEdges(const cv::Rect& wanted) {
         const Picture picture = pictureOf(img_);
@@ -317,8 +327,11 @@ class Proposer {
 }  // namespace
 
 TPartRegion findPartRegion(const cv::Mat& img) {
-    if (!isPicture(img)) return {};
-    return mainPart(findPartEdges(pictureOf(img), {{}, img.size()}, kLeastPoints), img.size());
+    if (!takesPicture(img, "findPartRegion")) return {};
+    const TPartRegion region =
+        mainPart(findPartEdges(pictureOf(img), {{}, img.size()}, kLeastPoints), img.size());
+    if (!region.found) refuse(rcNoResult, "findPartRegion", "no edges of a part are seen");
+    return region;
 }
 
 TProposal proposeRecipe(const cv::Mat& img, const TProposalOptions& options) {

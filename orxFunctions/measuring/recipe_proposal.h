@@ -57,13 +57,15 @@ struct TProposal {
 };
 
 // The largest thing that edges show in a picture of a part on a plain ground; what the picture's border cuts
-// is taken only where nothing else is as large as a fifth of it. Not found in a picture without edges, or of
-// a kind that is not supported. Takes about as long as two runs of the edge finder. Reentrant.
+// is taken only where nothing else is as large as a fifth of it. Not found in a picture without edges
+// (rcNoResult), or of a kind that is not supported (rcEmptyImage, rcImageType, rcImageDimensions). Takes
+// about as long as two runs of the edge finder. Reentrant.
 ORX_API TPartRegion findPartRegion(const cv::Mat& img);
 
 // Measured by the recipe itself: nominal values are what it then gives for this picture. Features are
 // numbered from the largest on. Pictures as TRecipe::run takes them. Refused with the reason: no picture,
-// options out of range, files that can't be read, a part that can't be taught or is not found, no features.
+// options out of range (rcOption), files that can't be read (rcFileFormat), a part that can't be taught
+// (rcTooFew) or is not found, no features (rcNoResult).
 // Reentrant.
 ORX_API TProposal proposeRecipe(const cv::Mat& img, const TProposalOptions& options = {});
 

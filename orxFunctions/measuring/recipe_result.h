@@ -105,14 +105,14 @@ ORX_API std::string toJson(const TRecipeResult& result, const TJsonResultOptions
 // The picture in colour (8-bit BGR) with what the recipe asks to be drawn: the part's axes, features as found
 // (green where all their values pass, red where one fails, yellow where one is undecided or not measured,
 // blue without verdicts), where those not measured were looked for, and a list of values with their verdicts.
-// Empty for what is no picture. Reentrant.
+// Empty for what is no picture (rcEmptyImage, rcImageType, rcImageDimensions). Reentrant.
 ORX_API cv::Mat drawRecipeResult(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result);
 
 // The same with the list beside the picture, for people and reports: pictures of less than 900 pixels are
 // enlarged by a whole factor, 4 at the most, and to their right stands a table of the values, those that did
 // not pass first: name, value and uncertainty, a bar that shows where the value lies in its tolerance,
 // verdict. As many rows as there is room for; no table where the recipe asks for no values. Empty for what is
-// no picture. Reentrant.
+// no picture, as above. Reentrant.
 ORX_API cv::Mat drawRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result);
 
 }  // namespace orx

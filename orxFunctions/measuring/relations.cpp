@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -33,10 +34,28 @@ TMeasuredValue valueOf(double value, const Share& a, const Share& b) {
     return {rsOk, value, deviation, freedomOf(a, b), false};
 }
 
-TMeasuredValue refused(TRelationStatus status) {
-    TMeasuredValue value;
-    value.status = status;
-    return value;
+void refuseStatus(TRelationStatus status, const char* function) {
+    const bool isDegenerate = status == rsParallel || status == rsNotParallel;
+    refuse(status == rsNoShape ? rcNotReady
+           : isDegenerate      ? rcDegenerate
+                               : rcNoResult,
+           function, "%s", relationStatusText(status));
+}
+
+template <class... Shapes>
+bool areValid(const char* function, const Shapes&... shapes) {
+    if ((shapes.valid() && ...)) return true;
+    refuseStatus(rsNoShape, function);
+    return false;
+}
+
+// What tells nothing but why.
+template <class Result>
+Result refused(TRelationStatus status, const char* function) {
+    refuseStatus(status, function);
+    Result none;
+    none.status = status;
+    return none;
 }
 
 bool isNear(double value, double end, double deviation) { return std::abs(value - end) < kTold * deviation; }
@@ -174,12 +193,6 @@ TMeasuredValue heightOf(const TMeasuredLine& line, const TMeasuredLine& datum, d
         valueOf(length * std::sin(departure), scaled(angleShare(line)), scaled(angleShare(datum))));
 }
 
-TIntersections refusedPoints(TRelationStatus status) {
-    TIntersections none;
-    none.status = status;
-    return none;
-}
-
 cv::Point2d unitFrom(cv::Point2d from, cv::Point2d to) {
     const double length = cv::norm(to - from);
     return length > 0.0 ? (to - from) / length : cv::Point2d(1.0, 0.0);
@@ -200,6 +213,17 @@ TMeasuredValue gapOf(const TMeasuredCircle& a, const TMeasuredCircle& b) {
                                    varianceAlong(b.covariance.get_minor<2, 2>(0, 0), unit));
     value.folded = isNear(between, 0.0, apart);
     return value;
+}
+
+TMeasuredValue heightAbove(const TMeasuredPoint& point, const TMeasuredLine& line) {
+    return valueOf(line.signedDistance(point.position),
+                   {varianceAlong(point.covariance, line.normal()), point.degreesOfFreedom},
+                   shareAt(line, placeAlong(line, point.position)));
+}
+
+// Signed, degrees.
+TMeasuredValue turnBetween(const TMeasuredLine& a, const TMeasuredLine& b) {
+    return times(valueOf(angleBetween(a, b), angleShare(a), angleShare(b)), 180.0 / kPi);
 }
 
 }  // namespace
@@ -225,17 +249,17 @@ const char* relationStatusText(TRelationStatus status) {
 }
 
 TMeasuredPoint centerOf(const TMeasuredCircle& circle) {
-    if (!circle.valid()) return {};
+    if (!areValid("centerOf", circle)) return {};
     return {rsOk, circle.center, circle.covariance.get_minor<2, 2>(0, 0), circle.degreesOfFreedom};
 }
 
 TMeasuredPoint centerOf(const TMeasuredEllipse& ellipse) {
-    if (!ellipse.valid()) return {};
+    if (!areValid("centerOf", ellipse)) return {};
     return {rsOk, ellipse.center, ellipse.covariance.get_minor<2, 2>(0, 0), ellipse.degreesOfFreedom};
 }
 
 TMeasuredPoint pointOn(const TMeasuredLine& line, double along) {
-    if (!line.valid()) return {};
+    if (!areValid("pointOn", line)) return {};
     const cv::Vec2d normal(line.normal().x, line.normal().y);
     const Share share = shareAt(line, along);
     return {rsOk, line.point + along * line.direction, share.variance * (normal * normal.t()),
@@ -243,7 +267,7 @@ TMeasuredPoint pointOn(const TMeasuredLine& line, double along) {
 }
 
 TMeasuredValue distance(const TMeasuredPoint& a, const TMeasuredPoint& b) {
-    if (!a.valid() || !b.valid()) return {};
+    if (!areValid("distance", a, b)) return {};
     const cv::Point2d unit = unitFrom(a.position, b.position);
     TMeasuredValue value =
         valueOf(cv::norm(b.position - a.position), {varianceAlong(a.covariance, unit), a.degreesOfFreedom},
@@ -258,22 +282,19 @@ TMeasuredValue distance(const TMeasuredPoint& a, const TMeasuredPoint& b) {
 }
 
 TMeasuredValue signedDistance(const TMeasuredPoint& point, const TMeasuredLine& line) {
-    if (!point.valid() || !line.valid()) return {};
-    return valueOf(line.signedDistance(point.position),
-                   {varianceAlong(point.covariance, line.normal()), point.degreesOfFreedom},
-                   shareAt(line, placeAlong(line, point.position)));
+    return areValid("signedDistance", point, line) ? heightAbove(point, line) : TMeasuredValue();
 }
 
 TMeasuredValue distance(const TMeasuredPoint& point, const TMeasuredLine& line) {
-    const TMeasuredValue value = signedDistance(point, line);
-    return value.valid() ? withoutSign(value) : value;
+    return areValid("distance", point, line) ? withoutSign(heightAbove(point, line)) : TMeasuredValue();
 }
 
 TLineDistance distance(const TMeasuredLine& a, const TMeasuredLine& b) {
     const auto all = [](TRelationStatus status) {
-        return TLineDistance{refused(status), refused(status), refused(status)};
+        const auto none = refused<TMeasuredValue>(status, "distance");
+        return TLineDistance{none, none, none};
     };
-    if (!a.valid() || !b.valid()) return {};
+    if (!areValid("distance", a, b)) return {};
     if (std::abs(angleBetween(a, b)) > kPi / 4.0) return all(rsNotParallel);
     const Section section(a, b);
     if (section.isEmpty()) return all(rsNoCommonStretch);
@@ -295,62 +316,61 @@ TLineDistance distance(const TMeasuredLine& a, const TMeasuredLine& b) {
 }
 
 TMeasuredValue distance(const TMeasuredCircle& a, const TMeasuredCircle& b) {
-    return distance(centerOf(a), centerOf(b));
+    return areValid("distance", a, b) ? distance(centerOf(a), centerOf(b)) : TMeasuredValue();
 }
 
 TMeasuredValue gap(const TMeasuredCircle& a, const TMeasuredCircle& b) {
-    return a.valid() && b.valid() ? gapOf(a, b) : TMeasuredValue();
+    return areValid("gap", a, b) ? gapOf(a, b) : TMeasuredValue();
 }
 
 TMeasuredValue signedAngle(const TMeasuredLine& a, const TMeasuredLine& b) {
-    if (!a.valid() || !b.valid()) return {};
-    return times(valueOf(angleBetween(a, b), angleShare(a), angleShare(b)), 180.0 / kPi);
+    return areValid("signedAngle", a, b) ? turnBetween(a, b) : TMeasuredValue();
 }
 
 TMeasuredValue angle(const TMeasuredLine& a, const TMeasuredLine& b) {
-    TMeasuredValue value = signedAngle(a, b);
-    if (!value.valid()) return value;
-    value = withoutSign(value);
+    if (!areValid("angle", a, b)) return {};
+    TMeasuredValue value = withoutSign(turnBetween(a, b));
     value.folded = value.folded || isNear(value.value, 90.0, value.deviation);
     return value;
 }
 
 TMeasuredValue parallelism(const TMeasuredLine& line, const TMeasuredLine& datum) {
-    if (!line.valid() || !datum.valid()) return {};
+    if (!areValid("parallelism", line, datum)) return {};
     return heightOf(line, datum, angleBetween(datum, line));
 }
 
 TMeasuredValue perpendicularity(const TMeasuredLine& line, const TMeasuredLine& datum) {
-    if (!line.valid() || !datum.valid()) return {};
+    if (!areValid("perpendicularity", line, datum)) return {};
     return heightOf(line, datum, kPi / 2.0 - std::abs(angleBetween(datum, line)));
 }
 
 TMeasuredValue concentricity(const TMeasuredCircle& circle, const TMeasuredCircle& datum) {
-    return times(distance(circle, datum), 2.0);
+    return areValid("concentricity", circle, datum) ? times(distance(circle, datum), 2.0) : TMeasuredValue();
 }
 
 TMeasuredPoint intersection(const TMeasuredLine& a, const TMeasuredLine& b) {
-    TMeasuredPoint point;
-    if (!a.valid() || !b.valid()) return point;
-    const TMeasuredValue between = signedAngle(a, b);
+    if (!areValid("intersection", a, b)) return {};
+    const TMeasuredValue between = turnBetween(a, b);
     const double det = a.direction.cross(b.direction);
-    point.status = rsParallel;
-    if (det == 0.0 || isNear(between.value, 0.0, between.deviation)) return point;
+    if (det == 0.0 || isNear(between.value, 0.0, between.deviation))
+        return refused<TMeasuredPoint>(rsParallel, "intersection");
     const double along = (b.point - a.point).cross(b.direction) / det;
     const cv::Point2d at = a.point + along * a.direction;
     return crossingAt(at, a.normal(), shareAt(a, along), b.normal(), shareAt(b, placeAlong(b, at)));
 }
 
 TIntersections intersections(const TMeasuredLine& line, const TMeasuredCircle& circle) {
-    if (!line.valid() || !circle.valid()) return {};
+    constexpr const char* kFunction = "intersections";
+    if (!areValid(kFunction, line, circle)) return {};
     const double height = line.signedDistance(circle.center);
     const double along = placeAlong(line, circle.center);
     // How far the line reaches into the circle.
     const double side = height < 0.0 ? -1.0 : 1.0;
     const TMeasuredValue depth = valueOf(circle.radius - std::abs(height), shareAt(line, along),
                                          circleShare(circle, -side * line.normal(), 1.0));
-    if (isNear(depth.value, 0.0, depth.deviation) || depth.value == 0.0) return refusedPoints(rsTouching);
-    if (depth.value < 0.0) return refusedPoints(rsApart);
+    if (isNear(depth.value, 0.0, depth.deviation) || depth.value == 0.0)
+        return refused<TIntersections>(rsTouching, kFunction);
+    if (depth.value < 0.0) return refused<TIntersections>(rsApart, kFunction);
     const double half = std::sqrt(depth.value * (circle.radius + std::abs(height)));
     TIntersections result;
     result.status = rsOk;
@@ -364,12 +384,12 @@ TIntersections intersections(const TMeasuredLine& line, const TMeasuredCircle& c
 }
 
 TIntersections intersections(const TMeasuredCircle& a, const TMeasuredCircle& b) {
-    if (!a.valid() || !b.valid()) return {};
+    constexpr const char* kFunction = "intersections";
+    if (!areValid(kFunction, a, b)) return {};
     const TMeasuredValue between = gapOf(a, b);
-    if (isNear(between.value, 0.0, between.deviation) || between.value == 0.0) {
-        return refusedPoints(rsTouching);
-    }
-    if (between.value > 0.0) return refusedPoints(rsApart);
+    if (isNear(between.value, 0.0, between.deviation) || between.value == 0.0)
+        return refused<TIntersections>(rsTouching, kFunction);
+    if (between.value > 0.0) return refused<TIntersections>(rsApart, kFunction);
     const cv::Point2d unit = unitFrom(a.center, b.center);
     const double apart = cv::norm(b.center - a.center);
     const double along = (apart + (a.radius - b.radius) * (a.radius + b.radius) / apart) / 2.0;

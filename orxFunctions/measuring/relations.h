@@ -13,7 +13,8 @@
 // too large rather than too small elsewhere. signedDistance and signedAngle do not fold.
 //
 // What is refused says why in `status`, the rest is as initialised: rsNoShape for an argument that is not
-// valid. All functions are reentrant.
+// valid. It is the last refusal, too: rcNotReady for rsNoShape, rcDegenerate for rsParallel and
+// rsNotParallel, rcNoResult for the others. All functions are reentrant.
 #ifndef ORXFUNCTIONS_MEASURING_RELATIONS_H
 #define ORXFUNCTIONS_MEASURING_RELATIONS_H
 

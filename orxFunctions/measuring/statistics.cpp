@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orxFunctions/foundation/refusal_internal.h"
+
 namespace orx {
 namespace {
 
@@ -182,7 +184,9 @@ TGaugeStudy::TGaugeStudy(const TTolerance& tolerance)
     : tolerance_(tolerance.valid() ? tolerance : TTolerance()) {}
 
 bool TGaugeStudy::add(int part, double value) {
-    if (part < 0 || part >= kMostParts || !std::isfinite(value)) return false;
+    if (!std::isfinite(value)) return refuse(rcNotFinite, "add", "part %d has the value %g", part, value);
+    if (part < 0 || part >= kMostParts)
+        return refuse(rcOption, "add", "part %d; 0 to %d is taken", part, kMostParts - 1);
     const auto number = static_cast<std::size_t>(part);
     if (parts_.size() <= number) parts_.resize(number + 1);
     TGaugePart& of = parts_[number];

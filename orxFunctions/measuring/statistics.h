@@ -140,7 +140,8 @@ class ORX_API TGaugeStudy {
 
     explicit TGaugeStudy(const TTolerance& tolerance = {});
 
-    // False, and nothing is added, for a part outside of [0, kMostParts) and for what is no number.
+    // False, and nothing is added, for a part outside of [0, kMostParts) (rcOption) and for what is no number
+    // (rcNotFinite).
     bool add(int part, double value);
 
     TGaugeResult result() const;

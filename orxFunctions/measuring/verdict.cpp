@@ -6,6 +6,8 @@
 
 #include "orxFunctions/fitting/fit_report.h"
 #include "orxFunctions/fitting/students_t_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -54,6 +56,22 @@ double conformityOf(double value, double deviation, double degreesOfFreedom, con
     return 1.0 - upperTail(below, degreesOfFreedom) - upperTail(above, degreesOfFreedom);
 }
 
+bool isMeasured(double value, double deviation, double degreesOfFreedom) {
+    if (!std::isfinite(value) || !std::isfinite(deviation) || std::isnan(degreesOfFreedom))
+        return refuse(rcNotFinite, "judge", "%g with a deviation of %g of %g degrees of freedom", value,
+                      deviation, degreesOfFreedom);
+    return (deviation >= 0.0 && degreesOfFreedom > 0.0) ||
+           refuse(rcOption, "judge",
+                  "a deviation of %g of %g degrees of freedom; 0 or more of more than 0 is taken", deviation,
+                  degreesOfFreedom);
+}
+
+bool canJudge(const TTolerance& tolerance, double confidence) {
+    if (!tolerance.valid())
+        return refuse(rcOption, "judge", "limits of %g to %g are none", tolerance.lower, tolerance.upper);
+    return takesOptions("judge", {{"confidence", confidence, kLeastConfidence, kMostConfidence}});
+}
+
 }  // namespace
 
 const char* verdictText(TVerdict verdict) {
@@ -75,10 +93,7 @@ const char* verdictText(TVerdict verdict) {
 TJudgement judge(double value, double deviation, double degreesOfFreedom, const TTolerance& tolerance,
                  double confidence) {
     TJudgement judgement;
-    const bool measured = std::isfinite(value) && std::isfinite(deviation) && deviation >= 0.0 &&
-                          degreesOfFreedom > 0.0 && tolerance.valid() && confidence >= kLeastConfidence &&
-                          confidence <= kMostConfidence;
-    if (!measured) return judgement;
+    if (!isMeasured(value, deviation, degreesOfFreedom) || !canJudge(tolerance, confidence)) return judgement;
     judgement.conformity = std::clamp(conformityOf(value, deviation, degreesOfFreedom, tolerance), 0.0, 1.0);
     if (!tolerance.limited()) {
         judgement.verdict = vdNoLimits;

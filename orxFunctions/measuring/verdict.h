@@ -56,8 +56,9 @@ struct TJudgement {
 // counts where the tolerance is hardly wider than the guard bands; the guard band outside is widened there,
 // so that both limits together do not lead to more wrong fails than one.
 //
-// vdNotMeasured for a value, a deviation or degrees of freedom that are no such numbers, for a tolerance that
-// is not valid() and for a confidence outside of [0.5, 0.999999]. Reentrant.
+// vdNotMeasured for a value, a deviation or degrees of freedom that are no such numbers (rcNotFinite,
+// rcOption), for a tolerance that is not valid() and for a confidence outside of [0.5, 0.999999] (rcOption).
+// Reentrant.
 ORX_API TJudgement judge(double value, double deviation, double degreesOfFreedom, const TTolerance& tolerance,
                          double confidence = 0.95);
 

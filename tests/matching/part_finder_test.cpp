@@ -98,6 +98,19 @@ TEST(PartFinder, NothingIsFoundWhereThePartIsNot) {
     }
 }
 
+TEST(PartFinder, APictureTooSmallForThePartHoldsNone) {
+    const scenes::PartPicture alone = scenes::renderPartAlone(PartKind::bracket, 1);
+    const cv::Rect middle(alone.image.cols / 2, alone.image.rows / 2, 1, 1);
+    TFindOptions options;
+    options.minScore = 0.9;
+    for (const int margin : {0, 1, 8, 15}) {
+        const cv::Rect part(middle.x - margin, middle.y - margin, 2 * margin + 1, 2 * margin + 1);
+        const TFindResult result = findParts(alone.image(part), taught(PartKind::bracket), options);
+        EXPECT_TRUE(result.valid()) << margin;
+        EXPECT_TRUE(result.parts.empty()) << margin;
+    }
+}
+
 TEST(PartFinder, ThreadsChangeNothing) {
     const scenes::PartScene scene = scenes::renderParts(crowded(PartKind::key));
     const orx::TPartModel model = taught(PartKind::key);

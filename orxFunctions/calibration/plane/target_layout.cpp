@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "orxFunctions/calibration/plane/target_check.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx::plane {
 namespace {
@@ -13,8 +14,9 @@ constexpr double kBarRoom = 8.0;  // below the target, with the text
 constexpr double kTextHeight = 3.0;
 constexpr double kPageMargin = 5.0;  // that printers leave white
 
-bool isPage(const TTargetPage& page) {
-    return page.width >= 10.0 && page.width <= 10000.0 && page.height >= 10.0 && page.height <= 10000.0;
+bool isPage(const TTargetPage& page, const char* function) {
+    return takesOptions(function,
+                        {{"page.width", page.width, 10, 10000}, {"page.height", page.height, 10, 10000}});
 }
 
 std::string number(double value) {
@@ -57,14 +59,16 @@ void addScaleBar(const TTarget& target, const TTargetPage& page, double bottom, 
 
 }  // namespace
 
-bool layOut(const TTarget& target, const TTargetPage& page, Layout& layout) {
-    if (!isTarget(target) || !isPage(page)) return false;
+bool layOut(const TTarget& target, const TTargetPage& page, Layout& layout, const char* function) {
+    if (!isTarget(target, function) || !isPage(page, function)) return false;
     const bool isBoard = target.kind == tkChessboard;
     const double margin = isBoard ? target.pitch : 0.25 * target.pitch;
     const double beyond = isBoard ? target.pitch : target.diameter / 2.0;  // of the outermost points
     const cv::Point2d span((target.columns - 1) * target.pitch, (target.rows - 1) * target.pitch);
-    if (span.x + 2.0 * (beyond + margin) > page.width || span.y + 2.0 * (beyond + margin) > page.height)
-        return false;
+    const cv::Point2d room(span.x + 2.0 * (beyond + margin), span.y + 2.0 * (beyond + margin));
+    if (room.x > page.width || room.y > page.height)
+        return refuse(rcOption, function, "the target takes %g x %g mm with its margin; the page has %g x %g",
+                      room.x, room.y, page.width, page.height);
     const cv::Point2d first((page.width - span.x) / 2.0, (page.height - span.y) / 2.0);
     if (isBoard) {
         addSquares(target, first, layout);

@@ -21,8 +21,9 @@ struct Layout {
     double textHeight = 0.0;
 };
 
-// False where options are outside of their ranges or the target does not fit.
-bool layOut(const TTarget& target, const TTargetPage& page, Layout& layout);
+// False where options are outside of their ranges or the target does not fit: rcOption, refused in the name
+// of the public function.
+bool layOut(const TTarget& target, const TTargetPage& page, Layout& layout, const char* function);
 
 }  // namespace orx::plane
 

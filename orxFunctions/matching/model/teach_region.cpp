@@ -4,7 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/matching/model/byte_grey.h"
 #include "orxFunctions/matching/model/pyramid.h"
 
 namespace orx::matching {
@@ -27,14 +27,6 @@ cv::Rect aligned(const cv::Rect& rect, int unit) {
 cv::Rect onLevel(const cv::Rect& rect, int level) {
     const cv::Rect wide = aligned(rect, 1 << level);
     return {wide.x >> level, wide.y >> level, wide.width >> level, wide.height >> level};
-}
-
-cv::Mat byteGrey(const cv::Mat& img) {
-    const cv::Mat grey = greyOf(img);
-    if (grey.depth() == CV_8U) return grey;
-    cv::Mat bytes;
-    grey.convertTo(bytes, CV_8U, 1 / levelUnit(img));
-    return bytes;
 }
 
 bool liesIn(cv::Point2d p, cv::Size picture) {

@@ -6,8 +6,10 @@
 #include <memory>
 #include <string>
 
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/matching/model/bounds.h"
 #include "orxFunctions/matching/model/freedom.h"
+#include "orxFunctions/matching/model/model_limits.h"
 #include "orxFunctions/matching/model/self_match.h"
 #include "orxFunctions/matching/model/symmetry.h"
 #include "orxFunctions/matching/model/teach_edges.h"
@@ -85,6 +87,19 @@ TPartModel refusedModel(TMatchStatus status) {
     auto data = std::make_shared<ModelData>();
     data->report.status = status;
     return TPartModel(data);
+}
+
+bool takesModel(const TPartModel& model, const char* function) {
+    return model.valid() ||
+           refuse(rcNotReady, function, "there is no model: %s", matchStatusText(model.report().status));
+}
+
+TMatchStatus checkCount(std::size_t points) {
+    if (points >= kLeastPoints && points <= kMostPoints) return msOk;
+    const bool isFew = points < kLeastPoints;
+    refuse(isFew ? rcTooFew : rcTooMany, "teachPart", "the outline has %zu points; %zu to %zu are taken",
+           points, kLeastPoints, kMostPoints);
+    return isFew ? msTooFewEdges : msTooLarge;
 }
 
 void completeReport(ModelData& model) {

@@ -7,6 +7,7 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/measuring/recipe/draw.h"
 
 namespace orx {
@@ -188,7 +189,7 @@ void drawShapes(cv::Mat& picture, const RecipeData& recipe, const TRecipeResult&
 
 cv::Mat drawRecipeResult(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result) {
     using namespace recipes;
-    if (!isPicture(img)) return {};
+    if (!takesPicture(img, "drawRecipeResult")) return {};
     cv::Mat picture = inColour(img);
     drawShapes(picture, *recipe.data(), result);
     if (recipe.data()->draw.values) drawValues(picture, result, Pen(picture.size()));

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/text_stream_internal.h"
 #include "orxFunctions/measuring/recipe/draw.h"
 
@@ -184,7 +184,7 @@ TRecipeResult enlarged(TRecipeResult result, int factor) {
 
 cv::Mat drawRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result) {
     using namespace recipes;
-    if (!isPicture(img)) return {};
+    if (!takesPicture(img, "drawRecipeSheet")) return {};
     const int factor = enlargement(img.size());
     cv::Mat picture = inColour(img);
     if (factor > 1) cv::resize(picture, picture, cv::Size(), factor, factor, cv::INTER_LINEAR);

@@ -4,6 +4,7 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/image_noise.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/measuring/recipe/place_part.h"
 #include "orxFunctions/measuring/recipe/tell_value.h"
 
@@ -147,10 +148,11 @@ TRecipeResult runRecipe(const RecipeData& recipe, const cv::Mat& img) {
     if (!recipe.problems.empty()) {
         TRecipeResult result;
         result.problem = "the recipe is not valid: " + recipe.problems.front().sentence();
+        orx::refuse(rcNotReady, "run", "%s", result.problem.c_str());
         return result;
     }
     TRecipeResult result = emptyResult(recipe);
-    if (!isPicture(img)) {
+    if (!takesPicture(img, "run")) {
         refuse(result, "no picture, or of a kind that is not supported");
         return result;
     }
@@ -158,10 +160,12 @@ TRecipeResult runRecipe(const RecipeData& recipe, const cv::Mat& img) {
     if (recipe.plane != nullptr && recipe.plane->size() != img.size()) {
         refuse(result, "the picture has " + sizeText(img.size()) + " pixels, the calibration's " +
                            sizeText(recipe.plane->size()));
+        orx::refuse(rcSizesDiffer, "run", "%s", result.problem.c_str());
         return result;
     }
     const Picture picture = pictureOf(img);
     Run(recipe, picture).measure(result);
+    if (!result.problem.empty()) orx::refuse(rcNoResult, "run", "%s", result.problem.c_str());
     result.milliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     return result;
