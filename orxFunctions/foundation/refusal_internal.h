@@ -2,9 +2,18 @@
 #ifndef ORXFUNCTIONS_FOUNDATION_REFUSAL_INTERNAL_H
 #define ORXFUNCTIONS_FOUNDATION_REFUSAL_INTERNAL_H
 
+#include <cstdio>
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/foundation/refusal.h"
+
+// What std::vsnprintf takes, for the compiler's check. MinGW has two kinds, of which C++ uses the standard
+// one.
+#ifdef __MINGW_PRINTF_FORMAT
+#define ORX_PRINTF_FORMAT __MINGW_PRINTF_FORMAT
+#else
+#define ORX_PRINTF_FORMAT printf
+#endif
 
 namespace orx {
 
@@ -12,8 +21,8 @@ namespace orx {
 // The text becomes "function: " and what the code says, or what the format says instead: in words that tell
 // the value that came and what is taken, file names as UTF-8. Neither throws nor takes memory.
 [[gnu::cold]] bool refuse(TRefusalCode code, const char* function) noexcept;
-[[gnu::cold, gnu::format(printf, 3, 4)]] bool refuse(TRefusalCode code, const char* function,
-                                                     const char* format, ...) noexcept;
+[[gnu::cold, gnu::format(ORX_PRINTF_FORMAT, 3, 4)]] bool refuse(TRefusalCode code, const char* function,
+                                                                const char* format, ...) noexcept;
 
 // What functions ask of an image; where it is not so, false and the refusal is kept.
 
