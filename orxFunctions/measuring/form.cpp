@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orxFunctions/fitting/fit_refusal_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/measuring/zones/circle_zones.h"
 #include "orxFunctions/measuring/zones/noise_share.h"
@@ -92,15 +93,15 @@ TRoundness roundness(const ZonePoints& taken, const Ring& ring, ZoneKind kind, c
 }
 
 template <class Point>
-TRoundness circleZone(const std::vector<Point>& given, std::size_t least, ZoneKind kind,
+TRoundness circleZone(const char* function, const std::vector<Point>& given, std::size_t least, ZoneKind kind,
                       TFitStatus (*solve)(const Points&, Ring&), const TFormOptions& options) {
     TRoundness result;
     ZonePoints taken;
     result.status = begin(given, least, options, taken);
-    if (result.status != fsOk) return result;
+    if (!isFitted(result.status, function)) return result;
     Ring ring;
     result.status = solve(taken.points, ring);
-    if (result.status != fsOk) return result;
+    if (!isFitted(result.status, function)) return result;
     return roundness(taken, ring, kind, options);
 }
 
@@ -127,7 +128,7 @@ TStraightness lineZone(const std::vector<Point>& given, const TFormOptions& opti
     TStraightness result;
     ZonePoints taken;
     result.status = begin(given, 3, options, taken);
-    if (result.status != fsOk) return result;
+    if (!isFitted(result.status, "minimumZoneLine")) return result;
     const Strip strip = narrowestStrip(taken.points);
     placeAlong(taken, strip, result);
     result.contacts = strip.contacts;
@@ -140,27 +141,27 @@ TStraightness lineZone(const std::vector<Point>& given, const TFormOptions& opti
 }  // namespace
 
 TRoundness minimumZoneCircle(const std::vector<cv::Point2d>& points, const TFormOptions& options) {
-    return circleZone(points, 4, zkLeastWidth, narrowestRing, options);
+    return circleZone("minimumZoneCircle", points, 4, zkLeastWidth, narrowestRing, options);
 }
 
 TRoundness minimumZoneCircle(const std::vector<cv::Point2f>& points, const TFormOptions& options) {
-    return circleZone(points, 4, zkLeastWidth, narrowestRing, options);
+    return circleZone("minimumZoneCircle", points, 4, zkLeastWidth, narrowestRing, options);
 }
 
 TRoundness minimumCircumscribedCircle(const std::vector<cv::Point2d>& points, const TFormOptions& options) {
-    return circleZone(points, 2, zkAround, smallestAround, options);
+    return circleZone("minimumCircumscribedCircle", points, 2, zkAround, smallestAround, options);
 }
 
 TRoundness minimumCircumscribedCircle(const std::vector<cv::Point2f>& points, const TFormOptions& options) {
-    return circleZone(points, 2, zkAround, smallestAround, options);
+    return circleZone("minimumCircumscribedCircle", points, 2, zkAround, smallestAround, options);
 }
 
 TRoundness maximumInscribedCircle(const std::vector<cv::Point2d>& points, const TFormOptions& options) {
-    return circleZone(points, 3, zkWithin, largestWithin, options);
+    return circleZone("maximumInscribedCircle", points, 3, zkWithin, largestWithin, options);
 }
 
 TRoundness maximumInscribedCircle(const std::vector<cv::Point2f>& points, const TFormOptions& options) {
-    return circleZone(points, 3, zkWithin, largestWithin, options);
+    return circleZone("maximumInscribedCircle", points, 3, zkWithin, largestWithin, options);
 }
 
 TStraightness minimumZoneLine(const std::vector<cv::Point2d>& points, const TFormOptions& options) {

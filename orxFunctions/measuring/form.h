@@ -17,7 +17,8 @@
 // found in part only where it has few points to show.
 //
 // Points are as many as 20 million, in any order (for pnEdgeChain in that of the outline), within 1e9 of the
-// origin. Refused input gives its reason in `status`, the rest as initialised; duplicates are borne.
+// origin. Refused input gives its reason in `status` (see TFitStatus, also for the codes of
+// lastRefusal()), the rest as initialised; duplicates are borne.
 // Expected time is linear in the number of points for the ring and the circle around, n log n for the circle
 // within, the strip and `freed`. All functions are reentrant; equal input gives equal results.
 #ifndef ORXFUNCTIONS_MEASURING_FORM_H

@@ -65,6 +65,42 @@ TEST(MeasuringRefusals, Relations) {
     }));
 }
 
+TEST(MeasuringRefusals, Form) {
+    const std::vector<cv::Point2d> two{{0, 0}, {10, 0}};
+    const std::vector<cv::Point2d> line{{0, 0}, {10, 0}, {20, 0}, {30, 0}, {40, 0}};
+    const std::vector<cv::Point2d> square{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+    const std::vector<cv::Point2d> broken{{0, 0}, {10, 0}, {10, kNaN}, {0, 10}};
+    orx::TFormOptions options;
+    options.noise = -1;
+    EXPECT_TRUE(refusedWith(orx::rcTooFew, "minimumZoneCircle", [&] { orx::minimumZoneCircle(two); }));
+    EXPECT_TRUE(refusedWith(orx::rcNotFinite, "minimumZoneCircle", [&] { orx::minimumZoneCircle(broken); }));
+    EXPECT_TRUE(refusedWith(orx::rcDegenerate, "minimumZoneCircle", [&] { orx::minimumZoneCircle(line); }));
+    EXPECT_TRUE(
+        refusedWith(orx::rcOption, "minimumZoneCircle", [&] { orx::minimumZoneCircle(square, options); }));
+    EXPECT_TRUE(refusedWith(orx::rcNotFinite, "minimumCircumscribedCircle",
+                            [&] { orx::minimumCircumscribedCircle(broken); }));
+    EXPECT_TRUE(
+        refusedWith(orx::rcTooFew, "maximumInscribedCircle", [&] { orx::maximumInscribedCircle(two); }));
+    EXPECT_TRUE(
+        refusedWith(orx::rcDegenerate, "maximumInscribedCircle", [&] { orx::maximumInscribedCircle(line); }));
+    EXPECT_TRUE(refusedWith(orx::rcTooFew, "minimumZoneLine", [&] { orx::minimumZoneLine(two); }));
+    EXPECT_TRUE(notRefused([&] {
+        EXPECT_TRUE(orx::minimumZoneCircle(square).valid());
+        EXPECT_TRUE(orx::minimumCircumscribedCircle(two).valid());
+        EXPECT_TRUE(orx::maximumInscribedCircle(square).valid());
+        EXPECT_TRUE(orx::minimumZoneLine(line).valid());
+    }));
+}
+
+// In the names of the fits of points, which have the same ones.
+TEST(MeasuringRefusals, EdgeFits) {
+    ORXEdge::TMetricContour edge;
+    for (int i = 0; i < 40; ++i) edge.points.emplace_back(static_cast<float>(i), 5.0F);
+    EXPECT_TRUE(refusedWith(orx::rcOption, "fitLineGeometric", [&] { orx::fitLineGeometric(edge, 0.1); }));
+    EXPECT_TRUE(refusedWith(orx::rcTooFew, "fitCircleGeometric",
+                            [] { orx::fitCircleGeometric(std::vector<orx::TContrastEdge>{}); }));
+}
+
 TEST(MeasuringRefusals, VerdictsAndStudies) {
     const orx::TTolerance limits{9, 11};
     EXPECT_TRUE(refusedWith(orx::rcNotFinite, "judge", [&] { orx::judge(kNaN, 0.1, 5, limits); }));
