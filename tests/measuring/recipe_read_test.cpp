@@ -117,6 +117,8 @@ TEST(RecipeReading, EachProblemTellsItsLineItsFieldAndWhatIsWrong) {
         {R"("of": ["hole"])", R"("of": ["top"])", "line 20, values[0].of: must be a circle or an arc"},
         {R"("of": ["hole"])", R"("of": ["hole", "pin"])", "line 20, values[0].of: must have 1 entries"},
         {R"("nominal": 25, )", "", R"(line 20, values[0].tolerance: wants "nominal", too)"},
+        {R"(, "tolerance": 0.05)", "",
+         R"(line 21, values[1].nominal: wants "tolerance", or "lower" or "upper")"},
         {R"([-0.1, 0.2])", R"([0.2, -0.1])", "line 20, values[0].tolerance: must be [lower, upper]"},
         {R"("tolerance": 0.05)", R"("tolerance": 0.05, "upper": 61)",
          R"(line 21, values[1].tolerance: can't stand beside)"},

@@ -32,6 +32,10 @@ class ToleranceFields {
         if (lower) target_.tolerance.lower = *lower;
         if (upper) target_.tolerance.upper = *upper;
         if (!target_.tolerance.valid()) fields_.problem("upper", "must not be below \"lower\"");
+        // It looks like a limit and is none: every value would be let by.
+        if (target_.hasNominal && !fields_.has("lower") && !fields_.has("upper"))
+            fields_.problem("nominal",
+                            "wants \"tolerance\", or \"lower\" or \"upper\": by itself it limits nothing");
     }
 
   private:
