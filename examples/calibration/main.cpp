@@ -12,6 +12,7 @@
 #include "calibration/residual_picture.h"
 #include "calibration/target_files.h"
 #include "orxFunctions/orxfunctions.h"
+#include "support/argument_checks.h"
 #include "support/command_line.h"
 #include "support/picture_file.h"
 
@@ -178,10 +179,6 @@ int fetchSample(Options& options) {
 }
 
 int run(Options& options) {
-    options.target.kind = options.dots ? orx::tkDotGrid : orx::tkChessboard;
-    if (!(options.target.diameter > 0)) options.target.diameter = 0.5 * options.target.pitch;
-    options.plane.lens = !options.noLens;
-    options.plane.tangential = !options.noTangential;
     const std::string problem = calibration::writeTargets(options.targets, options.target);
     if (!problem.empty()) return fail("no target", problem);
     if (options.sample && fetchSample(options) != 0) return 1;
@@ -195,19 +192,76 @@ int run(Options& options) {
     return files.empty() ? 0 : calibrateFrom(options, files);
 }
 
+constexpr int kMostPixels = 30000;
+
 void addTargetOptions(CLI::App& app, calibration::TargetFiles& targets) {
+    const auto add = [&](const char* name, int& value, const char* text, int least) {
+        app.add_option(name, value, text)->capture_default_str()->check(CLI::Range(least, kMostPixels));
+    };
     app.add_option("--target", targets.png, "write a chessboard to print to this PNG file");
-    app.add_option("--target-width", targets.pngWidth, "pixels of it")->capture_default_str();
-    app.add_option("--target-height", targets.pngHeight, "pixels of it")->capture_default_str();
-    app.add_option("--target-square", targets.pngSquare, "pixels of a square of it")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
-    app.add_option("--target-margin", targets.pngMargin, "white pixels around the board of it")
-        ->capture_default_str();
+    add("--target-width", targets.pngWidth, "pixels of it", 1);
+    add("--target-height", targets.pngHeight, "pixels of it", 1);
+    add("--target-square", targets.pngSquare, "pixels of a square of it", 1);
+    add("--target-margin", targets.pngMargin, "white pixels around the board of it", 0);
     app.add_option("--target-pdf", targets.pdf, "write the target (--dots, --columns ...) to scale as PDF");
     app.add_option("--target-svg", targets.svg, "write the target to scale as SVG");
     app.add_option("--page", targets.page, "of them: A4, A3 (both across) or WIDTHxHEIGHT in millimetres")
         ->capture_default_str();
+}
+
+void addBoardOptions(CLI::App& app, Options& options) {
+    app.add_flag("--dots", options.dots, "the target is a grid of dots");
+    app.add_option("--columns", options.target.columns, "inner corners, or dots, across")
+        ->check(CLI::Range(3, 200))
+        ->capture_default_str();
+    app.add_option("--rows", options.target.rows, "inner corners, or dots, down")
+        ->check(CLI::Range(3, 200))
+        ->capture_default_str();
+    app.add_option("--pitch,--square", options.target.pitch, "millimetres of a square, or from dot to dot")
+        ->check(host::between(0.001, 10000))
+        ->capture_default_str();
+    app.add_option("--diameter", options.target.diameter, "millimetres of a dot [half of the pitch]")
+        ->check(host::between(0.0001, 9000));
+}
+
+void addPlaneOptions(CLI::App& app, Options& options) {
+    const auto add = [&](const char* name, double& value, const char* text, double low, double high) {
+        app.add_option(name, value, text)->check(host::between(low, high))->capture_default_str();
+    };
+    app.add_option("--plane-view", options.planeView,
+                   "the picture whose target lies on the plane of the parts [the first that shows it]");
+    add("--height", options.plane.height,
+        "millimetres that the parts' upper side lies nearer to the camera than the target did", -1e6, 1e6);
+    add("--height-deviation", options.plane.heightDeviation, "its standard uncertainty", 0, 1e6);
+    add("--scale-deviation", options.plane.scaleDeviation,
+        "relative standard uncertainty of the pitch, such as 0.0005", 0, 0.1);
+    app.add_option("--radial", options.plane.radial, "coefficients of radial distortion, 0 to 3")
+        ->check(CLI::Range(0, 3))
+        ->capture_default_str();
+    app.add_flag("--no-tangential", options.noTangential, "find no tangential distortion");
+    app.add_flag("--no-lens", options.noLens, "a plane seen without distortion, from one picture");
+}
+
+void complete(Options& options) {
+    options.target.kind = options.dots ? orx::tkDotGrid : orx::tkChessboard;
+    if (!(options.target.diameter > 0)) options.target.diameter = 0.5 * options.target.pitch;
+    options.plane.lens = !options.noLens;
+    options.plane.tangential = !options.noTangential;
+}
+
+// What no option tells by itself.
+void requireSense(const Options& options) {
+    const calibration::TargetFiles& targets = options.targets;
+    const bool wantsTarget = !targets.png.empty() || !targets.pdf.empty() || !targets.svg.empty();
+    if (!wantsTarget && options.pictures.empty() && options.photographs.empty() && !options.sample)
+        throw CLI::ValidationError("nothing to do: give pictures, folders, or a file for a target");
+    const double share = options.target.diameter / options.target.pitch;
+    if (options.dots && !(share >= 0.1 && share <= 0.9))
+        throw CLI::ValidationError("--diameter must be 0.1 to 0.9 of the pitch");
+    if (options.noLens && (options.plane.height != 0 || options.plane.heightDeviation != 0))
+        throw CLI::ValidationError("--no-lens leaves nothing for --height: it takes a camera");
+    const std::string problem = calibration::problemOfTargets(targets, options.target);
+    if (!problem.empty()) throw CLI::ValidationError(problem);
 }
 
 int parseAndRun(int argc, const char* const* argv) {
@@ -215,43 +269,28 @@ int parseAndRun(int argc, const char* const* argv) {
     options.target.diameter = 0;
     CLI::App app(
         "Prints calibration targets, and tells a camera's lens and the plane of the parts from\n"
-        "pictures of one, in which it is tilted this way and that.");
+        "pictures of one, in which it is tilted this way and that.",
+        "orx_calibration");
+    app.footer(
+        "Exit code: 0 when all that was asked for is written, 1 when the pictures tell no calibration or a "
+        "file can't be read or written, 2 for bad arguments.");
     addTargetOptions(app, options.targets);
     app.add_option("pictures", options.pictures, "pictures of the target, and folders of such");
     app.add_option("--photographs", options.photographs, "calibrate from the pictures of this folder");
     if (*kFetchSample != '\0')
         app.add_flag("--sample", options.sample,
                      "calibrate from OpenCV's 13 sample photographs (a download of 95 MB)");
-    app.add_flag("--dots", options.dots, "the target is a grid of dots");
-    app.add_option("--columns", options.target.columns, "inner corners, or dots, across")
-        ->capture_default_str();
-    app.add_option("--rows", options.target.rows, "inner corners, or dots, down")->capture_default_str();
-    app.add_option("--pitch,--square", options.target.pitch, "millimetres of a square, or from dot to dot")
-        ->capture_default_str();
-    app.add_option("--diameter", options.target.diameter, "millimetres of a dot [half of the pitch]");
-    app.add_option("--plane-view", options.planeView,
-                   "the picture whose target lies on the plane of the parts [the first that shows it]");
-    app.add_option("--height", options.plane.height,
-                   "millimetres that the parts' upper side lies nearer to the camera than the target did")
-        ->capture_default_str();
-    app.add_option("--height-deviation", options.plane.heightDeviation, "its standard uncertainty")
-        ->capture_default_str();
-    app.add_option("--scale-deviation", options.plane.scaleDeviation,
-                   "relative standard uncertainty of the pitch, such as 0.0005")
-        ->capture_default_str();
-    app.add_option("--radial", options.plane.radial, "coefficients of radial distortion, 0 to 3")
-        ->capture_default_str();
-    app.add_flag("--no-tangential", options.noTangential, "find no tangential distortion");
-    app.add_flag("--no-lens", options.noLens, "a plane seen without distortion, from one picture");
+    addBoardOptions(app, options);
+    addPlaneOptions(app, options);
     app.add_option("--description", options.description, "text to store with the calibration")
         ->capture_default_str();
     app.add_option("--out", options.out, "folder for the results")->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
-    const bool wantsTarget =
-        !options.targets.png.empty() || !options.targets.pdf.empty() || !options.targets.svg.empty();
-    if (!wantsTarget && options.pictures.empty() && options.photographs.empty() && !options.sample) {
-        std::printf("%s", app.help().c_str());
-        return 1;
+    try {
+        app.parse(argc, argv);
+        complete(options);
+        requireSense(options);
+    } catch (const CLI::ParseError& error) {
+        return host::endAt(error, app);
     }
     return run(options);
 }

@@ -1,5 +1,7 @@
 #include "calibration/target_files.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -22,7 +24,6 @@ std::string writePng(const TargetFiles& files) {
 }
 
 std::string writePage(const std::string& file, const std::string& text) {
-    if (text.empty()) return "it does not fit on the page, or its options are outside of their ranges";
     if (!orx::writeWholeFile(fs::u8path(file), text)) return "can't write " + file;
     std::printf("%s: print it without scaling, and check the line below the target\n", file.c_str());
     return {};
@@ -46,10 +47,25 @@ bool pageOf(const std::string& text, orx::TTargetPage& page) {
     return end == text.c_str() + text.size() && page.width > 0 && page.height > 0;
 }
 
-std::string writeTargets(const TargetFiles& files, const orx::TTarget& target) {
+std::string problemOfTargets(const TargetFiles& files, const orx::TTarget& target) {
+    const cv::Size corners =
+        targetCorners({files.pngWidth, files.pngHeight}, files.pngSquare, files.pngMargin);
+    if (!files.png.empty() && std::min(corners.width, corners.height) < 1)
+        return "--target: no board of such squares fits inside the margins";
     orx::TTargetPage page;
-    if (!pageOf(files.page, page)) return "no page is " + files.page;
-    std::string problem;
+    if (!pageOf(files.page, page))
+        return "--page: '" + files.page + "' is neither A4 nor A3 nor WIDTHxHEIGHT in millimetres";
+    const bool wantsPage = !files.pdf.empty() || !files.svg.empty();
+    if (wantsPage && orx::targetToSvg(target, page).empty())
+        return "--page: the target with a white margin does not fit on " + files.page;
+    return {};
+}
+
+std::string writeTargets(const TargetFiles& files, const orx::TTarget& target) {
+    std::string problem = problemOfTargets(files, target);
+    if (!problem.empty()) return problem;
+    orx::TTargetPage page;
+    pageOf(files.page, page);
     if (!files.png.empty()) problem = writePng(files);
     if (problem.empty() && !files.pdf.empty()) problem = writePage(files.pdf, orx::targetToPdf(target, page));
     if (problem.empty() && !files.svg.empty()) problem = writePage(files.svg, orx::targetToSvg(target, page));
@@ -57,8 +73,10 @@ std::string writeTargets(const TargetFiles& files, const orx::TTarget& target) {
 }
 
 cv::Size targetCorners(cv::Size imageSize, int squareSize, int margin) {
-    const auto squares = [&](int length) { return (length - 2 * margin + 1) / squareSize; };
-    return {squares(imageSize.width) - 1, squares(imageSize.height) - 1};
+    const auto corners = [&](std::int64_t length) {
+        return static_cast<int>((length - 2 * std::int64_t{margin} + 1) / squareSize - 1);
+    };
+    return {corners(imageSize.width), corners(imageSize.height)};
 }
 
 }  // namespace calibration

@@ -23,10 +23,14 @@ struct TargetFiles {
 // False for no such page.
 bool pageOf(const std::string& text, orx::TTargetPage& page);
 
+// Why the targets can't be as they are asked for, in English: no such page, or no room on it. Empty where
+// they can.
+std::string problemOfTargets(const TargetFiles& files, const orx::TTarget& target);
+
 // Writes what is asked for and tells of each; what went wrong, empty where nothing did.
 std::string writeTargets(const TargetFiles& files, const orx::TTarget& target);
 
-// The inner corners of the chessboard that orx::createCalibrateImage draws.
+// The inner corners of the chessboard that orx::createCalibrateImage draws; below 0 where no square fits.
 cv::Size targetCorners(cv::Size imageSize, int squareSize, int margin);
 
 }  // namespace calibration

@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/argument_checks.h"
 #include "support/command_line.h"
 #include "support/picture_file.h"
 #include "support/plate_scene.h"
@@ -141,7 +142,11 @@ int parseAndRun(int argc, const char* const* argv) {
     app.add_option("--seed", options.lot.seed, "equal seeds give equal plates")
         ->capture_default_str()
         ->check(CLI::Range(0, 1000000));
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return host::endAt(error, app);
+    }
     return run(options);
 }
 

@@ -21,14 +21,17 @@ cv::Mat readPicture(const std::filesystem::path& file, int flags) {
 
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
                   const std::vector<int>& parameters) {
+    std::error_code ignored;
+    // A pipe could be waited for without end.
+    if (std::filesystem::exists(file, ignored) && !std::filesystem::is_regular_file(file, ignored))
+        return false;
     std::vector<uchar> bytes;
     if (!cv::imencode(file.extension().u8string(), picture, bytes, parameters)) return false;
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     stream.close();
     if (!stream.fail()) return true;
-    std::error_code ignored;  // half a picture helps nobody
-    if (std::filesystem::is_regular_file(file, ignored)) std::filesystem::remove(file, ignored);
+    std::filesystem::remove(file, ignored);  // half a picture helps nobody
     return false;
 }
 

@@ -1,11 +1,10 @@
 #include "viewer/options.h"
 
-#include <CLI/CLI.hpp>
+#include "support/argument_checks.h"
 
 namespace viewer {
 namespace {
 
-constexpr int kBadArguments = 2;
 constexpr double kScreenshotAfter = 2.0;  // seconds, unless the command line says
 
 }  // namespace
@@ -31,7 +30,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
+        exitCode = host::endAt(error, app);
         return std::nullopt;
     }
     if (!options.screenshot.empty() && !(options.seconds > 0.0)) options.seconds = kScreenshotAfter;

@@ -53,6 +53,39 @@ TEST_F(CalibrationProgram, PicturesAreFreedFromDistortionWhereTheTargetWasSeen) 
         << "of another size: bent by a lens not its own";
 }
 
+TEST_F(CalibrationProgram, BadArgumentsEndWithTwoAndAHint) {
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"--no-such-option"},
+        {"in", "--columns", "2"},
+        {"in", "--rows", "many"},
+        {"in", "--pitch", "nan"},
+        {"in", "--pitch", "0"},
+        {"in", "--dots", "--pitch", "10", "--diameter", "9.5"},
+        {"in", "--radial", "4"},
+        {"in", "--height", "inf"},
+        {"in", "--height-deviation", "-1"},
+        {"in", "--scale-deviation", "0.2"},
+        {"in", "--no-lens", "--height", "3"},
+        {"--target", "board.png", "--target-margin", "2147483647"},
+        {"--target", "board.png", "--target-margin", "-5"},
+        {"--target", "board.png", "--target-margin", "1100"},
+        {"--target", "board.png", "--target-square", "0"},
+        {"--target", "board.png", "--target-width", "2147483647"},
+        {"--target-pdf", "board.pdf", "--page", "A5"},
+        {"--target-pdf", "board.pdf", "--page", "60x40"},
+    };
+    for (const auto& arguments : wrong) {
+        const int exitCode = test::runProgram(ORX_CALIBRATION_PROGRAM, arguments, folder.path(),
+                                              path("stdout"), path("stderr"));
+        EXPECT_EQ(exitCode, 2) << testing::PrintToString(arguments);
+        EXPECT_THAT(textOf(path("stderr")), HasSubstr("--help")) << testing::PrintToString(arguments);
+        EXPECT_EQ(textOf(path("stdout")), "");
+    }
+    EXPECT_FALSE(fs::exists(path("board.png")) || fs::exists(path("board.pdf")));
+    EXPECT_FALSE(fs::exists(path("calibration-output")));
+}
+
 // Folders in the way stand for a disk that takes no more.
 TEST_F(CalibrationProgram, WhatCantBeWrittenIsToldByTheExitCode) {
     for (const std::string name : {"view3-undistorted.png", "residuals.png", "camera.yml"}) {

@@ -2,18 +2,18 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
-#include <sstream>
 
 #include "inspection/batch/batch_command_line.h"
 #include "inspection/measure/methods.h"
 #include "inspection/run/places.h"
 #include "inspection/teach/teach_command_line.h"
 #include "orxFunctions/orxfunctions.h"
+#include "support/argument_checks.h"
 
 namespace inspection {
 namespace {
 
-constexpr int kBadArguments = 2;
+using host::between;
 
 const std::map<std::string, Polarity> kPolarities = {
     {"auto", Polarity::kAuto}, {"bright", Polarity::kBright}, {"dark", Polarity::kDark}};
@@ -55,18 +55,6 @@ struct Words {
     std::string teachRegion;
     std::string partPolarity = "same";
 };
-
-// CLI::Range would let "nan" pass.
-CLI::Validator between(double low, double high) {
-    const auto check = [low, high](const std::string& text) {
-        double value = 0.0;
-        const bool isInside = CLI::detail::lexical_cast(text, value) && value >= low && value <= high;
-        std::ostringstream reason;
-        if (!isInside) reason << "'" << text << "' is not a number between " << low << " and " << high;
-        return reason.str();
-    };
-    return CLI::Validator(check, "");
-}
 
 // A sign would otherwise be taken modulo 2^64.
 CLI::Validator digits() {
@@ -403,7 +391,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         requirePlainBatch(options);
         if (!options.batch.recipe.empty() && app.count("--seconds") == 0) options.camera.seconds = 0.0;
     } catch (const CLI::ParseError& error) {
-        exitCode = app.exit(error) == 0 ? 0 : kBadArguments;
+        exitCode = host::endAt(error, app);
         return std::nullopt;
     }
     return options;
