@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -52,9 +52,10 @@ Measures lengthsOf(const cv::Mat& labels, int count) {
     return lengths;
 }
 
-bool keepAtLeast(const cv::Mat& src, cv::Mat& dst, double least,
+bool keepAtLeast(const cv::Mat& src, cv::Mat& dst, double least, const char* function,
                  Measures (*measure)(const cv::Mat& labels, int count)) {
-    if (!isByteImage(src) || std::isnan(least)) return false;
+    if (!takesBytes(src, function)) return false;
+    if (std::isnan(least)) return refuse(rcNotFinite, function, "the limit is not a number");
     cv::Mat labels;
     const int count = cv::connectedComponents(src, labels, 8, CV_32S);
     const Measures measures = measure(labels, count);
@@ -79,11 +80,11 @@ double lengthOf(const cv::Vec4i& segment) {
 }  // namespace
 
 bool removeSmallObjects(const cv::Mat& src, cv::Mat& dst, double minArea) {
-    return keepAtLeast(src, dst, minArea, areasOf);
+    return keepAtLeast(src, dst, minArea, "removeSmallObjects", areasOf);
 }
 
 bool removeShortLines(const cv::Mat& src, cv::Mat& dst, double minLength) {
-    return keepAtLeast(src, dst, minLength, lengthsOf);
+    return keepAtLeast(src, dst, minLength, "removeShortLines", lengthsOf);
 }
 
 void removeShortLines(std::vector<cv::Vec4i>& segments, double minLength) {

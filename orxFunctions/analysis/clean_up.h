@@ -2,8 +2,9 @@
 //
 // Images are 8-bit, one channel; every pixel that is not 0 belongs to an object, and objects are 8-connected.
 // What stays keeps its value, what goes becomes 0. `dst` may be `src`. False, and `dst` untouched, for
-// anything else (no pixels, colour, 16 bits, more dimensions) and for limits that are not a number. Limits of
-// 0 and below keep everything. All functions are reentrant.
+// anything else: no pixels (rcEmptyImage), colour or 16 bits (rcImageType), more dimensions
+// (rcImageDimensions), and for limits that are not a number (rcNotFinite). Limits of 0 and below keep
+// everything. All functions are reentrant.
 #ifndef ORXFUNCTIONS_ANALYSIS_CLEAN_UP_H
 #define ORXFUNCTIONS_ANALYSIS_CLEAN_UP_H
 

@@ -3,11 +3,16 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
 
-bool isConvertible(const cv::Mat& img, int bits) { return isPicture(img) && bits >= 8 && bits <= 16; }
+bool isConvertible(const cv::Mat& img, int bits, const char* function) {
+    if (!takesPicture(img, function)) return false;
+    if (bits >= 8 && bits <= 16) return true;
+    return refuse(rcOption, function, "%d bits in use; 8 to 16 are taken", bits);
+}
 
 // Always a copy. No level falls halfway between two others: 2^bits - 1 is odd.
 cv::Mat in8Bits(const cv::Mat& img, int bits) {
@@ -20,12 +25,12 @@ cv::Mat in8Bits(const cv::Mat& img, int bits) {
 }  // namespace
 
 cv::Mat toGray(const cv::Mat& img, int bits) {
-    if (!isConvertible(img, bits)) return {};
+    if (!isConvertible(img, bits, "toGray")) return {};
     return in8Bits(greyOf(img), bits);
 }
 
 cv::Mat toBGR(const cv::Mat& img, int bits) {
-    if (!isConvertible(img, bits)) return {};
+    if (!isConvertible(img, bits, "toBGR")) return {};
     if (img.channels() == 3) return in8Bits(img, bits);
     cv::Mat colour;
     if (img.channels() == 4) {

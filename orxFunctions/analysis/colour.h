@@ -1,8 +1,9 @@
 // Conversions to 8-bit grey and 8-bit colour, whatever a camera or a file delivers.
 //
 // Accepted are 8- and 16-bit unsigned images of 1 (grey), 2 (grey, alpha), 3 (BGR) or 4 (BGR, alpha)
-// channels; alpha is dropped. Everything else gives an empty matrix: no pixels, more than two dimensions,
-// signed or floating-point levels, whose range nobody knows. The result is always a new image that shares
+// channels; alpha is dropped. Everything else gives an empty matrix: no pixels (rcEmptyImage), more than two
+// dimensions (rcImageDimensions), more channels, signed or floating-point levels, whose range nobody knows
+// (rcImageType), and bits in use that are none (rcOption). The result is always a new image that shares
 // nothing with the source, so that drawing on it is safe. Reentrant.
 #ifndef ORXFUNCTIONS_ANALYSIS_COLOUR_H
 #define ORXFUNCTIONS_ANALYSIS_COLOUR_H

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "orxFunctions/foundation/refusal_internal.h"
+
 namespace orx {
 namespace {
 
@@ -45,10 +47,7 @@ cv::Point2d centreOfCircle(const std::vector<cv::Point>& points) {
 // Not-a-number becomes `low`.
 double between(double value, double low, double high) { return value >= low ? std::min(value, high) : low; }
 
-}  // namespace
-
-cv::Point2d getContourCenterSubPix(const std::vector<cv::Point>& contour, int mode) {
-    if (contour.empty()) return {-1, -1};
+cv::Point2d centreOf(const std::vector<cv::Point>& contour, int mode) {
     const Extent extent = extentOf(contour);
     cv::Point2d centre;
     if (mode == 1) {
@@ -61,16 +60,33 @@ cv::Point2d getContourCenterSubPix(const std::vector<cv::Point>& contour, int mo
     return {between(centre.x, extent.low.x, extent.high.x), between(centre.y, extent.low.y, extent.high.y)};
 }
 
-cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
-    const cv::Point2d centre = getContourCenterSubPix(contour, mode);
+cv::Point roundedCentreOf(const std::vector<cv::Point>& contour, int mode) {
+    const cv::Point2d centre = centreOf(contour, mode);
     return {static_cast<int>(std::lrint(centre.x)), static_cast<int>(std::lrint(centre.y))};
+}
+
+bool hasPoints(const std::vector<cv::Point>& contour, const char* function) {
+    return !contour.empty() || refuse(rcTooFew, function, "a contour without points has no centre");
+}
+
+}  // namespace
+
+cv::Point2d getContourCenterSubPix(const std::vector<cv::Point>& contour, int mode) {
+    if (!hasPoints(contour, "getContourCenterSubPix")) return {-1, -1};
+    return centreOf(contour, mode);
+}
+
+cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode) {
+    if (!hasPoints(contour, "getContourCenterPt")) return {-1, -1};
+    return roundedCentreOf(contour, mode);
 }
 
 std::vector<cv::Point> getContourCenterPts(const std::vector<std::vector<cv::Point>>& contours, int mode) {
     std::vector<cv::Point> centres;
     centres.reserve(contours.size());
     for (const std::vector<cv::Point>& contour : contours)
-        centres.push_back(getContourCenterPt(contour, mode));
+        centres.push_back(hasPoints(contour, "getContourCenterPts") ? roundedCentreOf(contour, mode)
+                                                                    : cv::Point(-1, -1));
     return centres;
 }
 

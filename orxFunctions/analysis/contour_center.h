@@ -19,7 +19,8 @@ namespace orx {
 //             that are partly broken away.
 //
 // The answer lies in the bounding rectangle of the points, also where a polygon that crosses itself has its
-// centre of gravity elsewhere. An empty contour gives (-1, -1). Reentrant.
+// centre of gravity elsewhere. An empty contour gives (-1, -1) (rcTooFew, in the other two as well).
+// Reentrant.
 ORX_API cv::Point getContourCenterPt(std::vector<cv::Point> contour, int mode);
 
 // The same centre, and limits, not rounded to a pixel: for measuring. An empty contour gives (-1, -1).

@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -12,8 +13,12 @@ namespace {
 // the cost of a morphological operation grows with its window.
 constexpr int kCoarseWindow = 25;
 
-bool isUsable(const cv::Mat& img, const TFlattenOptions& options) {
-    return isPicture(img) && img.channels() == 1 && isBetween(options.window, 3, 100000);
+bool isUsable(const cv::Mat& img, const TFlattenOptions& options, const char* function) {
+    if (!takesPicture(img, function)) return false;
+    if (img.channels() != 1)
+        return refuse(rcImageType, function, "the image has %d channels; one is taken", img.channels());
+    if (isBetween(options.window, 3, 100000)) return true;
+    return refuse(rcOption, function, "the window is %d pixels; 3 to 100000 are taken", options.window);
 }
 
 cv::Mat backgroundOf(const cv::Mat& grey, const TFlattenOptions& options) {
@@ -34,13 +39,13 @@ cv::Mat backgroundOf(const cv::Mat& grey, const TFlattenOptions& options) {
 }  // namespace
 
 bool getBackground(const cv::Mat& img, cv::Mat& background, const TFlattenOptions& options) {
-    if (!isUsable(img, options)) return false;
+    if (!isUsable(img, options, "getBackground")) return false;
     background = backgroundOf(img, options);
     return true;
 }
 
 bool flattenLight(const cv::Mat& img, cv::Mat& flat, const TFlattenOptions& options) {
-    if (!isUsable(img, options)) return false;
+    if (!isUsable(img, options, "flattenLight")) return false;
     const cv::Mat background = backgroundOf(img, options);
     cv::Mat difference;
     if (options.brightObjects) {

@@ -7,9 +7,10 @@
 // (analysis/contour_edges.h): flattening is for finding objects, and moves edges where the light changes
 // fast.
 //
-// Images are 8- or 16-bit unsigned, one channel. False, and the output untouched, for anything else, and for
-// options outside their ranges. The output may be the input. Reentrant.
-// P. Soille, "Morphological Image Analysis", 2nd edition, Springer (2003), section 4.3 (top-hats).
+// Images are 8- or 16-bit unsigned, one channel. False, and the output untouched, for anything else: no
+// pixels (rcEmptyImage), other depths or channels (rcImageType), more dimensions (rcImageDimensions), and for
+// options outside their ranges (rcOption). The output may be the input. Reentrant. P. Soille, "Morphological
+// Image Analysis", 2nd edition, Springer (2003), section 4.3 (top-hats).
 #ifndef ORXFUNCTIONS_ANALYSIS_FLATTEN_H
 #define ORXFUNCTIONS_ANALYSIS_FLATTEN_H
 

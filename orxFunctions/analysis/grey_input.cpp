@@ -9,8 +9,6 @@ bool isPicture(const cv::Mat& img) {
     return !img.empty() && img.dims == 2 && knownDepth && img.channels() <= 4;
 }
 
-bool isByteImage(const cv::Mat& img) { return !img.empty() && img.dims == 2 && img.type() == CV_8UC1; }
-
 int lightChannels(const cv::Mat& img) { return img.channels() < 3 ? 1 : 3; }
 
 double fullLevel(const cv::Mat& img) { return img.depth() == CV_16U ? 65535.0 : 255.0; }

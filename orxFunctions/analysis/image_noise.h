@@ -13,7 +13,8 @@ namespace orx {
 // spaced rows are looked at, so that it takes less than a millisecond.
 //
 // Images are 8- or 16-bit unsigned with 1 to 4 channels: colour is weighted to grey, as toGray does, and
-// 16-bit levels are rounded to 8 bits. -1 for anything else. Reentrant.
+// 16-bit levels are rounded to 8 bits. -1 for anything else: no pixels (rcEmptyImage), other depths or more
+// channels (rcImageType), more dimensions (rcImageDimensions). Reentrant.
 // J. Immerkaer, "Fast noise variance estimation", Computer Vision and Image Understanding 64 (1996), with the
 // median in place of the mean.
 ORX_API double getImageNoise(const cv::Mat& img);

@@ -15,6 +15,7 @@
 #include "orxFunctions/analysis/edges/pieces.h"
 #include "orxFunctions/analysis/edges/suppression.h"
 #include "orxFunctions/analysis/edges/threshold.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/parallel_internal.h"
 
 namespace ORXEdge {
@@ -32,9 +33,17 @@ constexpr double kSmallestSpacing = 0.6;
 constexpr std::size_t kCurvatureReach = 6;
 
 bool isAcceptable(const cv::Mat& gray, const TMetricOptions& options) {
-    return !gray.empty() && gray.dims == 2 && gray.type() == CV_8UC1 && options.sigma >= 0.5 &&
-           options.sigma <= 20 && options.mode >= cv::RETR_EXTERNAL && options.mode <= cv::RETR_TREE &&
-           options.low >= 0 && options.high >= 0 && options.noise >= 0;
+    if (!orx::takesBytes(gray, "edgesSubPixMetric")) return false;
+    if (!(options.sigma >= 0.5 && options.sigma <= 20))
+        return orx::refuse(orx::rcOption, "edgesSubPixMetric", "sigma is %g; 0.5 to 20 are taken",
+                           options.sigma);
+    if (options.mode < cv::RETR_EXTERNAL || options.mode > cv::RETR_TREE)
+        return orx::refuse(orx::rcOption, "edgesSubPixMetric", "the mode is %d; 0 to 3 are taken",
+                           options.mode);
+    if (options.low >= 0 && options.high >= 0 && options.noise >= 0) return true;
+    return orx::refuse(orx::rcOption, "edgesSubPixMetric",
+                       "the thresholds are %g and %g, the noise %g; 0 and more are taken", options.low,
+                       options.high, options.noise);
 }
 
 std::int64_t squared(double threshold) {

@@ -58,8 +58,9 @@ struct TMetricContour {
 // are compensated only in part. After P. W. Verbeek and L. J. van Vliet, "On the location error of curved
 // edges in low-pass filtered 2-D and 3-D images", IEEE Trans. PAMI 16 (1994).
 //
-// False, and `contours` untouched, for an empty image, another type, a sigma or a mode out of range,
-// thresholds or a noise that are negative or not numbers; true otherwise, also when nothing is found.
+// False, and `contours` untouched, for an empty image (rcEmptyImage), another type (rcImageType), more
+// dimensions (rcImageDimensions), a sigma or a mode out of range, thresholds or a noise that are negative or
+// not numbers (rcOption); true otherwise, also when nothing is found.
 // Reentrant; the result does not depend on the number of threads.
 ORX_API bool edgesSubPixMetric(const cv::Mat& gray, std::vector<TMetricContour>& contours,
                                const TMetricOptions& options = TMetricOptions());
