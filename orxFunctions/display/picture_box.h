@@ -102,8 +102,8 @@ class ORX_API TPictureBox {
     void showGroup(const std::string& group, bool shown);
     bool isGroupShown(const std::string& group) const;
 
-    // Starts the display thread. Once only: a second call ends the process, as for any standard thread. Throws
-    // std::system_error where the system has no thread; it may be called again then.
+    // Starts the display thread. Once only: a second call ends the process, as for any standard thread.
+    // Throws std::system_error where the system has no thread; it may be called again then.
     void start();
     // Lets the display thread end after its current turn. The box can't be started again.
     void killThread();
