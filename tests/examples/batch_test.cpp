@@ -276,6 +276,13 @@ TEST_F(BatchProgram, AGaugeStudyPoolsTheTimesOfEachPart) {
     EXPECT_NEAR(gauge["toleranceShare"].asDouble(), 600 * std::sqrt(squares / 4) / 1.0, 1e-5);
     EXPECT_NEAR(gauge["partDeviation"].asDouble(), 0.2 / std::sqrt(2.0), 0.02);
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("Gauge study"));
+
+    // One is missing: of whichever part, that is told.
+    fs::remove(path("in/p11.png"));
+    const Outcome uneven = run(arguments({path("in"), "--gauge", "3"}, "uneven"));
+    EXPECT_EQ(uneven.exitCode, 0);
+    EXPECT_THAT(uneven.errors, HasSubstr("of the last part there are 2 pictures alone, 5 in all"));
+    EXPECT_THAT(textOf(path("uneven/report.html")), HasSubstr("2 pictures alone"));
 }
 
 TEST_F(BatchProgram, WhatDoesNotFitIsRefusedBeforeAnythingIsWritten) {
@@ -290,6 +297,12 @@ TEST_F(BatchProgram, WhatDoesNotFitIsRefusedBeforeAnythingIsWritten) {
                                                {picture, "--camera"},
                                                {picture, "--window"},
                                                {picture, "--find", "m"},
+                                               {picture, "--method", "otsu"},
+                                               {picture, "--caliper", "1,2,30,40"},
+                                               {picture, "--shape", "circle"},
+                                               {picture, "--circle", "wls"},
+                                               {picture, "--keep", "5"},
+                                               {picture, "--lines", "5"},
                                                {picture, "--synthetic-parts", "1"}}) {
         EXPECT_EQ(run(arguments(more)).exitCode, 2) << testing::PrintToString(more);
     }

@@ -1,6 +1,7 @@
 // A recipe on cameras, through the camera driver module.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 
@@ -80,6 +81,33 @@ TEST_F(LiveProgram, EveryPictureOfEveryCameraHasItsVerdict) {
     EXPECT_THAT(more.output, HasSubstr("going on after " + std::to_string(before) + " pictures"));
     EXPECT_GT(results().size(), before);
     EXPECT_LE(pictures("out"), 3U);
+}
+
+TEST_F(LiveProgram, ResultsArePutAsideBeforeTheyFillTheDisk) {
+    const auto csvRows = [&](const std::string& file) {
+        const std::string text = textOf(path("out/" + file));
+        return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 1;
+    };
+    const auto olderLines = [&] {
+        const std::string text = textOf(path("out/results.old.jsonl"));
+        return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    };
+    const std::vector<std::string> options{"--camera", "--seconds", "2", "--lines", "4", "--keep", "3"};
+    const Outcome outcome = run(arguments(options));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_GT(statistics()["pictures"].asInt(), 8);
+    EXPECT_LT(results().size(), 4U);
+    EXPECT_EQ(csvRows("results.csv"), results().size());
+    EXPECT_EQ(olderLines(), 4U);
+    EXPECT_EQ(csvRows("results.old.csv"), 4U);
+    // What a picture stands for may be in either file: it is forgotten when its turn comes.
+    run(arguments(options));
+    EXPECT_LE(pictures("out"), 3U);
+    std::vector<std::string> anew = options;
+    anew.push_back("--again");
+    anew[4] = "100000";
+    run(arguments(anew));
+    EXPECT_FALSE(fs::exists(path("out/results.old.jsonl")) || fs::exists(path("out/results.old.csv")));
 }
 
 // Without --seconds it runs until it is told to end.

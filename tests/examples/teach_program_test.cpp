@@ -99,6 +99,7 @@ TEST_F(TeachProgram, RefusalsSayWhatToDo) {
                                                          {"--teach", plate, "--camera"},
                                                          {"--teach", plate, "--recipe", "a.json"},
                                                          {"--teach", plate, "--region", "1,2,3"},
+                                                         {"--teach", plate, "--min-area", "3"},
                                                          {"--teach", plate, "--fixed", "--model", "a.part"},
                                                          {"--region", "1,2,30,40", plate},
                                                          {"--again", plate}};

@@ -3,6 +3,7 @@
 #include <limits>
 #include <sstream>
 
+#include "inspection/parts/part_sections.h"
 #include "inspection/report/data_uri.h"
 #include "inspection/report/table.h"
 #include "inspection/report/utf8.h"
@@ -24,6 +25,20 @@ TEST(Texts, WhatIsNotUtf8IsReplacedByteByByte) {
     EXPECT_EQ(inspection::cleanUtf8("\xF4\x90\x80\x80"), bad + bad + bad + bad);  // above U+10FFFF
     EXPECT_EQ(inspection::cleanUtf8("a\x1b[2Jb\nc\x7F\xC2\x9B"), "a?[2Jb?c??");
     EXPECT_EQ(inspection::cleanUtf8("a\0b"s), "a?b");
+}
+
+TEST(Texts, AWholeTurnIsNone) {
+    inspection::FoundParts found;
+    found.result.status = orx::msOk;
+    for (const double angle : {359.9996, 359.9994}) {
+        found.result.parts.emplace_back();
+        found.result.parts.back().pose.angle = angle;
+    }
+    const inspection::Section section =
+        inspection::foundSection(cv::Mat(20, 20, CV_8UC1, cv::Scalar(0)), found);
+    ASSERT_EQ(section.rows.size(), 3U);
+    EXPECT_EQ(section.rows[1][4], "0.000");
+    EXPECT_EQ(section.rows[2][4], "359.999");
 }
 
 TEST(Texts, MarkupIsEscaped) {

@@ -139,6 +139,13 @@ TEST_F(Truth, ErrorsAndWrongVerdictsAreTold) {
     EXPECT_LT(this->statistics("again")["values"][0]["truth"]["largestError"].asDouble(), 1e-6);
 }
 
+TEST_F(Truth, ATableOfOtherPicturesIsAMistake) {
+    const std::string truth = writeTruth("picture,diameter\nother.png,60\n");
+    const Outcome outcome = run(arguments({writeRadius("in/a.png", 30), "--truth", truth}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("none of the pictures is in the table of --truth"));
+}
+
 TEST_F(Truth, WhatIsNoTableIsRefusedBeforeAnythingIsWritten) {
     const std::string picture = writeRadius("in/a.png", 30);
     for (const std::string& truth :

@@ -8,6 +8,7 @@ namespace {
 constexpr int kMostJobs = 64;
 constexpr int kMostTimes = 1000;
 constexpr int kMostKept = 1000000;
+constexpr int kMostLines = 100000000;
 
 }  // namespace
 
@@ -62,6 +63,14 @@ void addBatchOptions(CLI::App& app, BatchOptions& batch, std::string& annotate) 
     app.add_option("--keep", batch.keep,
                    "With --camera, of the pictures of --annotate the newest, so many at the most")
         ->check(CLI::Range(1, kMostKept))
+        ->needs(recipe)
+        ->type_name("N")
+        ->capture_default_str()
+        ->group(group);
+    app.add_option("--lines", batch.lines,
+                   "With --camera, results in a file at the most: full ones are called results.old, in\n"
+                   "place of older ones")
+        ->check(CLI::Range(1, kMostLines))
         ->needs(recipe)
         ->type_name("N")
         ->capture_default_str()

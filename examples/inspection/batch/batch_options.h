@@ -19,7 +19,8 @@ struct BatchOptions {
     int gauge = 0;       // pictures of each part, one after another; 0: no study
     bool again = false;
     bool quiet = false;
-    int keep = 1000;  // annotated pictures of cameras at the most: the newest
+    int keep = 1000;      // annotated pictures of cameras at the most: the newest
+    int lines = 1000000;  // results of cameras in a file at the most; what is older makes room for the next
 };
 
 }  // namespace inspection

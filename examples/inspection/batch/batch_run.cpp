@@ -46,6 +46,7 @@ class Batch {
         if (!run_.prepareFolder()) return 1;
         const PictureList list = listPictures(options_.inputs, batch_.recursive, run_.folder());
         for (const std::string& text : list.problems) run_.tell(text);
+        noteLeftOver(list.files.size());
         if (run_.begin(list.files, done_)) measureAll(list.files);
         run_.finish();
         if (interruptSignal() != 0) return kSignalBase + interruptSignal();
@@ -53,6 +54,20 @@ class Batch {
     }
 
   private:
+    // Pictures that make no whole part of a gauge study: mostly one is missing, and all later ones went to
+    // the wrong part.
+    void noteLeftOver(std::size_t pictures) {
+        if (batch_.gauge <= 0) return;
+        const std::size_t times = static_cast<std::size_t>(batch_.gauge);
+        const std::size_t left = pictures % times;
+        if (left == 0) return;
+        const std::string text = "--gauge " + std::to_string(times) + ": of the last part there are " +
+                                 std::to_string(left) + " pictures alone, " + std::to_string(pictures) +
+                                 " in all";
+        log_ << "orx_inspection: warning: " << text << "\n";
+        run_.notes().lines.push_back("Gauge study, " + text + ".");
+    }
+
     void measureAll(const std::vector<PictureFile>& files) {
         std::vector<std::size_t> wanted;
         for (std::size_t i = 0; i < files.size(); ++i) {

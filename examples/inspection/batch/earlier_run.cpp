@@ -61,6 +61,15 @@ class Places {
     std::unordered_multimap<std::uint64_t, std::size_t> places_;
 };
 
+void readRecords(const fs::path& file, const orx::TRecipe& recipe,
+                 const std::function<void(const PictureRecord&)>& add) {
+    std::ifstream stream(file, std::ios::binary);
+    for (std::string line; std::getline(stream, line);) {
+        PictureRecord record;
+        if (readLine(line, recipe, record)) add(record);
+    }
+}
+
 }  // namespace
 
 std::string fingerprintOf(const orx::TRecipe& recipe, const fs::path& recipeFile) {
@@ -92,15 +101,20 @@ bool EarlierRun::claim(const std::string& fingerprint, std::string& problem) con
 }
 
 void EarlierRun::forget(const orx::TRecipe& recipe) const {
-    std::ifstream stream(resultsFile(), std::ios::binary);
     std::error_code ignored;
-    for (std::string line; std::getline(stream, line);) {
-        PictureRecord record;
-        if (readLine(line, recipe, record) && !record.annotated.empty())
-            fs::remove(folder_ / kPicturesFolder / fs::u8path(record.annotated), ignored);
+    for (const fs::path& file : {resultsFile(), olderFile()}) {
+        readRecords(file, recipe, [&](const PictureRecord& record) {
+            if (!record.annotated.empty())
+                fs::remove(folder_ / kPicturesFolder / fs::u8path(record.annotated), ignored);
+        });
+        fs::remove(file, ignored);
     }
-    stream.close();
-    fs::remove(resultsFile(), ignored);
+    fs::remove(folder_ / "results.old.csv", ignored);
+}
+
+void EarlierRun::readOlder(const orx::TRecipe& recipe,
+                           const std::function<void(const PictureRecord&)>& add) const {
+    readRecords(olderFile(), recipe, add);
 }
 
 bool EarlierRun::resume(const orx::TRecipe& recipe, const std::vector<PictureFile>& files,

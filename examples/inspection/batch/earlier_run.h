@@ -21,12 +21,18 @@ class EarlierRun {
 
     std::filesystem::path resultsFile() const { return folder_ / "results.jsonl"; }
 
+    // Of a run on cameras: the results before those.
+    std::filesystem::path olderFile() const { return folder_ / "results.old.jsonl"; }
+
     // Makes the folder that of this recipe. False, with the reason in `problem`, where it holds results of
     // another recipe or can't be written.
     bool claim(const std::string& fingerprint, std::string& problem) const;
 
     // Forgets the results and the pictures that they name, whatever the recipe.
     void forget(const orx::TRecipe& recipe) const;
+
+    // Calls `add` with every record of the older file.
+    void readOlder(const orx::TRecipe& recipe, const std::function<void(const PictureRecord&)>& add) const;
 
     // Calls `add` with every record that still counts and its place in `files` (-1 for pictures that are not
     // given any more), and marks those places as done. What counts no more (files that have changed since

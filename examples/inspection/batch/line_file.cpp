@@ -36,6 +36,11 @@ bool LineFile::append(const std::string& line) {
     return true;
 }
 
+void LineFile::close() {
+    file_.close();
+    file_.clear();
+}
+
 void LineFile::fail(int error) {
     problem_ = displayName(path_) + " can't be written" +
                (error != 0 ? ": " + std::string(std::strerror(error)) : std::string());

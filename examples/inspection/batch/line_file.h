@@ -18,6 +18,9 @@ class LineFile {
     // line before as far as that can be had, and takes no more.
     bool append(const std::string& line);
 
+    // Takes no more until it is opened again.
+    void close();
+
     const std::string& problem() const { return problem_; }  // in English; empty: none
 
   private:

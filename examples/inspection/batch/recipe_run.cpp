@@ -80,12 +80,12 @@ bool RecipeRun::claimFolder(std::string& problem) {
 }
 
 bool RecipeRun::begin(const std::vector<PictureFile>& files, std::vector<bool>& done, const Add& add) {
-    if (!csv_.open(folder_ / "results.csv", true) || !csv_.append(csvHeader(recipe_)))
-        return giveUp(csv_.problem());
+    if (!openTable()) return false;
     if (!batch_.sqlite.empty() && !sqlite_.open(batch_.sqlite)) return giveUp(sqlite_.problem());
     done.assign(files.size(), false);
     const EarlierRun earlier(folder_);
     bool written = true;
+    if (add) earlier.readOlder(recipe_, add);
     const auto takeOver = [&](const PictureRecord& record, std::int64_t place) {
         summary_.add(record, place);
         if (add) add(record);
@@ -95,6 +95,7 @@ bool RecipeRun::begin(const std::vector<PictureFile>& files, std::vector<bool>& 
     if (!earlier.resume(recipe_, files, done, takeOver, problem)) return giveUp(problem);
     if (!written) return false;
     if (!lines_.open(earlier.resultsFile(), false)) return giveUp(lines_.problem());
+    written_ = summary_.pictures();
     if (summary_.pictures() > 0 && !batch_.quiet)
         out_ << "going on after " << summary_.pictures() << " pictures of an earlier run\n";
     return true;
@@ -102,6 +103,7 @@ bool RecipeRun::begin(const std::vector<PictureFile>& files, std::vector<bool>& 
 
 bool RecipeRun::writeLine(const MeasuredPicture& measured, std::int64_t place) {
     if (!lines_.append(measured.line)) return giveUp(lines_.problem());
+    ++written_;
     summary_.add(measured.record, place);
     return true;
 }
@@ -112,8 +114,29 @@ bool RecipeRun::writeTables(const PictureRecord& record) {
     return true;
 }
 
+bool RecipeRun::openTable() {
+    return (csv_.open(folder_ / "results.csv", true) && csv_.append(csvHeader(recipe_))) ||
+           giveUp(csv_.problem());
+}
+
+bool RecipeRun::makeRoom() {
+    if (written_ < batch_.lines) return true;
+    written_ = 0;
+    lines_.close();
+    csv_.close();
+    const EarlierRun files(folder_);
+    std::error_code failure;
+    fs::rename(folder_ / "results.csv", folder_ / "results.old.csv", failure);
+    if (!failure) fs::rename(files.resultsFile(), files.olderFile(), failure);
+    if (failure) return giveUp("results.jsonl and results.csv can't be put aside: " + failure.message());
+    return openTable() && (lines_.open(files.resultsFile(), true) || giveUp(lines_.problem()));
+}
+
 void RecipeRun::finish() {
     if (!sqlite_.close()) giveUp(sqlite_.problem());
+    const TruthComparison* truth = summary_.truth();
+    if (truth != nullptr && truth->pictures() == 0 && summary_.pictures() > 0)
+        tell("none of the pictures is in the table of --truth: it names them by their path or the end of it");
     const fs::path report = folder_ / "report.html";
     const bool hasReport = writeOut(report, batchReportHtml(recipe_, summary_, notes_, folder_));
     writeOut(folder_ / "statistics.json", summaryJson(recipe_, summary_));
@@ -121,7 +144,7 @@ void RecipeRun::finish() {
     out_ << "\n" << summary_.text() << "\n";
     if (!notes_.rate.empty()) out_ << notes_.rate << "\n";
     printStatistics();
-    if (summary_.truth() != nullptr) printTruth(out_, recipe_, *summary_.truth());
+    if (truth != nullptr) printTruth(out_, recipe_, *truth);
     if (hasReport) out_ << "report   " << displayName(report) << "\n";
 }
 

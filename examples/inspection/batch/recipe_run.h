@@ -2,6 +2,7 @@
 #ifndef EXAMPLES_INSPECTION_BATCH_RECIPE_RUN_H
 #define EXAMPLES_INSPECTION_BATCH_RECIPE_RUN_H
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <ostream>
@@ -31,13 +32,16 @@ class RecipeRun {
     // Makes the output folder this recipe's. False, and told, where that can't be.
     bool prepareFolder();
     // Opens the files that results go to and takes over those of an earlier run, telling each of them to
-    // `add`; `done` says which of the files need not be measured again.
+    // `add`, after those that it put aside; `done` says which of the files need not be measured again.
     using Add = std::function<void(const PictureRecord&)>;
     bool begin(const std::vector<PictureFile>& files, std::vector<bool>& done, const Add& add = {});
 
     // False where a file can't be written: the run is to end. The line first, the tables once it was told.
     bool writeLine(const MeasuredPicture& measured, std::int64_t place);
     bool writeTables(const PictureRecord& record);
+    // Of a run without end, after each picture: puts files aside that are full, in place of older ones. False
+    // where that can't be.
+    bool makeRoom();
 
     // Writes the report and prints the end of the run.
     void finish();
@@ -56,6 +60,7 @@ class RecipeRun {
   private:
     bool readTruth();
     bool claimFolder(std::string& problem);
+    bool openTable();
     void printStatistics() const;
     // False, and told, where that fails.
     bool writeOut(const std::filesystem::path& file, const std::string& text);
@@ -68,6 +73,7 @@ class RecipeRun {
     const orx::TRecipe recipe_;
     RunSummary summary_;
     ReportNotes notes_;
+    std::int64_t written_ = 0;  // lines in lines_
     LineFile lines_;
     LineFile csv_;
     SqliteFile sqlite_;

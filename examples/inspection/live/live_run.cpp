@@ -135,7 +135,7 @@ class Live {
             wipeStatus();
             return run_.giveUp(measured.problem);
         }
-        return run_.writeLine(measured, -1) && run_.writeTables(measured.record);
+        return run_.writeLine(measured, -1) && run_.writeTables(measured.record) && run_.makeRoom();
     }
 
     // Once, until another one or none comes: a part that is not there is not there in many pictures.

@@ -29,6 +29,14 @@ std::string valueText(double value, double deviation, int decimals) {
     return deviation > 0.0 ? number + " ± " + fixedText(deviation, decimals) : number;
 }
 
+constexpr int kAngleDecimals = 3;
+
+// What would be rounded to a whole turn is none.
+double belowTurn(double angle) {
+    const double units = std::pow(10.0, kAngleDecimals);
+    return std::round(angle * units) >= 360.0 * units ? angle - 360.0 : angle;
+}
+
 // The pose as it is on a canvas that shows each pixel of the picture as a square of `scale` pixels.
 orx::TPartPose enlarged(orx::TPartPose pose, int scale) {
     pose.x = (pose.x + 0.5) * scale - 0.5;
@@ -114,11 +122,12 @@ Section foundSection(const cv::Mat& grey, const FoundParts& found) {
     section.rows.push_back({"#", "score", "x", "y", "angle", "scale", "rms", ""});
     int number = 0;
     for (const orx::TFoundPart& part : found.result.parts) {
-        section.rows.push_back(
-            {std::to_string(++number), fixedText(part.score, 3), valueText(part.pose.x, part.deviationX, 3),
-             valueText(part.pose.y, part.deviationY, 3), valueText(part.pose.angle, part.deviationAngle, 3),
-             valueText(part.pose.scale, part.deviationScale, 5), fixedText(part.rms, 3),
-             part.reversed ? "reversed" : ""});
+        section.rows.push_back({std::to_string(++number), fixedText(part.score, 3),
+                                valueText(part.pose.x, part.deviationX, 3),
+                                valueText(part.pose.y, part.deviationY, 3),
+                                valueText(belowTurn(part.pose.angle), part.deviationAngle, kAngleDecimals),
+                                valueText(part.pose.scale, part.deviationScale, 5), fixedText(part.rms, 3),
+                                part.reversed ? "reversed" : ""});
     }
     section.suffix = "-parts";
     section.picture = drawFound(grey, found);
@@ -138,8 +147,9 @@ Section truthSection(const FoundParts& found) {
         section.rows.push_back(
             {isFound ? std::to_string(error.part + 1) : "missed",
              isFound ? fixedText(found.result.parts[static_cast<std::size_t>(error.part)].score, 3) : "",
-             fixedText(error.truth.x, 3), fixedText(error.truth.y, 3), fixedText(error.truth.angle, 3),
-             number(error.x), number(error.y), number(error.angle)});
+             fixedText(error.truth.x, 3), fixedText(error.truth.y, 3),
+             fixedText(belowTurn(error.truth.angle), kAngleDecimals), number(error.x), number(error.y),
+             number(error.angle)});
         if (!isFound) continue;
         place += error.x * error.x + error.y * error.y;
         angle += error.angle * error.angle;

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
+#include <set>
 
 #include "inspection/batch/batch_command_line.h"
 #include "inspection/measure/methods.h"
@@ -14,6 +15,13 @@ namespace inspection {
 namespace {
 
 using host::between;
+
+// Of the options that a recipe and teaching one do without.
+constexpr const char* kObjectGroup = "Finding the objects";
+constexpr const char* kShapeGroup = "Measuring them";
+constexpr const char* kEstimatorGroup = "Estimators of the library, in place of the built-in search";
+constexpr const char* kAnalysisGroup = "Looking closer; each adds its results to the reports";
+constexpr const char* kPartGroup = "Finding parts, in place of round and elongated objects";
 
 const std::map<std::string, Polarity> kPolarities = {
     {"auto", Polarity::kAuto}, {"bright", Polarity::kBright}, {"dark", Polarity::kDark}};
@@ -131,7 +139,7 @@ void addCameraOptions(CLI::App& app, CameraOptions& camera) {
 }
 
 void addObjectOptions(CLI::App& app, Settings& settings, Words& words) {
-    const char* group = "Finding the objects";
+    const char* group = kObjectGroup;
     app.add_option("-m,--method", settings.method, "How the threshold is chosen")
         ->check(CLI::IsMember(methodNames()))
         ->type_name("NAME")
@@ -170,7 +178,7 @@ void addObjectOptions(CLI::App& app, Settings& settings, Words& words) {
 }
 
 void addShapeOptions(CLI::App& app, Settings& settings, Words& words) {
-    const char* group = "Measuring them";
+    const char* group = kShapeGroup;
     app.add_option("--shape", words.shape,
                    "What is fitted; auto: a line where a contour is at least 2.5 times as long as wide, else "
                    "a circle")
@@ -207,7 +215,7 @@ void addShapeOptions(CLI::App& app, Settings& settings, Words& words) {
 }
 
 void addEstimatorOptions(CLI::App& app, Words& words) {
-    const char* group = "Estimators of the library, in place of the built-in search";
+    const char* group = kEstimatorGroup;
     const auto add = [&](const char* name, std::string& word, const char* text,
                          const std::vector<std::string>& names) {
         app.add_option(name, word, text)
@@ -231,7 +239,7 @@ void addEstimatorOptions(CLI::App& app, Words& words) {
 }
 
 void addAnalysisOptions(CLI::App& app, Settings& settings, Words& words) {
-    const char* group = "Looking closer; each adds its results to the reports";
+    const char* group = kAnalysisGroup;
     app.add_flag("--segment", settings.split, "Split the measured contours into lines and arcs")
         ->group(group);
     app.add_flag("--edges", settings.edges, "Find sub-pixel edges in the whole picture")->group(group);
@@ -252,7 +260,7 @@ void addAnalysisOptions(CLI::App& app, Settings& settings, Words& words) {
 }
 
 void addPartOptions(CLI::App& app, PartSettings& parts, Words& words) {
-    const char* group = "Finding parts, in place of round and elongated objects";
+    const char* group = kPartGroup;
     auto* const teach =
         app.add_option("--teach-part", words.partRegion,
                        "Teach the part in this region of the one picture given: writes its model, a\n"
@@ -335,6 +343,22 @@ void requireInput(const Options& options) {
         throw CLI::ValidationError("--camera measures no pictures: leave them out");
 }
 
+// An option that changes nothing was meant to change something.
+void requireEffects(const CLI::App& app, const Options& options) {
+    const bool hasRecipe = !options.batch.recipe.empty();
+    if (!hasRecipe && !options.teach.wanted()) return;
+    const std::set<std::string> idle = {kObjectGroup, kShapeGroup, kEstimatorGroup, kAnalysisGroup,
+                                        kPartGroup};
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->count() > 0 && idle.count(option->get_group()) > 0)
+            throw CLI::ValidationError(
+                option->get_name() + " has no effect with " +
+                (hasRecipe ? "--recipe: what is measured, the recipe says" : "--teach"));
+    }
+    if (hasRecipe && !options.camera.wanted && app.count("--keep") + app.count("--lines") > 0)
+        throw CLI::ValidationError("--keep and --lines go with --camera");
+}
+
 void requirePlainBatch(const Options& options) {
     if (options.batch.recipe.empty()) return;
     if (options.syntheticSeed || options.partsSeed || (options.inputs.empty() && !options.camera.wanted))
@@ -346,9 +370,6 @@ void requirePlainBatch(const Options& options) {
     } else if (options.window) {
         throw CLI::ValidationError("--recipe opens a window for --camera alone");
     }
-    if (options.settings.parts.wanted())
-        throw CLI::ValidationError(
-            "--recipe says itself where the part is: leave out --find and --teach-part");
 }
 
 }  // namespace
@@ -389,6 +410,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int& exit
         requireReachableEstimators(options.settings);
         requireUsableParts(options);
         requirePlainBatch(options);
+        requireEffects(app, options);
         if (!options.batch.recipe.empty() && app.count("--seconds") == 0) options.camera.seconds = 0.0;
     } catch (const CLI::ParseError& error) {
         exitCode = host::endAt(error, app);
