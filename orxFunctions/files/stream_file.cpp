@@ -56,7 +56,8 @@ bool writeText(std::FILE* file, const std::string& text) {
 
 // What a short file lacks stays as it was; ferror tells whether it could not be read instead.
 void readBytes(std::FILE* file, void* bytes, std::size_t size) {
-    if (size > 0 && std::ferror(file) == 0) static_cast<void>(std::fread(bytes, 1, size, file));
+    if (size == 0 || std::ferror(file) != 0) return;
+    [[maybe_unused]] const std::size_t read = std::fread(bytes, 1, size, file);
 }
 
 struct Pair {
