@@ -58,7 +58,7 @@ void calibrateData2File(cv::Mat intrinsic, cv::Mat distortion, cv::Size imageSiz
 }
 
 bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& distortion, cv::Size& imageSize,
-                           std::string& description) {
+                           std::string& description) try {
     std::string text;
     if (!readCalibrationText(fileName, text, "calibrateDataFromFile")) return false;
     Calibration calibration;
@@ -70,6 +70,8 @@ bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& di
     imageSize = calibration.imageSize;
     description = std::move(calibration.description);
     return true;
+} catch (const std::exception&) {
+    return refuse(rcFileUnreadable, "calibrateDataFromFile", "there is no memory left to read it");
 }
 
 }  // namespace orx
