@@ -1,8 +1,8 @@
+#include "orxFunctions/analysis/square_morphology_internal.h"
+
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <vector>
-
-#include "orxFunctions/analysis/square_morphology_internal.h"
 
 namespace orx {
 namespace {

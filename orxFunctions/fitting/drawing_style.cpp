@@ -1,9 +1,10 @@
+#include "orxFunctions/fitting/drawing_internal.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {

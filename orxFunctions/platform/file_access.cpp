@@ -1,6 +1,6 @@
-#include <fstream>
-
 #include "orxFunctions/platform/file_access_internal.h"
+
+#include <fstream>
 
 namespace orx::platform {
 namespace {
