@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <set>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "inspection/batch/recipe_run.h"
 #include "inspection/live/live_counts.h"
@@ -26,7 +29,9 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPatience{100};  // between looks for a wish to stop
 constexpr std::chrono::milliseconds kBetweenStatus{500};
 
-std::string cameraName(int camera) { return "camera" + std::to_string(camera + 1); }
+constexpr const char* kCameraName = "camera";
+
+std::string cameraName(int camera) { return kCameraName + std::to_string(camera + 1); }
 
 // "camera1-20260131T083000.123Z-42": the time is that of the picture's measuring, the number the camera's.
 PictureFile grabbedFile(int camera, std::int64_t number) {
@@ -62,8 +67,15 @@ class Live {
         watchForInterrupt();
         if (!run_.prepareFolder()) return 1;
         std::vector<bool> done;
-        const auto takeOver = [&](const PictureRecord& record) { makeRoom(record.annotated); };
-        if (run_.begin({}, done, takeOver)) grab();
+        std::set<std::string> recorded;
+        const auto takeOver = [&](const PictureRecord& record) {
+            recorded.insert(record.annotated);
+            makeRoom(record.annotated);
+        };
+        if (run_.begin({}, done, takeOver)) {
+            removeAllBut(recorded);
+            grab();
+        }
         wipeStatus();
         run_.finish();
         return run_.failed() ? 1 : 0;
@@ -153,6 +165,18 @@ class Live {
         const std::string old = kept_.add(annotated);
         std::error_code ignored;
         if (!old.empty()) fs::remove(run_.picturesFolder() / fs::u8path(old), ignored);
+    }
+
+    // Pictures of cameras whose lines are gone: put aside twice, or never written by a run that was killed.
+    void removeAllBut(const std::set<std::string>& recorded) {
+        std::error_code ignored;
+        std::vector<fs::path> left;
+        for (fs::directory_iterator at(run_.picturesFolder(), ignored), end; at != end;
+             at.increment(ignored)) {
+            const std::string name = at->path().filename().u8string();
+            if (name.rfind(kCameraName, 0) == 0 && recorded.count(name) == 0) left.push_back(at->path());
+        }
+        for (const fs::path& picture : left) fs::remove(picture, ignored);
     }
 
     std::string lineOf(int camera) const {
