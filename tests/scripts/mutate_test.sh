@@ -1,6 +1,6 @@
 # Faults that scripts/mutate puts into sources: one line each, in code, the same ones again, and never in this tree.
 source "$(dirname "$0")/support.sh"
-command -v python3 git >/dev/null || exit 77 # it needs both: skipped
+for needed in python3 git; do command -v "$needed" >/dev/null || exit 77; done # skipped
 
 make_tree scripts/mutate
 mkdir -p ZULLib
