@@ -228,25 +228,6 @@ void checkSets(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 4)) {
-        case 0:
-            checkPages(input);
-            break;
-        case 1:
-            checkBoards(input);
-            break;
-        case 2:
-            checkFinding(input);
-            break;
-        case 3:
-            checkPlane(input);
-            break;
-        default:
-            checkSets(input);
-            break;
-    }
-    fuzz::forgetMessages();
+    fuzz::runOneOf({checkPages, checkBoards, checkFinding, checkPlane, checkSets}, bytes, size);
     return 0;
 }

@@ -268,34 +268,8 @@ void checkDrawing(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 7)) {
-        case 0:
-            checkGeometry(input);
-            break;
-        case 1:
-            checkPolygon(input);
-            break;
-        case 2:
-            checkCircles(input);
-            break;
-        case 3:
-            checkLines(input);
-            break;
-        case 4:
-            checkRansac(input);
-            break;
-        case 5:
-            checkEllipses(input);
-            break;
-        case 6:
-            checkLists(input);
-            break;
-        default:
-            checkDrawing(input);
-            break;
-    }
-    fuzz::forgetMessages();
+    fuzz::runOneOf({checkGeometry, checkPolygon, checkCircles, checkLines, checkRansac, checkEllipses,
+                    checkLists, checkDrawing},
+                   bytes, size);
     return 0;
 }

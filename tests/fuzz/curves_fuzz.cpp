@@ -155,17 +155,6 @@ void checkSpline(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 2)) {
-        case 0:
-            checkPolynomial(input);
-            break;
-        case 1:
-            checkCoefficients(input);
-            break;
-        default:
-            checkSpline(input);
-            break;
-    }
+    fuzz::runOneOf({checkPolynomial, checkCoefficients, checkSpline}, bytes, size);
     return 0;
 }

@@ -241,30 +241,8 @@ void checkProbes(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 6)) {
-        case 0:
-            checkClassic(input);
-            break;
-        case 1:
-            checkMetric(input);
-            break;
-        case 2:
-            checkCanny(input);
-            break;
-        case 3:
-            checkCalipers(input);
-            break;
-        case 4:
-            checkMirrored(input);
-            break;
-        case 5:
-            checkClassicAnything(input);
-            break;
-        default:
-            checkProbes(input);
-            break;
-    }
+    fuzz::runOneOf({checkClassic, checkMetric, checkCanny, checkCalipers, checkMirrored, checkClassicAnything,
+                    checkProbes},
+                   bytes, size);
     return 0;
 }

@@ -197,27 +197,7 @@ void checkFocus(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 5)) {
-        case 0:
-            checkTones(input);
-            break;
-        case 1:
-            checkColour(input);
-            break;
-        case 2:
-            checkBalance(input);
-            break;
-        case 3:
-            checkLight(input);
-            break;
-        case 4:
-            checkEnhanced(input);
-            break;
-        default:
-            checkFocus(input);
-            break;
-    }
+    fuzz::runOneOf({checkTones, checkColour, checkBalance, checkLight, checkEnhanced, checkFocus}, bytes,
+                   size);
     return 0;
 }

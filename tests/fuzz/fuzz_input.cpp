@@ -248,4 +248,12 @@ void forgetMessages() {
     while (zul::APPgetMessage(text, color)) continue;
 }
 
+void runOneOf(std::initializer_list<Check> checks, const std::uint8_t* bytes, std::size_t size) {
+    cv::setNumThreads(1);
+    Input input(bytes, size);
+    const int chosen = input.between(0, static_cast<int>(checks.size()) - 1);
+    checks.begin()[chosen](input);
+    forgetMessages();
+}
+
 }  // namespace fuzz

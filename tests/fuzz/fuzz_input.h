@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -68,6 +69,11 @@ std::filesystem::path emptyFolder();
 
 // Forgets what was told to the user, so that no run sees the messages of another.
 void forgetMessages();
+
+// A case of a family: the input's first choice takes one of the checks, which reads the rest; one that stands
+// in the list twice is taken twice as often. OpenCV runs on one thread, and messages are forgotten.
+using Check = void (*)(Input&);
+void runOneOf(std::initializer_list<Check> checks, const std::uint8_t* bytes, std::size_t size);
 
 }  // namespace fuzz
 

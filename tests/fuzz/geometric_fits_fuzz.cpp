@@ -221,24 +221,6 @@ void checkSearch(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 4)) {
-        case 0:
-            checkLine(input);
-            break;
-        case 1:
-            checkCircle(input);
-            break;
-        case 2:
-            checkEllipse(input);
-            break;
-        case 3:
-            checkMoved(input);
-            break;
-        default:
-            checkSearch(input);
-            break;
-    }
+    fuzz::runOneOf({checkLine, checkCircle, checkEllipse, checkMoved, checkSearch}, bytes, size);
     return 0;
 }

@@ -205,21 +205,6 @@ void checkStatistics(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 3)) {
-        case 0:
-            checkForm(input);
-            break;
-        case 1:
-            checkRelations(input);
-            break;
-        case 2:
-            checkVerdict(input);
-            break;
-        default:
-            checkStatistics(input);
-            break;
-    }
+    fuzz::runOneOf({checkForm, checkRelations, checkVerdict, checkStatistics}, bytes, size);
     return 0;
 }

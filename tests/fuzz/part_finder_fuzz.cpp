@@ -189,18 +189,6 @@ void checkAnything(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    cv::setNumThreads(1);
-    fuzz::Input input(bytes, size);
-    switch (input.between(0, 3)) {
-        case 0:
-            checkAnything(input);
-            break;
-        case 1:
-            checkDrawing(input);
-            break;
-        default:
-            checkTaught(input);
-            break;
-    }
+    fuzz::runOneOf({checkAnything, checkDrawing, checkTaught, checkTaught}, bytes, size);
     return 0;
 }
