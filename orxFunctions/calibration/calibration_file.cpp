@@ -64,7 +64,7 @@ bool calibrateDataFromFile(std::string fileName, cv::Mat& intrinsic, cv::Mat& di
     Calibration calibration;
     if (!parse(text, calibration))
         return refuse(rcFileFormat, "calibrateDataFromFile", "it is no calibration: %s",
-                      platform::toPath(fileName).u8string().c_str());
+                      platform::shownName(platform::toPath(fileName)).c_str());
     intrinsic = calibration.intrinsic;
     distortion = calibration.distortion;
     imageSize = calibration.imageSize;

@@ -42,19 +42,21 @@ std::string compressed(const std::string& text) {
 
 bool readCalibrationText(const std::string& fileName, std::string& text, const char* function) {
     const std::filesystem::path path = platform::toPath(fileName);
-    const platform::GzipFile file = platform::openGzip(path, "rb");
+    const platform::GzipFile file = platform::openGzip(path);
     if (!file) return refuseToRead(function, path);
     std::vector<char> block(std::size_t{1} << 16U);
     int count = 0;
     while ((count = gzread(file.get(), block.data(), static_cast<unsigned>(block.size()))) > 0) {
         text.append(block.data(), static_cast<std::size_t>(count));
         if (text.size() > kMostBytes)
-            return refuse(rcFileFormat, function, "longer than 64 MiB: %s", path.u8string().c_str());
+            return refuse(rcFileFormat, function, "longer than 64 MiB: %s",
+                          platform::shownName(path).c_str());
     }
-    if (count < 0) return refuse(rcFileFormat, function, "it can't be inflated: %s", path.u8string().c_str());
+    if (count < 0)
+        return refuse(rcFileFormat, function, "it can't be inflated: %s", platform::shownName(path).c_str());
     return nestingBound(text) <= kMostLevels ||
            refuse(rcFileFormat, function, "it nests deeper than %d levels: %s", kMostLevels,
-                  path.u8string().c_str());
+                  platform::shownName(path).c_str());
 }
 
 platform::ReplaceResult writeCalibrationText(const std::string& fileName, const std::string& text) {

@@ -56,9 +56,8 @@ struct GzipCloser {
 };
 using GzipFile = std::unique_ptr<gzFile_s, GzipCloser>;
 
-// A compressed file, or one to read that may be compressed. `mode` is zlib's: "rb", "wb3". Null when it can't
-// be opened.
-GzipFile openGzip(const std::filesystem::path& path, const char* mode);
+// Opens a file to read that may be compressed. Null when it can't be opened.
+GzipFile openGzip(const std::filesystem::path& path);
 
 // Appends text to a file, created if missing, in one operation: texts of several threads or processes never
 // mix. Line ends become those of the platform. False when the file can't be opened or written.

@@ -91,9 +91,9 @@ Descriptor openRegularFile(const fs::path& path, int flags) {
 File openToRead(const fs::path& path) { return asStream(openRegularFile(path, O_RDONLY), "rb"); }
 File openToWrite(const fs::path& path) { return asStream(openEmptied(path), "wb"); }
 
-GzipFile openGzip(const fs::path& path, const char* mode) {
-    Descriptor descriptor = mode[0] == 'r' ? openRegularFile(path, O_RDONLY) : openEmptied(path);
-    GzipFile file(descriptor.valid() ? gzdopen(descriptor.get(), mode) : nullptr);
+GzipFile openGzip(const fs::path& path) {
+    Descriptor descriptor = openRegularFile(path, O_RDONLY);
+    GzipFile file(descriptor.valid() ? gzdopen(descriptor.get(), "rb") : nullptr);
     if (file) descriptor.release();
     return file;
 }

@@ -87,9 +87,9 @@ File openOnDisk(const fs::path& path, const wchar_t* mode) {
 File openToRead(const fs::path& path) { return openOnDisk(path, L"rb"); }
 File openToWrite(const fs::path& path) { return openOnDisk(path, L"wb"); }
 
-GzipFile openGzip(const fs::path& path, const char* mode) {
-    if (!(mode[0] == 'r' ? openToRead(path) : openToWrite(path))) return nullptr;
-    return GzipFile(gzopen_w(path.c_str(), mode));
+GzipFile openGzip(const fs::path& path) {
+    if (!openToRead(path)) return nullptr;
+    return GzipFile(gzopen_w(path.c_str(), "rb"));
 }
 
 bool appendText(const std::string& name, const std::string& text) {
