@@ -10,6 +10,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/faults/system_faults_posix.h"
+#include "tests/support/flat_plane.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -213,17 +214,12 @@ TEST_F(FileFaults, CalibrationsAreWrittenAndReadWholeOrNot) {
 }
 
 TEST_F(FileFaults, APlaneIsWrittenAndReadWholeOrNot) {
-    orx::TPlaneCalibration plane;
-    plane.status = orx::plOk;
-    plane.lens = false;
-    plane.imageSize = {640, 480};
+    orx::TPlaneCalibration plane = test::flatPlane();
     plane.homography = {10, 0, 100, 0, 10, 80, 0, 0, 1};
     plane.covariance = decltype(plane.covariance)::eye() * 1e-6;
-    plane.degreesOfFreedom = 10;
     plane.noise = 0.1;
     plane.rms = 0.1;
     plane.coverage = 0.5;
-    plane.views = 1;
     const std::string file = folder_ / "plane.json";
     sweep(kWriteFaults, [&]() -> Given {
         orx::TPlaneStatus status = orx::plOk;

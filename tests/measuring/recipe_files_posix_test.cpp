@@ -11,6 +11,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "support/part_scene.h"
+#include "tests/support/flat_plane.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -54,16 +55,6 @@ struct Writer {
     std::function<bool(const std::string& file)> write;
 };
 
-orx::TPlaneCalibration flatPlane() {
-    orx::TPlaneCalibration plane;
-    plane.status = orx::plOk;
-    plane.lens = false;
-    plane.imageSize = {640, 480};
-    plane.degreesOfFreedom = 10;
-    plane.views = 1;
-    return plane;
-}
-
 bool writeCamera(const std::string& file) {
     orx::clearLastRefusal();
     try {
@@ -85,7 +76,9 @@ std::vector<Writer> writers() {
          }},
         {"model", [model](const std::string& file) { return orx::writePartModel(file, model) == orx::msOk; }},
         {"plane",
-         [](const std::string& file) { return orx::writePlaneCalibration(file, flatPlane()) == orx::plOk; }},
+         [](const std::string& file) {
+             return orx::writePlaneCalibration(file, test::flatPlane()) == orx::plOk;
+         }},
         {"camera.yml", writeCamera},
         {"camera.yml.gz", writeCamera}};
 }

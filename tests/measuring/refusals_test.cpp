@@ -5,6 +5,7 @@
 
 #include "relation_scenes.h"
 #include "support/part_scene.h"
+#include "tests/support/flat_plane.h"
 #include "tests/support/refusal_check.h"
 #include "tests/support/temporary_folder.h"
 
@@ -148,13 +149,7 @@ TEST(MeasuringRefusals, Recipes) {
     EXPECT_TRUE(refusedWith(orx::rcNotReady, "run", [&] { orx::TRecipe().run(grey); }));
 
     // A calibration of other pictures, and a part that is not there.
-    orx::TPlaneCalibration plane;
-    plane.status = orx::plOk;
-    plane.lens = false;
-    plane.imageSize = {640, 480};
-    plane.degreesOfFreedom = 10;
-    plane.views = 1;
-    ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.yml", plane), orx::plOk);
+    ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.yml", test::flatPlane()), orx::plOk);
     const scenes::PartPicture alone = scenes::renderPartAlone(scenes::PartKind::bracket, 1);
     ASSERT_EQ(orx::writePartModel(folder / "a.part",
                                   orx::teachPart(alone.image, cv::Rect(cv::Point(), alone.image.size()))),
