@@ -119,8 +119,7 @@ void drawText(cv::Mat& image, std::string text, cv::Scalar /*color: always red, 
     const cv::Size size = cv::getTextSize(text, kFace, scale, thickness, &baseline);
     const bool overflowed = size.width < 0 || size.height < 0;
     if (overflowed) {
-        refuse(rcTooMany, kName, "a text of %.0f bytes is too wide at a scale of %g",
-               static_cast<double>(text.size()), scale);
+        refuse(rcTooMany, kName, "a text of %zu bytes is too wide at a scale of %g", text.size(), scale);
         return;
     }
     cv::putText(image, text, textOrigin(image.size(), size, corner), kFace, scale, cv::Scalar(0, 0, 255),

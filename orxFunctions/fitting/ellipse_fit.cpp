@@ -119,8 +119,8 @@ bool allFinite(const std::vector<cv::Point2f>& points) {
 // Why such points determine no ellipse.
 void refusePoints(const std::vector<cv::Point2f>& points, const char* function) {
     if (points.size() < kSampleSize)
-        orx::refuse(orx::rcTooFew, function, "%.0f points; at least %.0f are taken",
-                    static_cast<double>(points.size()), static_cast<double>(kSampleSize));
+        orx::refuse(orx::rcTooFew, function, "%zu points; at least %zu are taken", points.size(),
+                    kSampleSize);
     else if (!allFinite(points))
         orx::refuse(orx::rcNotFinite, function, "a coordinate is not a finite number");
     else

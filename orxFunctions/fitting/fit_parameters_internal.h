@@ -12,15 +12,12 @@ namespace orx {
 
 // Whether setParams was given as many values as its class states. Keeps the refusal.
 inline bool takesParameters(std::size_t given, std::size_t wanted) noexcept {
-    return given == wanted || refuse(rcSizesDiffer, "setParams", "%.0f values; %.0f are taken",
-                                     static_cast<double>(given), static_cast<double>(wanted));
+    return given == wanted || refuse(rcSizesDiffer, "setParams", "%zu values; %zu are taken", given, wanted);
 }
 
 // Why a consensus search among so many points found nothing; answers false.
 inline bool refuseConsensus(std::size_t points, std::size_t fewest, int trials) noexcept {
-    if (points < fewest)
-        return refuse(rcTooFew, "fit", "%.0f points; at least %.0f are taken", static_cast<double>(points),
-                      static_cast<double>(fewest));
+    if (points < fewest) return refuse(rcTooFew, "fit", "%zu points; at least %zu are taken", points, fewest);
     if (trials < 1) return refuse(rcOption, "fit", "%d trials; at least 1 is taken", trials);
     return refuse(rcNoResult, "fit", "no sample of %d has the support asked for", trials);
 }

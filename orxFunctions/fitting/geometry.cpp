@@ -129,8 +129,7 @@ bool threePoints2circle2(cv::Point p1, cv::Point p2, cv::Point p3, cv::Point3d& 
 
 bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
     if (points.size() < 3)
-        return refuse(rcTooFew, "fitCircle", "%.0f points; at least 3 are taken",
-                      static_cast<double>(points.size()));
+        return refuse(rcTooFew, "fitCircle", "%zu points; at least 3 are taken", points.size());
     const cv::Point offset = middleOfExtents(points);
     const CircleSums s = circleSums(points, offset);
     const auto n = static_cast<double>(points.size());
@@ -175,8 +174,7 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
 
 double calcPolygonArea(std::vector<cv::Point> pts) {
     if (pts.size() < 3) {
-        refuse(rcTooFew, "calcPolygonArea", "%.0f points; at least 3 are taken",
-               static_cast<double>(pts.size()));
+        refuse(rcTooFew, "calcPolygonArea", "%zu points; at least 3 are taken", pts.size());
         return 0;
     }
     sortPolygonVertexs(pts);

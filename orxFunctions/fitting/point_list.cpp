@@ -40,8 +40,7 @@ bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx, s
 void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
     if (idx.empty()) return;
     if (idx.size() > pts.size()) {
-        refuse(rcTooMany, "deletePointsInList", "%.0f indices for %.0f points",
-               static_cast<double>(idx.size()), static_cast<double>(pts.size()));
+        refuse(rcTooMany, "deletePointsInList", "%zu indices for %zu points", idx.size(), pts.size());
         return;
     }
     idx.erase(std::remove_if(idx.begin(), idx.end(), [&](int i) { return !hasIndex(pts, i); }), idx.end());
@@ -73,8 +72,7 @@ void deletePartPoints(std::vector<cv::Point>& pts, int count) {
         return;
     }
     if (static_cast<std::ptrdiff_t>(pts.size()) - count < 2) {
-        refuse(rcTooFew, "deletePartPoints", "%d of %.0f points to remove; 2 must remain", count,
-               static_cast<double>(pts.size()));
+        refuse(rcTooFew, "deletePartPoints", "%d of %zu points to remove; 2 must remain", count, pts.size());
         return;
     }
     for (int removed = 0; removed < count; ++removed) {

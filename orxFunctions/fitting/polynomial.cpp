@@ -58,7 +58,7 @@ void listOverSamples(const std::vector<cv::Point2d>& samples, int digits, std::s
                      const char* function, std::vector<cv::Point2d>& list, ValueAt valueAt) {
     if (samples.size() < 2) {
         outPutDebugString(zul::toAnsi("Points.size() < 2，强制返回"));
-        refuse(rcTooFew, function, "%.0f samples; at least 2 are taken", static_cast<double>(samples.size()));
+        refuse(rcTooFew, function, "%zu samples; at least 2 are taken", samples.size());
         return;
     }
     double low = std::numeric_limits<double>::infinity();
@@ -113,8 +113,7 @@ bool TPolynomial::fit(const std::vector<cv::Point2d>& samples, int degree) {
 
 bool TPolynomial::fit(std::vector<double> x, std::vector<double> y, int degree) {
     if (x.size() != y.size())
-        return refuse(rcSizesDiffer, "fit", "%.0f x and %.0f y; as many of both are taken",
-                      static_cast<double>(x.size()), static_cast<double>(y.size()));
+        return refuse(rcSizesDiffer, "fit", "%zu x and %zu y; as many of both are taken", x.size(), y.size());
     points.resize(x.size());
     for (std::size_t i = 0; i < x.size(); ++i) points[i] = {x[i], y[i]};
     order = degree;
@@ -124,8 +123,8 @@ bool TPolynomial::fit(std::vector<double> x, std::vector<double> y, int degree) 
 bool TPolynomial::fit() {
     if (solvePolynomial(points.data(), points.size(), order, coefficients)) return true;
     if (!takesOrder(order, "fit")) return false;
-    return refuse(rcDegenerate, "fit", "%.0f samples do not determine a polynomial of order %d",
-                  static_cast<double>(points.size()), order);
+    return refuse(rcDegenerate, "fit", "%zu samples do not determine a polynomial of order %d", points.size(),
+                  order);
 }
 
 double TPolynomial::getY(double x) const {

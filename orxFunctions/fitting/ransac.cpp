@@ -26,8 +26,7 @@ const cv::Point& at(const std::vector<cv::Point>& points, int index) {
 // Why a search found no candidate.
 bool refuseSearch(std::size_t points, std::size_t fewest, int iterations, const char* shape) {
     if (points < fewest)
-        return refuse(rcTooFew, "doRansac", "%.0f points; at least %.0f are taken",
-                      static_cast<double>(points), static_cast<double>(fewest));
+        return refuse(rcTooFew, "doRansac", "%zu points; at least %zu are taken", points, fewest);
     if (iterations < 1)
         return refuse(rcOption, "doRansac", "%d samples to draw; at least 1 is taken", iterations);
     return refuse(rcNoResult, "doRansac", "none of %d samples makes a %s within the limits", iterations,

@@ -49,12 +49,11 @@ class AscendingEvaluator {
 bool takesSamples(std::size_t count, int n) {
     constexpr double kMostSteps = 2e9;
     const auto run = static_cast<std::size_t>(n);
-    if (count <= run)
-        return refuse(rcTooFew, "fit", "%.0f samples; more than %d are taken", static_cast<double>(count), n);
+    if (count <= run) return refuse(rcTooFew, "fit", "%zu samples; more than %d are taken", count, n);
     const double steps = static_cast<double>(count - run) * std::pow(n + 1, 3);
     if (steps <= kMostSteps) return true;
-    return refuse(rcTooMany, "fit", "%.0f samples at order %d take %g steps; at most %g are taken",
-                  static_cast<double>(count), n, steps, kMostSteps);
+    return refuse(rcTooMany, "fit", "%zu samples at order %d take %g steps; at most %g are taken", count, n,
+                  steps, kMostSteps);
 }
 
 // How many terms the values at low, low + step, ... high are summed from, and one for each value.
@@ -91,8 +90,7 @@ void TSplineCurve::fit(std::vector<cv::Point2d> points, int n) {
 
 void TSplineCurve::fit(std::vector<double> x, std::vector<double> y, int n) {
     if (x.size() != y.size()) {
-        refuse(rcSizesDiffer, "fit", "%.0f x and %.0f y; as many of both are taken",
-               static_cast<double>(x.size()), static_cast<double>(y.size()));
+        refuse(rcSizesDiffer, "fit", "%zu x and %zu y; as many of both are taken", x.size(), y.size());
         return;
     }
     std::vector<cv::Point2d> points(x.size());

@@ -145,10 +145,10 @@ bool getWantedLine(std::vector<cv::Point> points, std::vector<cv::Point>& linePo
     if (type < wlLeft || type > wlCenter)
         return refuse(rcOption, "getWantedLine", "there is no type %d", static_cast<int>(type));
     if (restPoints.size() < fewest)
-        return refuse(rcTooFew, "getWantedLine", "%.0f points; at least %.0f are taken",
-                      static_cast<double>(restPoints.size()), static_cast<double>(fewest));
-    return refuse(rcNoResult, "getWantedLine", "none of the lines in %.0f points is the wanted",
-                  static_cast<double>(restPoints.size()));
+        return refuse(rcTooFew, "getWantedLine", "%zu points; at least %zu are taken", restPoints.size(),
+                      fewest);
+    return refuse(rcNoResult, "getWantedLine", "none of the lines in %zu points is the wanted",
+                  restPoints.size());
 }
 
 }  // namespace orx
