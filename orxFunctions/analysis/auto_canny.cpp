@@ -8,23 +8,27 @@
 #include <vector>
 
 #include "orxFunctions/analysis/colour.h"
-#include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/histogram_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
 
-bool isUsable(const TAutoCannyOptions& options) {
-    return isBetween(options.method, cmMedian, cmOtsu) && isBetween(options.spread, 0, 1) &&
-           isBetween(options.lowRatio, 0, 1) && isBetween(options.blur, 0, 50);
+bool isUsable(const cv::Mat& img, const TAutoCannyOptions& options, const char* function) {
+    return takesPicture(img, function) &&
+           takesOptions(function, {{"method", static_cast<double>(options.method), cmMedian, cmOtsu},
+                                   {"spread", options.spread, 0, 1},
+                                   {"lowRatio", options.lowRatio, 0, 1},
+                                   {"blur", options.blur, 0, 50},
+                                   {"bits", static_cast<double>(options.bits), 8, 16}});
 }
 
 // What both the thresholds and the edges are made of; computed once. Empty for what is refused.
 struct Gradient {
-    Gradient(const cv::Mat& img, const TAutoCannyOptions& options) {
-        if (!isUsable(options)) return;
+    Gradient(const cv::Mat& img, const TAutoCannyOptions& options, const char* function) {
+        if (!isUsable(img, options, function)) return;
         grey = toGray(img, options.bits);
-        if (grey.empty()) return;
         if (options.blur > 0)
             cv::GaussianBlur(grey, grey, {}, options.blur, options.blur, cv::BORDER_REPLICATE);
         cv::Sobel(grey, dx, CV_16S, 1, 0, 3, 1, 0, cv::BORDER_REPLICATE);
@@ -101,11 +105,11 @@ TCannyThresholds thresholdsOf(const Gradient& gradient, const TAutoCannyOptions&
 }  // namespace
 
 TCannyThresholds getCannyThresholds(const cv::Mat& img, const TAutoCannyOptions& options) {
-    return thresholdsOf(Gradient(img, options), options);
+    return thresholdsOf(Gradient(img, options, "getCannyThresholds"), options);
 }
 
 cv::Mat autoCanny(const cv::Mat& img, const TAutoCannyOptions& options) {
-    const Gradient gradient(img, options);
+    const Gradient gradient(img, options, "autoCanny");
     const TCannyThresholds thresholds = thresholdsOf(gradient, options);
     cv::Mat edges;
     if (thresholds.valid) cv::Canny(gradient.dx, gradient.dy, edges, thresholds.low, thresholds.high, true);

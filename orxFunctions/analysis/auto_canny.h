@@ -1,8 +1,9 @@
 // Canny edge images whose thresholds follow from the image.
 //
 // Images are 8- or 16-bit unsigned with 1 to 4 channels; they are brought to 8-bit grey as by toGray
-// (analysis/colour.h) first. Refused are empty images, other depths, more dimensions or channels, and options
-// outside their ranges. A single pixel, and any image of one level, has no edges. Reentrant.
+// (analysis/colour.h) first. Refused are empty images (rcEmptyImage), other depths or more channels
+// (rcImageType), more dimensions (rcImageDimensions), and options outside their ranges (rcOption). A single
+// pixel, and any image of one level, has no edges. Reentrant.
 //
 // J. Canny, "A computational approach to edge detection", IEEE Trans. PAMI 8 (1986).
 #ifndef ORXFUNCTIONS_ANALYSIS_AUTO_CANNY_H

@@ -95,6 +95,7 @@ std::vector<std::vector<cv::Point>> getContours(const cv::Mat& binary, TContourT
                                   [&](const Contour& contour) { return !isWithinLimits(contour, options); }),
                    contours.end());
     if (type == ctLargest) keepLargest(contours);
+    if (contours.empty()) refuse(rcNoResult, "getContours", "no outline of this type is within the limits");
     return contours;
 }
 

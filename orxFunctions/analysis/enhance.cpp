@@ -7,13 +7,24 @@
 #include <vector>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
 
-bool isUsable(const TEnhanceOptions& options) {
-    return isBetween(options.clipLimit, 0, 100) && options.clipLimit > 0 && isBetween(options.tiles, 1, 64) &&
-           isBetween(options.gain, 0, 20) && isBetween(options.sigma, 0.3, 50);
+bool takesEnhanceOptions(const TEnhanceOptions& options) {
+    return takesOptions("enhanceImage", {{"clipLimit", options.clipLimit, 0, 100, true},
+                                         {"tiles", static_cast<double>(options.tiles), 1, 64},
+                                         {"gain", options.gain, 0, 20},
+                                         {"sigma", options.sigma, 0.3, 50}});
+}
+
+bool takesHighlightOptions(const THighlightOptions& options) {
+    if (isBetween(options.ceiling, 0, 1) && options.knee >= 0 && options.knee < options.ceiling) return true;
+    return refuse(rcOption, "suppressHighlights",
+                  "the knee is %g and the ceiling %g; a ceiling up to 1 and a knee from 0 to below are taken",
+                  options.knee, options.ceiling);
 }
 
 cv::Mat equalised(const cv::Mat& grey, const TEnhanceOptions& options) {
@@ -121,7 +132,7 @@ bool applyCurve(const cv::Mat& src, cv::Mat& dst, Curve curve) {
 }  // namespace
 
 bool enhanceImage(const cv::Mat& src, cv::Mat& dst, TEnchanceMethod method, const TEnhanceOptions& options) {
-    if (!isPicture(src) || !isUsable(options)) return false;
+    if (!takesPicture(src, "enhanceImage") || !takesEnhanceOptions(options)) return false;
     const auto change = [&](const cv::Mat& grey) {
         return method == emEqualize ? equalised(grey, options) : sharpened(grey, options);
     };
@@ -130,19 +141,19 @@ bool enhanceImage(const cv::Mat& src, cv::Mat& dst, TEnchanceMethod method, cons
 }
 
 bool correctGamma(const cv::Mat& src, cv::Mat& dst, double gamma) {
-    if (!isPicture(src) || !isBetween(gamma, 0.01, 100)) return false;
+    if (!takesPicture(src, "correctGamma") || !takesOptions("correctGamma", {{"gamma", gamma, 0.01, 100}}))
+        return false;
     return applyCurve(src, dst, [=](double level) { return std::pow(level, gamma); });
 }
 
 bool stretchLog(const cv::Mat& src, cv::Mat& dst, double gain) {
-    if (!isPicture(src) || !isBetween(gain, 0, 1e6) || gain <= 0) return false;
+    if (!takesPicture(src, "stretchLog") || !takesOptions("stretchLog", {{"gain", gain, 0, 1e6, true}}))
+        return false;
     return applyCurve(src, dst, [=](double level) { return std::log1p(gain * level) / std::log1p(gain); });
 }
 
 bool suppressHighlights(const cv::Mat& src, cv::Mat& dst, const THighlightOptions& options) {
-    const bool usable =
-        isBetween(options.ceiling, 0, 1) && options.knee >= 0 && options.knee < options.ceiling;
-    if (!isPicture(src) || !usable) return false;
+    if (!takesPicture(src, "suppressHighlights") || !takesHighlightOptions(options)) return false;
     const double range = options.ceiling - options.knee;
     const auto curve = [=](double level) {
         if (level <= options.knee) return level;

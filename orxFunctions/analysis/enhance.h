@@ -2,8 +2,9 @@
 //
 // Images are 8- or 16-bit unsigned with 1 to 4 channels (grey; grey, alpha; BGR; BGR, alpha); the result has
 // the same size and type, alpha is carried over unchanged. `dst` may be `src`. False, and `dst` untouched,
-// for anything else (no pixels, other depths, more dimensions or channels) and for options outside their
-// ranges. A single pixel is allowed. All functions are reentrant.
+// for anything else: no pixels (rcEmptyImage), other depths or more channels (rcImageType), more dimensions
+// (rcImageDimensions), and for options outside their ranges (rcOption). A single pixel is allowed. All
+// functions are reentrant.
 //
 // None of them adds information: measure in the original, except where light is so uneven that one threshold
 // no longer serves.

@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
@@ -14,11 +15,8 @@ namespace {
 constexpr int kCoarseWindow = 25;
 
 bool isUsable(const cv::Mat& img, const TFlattenOptions& options, const char* function) {
-    if (!takesPicture(img, function)) return false;
-    if (img.channels() != 1)
-        return refuse(rcImageType, function, "the image has %d channels; one is taken", img.channels());
-    if (isBetween(options.window, 3, 100000)) return true;
-    return refuse(rcOption, function, "the window is %d pixels; 3 to 100000 are taken", options.window);
+    return takesPicture(img, function) && takesOneChannel(img, function) &&
+           takesOptions(function, {{"window", static_cast<double>(options.window), 3, 100000}});
 }
 
 cv::Mat backgroundOf(const cv::Mat& grey, const TFlattenOptions& options) {

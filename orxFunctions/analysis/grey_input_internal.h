@@ -12,6 +12,9 @@ inline bool isBetween(double value, double low, double high) { return value >= l
 // Two-dimensional, not empty, 8- or 16-bit unsigned, 1 to 4 channels.
 bool isPicture(const cv::Mat& img);
 
+// Of an image that is known to have pixels: one channel, or else refused.
+bool takesOneChannel(const cv::Mat& img, const char* function) noexcept;
+
 // Channels that carry light: 1 of 1 or 2, 3 of 3 or 4. What is left is an alpha channel.
 int lightChannels(const cv::Mat& img);
 

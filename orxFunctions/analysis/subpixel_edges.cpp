@@ -102,7 +102,11 @@ double calcEdgeThresVal(cv::Mat gx, cv::Mat gy) {
     for (const cv::Mat* gradient : {&gx, &gy}) {
         if (gradient->dims > 2 && !orx::takesImage(*gradient, "calcEdgeThresVal")) return -1.0;
     }
-    return automaticThreshold(gx, gy);
+    const double level = automaticThreshold(gx, gy);
+    if (level < 0 && orx::takesImage(gx, "calcEdgeThresVal"))
+        orx::refuse(orx::rcNoResult, "calcEdgeThresVal",
+                    "no level has more than 2.5 (rows + columns) pixels");
+    return level;
 }
 
 }  // namespace ORXEdge

@@ -69,9 +69,9 @@ ORX_API bool EdgesSubPix(const cv::Mat& gray, std::vector<std::vector<cv::Point2
 
 // The automatic high threshold: the highest level t below 255 such that more than 2.5 (rows + columns) pixels
 // have a level of t to 254, where a pixel's level is (|gx| + |gy|) / 256 rounded half to even (255 and above
-// do not count). -1.0 when there is none, as in an empty image, and for more than two dimensions
-// (rcImageDimensions). gx and gy are the gradients along x and y,
-// the order does not matter; 16-bit ones are read directly, others go through OpenCV, whose exceptions pass.
+// do not count). -1.0 when there is none (rcNoResult), as in an empty image (rcEmptyImage), and for more than
+// two dimensions (rcImageDimensions). gx and gy are the gradients along x and y, the order does not matter;
+// 16-bit ones are read directly, others go through OpenCV, whose exceptions pass.
 ORX_API double calcEdgeThresVal(cv::Mat gx, cv::Mat gy);
 
 }  // namespace ORXEdge

@@ -4,8 +4,10 @@
 // with cv::threshold, which makes the pixels above the level white. Grey images are 8-bit, one channel. The
 // image is never modified, and any matrix is safe: an empty one has an empty histogram, and
 // docs/threshold-degenerate.md lists what every method answers to that and to other images that leave nothing
-// to choose. All functions are reentrant. Of levels that score equally the lowest is returned, unless stated
-// otherwise.
+// to choose. Where the answer is -1, lastRefusal() tells why: no pixels (rcEmptyImage), more than two
+// dimensions (rcImageDimensions), more than one channel where one is taken (rcImageType), or no level to be
+// found in the histogram (rcNoResult). All functions are reentrant. Of levels that score equally the lowest
+// is returned, unless stated otherwise.
 #ifndef ORXFUNCTIONS_ANALYSIS_THRESHOLD_H
 #define ORXFUNCTIONS_ANALYSIS_THRESHOLD_H
 
@@ -80,6 +82,7 @@ namespace orx {
 // first `cols` of each row (tmTriangle, in a continuous image, the first rows x cols). Those marked count
 // 16-bit unsigned and float pixels by value, as cv::calcHist does over [0, 255), and other depths not at all.
 ORX_API int getThresholdValue(cv::Mat& img, TThresholdMethod method);
+ORX_API int getThresholdValue(const cv::Mat& img, TThresholdMethod method);
 
 // tmOtsu with its score: the variance between the classes in squared grey levels, the larger the clearer the
 // split; -1.0 when none was scored. Of an image of more than one channel, channel 0.

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -52,12 +54,14 @@ cv::Vec3d gainsTo(double wanted, const cv::Vec3d& levels) {
     return gains;
 }
 
-}  // namespace
+bool isUsable(const cv::Mat& img, const TWhiteBalanceOptions& options, const char* function) {
+    return takesPicture(img, function) &&
+           takesOptions(function, {{"method", static_cast<double>(options.method), wbGreyWorld, wbWhitePatch},
+                                   {"whiteShare", options.whiteShare, 0, 1, true}});
+}
 
-TWhiteBalance getWhiteBalance(const cv::Mat& img, const TWhiteBalanceOptions& options) {
-    const bool known = options.method == wbGreyWorld || options.method == wbWhitePatch;
-    const bool usable = known && isBetween(options.whiteShare, 0, 1) && options.whiteShare > 0;
-    if (!isPicture(img) || !usable) return {};
+// Of a picture and options that are usable.
+TWhiteBalance balanceOf(const cv::Mat& img, const TWhiteBalanceOptions& options) {
     TWhiteBalance balance;
     balance.valid = true;
     if (lightChannels(img) == 1) return balance;
@@ -71,23 +75,46 @@ TWhiteBalance getWhiteBalance(const cv::Mat& img, const TWhiteBalanceOptions& op
     return balance;
 }
 
-bool applyWhiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalance& balance) {
-    const cv::Vec3d& gains = balance.gains;
-    const bool usable = balance.valid && isBetween(gains[0], 0, 1e6) && isBetween(gains[1], 0, 1e6) &&
-                        isBetween(gains[2], 0, 1e6);
-    if (!isPicture(src) || !usable) return false;
+// Where a gain is too large, it is refused with the code of the one who gave the gains.
+bool takesGains(const cv::Vec3d& gains, TRefusalCode code, const char* function) {
+    if (isBetween(gains[0], 0, 1e6) && isBetween(gains[1], 0, 1e6) && isBetween(gains[2], 0, 1e6))
+        return true;
+    return refuse(code, function, "the gains are %g, %g and %g; 0 to 1e6 are taken", gains[0], gains[1],
+                  gains[2]);
+}
+
+cv::Mat multiplied(const cv::Mat& src, const cv::Vec3d& gains) {
     cv::Mat result;
     if (lightChannels(src) == 1) {
         result = src.clone();
     } else {
         cv::multiply(src, cv::Scalar(gains[0], gains[1], gains[2], 1.0), result);
     }
-    dst = result;
+    return result;
+}
+
+}  // namespace
+
+TWhiteBalance getWhiteBalance(const cv::Mat& img, const TWhiteBalanceOptions& options) {
+    if (!isUsable(img, options, "getWhiteBalance")) return {};
+    return balanceOf(img, options);
+}
+
+bool applyWhiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalance& balance) {
+    if (!takesPicture(src, "applyWhiteBalance")) return false;
+    if (!balance.valid)
+        return refuse(rcNotReady, "applyWhiteBalance", "the balance is none (valid is false)");
+    if (!takesGains(balance.gains, rcOption, "applyWhiteBalance")) return false;
+    dst = multiplied(src, balance.gains);
     return true;
 }
 
 bool whiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalanceOptions& options) {
-    return applyWhiteBalance(src, dst, getWhiteBalance(src, options));
+    if (!isUsable(src, options, "whiteBalance")) return false;
+    const TWhiteBalance balance = balanceOf(src, options);
+    if (!takesGains(balance.gains, rcNoResult, "whiteBalance")) return false;
+    dst = multiplied(src, balance.gains);
+    return true;
 }
 
 }  // namespace orx

@@ -1,9 +1,9 @@
 // White balance: removes the colour of the light from a colour image.
 //
 // Images are 8- or 16-bit unsigned BGR, with or without alpha. Grey images have no colour to remove: they are
-// copied unchanged. False, and `dst` untouched, for anything else (no pixels, other depths, more dimensions
-// or channels) and for options outside their ranges. A single pixel becomes grey. All functions are
-// reentrant.
+// copied unchanged. False (an invalid record), and `dst` untouched, for anything else: no pixels
+// (rcEmptyImage), other depths or more channels (rcImageType), more dimensions (rcImageDimensions), and for
+// options outside their ranges (rcOption). A single pixel becomes grey. All functions are reentrant.
 #ifndef ORXFUNCTIONS_ANALYSIS_WHITE_BALANCE_H
 #define ORXFUNCTIONS_ANALYSIS_WHITE_BALANCE_H
 
@@ -40,10 +40,11 @@ struct TWhiteBalance {
 // levels. A channel without any light has gain 1. Grey images give three ones.
 ORX_API TWhiteBalance getWhiteBalance(const cv::Mat& img, const TWhiteBalanceOptions& options = {});
 
-// Multiplies each channel by its gain (0 to 1e6), rounded to nearest, at most full scale. `dst` may be `src`.
+// Multiplies each channel by its gain (0 to 1e6, or else rcOption), rounded to nearest, at most full scale.
+// `dst` may be `src`. A balance that is not valid is refused (rcNotReady).
 ORX_API bool applyWhiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalance& balance);
 
-// Both in one.
+// Both in one. A channel so dark that its gain would be above 1e6 is refused (rcNoResult).
 ORX_API bool whiteBalance(const cv::Mat& src, cv::Mat& dst, const TWhiteBalanceOptions& options = {});
 
 }  // namespace orx

@@ -11,6 +11,7 @@ struct TOptionRange {
     double value;
     double low;
     double high;
+    bool above = false;  // `low` itself is not taken
 };
 
 // Whether each lies in its range, the ends included and not-a-number in none. Where one does not, rcOption

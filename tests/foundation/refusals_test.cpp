@@ -54,20 +54,21 @@ TEST(ConstImages, AreTakenAsOthersAre) {
     const cv::Mat& constant = image;
     orx::TORXImage record = {};
     orx::TORXImage same = {};
-    orx::Mat2ORXImage(image, &record);
-    orx::Mat2ORXImage(constant, &same);
+    static_cast<void (*)(cv::Mat&, orx::TORXImage*)>(orx::Mat2ORXImage)(image, &record);
+    static_cast<void (*)(const cv::Mat&, orx::TORXImage*)>(orx::Mat2ORXImage)(constant, &same);
     EXPECT_EQ(same.data, image.data);
     EXPECT_EQ(record.data, same.data);
     EXPECT_EQ(std::make_pair(record.width, record.height), std::make_pair(same.width, same.height));
     EXPECT_EQ(same.channels, 3);
     cv::Mat out;
-    for (int turn = 0; turn < 3; ++turn) {
+    for (int turn = 0; turn < 4; ++turn) {
         orx::APPshowOneImage(cv::Mat::zeros(1, 1, CV_8U));
         ASSERT_TRUE(orx::APPgetOneImage(out));
         EXPECT_EQ(out.size(), cv::Size(1, 1)) << "a temporary one";
         if (turn == 0) orx::APPshowOneImage(image);
         if (turn == 1) orx::APPshowOneImage(constant);
         if (turn == 2) static_cast<void (*)(cv::Mat&)>(orx::APPshowOneImage)(image);
+        if (turn == 3) static_cast<void (*)(const cv::Mat&)>(orx::APPshowOneImage)(constant);
         ASSERT_TRUE(orx::APPgetOneImage(out));
         EXPECT_EQ(cv::norm(out, image, cv::NORM_INF), 0.0);
         EXPECT_NE(out.data, image.data);
