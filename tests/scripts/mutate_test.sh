@@ -35,6 +35,37 @@ expect_line '\+    for \(int i = 0; i < int\(numbers\.size\(\)\); \+\+i\) total 
 expect_line '-    forget\(total\);' "$(cat first)"
 expect_equal "0" "$(grep -cE '^[-+](//|/\*|   a|const char)' first)"
 
+# Each fault of ten in a copy, by programs that stand in for CMake and for the tests: a quick one catches each sign, a
+# slow one each constant. The program that is "built" tells with what it is called.
+make_program bin cmake "if [ \$1 = --preset ]; then install -D '$work/bin/test_zullib' build/release/bin/test_zullib; fi"
+make_program bin test_zullib 'without=""
+for argument in "$@"; do
+    case $argument in
+        --gtest_output=json:*) cat >"${argument#*:}" <<<'"'"'{"testsuites": [
+            {"name": "A", "testsuite": [{"name": "Quick", "time": "0.5s"}]},
+            {"name": "B/C", "testsuite": [{"name": "Slow/1", "time": "2.5s"}]}]}'"'"' ;;
+        --gtest_filter=*) without=$argument ;;
+    esac
+done
+if grep -q " + numbers\|)) + 1\| -= " ZULLib/one.cpp; then exit 1; fi
+if [ "$without" = "--gtest_filter=-B/C.Slow/1" ]; then exit 0; fi
+test -z "$without" && ! grep -q "total = 1\|i = 1\|- 2;" ZULLib/one.cpp'
+echo /bin >>.gitignore
+echo /build >>.gitignore
+git -c user.name=n -c user.email=e commit -qam "Leave out what is built"
+
+all=$(PATH=$work/bin:$PATH scripts/mutate --count 100) || fail "exit code $?: $all"
+expect_line 'ZULLib: 2 tests in 3 s; 0 of them are left out, .*' "$all"
+expect_line 'ZULLib: 8 faults: 5 caught, 3 survived \(62 % caught\)' "$all"
+expect_line '[1-8] caught: ZULLib/one\.cpp:8, sign' "$all"
+expect_line '[1-8] survived: ZULLib/one\.cpp:9, dropped line' "$all"
+expect_line '-    forget\(total\);' "$all"
+quick=$(PATH=$work/bin:$PATH scripts/mutate --count 100 --quick 1) || fail "exit code $?: $quick"
+expect_line 'ZULLib: 2 tests in 3 s; 1 of them are left out, .*' "$quick"
+expect_line '8 faults: 2 caught, 6 survived \(25 % caught\)' "$quick"
+expect_equal "$(grep -v "^ZULLib: 2 tests" <<<"$quick")" "$(cat build/mutation/results.txt)"
+expect_equal "" "$(git status --porcelain)"
+
 # What is not committed would not be tried.
 echo '// more' >>ZULLib/one.cpp
 said=$(scripts/mutate --list 2>&1) && fail "it starts on a tree that is not clean"
