@@ -1,4 +1,5 @@
 // Files that the system can't open, read, write, close or rename, at each of the calls in turn.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -266,6 +267,23 @@ TEST_F(FileFaults, ARecipeIsReadWholeOrItsProblemIsTold) {
         }
         return recipe.text();
     });
+}
+
+TEST_F(FileFaults, AVersionIsReadHoweverLittleTheSystemHandsOver) {
+    // A library in a folder that no package owns: its version is in its tables, in pieces all over the file.
+    Dl_info library = {};
+    ASSERT_NE(dladdr(reinterpret_cast<const void*>(&zul::getFileVersion), &library), 0);
+    const std::string file = folder_ / "libany.so";
+    fs::copy_file(library.dli_fname, file);
+    std::string version;
+    for (const long n : {0L, 1L}) {
+        test::system::runWith({test::system::kRead, 0, n, true}, [&] {
+            const Armed armed;
+            version = zul::getFileVersion(file);
+        });
+        EXPECT_EQ(version, "0") << "of libZULLib.so.0; reads cut short: " << test::system::callsFailed();
+    }
+    EXPECT_GT(test::system::callsFailed(), 3);
 }
 
 TEST_F(FileFaults, LinesOfALogAreWholeUnlessTheDiskIsFull) {

@@ -89,7 +89,8 @@ long answer(long number, std::array<long, 5> a) {
     if (plan.n == 0 || count < plan.n || (count > plan.n && !plan.lasts)) return make(number, a);
     ++failed;
     if (plan.error == 0) {
-        const bool isPlain = number == SYS_read || number == SYS_write;
+        const bool isPlain =
+            number == SYS_read || number == SYS_write || number == SYS_pread64 || number == SYS_pwrite64;
         if (isPlain && a[2] > 1) a[2] /= 2;
         return make(number, a);
     }

@@ -1,6 +1,7 @@
 // Ellipses for measuring against their true geometry.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -349,6 +350,12 @@ TEST(GeometricEllipse, RefusesWhatIsNoneAndSaysWhy) {
             curve(100, [&](int) { return cv::Point2d(random.uniform(0, 300), random.uniform(0, 300)); });
         EXPECT_NE(statusOf(area), orx::fsOk);
     }
+    // A line stays one where its points are known unevenly well.
+    orx::TFitOptions uneven;
+    uneven.deviations.assign(40, 2.0);
+    std::fill_n(uneven.deviations.begin(), 10, 0.1);
+    const auto straight = curve(40, [](int i) { return cv::Point2d(3 * i, 2 * i); });
+    EXPECT_EQ(fitEllipseGeometric(straight, uneven).status, orx::fsCollinear);
     orx::TFitOptions one;
     one.maxIterations = 1;
     EXPECT_EQ(fitEllipseGeometric(truth.points({360, 50, 1}, random), one).status, orx::fsNotConverged);
