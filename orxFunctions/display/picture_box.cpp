@@ -90,7 +90,8 @@ void TPictureBox::setHandle(void* hwnd) {
     const bool isNew = hwnd != host.exchange(hwnd);
     if (isNew || (hwnd != nullptr && !view_->isPlaced())) view_->moveInto(hwnd);
     if (hwnd != nullptr && !view_->isPlaced())
-        orx::refuse(orx::rcNoDisplay, "setHandle", "there is no display, or no such window on it");
+        orx::refuse(orx::rcNoDisplay, "setHandle",
+                    "there is no display, it does not answer, or has no such window");
 }
 
 void TPictureBox::setHandle(void* hwnd, int w, int h) {
@@ -160,9 +161,15 @@ int TPictureBox::getShowFrame() { return measuredFps; }
 
 void TPictureBox::calShowFrame() { orx::display::keepPace(*this, targetFps); }
 
-void TPictureBox::showImage() { view_->show(View::Occasion::kNewImage, "showImage"); }
+void TPictureBox::showImage() {
+    view_->show(View::Occasion::kNewImage, "showImage");
+    view_->waitUntilShown();
+}
 
-void TPictureBox::showImageLast() { view_->show(View::Occasion::kPlain, "showImageLast"); }
+void TPictureBox::showImageLast() {
+    view_->show(View::Occasion::kPlain, "showImageLast");
+    view_->waitUntilShown();
+}
 
 cv::Point2d TPictureBox::orig2ShowPoint(cv::Point2d p) { return view_->toWindow(p); }
 

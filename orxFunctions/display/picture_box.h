@@ -42,11 +42,15 @@ enum class TPictureOf { kProcess, kBox };
 // drawing and the pacing work on, the reason is traced once, and setHandle with a living window brings the
 // picture back.
 //
+// A window system that does not answer (a stopped X server, say) holds up neither images nor anything else
+// that is handed in or asked for: the last image is shown when it goes on. It is waited for by construction,
+// and up to three seconds by showImage, showImageLast, setHandle and the destruction.
+//
 // What refuses keeps the reason for lastRefusal(): rcEmptyImage, rcImageDimensions and rcMemory of an image
 // that is not taken; rcOption and rcMemory of a size of the window; rcNotFinite of a selection, which is then
-// none; rcNoDisplay of a handle in whose window nothing can be shown; of showImage and showImageLast
-// rcNotReady without an image, rcImageType for one that can't be shown, rcFailed for what OpenCV reports.
-// What fails on the display thread is traced alone.
+// none; rcNoDisplay of a handle in whose window nothing can be shown, or none in time; of showImage and
+// showImageLast rcNotReady without an image, rcImageType for one that can't be shown, rcFailed for what
+// OpenCV reports. What fails on the display thread is traced alone.
 //
 // The public data may be read at any time where it is atomic. The rest (rects, circles, texts, canvas,
 // display, winName) is written by the operations below and safe to read where no other thread calls them.

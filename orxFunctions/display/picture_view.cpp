@@ -92,7 +92,7 @@ void TPictureBox::View::run() {
 
 void TPictureBox::View::moveInto(void* newHost) {
     const bool wasHeadless = isHeadless();
-    isPlaced_ = (!wasHeadless && window_->parent() == newHost) || window_->moveInto(newHost);
+    isPlaced_ = window_->moveInto(newHost);
     takeHandles();
     // A new window is empty until the image is shown again.
     if (!wasHeadless || isHeadless()) return;
@@ -120,6 +120,11 @@ void TPictureBox::View::show(Occasion occasion, const char* function) {
         orx::refuse(orx::rcFailed, function, "%s", error.what());
         orx::outPutDebugString(zul::toAnsi("显示图像失败:"), error.what());
     }
+}
+
+void TPictureBox::View::waitUntilShown() {
+    window_->waitUntilShown();
+    takeHandles();
 }
 
 bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,

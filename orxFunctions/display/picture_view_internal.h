@@ -53,8 +53,11 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
-    // Shows the image now, on the calling thread; `function` is who refuses.
+    // Makes the picture ready now, on the calling thread, and hands it to the window; `function` is who
+    // refuses. Nobody waits for the window system under the image lock.
     void show(Occasion occasion, const char* function);
+    // Not under a lock.
+    void waitUntilShown();
     // At the display thread's next turn, if anything was shown yet.
     void showSoon();
 

@@ -47,7 +47,7 @@ class ViewState {
     // that goes while they read it.
     void releaseImages();
 
-    zul::Mutex imageLock;  // held while a box shows
+    zul::Mutex imageLock;  // held while a box makes a picture of the image
     cv::Mat image ZUL_GUARDED_BY(imageLock);
     cv::Mat lastShown ZUL_GUARDED_BY(imageLock);
 

@@ -43,6 +43,10 @@ class PrivateDisplay {
     bool isRunning() const { return !name_.empty(); }
     const std::string& name() const { return name_; }
 
+    // Leaves its clients without answers until it goes on.
+    void stop() const { ::kill(process_, SIGSTOP); }
+    void goOn() const { ::kill(process_, SIGCONT); }
+
     // Takes the server away from its clients.
     void kill() {
         if (process_ > 0) {

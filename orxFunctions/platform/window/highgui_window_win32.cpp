@@ -321,11 +321,6 @@ NativeHandle HighguiWindow::handle() const { return state_->window(); }
 
 NativeHandle HighguiWindow::frame() const { return state_->window() != nullptr ? state_->frame() : nullptr; }
 
-NativeHandle HighguiWindow::parent() const {
-    const HWND window = state_->window();
-    return window != nullptr ? GetParent(window) : nullptr;
-}
-
 bool HighguiWindow::moveInto(NativeHandle newParent) {
     return state_->moveInto(static_cast<HWND>(newParent));
 }

@@ -23,9 +23,9 @@ class HighguiWindow final : public NativeWindow {
 
     NativeHandle handle() const override;
     NativeHandle frame() const override;
-    NativeHandle parent() const override;
     bool moveInto(NativeHandle newParent) override;
     void show(const cv::Mat& picture) override;
+    void waitUntilShown() override {}
     void setCursor(TCursorShape shape) override;
     void setMouseListener(MouseListener* listener) override;
     void close() override;

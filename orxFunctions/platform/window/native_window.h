@@ -40,6 +40,10 @@ class MouseListener {
 // A window that shows pictures and is made to be the child of somebody else's window: a drawing window inside
 // a frame which is never seen. Thread-safe, but for the destructor.
 //
+// A window system that does not answer holds up nobody for more than three seconds, and then only who opens,
+// moves, closes or destroys a window, or wants to see a picture. What it was asked for is done when it goes
+// on.
+//
 // A window may be or become headless: there is no display, the display is lost, the host's window took this
 // one with it when it was destroyed, or the window was closed. Everything then still works and shows nothing,
 // the reason is traced once, and moving it into a living window brings it back.
@@ -53,16 +57,17 @@ class NativeWindow {
     // The drawing window, and the frame that was its first parent; nullptr when headless.
     virtual NativeHandle handle() const = 0;
     virtual NativeHandle frame() const = 0;
-    // Whose child the drawing window is now, asked of the window system; nullptr when headless.
-    virtual NativeHandle parent() const = 0;
 
-    // Makes the drawing window the child of another one, at its top left corner, and shows it. False when
-    // that can't be.
+    // Makes the drawing window the child of another one, at its top left corner, and shows it; one that is
+    // its child already stays as it is. False when that can't be, or the window system does not answer.
     virtual bool moveInto(NativeHandle newParent) = 0;
 
     // Shows a picture of 8-bit pixels with 1, 3 or 4 channels (grey, BGR, BGRA without its alpha); the
-    // drawing window takes the picture's size. The pixels are not needed after the call.
+    // drawing window takes the picture's size. The pixels are not needed after the call, which does not wait
+    // for the window system: of pictures that come faster than it takes them the last is seen.
     virtual void show(const cv::Mat& picture) = 0;
+    // Returns when the last picture is seen, or when the window system does not answer; on Windows at once.
+    virtual void waitUntilShown() = 0;
 
     virtual void setCursor(TCursorShape shape) = 0;
 

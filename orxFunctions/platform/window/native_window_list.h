@@ -21,7 +21,8 @@ class NativeWindowList {
         const zul::LockGuard lock(mutex_);
         windows_.erase(std::remove(windows_.begin(), windows_.end(), window), windows_.end());
     }
-    // Calls visit(window) for each; none goes meanwhile, so it must not wait for another thread.
+    // Calls visit(window) for each; none goes meanwhile, so it must not wait for a thread that makes or
+    // destroys windows.
     template <typename Visit>
     void forEach(const Visit& visit) {
         const zul::LockGuard lock(mutex_);

@@ -1,5 +1,7 @@
 #include "orxFunctions/platform/window/xcb_display_posix.h"
 
+#include <sys/socket.h>
+
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -95,6 +97,8 @@ void XcbDisplay::synchronise() const {
     const XcbReply<xcb_get_input_focus_reply_t> reply(
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
+
+void XcbDisplay::hangUp() const { shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR); }
 
 xcb_cursor_t XcbDisplay::cursor(TCursorShape shape) {
     const auto known = static_cast<std::size_t>(shape) < kGlyphs.size() ? static_cast<std::size_t>(shape) : 0;

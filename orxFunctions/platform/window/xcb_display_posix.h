@@ -58,6 +58,9 @@ class XcbDisplay {
     // Returns when the server has done all that was asked before.
     void synchronise() const;
 
+    // Ends the connection: who waits for the server returns, and the display is not alive any more.
+    void hangUp() const;
+
     // The cursor of that shape; made when first asked. One thread at a time.
     xcb_cursor_t cursor(TCursorShape shape);
 

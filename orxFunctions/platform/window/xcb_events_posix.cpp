@@ -75,9 +75,9 @@ void XcbWindow::handleEvent(const xcb_generic_event_t& event) {
 
 void XcbWindow::repaint(const xcb_expose_event_t& event) {
     const zul::LockGuard lock(lock_);
-    if (!isUsable() || event.window != window_) return;
-    picture_.paint(*display_, window_, {event.x, event.y, event.width, event.height});
-    xcb_flush(display_->connection());
+    if (event.window != window_) return;
+    wishes_.exposed |= cv::Rect(event.x, event.y, event.width, event.height);
+    ask();
 }
 
 void XcbWindow::windowIsGone(xcb_window_t window) {

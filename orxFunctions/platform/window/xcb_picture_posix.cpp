@@ -7,7 +7,8 @@
 namespace orx::platform {
 namespace {
 
-constexpr int kLargestSide = 32767;  // of an X window
+constexpr int kLargestSide = 32767;                   // of an X window
+constexpr std::size_t kPiece = std::size_t{1} << 20;  // bytes sent at once
 
 int conversionOf(int channels) { return channels == 1 ? cv::COLOR_GRAY2BGRA : cv::COLOR_BGR2BGRA; }
 
@@ -16,15 +17,18 @@ std::int16_t place16(int value) { return static_cast<std::int16_t>(value); }
 
 }  // namespace
 
-bool XcbPicture::upload(XcbDisplay& display, const cv::Mat& picture) {
+void XcbPicture::convert(const cv::Mat& picture, cv::Mat& pixels) {
     const cv::Size size(std::min(picture.cols, kLargestSide), std::min(picture.rows, kLargestSide));
     const cv::Mat part = picture(cv::Rect({}, size));
     if (part.channels() == 4)
-        part.copyTo(pixels_);
+        part.copyTo(pixels);
     else
-        cv::cvtColor(part, pixels_, conversionOf(part.channels()));
-    if (size != size_ && !makePixmap(display, size)) return false;
-    send(display);
+        cv::cvtColor(part, pixels, conversionOf(part.channels()));
+}
+
+bool XcbPicture::upload(XcbDisplay& display, const cv::Mat& pixels, const std::function<void()>& isTaken) {
+    if (pixels.size() != size_ && !makePixmap(display, pixels.size())) return false;
+    send(display, pixels, isTaken);
     return true;
 }
 
@@ -48,18 +52,20 @@ bool XcbPicture::makePixmap(XcbDisplay& display, cv::Size size) {
     return true;
 }
 
-void XcbPicture::send(XcbDisplay& display) const {
-    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(pixels_.cols);
-    const std::size_t most = display.largestUpload();
+void XcbPicture::send(XcbDisplay& display, const cv::Mat& pixels,
+                      const std::function<void()>& isTaken) const {
+    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(pixels.cols);
+    const std::size_t most = std::min(display.largestUpload(), kPiece);
     if (most == 0) return;
     const auto rows =
-        static_cast<int>(std::clamp(most / rowBytes, std::size_t{1}, static_cast<std::size_t>(pixels_.rows)));
-    for (int first = 0; first < pixels_.rows; first += rows) {
-        const int count = std::min(rows, pixels_.rows - first);
+        static_cast<int>(std::clamp(most / rowBytes, std::size_t{1}, static_cast<std::size_t>(pixels.rows)));
+    for (int first = 0; first < pixels.rows; first += rows) {
+        const int count = std::min(rows, pixels.rows - first);
         xcb_put_image(
-            display.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_, length16(pixels_.cols),
+            display.connection(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap_, context_, length16(pixels.cols),
             length16(count), 0, place16(first), 0, display.screen().root_depth,
-            static_cast<std::uint32_t>(rowBytes * static_cast<std::size_t>(count)), pixels_.ptr(first));
+            static_cast<std::uint32_t>(rowBytes * static_cast<std::size_t>(count)), pixels.ptr(first));
+        isTaken();
     }
 }
 

@@ -4,18 +4,22 @@
 
 #include <xcb/xcb.h>
 
+#include <functional>
 #include <opencv2/core.hpp>
 
 #include "orxFunctions/platform/window/xcb_display_posix.h"
 
 namespace orx::platform {
 
-// The buffers are kept, so that pictures of one size after another cost no memory. One thread at a time.
+// The room on the server is kept for pictures of one size after another. One thread at a time.
 class XcbPicture {
   public:
-    // Sends the picture (8 bits, 1, 3 or 4 channels), of which no more than X windows can be large is kept.
-    // False when the server has no room for it.
-    bool upload(XcbDisplay& display, const cv::Mat& picture);
+    // The picture (8 bits, 1, 3 or 4 channels) as the server takes it, no larger than X windows can be.
+    static void convert(const cv::Mat& picture, cv::Mat& pixels);
+
+    // Sends what convert made, in pieces, and calls `isTaken` when the server has taken one. False when it
+    // has no room for the picture.
+    bool upload(XcbDisplay& display, const cv::Mat& pixels, const std::function<void()>& isTaken);
     // Copies the part of the picture there into the window.
     void paint(XcbDisplay& display, xcb_window_t window, const cv::Rect& part) const;
 
@@ -25,10 +29,9 @@ class XcbPicture {
 
   private:
     bool makePixmap(XcbDisplay& display, cv::Size size);
-    void send(XcbDisplay& display) const;
+    void send(XcbDisplay& display, const cv::Mat& pixels, const std::function<void()>& isTaken) const;
 
-    cv::Mat pixels_;  // as the server takes them
-    cv::Size size_;   // of the picture on the server; 0 x 0: none
+    cv::Size size_;  // of the picture on the server; 0 x 0: none
     xcb_pixmap_t pixmap_ = XCB_NONE;
     xcb_gcontext_t context_ = XCB_NONE;
 };
