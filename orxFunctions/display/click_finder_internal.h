@@ -2,6 +2,7 @@
 #ifndef ORXFUNCTIONS_DISPLAY_CLICK_FINDER_INTERNAL_H
 #define ORXFUNCTIONS_DISPLAY_CLICK_FINDER_INTERNAL_H
 
+#include <cstdint>
 #include <cstdlib>
 #include <opencv2/highgui.hpp>
 #include <optional>
@@ -59,7 +60,8 @@ class ClickFinder {
         return click;
     }
     bool isAway(const platform::MouseEvent& event) const {
-        return std::abs(event.x - pressed_->at.x) > kReach || std::abs(event.y - pressed_->at.y) > kReach;
+        return std::abs(std::int64_t{event.x} - pressed_->at.x) > kReach ||
+               std::abs(std::int64_t{event.y} - pressed_->at.y) > kReach;
     }
 
     std::optional<Click> pressed_;

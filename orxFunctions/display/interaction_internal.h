@@ -17,7 +17,7 @@ struct InteractionView {
     cv::Size window;
     int panGain;            // 1/256
     int smallestSelection;  // image pixels
-    int reach;              // how far from a handle it is caught, window pixels
+    double reach;           // how far from a handle it is caught, window pixels
 };
 
 // One for each box. Each handler answers whether what is seen has changed. One thread at a time.

@@ -1,5 +1,6 @@
 #include "orxFunctions/display/picture_view_internal.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <opencv2/highgui.hpp>
@@ -29,6 +30,9 @@ void traceRect(const char* prefix, const cv::Rect2d& rect) {
     orx::outPutDebugString(start + "w:", rect.width, kDecimals);
     orx::outPutDebugString(start + "h:", rect.height, kDecimals);
 }
+
+// Of any thickness; beyond the largest one that is drawn it does not count how much.
+int twice(int thickness) { return 2 * std::clamp(thickness, -1, 255); }
 
 void tellNotTaken() {
     const std::string text = zul::toAnsi("设置图片失败!");
@@ -316,7 +320,7 @@ void TPictureBox::View::drawSelectedCircle() {
     const CircleSelection selection = state.circle;
     if (!selection.exists()) return;
     drawSelection(box_.display, selection.centre, selection.radius, mapping(),
-                  cv::Scalar(0, box_.selectionGreen, 0), 2 * box_.selectionThickness);
+                  cv::Scalar(0, box_.selectionGreen, 0), twice(box_.selectionThickness));
 }
 
 void TPictureBox::View::sendToWindow(const char* function) {

@@ -173,12 +173,14 @@ bool TPictureBox::View::applyMouse(TFunction mode, const MouseEvent& event) {
                                cv::Size(box_.windowWidth, box_.windowHeight),
                                box_.panGain,
                                box_.smallestSelection,
-                               2 * box_.handleRadius};
+                               2.0 * box_.handleRadius};
     switch (mode) {
         case FUNC_ZOOM_PAN:
+            if (view.window.width > 5 && view.window.height > 5)
+                return interaction_.zoomAndPan(event, view, state.zoom);
             // Without a size the image is shown as it is, and can't be zoomed.
-            return view.window.width > 5 && view.window.height > 5 &&
-                   interaction_.zoomAndPan(event, view, state.zoom);
+            interaction_.endDrag();
+            return false;
         case FUNC_EDIT_RECT:
             return interaction_.editRect(event, view, &box_, state.rect);
         case FUNC_EDIT_CIRCLE:

@@ -1,6 +1,7 @@
 // What the mouse does.
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <vector>
 
 #include "tests/display/picture_box_fixture.h"
@@ -224,6 +225,18 @@ TEST_F(PictureBoxMouse, ADragThatLosesItsReleaseEnds) {
     EXPECT_TRUE(isWhite(700, 300));
 }
 
+// There a picture is shown as it is, and the button goes up all the same.
+TEST_F(PictureBoxMouse, ADragEndsInAWindowTooSmallToZoomIn) {
+    cv::Mat next = colour(1000, 500, {0, 0, 255});
+    press(400, 300);
+    box.setWindowSize(5, 5);
+    release(2, 2);
+    box.setWindowSize(800, 600);
+    box.setImage(next, false);
+    box.showImage();
+    EXPECT_EQ(pixel(box, 700, 300), cv::Vec3b(0, 0, 255));
+}
+
 TEST_F(PictureBoxMouse, WithoutAHandlerNothingHappens) {
     box.setFunction(FUNC_NONE);
     wheel(400, 300, 3);
@@ -309,6 +322,13 @@ TEST_F(PictureBoxRect, ItsHandlesMoveItsSides) {
         drag(c.from, c.to);
         expectNear(selectedRect(), c.expected);
     }
+}
+
+TEST_F(PictureBoxRect, AReachBeyondAllWindowsCatchesTheNearestHandle) {
+    TPictureBox::setSelectionRect({100, 100, 400, 300});
+    box.handleRadius = std::numeric_limits<int>::max();
+    drag({720, 420}, {480, 460});  // the corner below right
+    expectNear(selectedRect(), {100, 100, 500, 350});
 }
 
 TEST_F(PictureBoxRect, AClickLeavesItAndADragElsewhereReplacesIt) {
@@ -400,6 +420,19 @@ TEST_F(PictureBoxCircle, ItStaysInsideTheImage) {
     cv::Point centre;
     double radius = 0.0;
     EXPECT_FALSE(TPictureBox::getSelectionCircle(centre, radius));
+}
+
+TEST_F(PictureBoxCircle, AnyThicknessIsDrawnUpToTheLargest) {
+    TPictureBox::setSelectionCircle({500, 250}, 200);
+    const auto isGreenWith = [&](int thickness) {
+        box.selectionThickness = thickness;
+        box.showImage();
+        return pixel(box, 380, 300) == kGreen;  // 20 pixels from the centre, 140 from the edge
+    };
+    EXPECT_FALSE(isGreenWith(std::numeric_limits<int>::max()));
+    EXPECT_TRUE(isGreenWith(std::numeric_limits<int>::min()));
+    EXPECT_TRUE(isGreenWith(-1));
+    EXPECT_FALSE(isGreenWith(1));
 }
 
 }  // namespace

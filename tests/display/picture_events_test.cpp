@@ -1,4 +1,5 @@
 // What the host is told of the mouse.
+#include <limits>
 #include <stdexcept>
 #include <vector>
 
@@ -137,6 +138,8 @@ TEST_F(PictureEvents, ClicksAreButtonsThatStay) {
     press(400, 300);
     release(410, 300);
     release(400, 300);
+    press(std::numeric_limits<int>::min(), 300);
+    release(std::numeric_limits<int>::max(), 300);  // as far away as it gets
     EXPECT_EQ(clicks.size(), 1U);
     box.mouseEvent(cv::EVENT_LBUTTONDBLCLK, 400, 300, kLeft);
     release(400, 300);
