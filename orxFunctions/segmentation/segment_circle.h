@@ -15,8 +15,12 @@ namespace orx {
 //
 // An arc fitted to its parts by weighted least squares is declared a true circle (`isCircle`) by an
 // acceptance rule, which also marks the parts as absorbed: lines get `usedByCircle`, arcs lose `isCircle`.
-// Rejected arcs leave their parts untouched. Parts without points leave the
-// angles that would need them as they were.
+// Rejected arcs leave their parts untouched; to be rejected is an answer, no refusal. Parts without points
+// leave the angles that would need them as they were.
+//
+// Constructors and fits say through lastRefusal() when their points determine no circle: fewer than three
+// (rcTooFew), or all on a line or in one place (rcDegenerate). Centre and radius are of no use then, mostly
+// not-a-number.
 class ORX_API TSegemetCircle {  // the spelling is part of the interface
   public:
     TSegemetCircle() = default;
@@ -33,7 +37,7 @@ class ORX_API TSegemetCircle {  // the spelling is part of the interface
                    double errorBound, bool reversed);
 
     // The circle through three points. Collinear ones (determinant below 1e-5) give centre (-1, -1) and
-    // radius -1.
+    // radius -1 (rcDegenerate).
     void generateCircle(cv::Vec2i p1, cv::Vec2i p2, cv::Vec2i p3);
     // The circle through both ends of l1 and the end of l2; accepted when no point of the two deviates more
     // than the smaller of the lines' own deviations.
@@ -62,10 +66,13 @@ class ORX_API TSegemetCircle {  // the spelling is part of the interface
 
     // The distance of p from the outline.
     double point2CircleDist(cv::Point2d p);
-    // The largest such distance; 0 for no points, not-a-number for a degenerate circle.
+    // The largest such distance; 0 for no points (rcTooFew), not-a-number for a degenerate circle
+    // (rcNotFinite).
     double point2CircleDistacne(std::vector<cv::Point> pts);
 
-    // Draws each point as a small circle; the colour is blue, green, red.
+    // Draws each point as a small circle; the colour is blue, green, red. An image that is empty
+    // (rcEmptyImage), of more than two dimensions (rcImageDimensions) or 4 channels (rcImageType) stays as it
+    // is.
     void displayPionts(cv::Mat& image, cv::Vec3b colour);
 
     cv::Point2d center;
@@ -85,14 +92,6 @@ class ORX_API TSegemetCircle {  // the spelling is part of the interface
     double errThreshold = 3.5;  // pixels
     double maxRadius = 300.0;   // exclusive, pixels
     double minRadius = 60.0;    // exclusive, pixels
-
-  private:
-    void setBounds(double maxRadiusBound, double minRadiusBound, double errorBound);
-    void setParts(const std::vector<cv::Point>& first, const std::vector<cv::Point>& second);
-    void fitToPoints();
-    double largestDeviation(const std::vector<cv::Point>& pts);
-    bool radiusIsWithinBounds() const;
-    void setAnglesFromParts();
 };
 
 }  // namespace orx

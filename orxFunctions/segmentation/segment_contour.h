@@ -60,12 +60,16 @@ class ORX_API TSegmentContour {
     std::vector<std::vector<TSegemetLine>> getLines();
     std::vector<std::vector<TSegemetCircle>> getCircles();
 
-    // Drawing. A single-channel image is converted to three channels in place; an empty one stays as it is.
-    // The static operations give each element a colour of its own, the same sequence at every call. The
-    // others draw the results of the contour processed last; their flags stand in the order: draw points,
-    // draw lines, draw arcs, draw indices (at the middle of each line) and angles (of each arc), show a
-    // window; where there are fewer flags the first ones are left out. A window is shown only where there is
-    // a display; without one everything is drawn all the same.
+    // Drawing. A single-channel image is converted to three channels in place. One that is empty
+    // (rcEmptyImage), of more than two dimensions (rcImageDimensions), of more than 4 channels or of one that
+    // can't be converted (rcImageType: 8 and 16 bits without sign and floats can) stays as it is. The static
+    // operations give each element a colour of its own, the same sequence at every call. The others draw the
+    // results of the contour processed last, nothing before the first (rcNotReady); their flags stand in the
+    // order: draw points, draw lines, draw arcs, draw indices (at the middle of each line) and angles (of
+    // each arc), show a window; where there are fewer flags the first ones are left out. A window is shown
+    // only where there is a display (rcNoDisplay), and not for two channels (rcImageType); without one
+    // everything is drawn all the same. Arcs that reach a million pixels or have no finite place are left out
+    // (rcDegenerate).
 
     // Arcs and their points.
     static void disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles);
@@ -76,8 +80,8 @@ class ORX_API TSegmentContour {
     static void disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours);
     static void disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
                                        std::vector<TSegemetLine> lines, bool drawPoints, bool showWindow);
-    // Key points (a matrix of two-channel integers, as cv::approxPolyDP fills it), with their indices when
-    // asked for.
+    // Key points (a matrix of two-channel integers, as cv::approxPolyDP fills it; others are refused,
+    // rcOption), with their indices when asked for.
     static void disPlayKeyPointsForTest(cv::Mat& image, cv::Mat keyPoints, bool drawIndices);
 
     // The key points of the contour processed last, with their indices when asked for.

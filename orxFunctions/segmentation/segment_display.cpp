@@ -1,6 +1,7 @@
 // Drawing of segmented contours.
 #include "orxFunctions/segmentation/segment_contour.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
@@ -8,6 +9,7 @@
 
 #include "ZULLib/zullib.h"
 #include "orxFunctions/fitting/drawing_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/window/native_window.h"
 
 namespace orx {
@@ -35,19 +37,27 @@ const cv::Scalar kArcColour(0, 0, 255);
 const cv::Scalar kPointColour(255, 128, 0);
 const cv::Scalar kTextColour(0, 255, 255);
 
-// Makes three channels of one. False for an image that can't be drawn on: an empty one, more than two
-// dimensions, a kind of pixel that OpenCV can't convert or draw.
-bool prepare(cv::Mat& image) {
-    if (!isDrawable(image)) return false;
-    if (image.channels() > 1) return image.channels() <= 4;
-    if (image.depth() != CV_8U && image.depth() != CV_16U && image.depth() != CV_32F) return false;
+// Makes three channels of one. False, and the refusal is kept, for an image that can't be drawn on: an empty
+// one, more than two dimensions, a kind of pixel that OpenCV can't convert or draw.
+bool prepare(cv::Mat& image, const char* function) {
+    if (!takesDrawing(image, function)) return false;
+    if (image.channels() > 1) return true;
+    if (image.depth() != CV_8U && image.depth() != CV_16U && image.depth() != CV_32F)
+        return refuse(rcImageType, function,
+                      "one channel of OpenCV's depth %d; 8 or 16 bits without sign and floats are taken",
+                      image.depth());
     cv::cvtColor(image, image, cv::COLOR_GRAY2BGR);
     return true;
 }
 
-void show(const char* utf8Caption, const cv::Mat& image) {
-    if (image.channels() < 3 || !platform::displayIsAvailable()) return;
-    cv::imshow(zul::toAnsi(utf8Caption), image);
+void show(const char* utf8Caption, const cv::Mat& image, const char* function) {
+    if (image.channels() < 3) {
+        refuse(rcImageType, function, "the image has %d channels; 1, 3 or 4 are shown", image.channels());
+    } else if (!platform::displayIsAvailable()) {
+        refuse(rcNoDisplay, function, "there is no display to show a window on");
+    } else {
+        cv::imshow(zul::toAnsi(utf8Caption), image);
+    }
 }
 
 void drawPoints(cv::Mat& image, const std::vector<cv::Point>& points, const cv::Scalar& colour) {
@@ -58,17 +68,28 @@ void drawText(cv::Mat& image, const std::string& text, cv::Point at) {
     cv::putText(image, text, at, cv::FONT_HERSHEY_PLAIN, 1.0, kTextColour, 1, cv::LINE_8);
 }
 
-// Nothing for a degenerate or absurdly large circle: its outline can't be drawn.
-void drawArc(cv::Mat& image, const TSegemetCircle& circle, const cv::Scalar& colour, int thickness) {
+// False for a degenerate or absurdly large circle: its outline can't be drawn.
+bool drawArc(cv::Mat& image, const TSegemetCircle& circle, const cv::Scalar& colour, int thickness) {
     constexpr double kFarthest = 1e6;
     const auto drawable = [](double v) { return v > -kFarthest && v < kFarthest; };
     if (!(circle.radius >= 0) || !drawable(circle.radius) || !drawable(circle.center.x) ||
         !drawable(circle.center.y) || !drawable(circle.startAngle) || !drawable(circle.endAngle)) {
-        return;
+        return false;
     }
     cv::ellipse(image, cv::Point(cvRound(circle.center.x), cvRound(circle.center.y)),
                 cv::Size(cvRound(circle.radius), cvRound(circle.radius)), 0, circle.startAngle,
                 circle.endAngle, colour, thickness, cv::LINE_8);
+    return true;
+}
+
+// What draws an arc says whether it could.
+template <class Draw>
+void drawArcs(const std::vector<TSegemetCircle>& circles, Draw draw, const char* function) {
+    const auto left = std::count_if(circles.begin(), circles.end(),
+                                    [&](const TSegemetCircle& circle) { return !draw(circle); });
+    if (left > 0)
+        refuse(rcDegenerate, function, "%d of %zu arcs have no outline that can be drawn",
+               static_cast<int>(left), circles.size());
 }
 
 // The part of a line that can be seen: OpenCV takes very long for thick lines that go far outside, and fails
@@ -100,20 +121,39 @@ void drawIndicesAndAngles(cv::Mat& image, const std::vector<TSegemetLine>& lines
     }
 }
 
-}  // namespace
-
-void TSegmentContour::disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles) {
-    if (!prepare(image)) return;
-    ColourSequence colours;
-    for (const TSegemetCircle& circle : circles) {
-        const cv::Scalar colour = colours.next();
-        drawArc(image, circle, colour, 1);
-        drawPoints(image, circle.points, colour);
+void drawKeyPoints(cv::Mat& image, const cv::Mat& keyPoints, bool drawIndices, const char* function) {
+    if (!prepare(image, function) || keyPoints.empty()) return;
+    if (keyPoints.type() != CV_32SC2) {
+        refuse(rcOption, function, "key points in %d channels of OpenCV's depth %d; 2 of depth %d are taken",
+               keyPoints.channels(), keyPoints.depth(), CV_32S);
+        return;
+    }
+    int index = 0;
+    for (auto p = keyPoints.begin<cv::Point>(); p != keyPoints.end<cv::Point>(); ++p, ++index) {
+        cv::circle(image, *p, 2, kArcColour, 1, cv::LINE_8);
+        if (drawIndices) drawText(image, std::to_string(index), *p);
     }
 }
 
+void tellNothingSplit(const char* function) { refuse(rcNotReady, function, "no contour has been split"); }
+
+}  // namespace
+
+void TSegmentContour::disPlayCircleForTest(cv::Mat& image, std::vector<TSegemetCircle> circles) {
+    constexpr const char* kName = "disPlayCircleForTest";
+    if (!prepare(image, kName)) return;
+    ColourSequence colours;
+    const auto draw = [&](const TSegemetCircle& circle) {
+        const cv::Scalar colour = colours.next();
+        const bool drawn = drawArc(image, circle, colour, 1);
+        drawPoints(image, circle.points, colour);
+        return drawn;
+    };
+    drawArcs(circles, draw, kName);
+}
+
 void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
-    if (!prepare(image)) return;
+    if (!prepare(image, "disPlayLinesForTest")) return;
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
@@ -122,7 +162,7 @@ void TSegmentContour::disPlayLinesForTest(cv::Mat& image, std::vector<TSegemetLi
 }
 
 void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegemetLine> lines) {
-    if (!prepare(image)) return;
+    if (!prepare(image, "disPlayFitLinesForTest")) return;
     ColourSequence colours;
     for (const TSegemetLine& line : lines) {
         if (line.usedByCircle) continue;
@@ -131,7 +171,7 @@ void TSegmentContour::disPlayFitLinesForTest(cv::Mat& image, std::vector<TSegeme
 }
 
 void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<std::vector<cv::Point>> contours) {
-    if (!prepare(image)) return;
+    if (!prepare(image, "disPlayContoursForTest")) return;
     ColourSequence colours;
     for (const std::vector<cv::Point>& contour : contours) drawPoints(image, contour, colours.next());
 }
@@ -139,33 +179,36 @@ void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<std::ve
 void TSegmentContour::disPlayContoursForTest(cv::Mat& image, std::vector<TSegemetCircle> circles,
                                              std::vector<TSegemetLine> lines, bool drawThePoints,
                                              bool showWindow) {
-    if (!prepare(image)) return;
+    constexpr const char* kName = "disPlayContoursForTest";
+    if (!prepare(image, kName)) return;
     if (drawThePoints) {
         ColourSequence colours;
         for (const TSegemetCircle& circle : circles) drawPoints(image, circle.points, colours.next());
         for (const TSegemetLine& line : lines) drawPoints(image, line.points, colours.next());
     }
-    if (showWindow) show(kPointsCaption, image);
+    if (showWindow) show(kPointsCaption, image, kName);
 }
 
 void TSegmentContour::disPlayKeyPointsForTest(cv::Mat& image, cv::Mat keyPoints, bool drawIndices) {
-    if (!prepare(image)) return;
-    if (keyPoints.type() != CV_32SC2) return;
-    int index = 0;
-    for (auto p = keyPoints.begin<cv::Point>(); p != keyPoints.end<cv::Point>(); ++p, ++index) {
-        cv::circle(image, *p, 2, kArcColour, 1, cv::LINE_8);
-        if (drawIndices) drawText(image, std::to_string(index), *p);
-    }
+    drawKeyPoints(image, keyPoints, drawIndices, "disPlayKeyPointsForTest");
 }
 
 void TSegmentContour::disPlayKeyPoints(cv::Mat& image, bool drawIndices) {
-    disPlayKeyPointsForTest(image, lastKeyPoints_, drawIndices);
+    constexpr const char* kName = "disPlayKeyPoints";
+    if (contourLines_.empty()) {
+        if (prepare(image, kName)) tellNothingSplit(kName);
+        return;
+    }
+    drawKeyPoints(image, lastKeyPoints_, drawIndices, kName);
 }
 
 void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bool drawTheLines,
                                           bool drawTheArcs, bool drawIndices, bool showWindow) {
-    if (!prepare(image)) return;
-    if (!contourLines_.empty()) {
+    constexpr const char* kName = "disPlayCirclesLines";
+    if (!prepare(image, kName)) return;
+    if (contourLines_.empty()) {
+        tellNothingSplit(kName);
+    } else {
         const std::vector<TSegemetLine>& lines = contourLines_.back();
         const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         if (drawTheLines) {
@@ -174,7 +217,9 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
             }
         }
         if (drawTheArcs) {
-            for (const TSegemetCircle& circle : circles) drawArc(image, circle, kArcColour, 2);
+            drawArcs(
+                circles, [&](const TSegemetCircle& circle) { return drawArc(image, circle, kArcColour, 2); },
+                kName);
         }
         if (drawThePoints) {
             // Where the pieces begin and end.
@@ -190,13 +235,16 @@ void TSegmentContour::disPlayCirclesLines(cv::Mat& image, bool drawThePoints, bo
         }
         if (drawIndices) drawIndicesAndAngles(image, lines, circles);
     }
-    if (showWindow) show(kResultCaption, image);
+    if (showWindow) show(kResultCaption, image, kName);
 }
 
 void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool drawTheLines, bool drawTheArcs,
                                       bool drawIndices, bool showWindow) {
-    if (!prepare(image)) return;
-    if (!contourLines_.empty()) {
+    constexpr const char* kName = "disPlayContours";
+    if (!prepare(image, kName)) return;
+    if (contourLines_.empty()) {
+        tellNothingSplit(kName);
+    } else {
         const std::vector<TSegemetLine>& lines = contourLines_.back();
         const std::vector<TSegemetCircle>& circles = contourCircles_.back();
         ColourSequence colours;
@@ -208,12 +256,13 @@ void TSegmentContour::disPlayContours(cv::Mat& image, bool drawThePoints, bool d
         }
         if (drawIndices) drawIndicesAndAngles(image, lines, circles);
     }
-    if (showWindow) show(kPointsCaption, image);
+    if (showWindow) show(kPointsCaption, image, kName);
 }
 
 void TSegmentContour::disPlayResultCirclesLines(cv::Mat& image, bool showWindow, bool /*unused*/,
                                                 bool /*unused*/, bool /*unused*/) {
-    if (prepare(image) && showWindow) show(kResultCaption, image);
+    constexpr const char* kName = "disPlayResultCirclesLines";
+    if (prepare(image, kName) && showWindow) show(kResultCaption, image, kName);
 }
 
 }  // namespace orx

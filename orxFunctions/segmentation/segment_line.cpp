@@ -2,32 +2,85 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "orxFunctions/fitting/reweighted_line_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/segmentation/splitting/chord_points.h"
 
 namespace orx {
+namespace {
+
+constexpr const char* kConstructor = "TSegemetLine";
+
+bool collectPoints(TSegemetLine& line, const std::vector<cv::Point>& contour, double tolerance,
+                   const char* function) {
+    const splitting::ChordPointFinder finder(contour, {cv::Point(line.startPoint), cv::Point(line.endPoint)});
+    splitting::Work unlimited(std::numeric_limits<std::size_t>::max());
+    finder.collect(line, tolerance, unlimited);
+    if (contour.empty()) return refuse(rcTooFew, function, "the contour is empty");
+    return tolerance >= 0 ||
+           refuse(rcOption, function, "the tolerance is %g; 0 pixels and more are taken", tolerance);
+}
+
+void fitLine(TSegemetLine& line, const char* function) {
+    constexpr double kInlierDistance = 3.0;
+    if (line.points.size() < splitting::kFewestFitted) {
+        refuse(rcTooFew, function, "%zu points; at least %zu are taken", line.points.size(),
+               splitting::kFewestFitted);
+        return;
+    }
+
+    const DirectedLine direction = fitLineHuber(line.points.data(), line.points.size());
+    float vx = direction.vx;
+    float vy = direction.vy;
+    const auto dx = static_cast<float>(static_cast<double>(line.endPoint[0]) - line.startPoint[0]);
+    const auto dy = static_cast<float>(static_cast<double>(line.endPoint[1]) - line.startPoint[1]);
+    if (dx * vx + dy * vy < 0) {
+        vx = -vx;
+        vy = -vy;
+    }
+    // In single precision, like the direction itself.
+    if (vx == 0) {
+        line.fitA = 1.0;
+        line.fitB = 0.0;
+        line.fitC = static_cast<double>(-direction.x);
+    } else {
+        line.fitA = static_cast<double>(vy);
+        line.fitB = static_cast<double>(-vx);
+        line.fitC = static_cast<double>(direction.y * vx - direction.x * vy);
+    }
+    for (const cv::Point& p : line.points) {
+        if (TSegemetLine::point2LineDist(p, line.fitA, line.fitB, line.fitC) < kInlierDistance)
+            line.fitPoints.push_back(p);
+    }
+    if (line.fitPoints.empty()) return;
+    line.fitStartPoint = line.fitPoints.front();
+    line.fitEndPoint = line.fitPoints.back();
+}
+
+}  // namespace
 
 TSegemetLine::TSegemetLine(cv::Vec2i start, cv::Vec2i end, std::vector<cv::Point> ownPoints)
     : startPoint(start), endPoint(end), points(std::move(ownPoints)) {
     generateLine(start, end);
     for (const cv::Point& p : points) maxDist = std::max(maxDist, point2LineDist(p, chordA, chordB, chordC));
-    fitLineWithContoursWithTurkey();
+    fitLine(*this, kConstructor);
 }
 
 TSegemetLine::TSegemetLine(cv::Vec2i start, cv::Vec2i end, std::vector<cv::Point> contour, double tolerance)
     : startPoint(start), endPoint(end) {
     generateLine(start, end);
-    findLinePoints(contour, tolerance);
-    fitLineWithContoursWithTurkey();
+    if (collectPoints(*this, contour, tolerance, kConstructor)) fitLine(*this, kConstructor);
 }
 
 TSegemetLine::TSegemetLine(std::vector<cv::Point> ownPoints) : points(std::move(ownPoints)) {
-    if (points.empty()) return;
-    startPoint = {points.front().x, points.front().y};
-    endPoint = {points.back().x, points.back().y};
-    fitLineWithContoursWithTurkey();
+    if (!points.empty()) {
+        startPoint = {points.front().x, points.front().y};
+        endPoint = {points.back().x, points.back().y};
+    }
+    fitLine(*this, kConstructor);
 }
 
 void TSegemetLine::generateLine(cv::Vec2i p1, cv::Vec2i p2) {
@@ -51,42 +104,10 @@ void TSegemetLine::generateLine(cv::Vec2i p1, cv::Vec2i p2) {
 }
 
 void TSegemetLine::findLinePoints(std::vector<cv::Point>& contour, double tolerance) {
-    const splitting::ChordPointFinder finder(contour, {cv::Point(startPoint), cv::Point(endPoint)});
-    splitting::Work work;
-    finder.collect(*this, tolerance, work);
+    collectPoints(*this, contour, tolerance, "findLinePoints");
 }
 
-void TSegemetLine::fitLineWithContoursWithTurkey() {
-    constexpr std::size_t kFewestPoints = 3;
-    constexpr double kInlierDistance = 3.0;
-    if (points.size() < kFewestPoints) return;
-
-    const DirectedLine line = fitLineHuber(points.data(), points.size());
-    float vx = line.vx;
-    float vy = line.vy;
-    const auto dx = static_cast<float>(static_cast<double>(endPoint[0]) - startPoint[0]);
-    const auto dy = static_cast<float>(static_cast<double>(endPoint[1]) - startPoint[1]);
-    if (dx * vx + dy * vy < 0) {
-        vx = -vx;
-        vy = -vy;
-    }
-    // In single precision, like the direction itself.
-    if (vx == 0) {
-        fitA = 1.0;
-        fitB = 0.0;
-        fitC = static_cast<double>(-line.x);
-    } else {
-        fitA = static_cast<double>(vy);
-        fitB = static_cast<double>(-vx);
-        fitC = static_cast<double>(line.y * vx - line.x * vy);
-    }
-    for (const cv::Point& p : points) {
-        if (point2LineDist(p, fitA, fitB, fitC) < kInlierDistance) fitPoints.push_back(p);
-    }
-    if (fitPoints.empty()) return;
-    fitStartPoint = fitPoints.front();
-    fitEndPoint = fitPoints.back();
-}
+void TSegemetLine::fitLineWithContoursWithTurkey() { fitLine(*this, "fitLineWithContoursWithTurkey"); }
 
 cv::Point2d TSegemetLine::findCrossPoint(cv::Point p, double a, double b, double c) {
     const double n = a * a + b * b;

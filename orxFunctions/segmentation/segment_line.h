@@ -10,8 +10,8 @@
 
 namespace orx {
 
-// Coordinates are pixels, x to the right and y down. A plain value; one thread at a time. Nothing is refused:
-// fewer than three points leave the fitted line as it was.
+// Coordinates are pixels, x to the right and y down. A plain value; one thread at a time. Fewer than three
+// points leave the fitted line as it was (rcTooFew), also in constructors.
 class ORX_API TSegemetLine {  // the spelling is part of the interface
   public:
     TSegemetLine() = default;
@@ -30,7 +30,8 @@ class ORX_API TSegemetLine {  // the spelling is part of the interface
     // that lie within `tolerance` pixels of the chord line, inclusively, and whose foot on it lies in the
     // chord's bounding box; `maxDist` becomes the largest of their distances. The search begins at the first
     // contour point that equals `startPoint`; a piece that runs off the contour's end goes on at its
-    // beginning.
+    // beginning. There are none in an empty contour (rcTooFew), nor within a tolerance that is negative or
+    // not a number (rcOption).
     void findLinePoints(std::vector<cv::Point>& contour, double tolerance);
 
     // Fits a line to `points` (Huber weights, accuracy 0.01), directed from start to end, and appends the
@@ -38,7 +39,8 @@ class ORX_API TSegemetLine {  // the spelling is part of the interface
     // Ann. Math. Statist. 35 (1964).
     void fitLineWithContoursWithTurkey();
 
-    // The foot of the perpendicular from p on the line a x + b y + c = 0.
+    // The foot of the perpendicular from p on the line a x + b y + c = 0. Here and below a = b = 0 gives
+    // what is not a number, or infinite.
     static cv::Point2d findCrossPoint(cv::Point p, double a, double b, double c);
     // The distance of p from the line a x + b y + c = 0; both names give the absolute distance.
     static double point2LineDist(cv::Point p, double a, double b, double c);

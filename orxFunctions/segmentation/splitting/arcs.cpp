@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "orxFunctions/segmentation/splitting/arc_fit.h"
 #include "orxFunctions/segmentation/splitting/end_index.h"
 
 namespace orx::splitting {
@@ -47,20 +48,20 @@ class ArcBuilder {
     // appended: references into the list dangle when it grows.
     bool pair(TSegemetLine& first, TSegemetLine& second) {
         if (!affords(first.points.size() + second.points.size())) return false;
-        return append({first, second, params_.maxRadius, params_.minRadius, params_.errThreshold});
+        return append([&](TSegemetCircle& candidate) { fitArc(candidate, first, second); });
     }
 
     bool grow(std::size_t arc, TSegemetLine& line, bool lineLeads) {
         TSegemetCircle& part = circles_[arc];
         if (!affords(part.points.size() + line.points.size())) return false;
-        return append({part, line, params_.maxRadius, params_.minRadius, params_.errThreshold, lineLeads});
+        return append([&](TSegemetCircle& candidate) { fitArc(candidate, part, line, lineLeads); });
     }
 
     bool join(std::size_t first, std::size_t second) {
         TSegemetCircle& one = circles_[first];
         TSegemetCircle& other = circles_[second];
         if (!affords(one.points.size() + other.points.size())) return false;
-        return append({one, other, params_.maxRadius, params_.minRadius, params_.errThreshold, false});
+        return append([&](TSegemetCircle& candidate) { fitArc(candidate, one, other); });
     }
 
     // Of an arc that nothing asks for any more.
@@ -77,7 +78,11 @@ class ArcBuilder {
         return !steps_.work.isTooMuch();
     }
 
-    bool append(TSegemetCircle candidate) {
+    template <class Fit>
+    bool append(Fit fit) {
+        TSegemetCircle candidate;
+        setBounds(candidate, {params_.maxRadius, params_.minRadius, params_.errThreshold});
+        fit(candidate);
         if (!candidate.isCircle) return false;
         circles_.push_back(std::move(candidate));
         return true;

@@ -13,6 +13,9 @@
 
 namespace orx::splitting {
 
+// No line is fitted to fewer points.
+constexpr std::size_t kFewestFitted = 3;
+
 // Where each key point occurs in a contour, and bounding boxes over stretches of it. Building takes one pass;
 // asking for a chord then costs the points near it, not the contour's length, also where an outline one pixel
 // wide runs back along itself and the walk from start to end leads round the whole contour. One thread at a

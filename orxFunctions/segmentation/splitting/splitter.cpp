@@ -51,7 +51,7 @@ Pieces withoutAbsorbed(Pieces all) {
     for (TSegemetLine& line : all.lines) {
         if (line.usedByCircle) continue;
         // Not before: most chords end in arcs or are split again, and nothing on the way asks for the fit.
-        line.fitLineWithContoursWithTurkey();
+        if (line.points.size() >= kFewestFitted) line.fitLineWithContoursWithTurkey();
         kept.lines.push_back(std::move(line));
     }
     for (TSegemetCircle& circle : all.circles) {
