@@ -3,30 +3,43 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <utility>
 
 #include "orxFunctions/analysis/caliper_profile_internal.h"
+#include "orxFunctions/analysis/edge_places_internal.h"
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/median_internal.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
 
-constexpr double kFarthest = 1e6;
+constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 
-bool isUsable(const TCaliperOptions& options) {
-    return isBetween(options.sigma, 0.5, 50) && options.minContrast >= 0 &&
-           isBetween(options.polarity, epAny, epBrightToDark) &&
-           isBetween(options.selection, esAll, esStrongest);
+bool takesEdges(const char* function, const TCaliperOptions& options) {
+    return takesOptions(function,
+                        {{"sigma", options.sigma, 0.5, 50},
+                         {"minContrast", options.minContrast, 0, kUnlimited},
+                         {"polarity", static_cast<double>(options.polarity), epAny, epBrightToDark},
+                         {"selection", static_cast<double>(options.selection), esAll, esStrongest}});
 }
 
-bool isNear(cv::Point2d p) {
-    return isBetween(p.x, -kFarthest, kFarthest) && isBetween(p.y, -kFarthest, kFarthest);
-}
-
-bool isSize(const cv::Mat& img, double length, double width) {
+bool takesSize(const char* function, const cv::Mat& img, double length, double width) {
     const double longest = 2.0 * (img.rows + img.cols);
-    return isBetween(length, 1, longest) && isBetween(width, -longest, longest);
+    return takesOptions(function,
+                        {{"the length", length, 1, longest}, {"the width", width, -longest, longest}});
+}
+
+// No edge is what refused input has, too, so it is told.
+std::vector<TContrastEdge> told(const char* function, std::vector<TContrastEdge> edges,
+                                const TCaliperOptions& options) {
+    if (edges.empty())
+        refuse(rcNoResult, function, "there is no edge of the polarity asked for with %g levels or more",
+               options.minContrast);
+    return edges;
 }
 
 // Offsets of the rays from the centre line, a pixel apart.
@@ -172,16 +185,23 @@ void compensateBlur(cv::Point2d centre, const TCircleCaliperOptions& options,
 
 std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, cv::Point2d from, cv::Point2d to,
                                             double width, const TCaliperOptions& options) {
-    if (!isPicture(img) || !isUsable(options) || !isNear(from) || !isNear(to)) return {};
+    constexpr const char* kFunction = "getContrastEdges";
+    if (!takesPicture(img, kFunction) || !takesEdges(kFunction, options) ||
+        !takesPlace(kFunction, "the start", from) || !takesPlace(kFunction, "the end", to))
+        return {};
     const cv::Point2d path = to - from;
     const double length = std::hypot(path.x, path.y);
-    if (!isSize(img, length, width)) return {};
-    return edgesOf(img, straightCaliper(from, path / length, length, width, options.sigma), options);
+    if (!takesSize(kFunction, img, length, width)) return {};
+    const Caliper caliper = straightCaliper(from, path / length, length, width, options.sigma);
+    return told(kFunction, edgesOf(img, caliper, options), options);
 }
 
 std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, const cv::Rect& rect,
                                             TScanDirection direction, const TCaliperOptions& options) {
-    if (rect.width < 1 || rect.height < 1) return {};
+    if (rect.width < 1 || rect.height < 1) {
+        refuse(rcOption, "getContrastEdges", "the rectangle has %d x %d pixels", rect.width, rect.height);
+        return {};
+    }
     const double left = rect.x;
     const double top = rect.y;
     const double right = left + rect.width - 1;
@@ -197,6 +217,7 @@ std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, const cv::Rect& 
         case sdBottomToTop:
             return getContrastEdges(img, {middle.x, bottom}, {middle.x, top}, rect.width, options);
     }
+    refuse(rcOption, "getContrastEdges", "there is no direction %d", static_cast<int>(direction));
     return {};
 }
 
@@ -209,13 +230,16 @@ std::vector<TContrastEdge> getContrastEdges(const cv::Mat& img, const cv::Rotate
 
 std::vector<TContrastEdge> getCircleEdges(const cv::Mat& img, cv::Point2d centre, double radius,
                                           const TCircleCaliperOptions& options) {
-    const bool usable = isUsable(options.edge) && isBetween(options.count, 1, 100000) &&
-                        isBetween(options.direction, rdOutward, rdInward) &&
-                        isBetween(options.sweep, -360, 360) && std::isfinite(options.startAngle);
-    if (!isPicture(img) || !usable || !isNear(centre) || !isBetween(radius, 0, kFarthest) || radius == 0 ||
-        !isSize(img, options.searchLength, options.width)) {
+    constexpr const char* kFunction = "getCircleEdges";
+    if (!takesPicture(img, kFunction) || !takesEdges(kFunction, options.edge) ||
+        !takesPlace(kFunction, "the centre", centre) ||
+        !takesOptions(kFunction, {{"the radius", radius, 0, kFarthestEdge, true},
+                                  {"count", static_cast<double>(options.count), 1, 100000},
+                                  {"direction", static_cast<double>(options.direction), rdOutward, rdInward},
+                                  {"sweep", options.sweep, -360, 360}}) ||
+        !takesAngle(kFunction, "startAngle", options.startAngle) ||
+        !takesSize(kFunction, img, options.searchLength, options.width))
         return {};
-    }
     std::vector<TContrastEdge> edges;
     for (int i = 0; i < options.count; ++i) {
         const Caliper caliper = radialCaliper(centre, radius, angleOf(i, options), options);
@@ -225,7 +249,7 @@ std::vector<TContrastEdge> getCircleEdges(const cv::Mat& img, cv::Point2d centre
         }
     }
     if (options.compensateBlur) compensateBlur(centre, options, edges);
-    return edges;
+    return told(kFunction, std::move(edges), options.edge);
 }
 
 }  // namespace orx

@@ -11,10 +11,11 @@
 // Positions are pixels, the centre of the top-left pixel at (0, 0). Outside of the image the border pixels
 // are repeated, so a caliper may reach over the border; there is no edge where the image ends.
 //
-// The answer is an empty list for what is no image (no pixels, more than two dimensions, another depth, more
-// channels), a single pixel, options outside their ranges, coordinates that are not finite or that lie
-// farther than 1e6 pixels from the origin, and a caliper shorter than one pixel or longer or wider than twice
-// the sum of the image's sides. All functions are reentrant.
+// The answer is an empty list for what is no image: no pixels (rcEmptyImage), more than two dimensions
+// (rcImageDimensions), another depth or more channels (rcImageType); for coordinates that are not finite
+// (rcNotFinite) or that lie farther than 1e6 pixels from the origin, options outside their ranges, and a
+// caliper shorter than one pixel or longer or wider than twice the sum of the image's sides (rcOption); and
+// where there is no edge that counts (rcNoResult), as in a single pixel. All functions are reentrant.
 //
 // Accuracy, from the tests: root mean square below 0.01 pixel for a width of 1 and below 0.002 pixel for a
 // width of 9 on straight edges without noise, of any angle and shift, with a blur (standard deviation) of 0.7

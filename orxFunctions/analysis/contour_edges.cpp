@@ -4,10 +4,13 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/analysis/image_noise.h"
+#include "orxFunctions/foundation/option_range_internal.h"
+#include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
 namespace {
@@ -27,9 +30,15 @@ constexpr double kAliasingPower = -3.3;
 // Of the reach: beyond, the ends of the profile lie on the edge themselves.
 constexpr double kWidest = 0.5;
 
-bool isUsable(const TContourEdgeOptions& options) {
-    return isBetween(options.reach, 1.5, 50) && options.minContrast >= 0 && options.noise >= 0 &&
-           std::isfinite(options.noise) && isBetween(options.polarity, epAny, epBrightToDark);
+bool isUsable(const cv::Mat& img, const TContourEdgeOptions& options) {
+    constexpr double kUnlimited = std::numeric_limits<double>::infinity();
+    constexpr double kFinite = std::numeric_limits<double>::max();
+    return takesPicture(img, "edgesAcross") &&
+           takesOptions("edgesAcross",
+                        {{"reach", options.reach, 1.5, 50},
+                         {"minContrast", options.minContrast, 0, kUnlimited},
+                         {"noise", options.noise, 0, kFinite},
+                         {"polarity", static_cast<double>(options.polarity), epAny, epBrightToDark}});
 }
 
 bool isUsable(const TEdgeProbe& probe) {
@@ -252,7 +261,11 @@ TContourEdge edgeOf(const TEdgeProbe& probe, const std::optional<Crossing>& cros
 
 std::vector<TContourEdge> edgesAcross(const cv::Mat& img, const std::vector<TEdgeProbe>& probes,
                                       const TContourEdgeOptions& options) {
-    if (!isPicture(img) || !isUsable(options)) return {};
+    if (!isUsable(img, options)) return {};
+    if (probes.empty()) {
+        refuse(rcTooFew, "edgesAcross", "there are no probes");
+        return {};
+    }
     const cv::Mat grey = greyOf(img);
     const auto crossings = grey.depth() == CV_8U ? crossingsOf<std::uint8_t>(grey, probes, options)
                                                  : crossingsOf<std::uint16_t>(grey, probes, options);

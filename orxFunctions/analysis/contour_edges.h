@@ -70,8 +70,9 @@ struct TContourEdge {
 
 // One answer for each probe, in their order. Not found: where the profile leaves the image, the step is too
 // small or of the other polarity, no crossing lies within the reach, or the probe is no good (not finite, a
-// normal whose length is not 1 to within a thousandth). Empty for what is no image, and for options outside
-// their ranges.
+// normal whose length is not 1 to within a thousandth). Empty for what is no image: no pixels (rcEmptyImage),
+// more than two dimensions (rcImageDimensions), another depth or more channels (rcImageType); for options
+// outside their ranges (rcOption), and without probes (rcTooFew).
 ORX_API std::vector<TContourEdge> edgesAcross(const cv::Mat& img, const std::vector<TEdgeProbe>& probes,
                                               const TContourEdgeOptions& options = {});
 
@@ -82,14 +83,16 @@ ORX_API std::vector<double> deviationsOf(const std::vector<TContourEdge>& edges)
 // Probes at every pixel of a closed contour of whole pixels (cv::findContours, getContours with cpAll), half
 // a pixel outside of it, where the outline of an object passes on average. Normals point out of the area that
 // it encloses, and are smoothed over 11 pixels; the curvature is 0, since pixels do not tell it: fit, then
-// probe across the fit. Empty for fewer than 12 points and for a contour that encloses nothing.
+// probe across the fit. Empty for fewer than 12 points (rcTooFew) and for a contour that encloses nothing
+// (rcDegenerate).
 ORX_API std::vector<TEdgeProbe> probesAlongContour(const std::vector<cv::Point>& contour);
 
 // Probes at equal steps of about `spacing` pixels, above 0 to 1e6; both ends of what is open belong to it.
-// Empty for coordinates that are not finite or beyond 1e6, for sizes not above 0 and for more than 10 million
-// probes. The normal of a line is (-dy, dx), the right side of one who walks along it on the screen; those of
-// circles and ellipses point outwards. The sweep is -360 to 360 degrees. The rectangle's sides are the
-// ellipse's axes, as cv::fitEllipse gives it.
+// Empty for coordinates and angles that are not finite (rcNotFinite), coordinates beyond 1e6 and sizes not
+// above 0 to 1e6 (rcOption), a line of no length (rcDegenerate) and for more than 10 million probes
+// (rcTooMany). The normal of a line is (-dy, dx), the right side of one who walks along it on the screen;
+// those of circles and ellipses point outwards. The sweep is -360 to 360 degrees. The rectangle's sides are
+// the ellipse's axes, as cv::fitEllipse gives it.
 ORX_API std::vector<TEdgeProbe> probesAlongLine(cv::Point2d from, cv::Point2d to, double spacing = 1.0);
 ORX_API std::vector<TEdgeProbe> probesAlongCircle(cv::Point2d center, double radius, double spacing = 1.0,
                                                   double startAngle = 0.0, double sweep = 360.0);

@@ -6,11 +6,6 @@
 
 namespace orx {
 
-bool isPicture(const cv::Mat& img) {
-    const bool knownDepth = img.depth() == CV_8U || img.depth() == CV_16U;
-    return !img.empty() && img.dims == 2 && knownDepth && img.channels() <= 4;
-}
-
 bool takesOneChannel(const cv::Mat& img, const char* function) noexcept {
     return img.channels() == 1 ||
            refuse(rcImageType, function, "the image has %d channels; one is taken", img.channels());

@@ -1,4 +1,4 @@
-// What the image operators accept, asked and converted in one place.
+// Pictures (takesPicture of foundation/refusal_internal.h) as the image operators look at them.
 #ifndef ORXFUNCTIONS_ANALYSIS_GREY_INPUT_INTERNAL_H
 #define ORXFUNCTIONS_ANALYSIS_GREY_INPUT_INTERNAL_H
 
@@ -8,9 +8,6 @@ namespace orx {
 
 // For options. Not-a-number is not between anything.
 inline bool isBetween(double value, double low, double high) { return value >= low && value <= high; }
-
-// Two-dimensional, not empty, 8- or 16-bit unsigned, 1 to 4 channels.
-bool isPicture(const cv::Mat& img);
 
 // Of an image that is known to have pixels: one channel, or else refused.
 bool takesOneChannel(const cv::Mat& img, const char* function) noexcept;

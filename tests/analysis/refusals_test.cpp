@@ -23,12 +23,37 @@ struct Operator {
     bool sixteen;  // takes 16 bits
 };
 
+// The image, its right half bright where it can be.
+cv::Mat stepIn(const cv::Mat& img) {
+    if (img.empty() || img.dims > 2 || img.channels() > 4) return img;
+    cv::Mat step = img.clone();
+    step.colRange(5, step.cols).setTo(cv::Scalar::all(step.depth() == CV_16U ? 50000 : 100));
+    return step;
+}
+
 std::vector<Operator> operators() {
     static cv::Mat out;
     static std::vector<ORXEdge::TMetricContour> edges;
     return {
         {"toGray", [](const cv::Mat& img) { orx::toGray(img); }, true, true},
         {"toBGR", [](const cv::Mat& img) { orx::toBGR(img); }, true, true},
+        {"getContrastEdges",
+         [](const cv::Mat& img) {
+             orx::getContrastEdges(stepIn(img), {0, 4}, {8, 4}, 3);
+         },
+         true, true},
+        {"getCircleEdges",
+         [](const cv::Mat& img) {
+             orx::TCircleCaliperOptions options;
+             options.searchLength = 8;
+             orx::getCircleEdges(stepIn(img), {1, 4}, 4, options);
+         },
+         true, true},
+        {"edgesAcross",
+         [](const cv::Mat& img) {
+             orx::edgesAcross(img, {{{4, 4}}});
+         },
+         true, true},
         {"autoCanny", [](const cv::Mat& img) { orx::autoCanny(img); }, true, true},
         {"getCannyThresholds", [](const cv::Mat& img) { orx::getCannyThresholds(img); }, true, true},
         {"enhanceImage", [](const cv::Mat& img) { orx::enhanceImage(img, out, orx::emEqualize); }, true,

@@ -8,7 +8,8 @@
 
 namespace orx::matching {
 
-// 8 bits, one channel, of a picture (isPicture); 16-bit levels are rounded. Shares the pixels of such a one.
+// 8 bits, one channel, of a picture (takesPicture); 16-bit levels are rounded. Shares the pixels of such a
+// one.
 inline cv::Mat byteGrey(const cv::Mat& img) {
     const cv::Mat grey = greyOf(img);
     if (grey.depth() == CV_8U) return grey;

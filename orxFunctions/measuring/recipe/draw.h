@@ -9,7 +9,7 @@
 
 namespace orx::recipes {
 
-// A copy in colour, 8-bit BGR, of a picture that isPicture() took.
+// A copy in colour, 8-bit BGR, of a picture that takesPicture() took.
 cv::Mat inColour(const cv::Mat& img);
 
 // Features and pose onto a picture in colour, as far as the recipe asks for them. `broader`: lines and
