@@ -28,7 +28,10 @@
  *
  * Failure. A procedure that fails returns false (VDGetParam: not-a-number) and leaves the camera as it was;
  * it never throws, never ends the process, and accepts any slot number and any identifier (answering false
- * for those it does not know). */
+ * for those it does not know). A C++ exception that comes out of a procedure all the same, and that the
+ * library's compiler knows, is a failed call to it; one that leaves a thread of the module's own ends the
+ * process, as does any fault there (a signal, on Windows a structured exception): nobody can tell what such a
+ * thread has left behind. A module catches what its threads can throw. */
 #ifndef ORXFUNCTIONS_DRIVERS_VISION_DRIVER_H
 #define ORXFUNCTIONS_DRIVERS_VISION_DRIVER_H
 

@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds kBetweenLooks{2};
 // What the module tells of the camera's last picture; false when it does not.
 bool askFrameInfo(VDFrameInfo& info, int index) {
     info = {};
-    return callDriver(cameraDriver.getFrameInfo, &info, index);
+    return callDriver(cameraDriver.getFrameInfo, &info, index).isTrue;
 }
 
 bool refuseClosed(const char* function, int index) {
@@ -36,17 +36,23 @@ bool refuseClosed(const char* function, int index) {
 
 // The driver did not do `what`, such as "open".
 template <typename Function>
-bool refuseDriver(const std::atomic<Function*>& procedure, const char* function, const char* what,
-                  int index) {
-    return procedure.load() == nullptr
-               ? refuse(rcDriver, function, "no driver module that can %s camera %d is loaded", what, index)
-               : refuse(rcDriver, function, "the driver did not %s camera %d", what, index);
+bool refuseDriver(const std::atomic<Function*>& procedure, const DriverAnswer& answer, const char* function,
+                  const char* what, int index) {
+    if (procedure.load() == nullptr)
+        return refuse(rcDriver, function, "no driver module that can %s camera %d is loaded", what, index);
+    return answer.hasThrown ? refuse(rcDriver, function, "the driver did not %s camera %d: it threw \"%s\"",
+                                     what, index, answer.thrown.c_str())
+                            : refuse(rcDriver, function, "the driver did not %s camera %d", what, index);
 }
 
 template <typename Function>
-bool refuseParameter(const std::atomic<Function*>& procedure, const char* function, int id, int index) {
-    return procedure.load() == nullptr
-               ? refuse(rcDriver, function, "no driver module with parameters is loaded")
+bool refuseParameter(const std::atomic<Function*>& procedure, const DriverAnswer& answer,
+                     const char* function, int id, int index) {
+    if (procedure.load() == nullptr)
+        return refuse(rcDriver, function, "no driver module with parameters is loaded");
+    return answer.hasThrown
+               ? refuse(rcDriver, function, "parameter %d of camera %d: the driver threw \"%s\"", id, index,
+                        answer.thrown.c_str())
                : refuse(rcDriver, function, "the driver refused parameter %d of camera %d", id, index);
 }
 
@@ -92,11 +98,11 @@ bool TCamera::openAs(const char* function, int type, bool checkType) {
         isWorking = false;
         return false;
     }
-    if (!callDriver(cameraDriver.open, type, index)) {
+    if (const DriverAnswer answer = callDriver(cameraDriver.open, type, index); !answer) {
         reportFailedStart();
         showError(CameraMessage::kCannotConnect, index + 1LL);
         forget();
-        return refuseDriver(cameraDriver.open, function, "open", index);
+        return refuseDriver(cameraDriver.open, answer, function, "open", index);
     }
     return startAcquisition(function);
 }
@@ -139,15 +145,15 @@ bool TCamera::startAcquisition(const char* function) {
         const zul::LockGuard session(session_->mutex);
         session_->numbers.begin();
     }
-    const bool isStarted = callDriver(cameraDriver.start, &columns, &rows, &samples, index);
+    const DriverAnswer answer = callDriver(cameraDriver.start, &columns, &rows, &samples, index);
     width = columns;
     height = rows;
     channels = samples;
-    if (!isStarted) {
+    if (!answer) {
         if (function != nullptr) reportFailedStart();
         callDriver(cameraDriver.close, index);
         forget();
-        return function != nullptr && refuseDriver(cameraDriver.start, function, "start", index);
+        return function != nullptr && refuseDriver(cameraDriver.start, answer, function, "start", index);
     }
     isOpen = true;
     isWorking = true;
@@ -157,7 +163,8 @@ bool TCamera::startAcquisition(const char* function) {
 bool TCamera::stop() {
     ++session_->hostChanges;
     if (!isOpen) return refuseClosed("stop", index);
-    if (!callDriver(cameraDriver.stop, index)) return refuseDriver(cameraDriver.stop, "stop", "stop", index);
+    if (const DriverAnswer answer = callDriver(cameraDriver.stop, index); !answer)
+        return refuseDriver(cameraDriver.stop, answer, "stop", "stop", index);
     isWorking = false;
     return true;
 }
@@ -182,36 +189,42 @@ cv::Size TCamera::getImgSize() const { return {width, height}; }
 
 bool TCamera::GetImage(cv::Mat& out, int scale) {
     FrameOrigin ignored;
-    if (fetch(out, scale, ignored)) return true;
-    return isOpen ? refuseDriver(cameraDriver.getImage, "GetImage", "give a picture of", index)
+    DriverAnswer answer;
+    if (fetch(out, scale, ignored, answer)) return true;
+    return isOpen ? refuseDriver(cameraDriver.getImage, answer, "GetImage", "give a picture of", index)
                   : refuseClosed("GetImage", index);
 }
 
 bool TCamera::fetch(cv::Mat& out, int scale, FrameOrigin& origin) {
+    DriverAnswer ignored;
+    return fetch(out, scale, origin, ignored);
+}
+
+bool TCamera::fetch(cv::Mat& out, int scale, FrameOrigin& origin, DriverAnswer& answer) {
     const auto end = std::chrono::steady_clock::now() + kLongestWaitForFirst;
     for (;;) {
         const bool isLast = std::chrono::steady_clock::now() >= end;
-        if (!fetchOnce(out, scale, isLast, origin)) return false;
+        if (!fetchOnce(out, scale, isLast, origin, answer)) return false;
         if (isLast || !origin.isFirstPending) return true;
         std::this_thread::sleep_for(kBetweenLooks);  // the other cameras go on meanwhile
     }
 }
 
-bool TCamera::fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin) {
+bool TCamera::fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin, DriverAnswer& answer) {
     const zul::LockGuard lock(cameraCallMutex);
     ownBuffer = false;
     VDImage picture = {};
     if (!isOpen) return false;
-    const bool isFetched = callDriver(cameraDriver.getImage, &picture, index);
+    answer = callDriver(cameraDriver.getImage, &picture, index);
     VDFrameInfo info;
-    const VDFrameInfo* const answer = askFrameInfo(info, index) ? &info : nullptr;
-    if (!isFetched) {  // the rest is still that of the last picture
-        origin.returns = answer != nullptr && (answer->flags & VD_FRAME_RETURNS) != 0;
+    const VDFrameInfo* const told = askFrameInfo(info, index) ? &info : nullptr;
+    if (!answer) {  // the rest is still that of the last picture
+        origin.returns = told != nullptr && (told->flags & VD_FRAME_RETURNS) != 0;
         return false;
     }
     {
         const zul::LockGuard session(session_->mutex);
-        origin = session_->numbers.take(answer);
+        origin = session_->numbers.take(told);
     }
     if (origin.isFirstPending && !takesBlack) return true;
     const ImageTreatment treatment = {scale, reverseXFlag, rotationAngle};
@@ -260,17 +273,21 @@ float TCamera::GetParam(int id) {
         refuseClosed("GetParam", index);
         return kNoValue;
     }
+    float value = kNoValue;
     const auto getParam = cameraDriver.getParam.load();
-    const float value = getParam != nullptr ? getParam(index, id) : kNoValue;
-    if (std::isnan(value)) refuseParameter(cameraDriver.getParam, "GetParam", id, index);
+    const DriverAnswer answer = callModule([&] {
+        if (getParam != nullptr) value = getParam(index, id);
+        return true;
+    });
+    if (std::isnan(value)) refuseParameter(cameraDriver.getParam, answer, "GetParam", id, index);
     return value;
 }
 
 bool TCamera::SetParam(long value, int id) {
     const zul::LockGuard lock(cameraCallMutex);
     if (!isOpen) return refuseClosed("SetParam", index);
-    if (!callDriver(cameraDriver.setParam, index, id, value))
-        return refuseParameter(cameraDriver.setParam, "SetParam", id, index);
+    if (const DriverAnswer answer = callDriver(cameraDriver.setParam, index, id, value); !answer)
+        return refuseParameter(cameraDriver.setParam, answer, "SetParam", id, index);
     session_->keepSetting(id, value);
     return true;
 }

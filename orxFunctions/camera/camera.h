@@ -11,6 +11,7 @@
 
 namespace orx {
 
+struct DriverAnswer;
 struct FrameOrigin;
 enum class NewerPicture;
 
@@ -23,7 +24,8 @@ enum class NewerPicture;
 // under way has ended. Fields may be read and set at any time.
 //
 // What is refused says why: rcNotReady where the camera is not open, rcDriver where no module is loaded or
-// the driver refused, rcNoCamera where the connected brand is another one.
+// the driver refused, rcNoCamera where the connected brand is another one. A C++ exception that comes out of
+// the driver is a refusal of it, with the exception's text.
 //
 // A camera that was lost is connected again by close and open, in this order: open alone finds it open still
 // and does nothing. (lpReconnect in camera/camera_state.h lets its grab thread do that.)
@@ -101,7 +103,8 @@ class ORX_API TCamera {
     bool hasBrand(const char* function, int type);
     bool reopen(std::uint64_t hostChanges);
     std::uint64_t hostChanges() const;
-    bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin);
+    bool fetchOnce(cv::Mat& out, int scale, bool takesBlack, FrameOrigin& origin, DriverAnswer& answer);
+    bool fetch(cv::Mat& out, int scale, FrameOrigin& origin, DriverAnswer& answer);
     bool fetch(cv::Mat& out, int scale, FrameOrigin& origin);
     NewerPicture newerPicture();
     void reportFailedStart() const;

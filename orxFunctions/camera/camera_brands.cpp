@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "drivers/vision_driver.h"
+#include "orxFunctions/camera/camera_driver_internal.h"
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/module_internal.h"
@@ -126,7 +127,12 @@ int detectCameraType() {
     if (probe == nullptr) return withoutProbe();
     const auto getType =
         reinterpret_cast<decltype(VDGetCameraType)*>(platform::findProcedure(probe, "VDGetCameraType"));
-    const int type = getType == nullptr ? withoutProbe() : getType();
+    int type = kNoProbe;
+    if (getType == nullptr || !callModule([&] {
+            type = getType();
+            return true;
+        }))
+        withoutProbe();
     platform::freeModule(probe);
     return type;
 }

@@ -3,9 +3,12 @@
 #define ORXFUNCTIONS_CAMERA_CAMERA_DRIVER_INTERNAL_H
 
 #include <atomic>
+#include <exception>
+#include <string>
 #include <vector>
 
 #include "ZULLib/sync_internal.h"
+#include "ZULLib/zullib.h"
 #include "drivers/vision_driver.h"
 #include "orxFunctions/platform/module_internal.h"
 
@@ -54,11 +57,39 @@ struct CameraDriver {
 // Defined in orxfunctions.cpp.
 extern CameraDriver cameraDriver;
 
+// What came of a call of the module's.
+struct DriverAnswer {
+    bool isTrue = false;
+    bool hasThrown = false;
+    std::string thrown{};  // its text
+
+    explicit operator bool() const { return isTrue; }
+};
+
+// Makes a call of a module, which must not throw: one that does has failed, and its text is traced. (Where a
+// thread is cancelled inside of a module the system demands that the process ends.)
+template <typename Call>
+DriverAnswer callModule(const Call& call) {
+    DriverAnswer answer;
+    try {
+        answer.isTrue = call();
+        return answer;
+    } catch (const std::exception& error) {
+        answer.thrown = error.what();  // copied: the text may be the module's
+    } catch (...) {
+        answer.thrown = "?";
+    }
+    answer.hasThrown = true;
+    zul::outPutDebugString(zul::toAnsi("相机驱动异常:"), answer.thrown);
+    return answer;
+}
+
 // Calls a procedure that answers whether it succeeded; false where there is none.
 template <typename Function, typename... Arguments>
-bool callDriver(const std::atomic<Function*>& procedure, Arguments... arguments) {
+DriverAnswer callDriver(const std::atomic<Function*>& procedure, Arguments... arguments) {
     Function* const function = procedure.load();
-    return function != nullptr && function(arguments...);
+    if (function == nullptr) return {};
+    return callModule([&] { return function(arguments...); });
 }
 
 // Loads the module and binds its procedures, with the traces and the message that belong to each outcome.

@@ -47,12 +47,16 @@ bool TMultiCamera::InitCamera(int type, long long* handles, bool a, bool checkBr
     zul::outPutDebugString("cameraType:" + std::to_string(type));
     initFlag = checkBrand;
     if (dllLoaded == 0) return refuseWithoutModule("InitCamera");
+    DriverAnswer answer;
     {
         const zul::LockGuard lock(cameraCallMutex);
-        inited = callDriver(cameraDriver.initCamera, type, handles, a);
+        answer = callDriver(cameraDriver.initCamera, type, handles, a);
+        inited = answer.isTrue;
     }
     if (inited) return true;
     showError(CameraMessage::kInitFailed);
+    if (answer.hasThrown)
+        return refuse(rcDriver, "InitCamera", "the driver threw \"%s\"", answer.thrown.c_str());
     return refuse(rcDriver, "InitCamera", "the driver found no camera of type %d", type);
 }
 
@@ -209,9 +213,13 @@ bool TMultiCamera::DestoryCamera() {
     const auto destroy = cameraDriver.destroyCamera.load();
     if (dllLoaded == 0) return refuseWithoutModule("DestoryCamera");
     if (destroy == nullptr) return refuse(rcDriver, "DestoryCamera", "the driver has no VDDestoryCamera");
-    destroy();
+    const DriverAnswer answer = callModule([destroy] {
+        destroy();
+        return true;
+    });
     inited = false;
-    return true;
+    return answer.isTrue ||
+           refuse(rcDriver, "DestoryCamera", "the driver threw \"%s\"", answer.thrown.c_str());
 }
 
 }  // namespace orx

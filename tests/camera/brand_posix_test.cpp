@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "tests/camera/brand.h"
+#include "tests/support/refusal_check.h"
 
 namespace {
 
@@ -33,6 +34,9 @@ TEST_F(CameraBrand, ConnectedBrandIsAskedOfTheProbe) {
     EXPECT_FALSE(camera.CheckCameraType(11));
     EXPECT_THAT(host_.takeMessages(), ElementsAre(Message{"CurrrentCameraType:-2", test::kPlainColor},
                                                   Message{test::kMixedBrands, test::kErrorColor}));
+    setType(1000);  // it throws
+    EXPECT_TRUE(orx::test::refusedWith(orx::rcDriver, "getCameraType",
+                                       [&] { EXPECT_EQ(cams_.getCameraType(), -3); }));
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 // A camera driver module that does what tests tell it. Built several times, some without all procedures.
 #include "tests/fake_driver/fake_driver.h"
 
+#include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 
 namespace {
 
@@ -20,12 +22,30 @@ bool isSlot(int index) { return index >= 0 && index < VD_MAX_CAMERAS; }
 
 fake::Camera& cameraOf(int index) { return driver.cameras[static_cast<std::size_t>(index)]; }
 
+void throwIfTold() {
+    switch (driver.throws.load()) {
+        case fake::Throw::kException:
+            throw std::runtime_error(fake::kThrown);
+        case fake::Throw::kNumber:
+            throw 42;
+        default:
+            return;
+    }
+}
+
 template <typename... Arguments>
 void note(const char* call, Arguments... arguments) {
     std::string text = call;
     ((text += " " + std::to_string(arguments)), ...);
     const std::lock_guard<std::mutex> lock(driver.mutex);
     driver.calls.push_back(std::move(text));
+}
+
+// What begins each procedure but those that are called again and again.
+template <typename... Arguments>
+void begin(const char* call, Arguments... arguments) {
+    note(call, arguments...);
+    throwIfTold();
 }
 
 void noteFetch(int index) {
@@ -87,18 +107,25 @@ void handOut(fake::Camera& camera, Buffer& buffer, VDImage& image) {
 
 fake::Driver* fakeDriver() { return &driver; }
 
+void crashFakeDriver(fake::Crash crash) {
+    std::thread([crash] {
+        if (crash == fake::Crash::kException) throw std::runtime_error(fake::kThrown);
+        std::raise(SIGTERM);
+    }).join();
+}
+
 bool VDInitCamera(int type, long long* handles, bool flag) {
-    note("VDInitCamera", type, handles == nullptr ? 0 : 1, flag ? 1 : 0);
+    begin("VDInitCamera", type, handles == nullptr ? 0 : 1, flag ? 1 : 0);
     return driver.findsCameras;
 }
 
 bool VDOpen(int type, int index) {
-    note("VDOpen", type, index);
+    begin("VDOpen", type, index);
     return isSlot(index) && cameraOf(index).isPlugged;
 }
 
 bool VDStart(int* width, int* height, int* channels, int index) {
-    note("VDStart", index);
+    begin("VDStart", index);
     if (!isSlot(index) || !cameraOf(index).isPlugged || !cameraOf(index).starts) return false;
     *width = cameraOf(index).width;
     *height = cameraOf(index).height;
@@ -107,7 +134,7 @@ bool VDStart(int* width, int* height, int* channels, int index) {
 }
 
 bool VDStop(int index) {
-    note("VDStop", index);
+    begin("VDStop", index);
     return isSlot(index) && cameraOf(index).stops;
 }
 
@@ -120,6 +147,7 @@ bool VDGetImage(VDImage* image, int index) {
     std::this_thread::sleep_for(std::chrono::milliseconds(camera.fetchMs));
     while (camera.stalls) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     camera.isInFetch = false;
+    throwIfTold();
     if (!camera.isPlugged || camera.picture == fake::Picture::kFailure) return false;
     if (camera.failures > 0) {
         --camera.failures;
@@ -138,22 +166,23 @@ bool VDGetImage(VDImage* image, int index) {
 }
 
 bool VDSetParam(int index, int id, long value) {
-    note("VDSetParam", index, id, value);
+    begin("VDSetParam", index, id, value);
     driver.parameter = static_cast<float>(value);
     return isSlot(index) && id == VD_PARAM_EXPOSURE;
 }
 
 bool VDClose(int index) {
-    note("VDClose", index);
+    begin("VDClose", index);
     return isSlot(index);
 }
 
 float VDGetParam(int index, int id) {
-    note("VDGetParam", index, id);
+    begin("VDGetParam", index, id);
     return driver.parameter;
 }
 
 bool VDGetFrameInfo(VDFrameInfo* info, int index) {
+    throwIfTold();
     if (!isSlot(index) || !cameraOf(index).isNumbered) return false;
     const fake::Camera& camera = cameraOf(index);
     *info = {};
@@ -165,4 +194,4 @@ bool VDGetFrameInfo(VDFrameInfo* info, int index) {
     return true;
 }
 
-void VDDestoryCamera() { note("VDDestoryCamera"); }
+void VDDestoryCamera() { begin("VDDestoryCamera"); }

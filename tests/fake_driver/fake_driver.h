@@ -19,6 +19,13 @@ namespace fake {
 // What the next pictures are.
 enum class Picture { kGood, kFailure, kEmpty, kNoData, kNegative, kHuge, kNoChannels, kSevenChannels };
 
+// What a procedure throws instead of answering.
+enum class Throw { kNothing, kException, kNumber };
+constexpr const char* kThrown = "the fake driver is out of order";
+
+// How a thread of the module's own ends.
+enum class Crash { kException, kSignal };
+
 struct Camera {
     // Set by tests.
     std::atomic<int> width{8};
@@ -49,7 +56,8 @@ struct Camera {
 struct Driver {
     std::array<Camera, VD_MAX_CAMERAS> cameras;
     std::atomic<bool> findsCameras{true};
-    std::atomic<float> parameter{0.0F};  // what VDGetParam answers
+    std::atomic<float> parameter{0.0F};          // what VDGetParam answers
+    std::atomic<Throw> throws{Throw::kNothing};  // every procedure
 
     // The calls of all procedures but VDGetImage, as "VDOpen 12 0", since the last time this was asked.
     std::vector<std::string> takeCalls() {
@@ -77,5 +85,7 @@ constexpr int kNumberBytes = 4;
 
 // Each loaded module has a driver of its own, which lives as long as the module.
 extern "C" VD_EXPORT fake::Driver* fakeDriver();
+// Starts a thread of the module's that crashes.
+extern "C" VD_EXPORT void crashFakeDriver(fake::Crash crash);
 
 #endif
