@@ -82,4 +82,30 @@ TEST_F(BoxRefusals, ConstImagesAreShownAsOthersAre) {
     EXPECT_EQ(cv::norm(shown[0], image, cv::NORM_INF), 0.0);
 }
 
+TEST_F(BoxRefusals, BothWaysToHandInAnImageOrTextsCanBeTakenByTheirTypes) {
+    const auto setStated = static_cast<void (TPictureBox::*)(cv::Mat&, bool)>(&TPictureBox::setImage);
+    const auto setConst = static_cast<void (TPictureBox::*)(const cv::Mat&, bool)>(&TPictureBox::setImage);
+    const auto writeStated = static_cast<void (TPictureBox::*)(TDrawTexts&)>(&TPictureBox::setDrawText);
+    const auto writeConst = static_cast<void (TPictureBox::*)(const TDrawTexts&)>(&TPictureBox::setDrawText);
+    cv::Mat image = colour(200, 100, {10, 20, 30});
+    TDrawTexts texts{{"text"}, 1, 1, cv::FONT_HERSHEY_SIMPLEX, {0, 0, 255}};
+    box.setWindowSize(200, 100);
+    cv::Mat shown[2];
+    for (const bool isStated : {true, false}) {
+        box.setImage(grey(200, 100, 9), true);
+        box.clearDraw();
+        if (isStated) {
+            (box.*setStated)(image, true);
+            (box.*writeStated)(texts);
+        } else {
+            (box.*setConst)(image, true);
+            (box.*writeConst)(texts);
+        }
+        box.showImage();
+        ASSERT_TRUE(box.getShownImage(shown[isStated ? 0 : 1]));
+    }
+    EXPECT_EQ(cv::norm(shown[0], shown[1], cv::NORM_INF), 0.0);
+    EXPECT_GT(cv::norm(shown[0], image, cv::NORM_INF), 0.0) << "the text is seen";
+}
+
 }  // namespace

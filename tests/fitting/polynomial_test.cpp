@@ -75,6 +75,11 @@ TEST(TPolynomial, TakesConstListsAndTemporaries) {
     Samples list = parabola();
     EXPECT_TRUE((model.*stated)(list, 2));
     EXPECT_EQ(model.points, samples);
+    bool (orx::TPolynomial::*const constant)(const Samples&, int) = &orx::TPolynomial::fit;
+    orx::TPolynomial same;
+    EXPECT_TRUE((same.*constant)(samples, 2));
+    EXPECT_EQ(same.points, model.points);
+    EXPECT_EQ(same.getY(1.5), model.getY(1.5));
 }
 
 TEST(TPolynomial, ListsOfDifferentLengthKeepTheModel) {
