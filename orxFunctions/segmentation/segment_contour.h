@@ -35,14 +35,14 @@ struct TSegemetParams {             // the spelling is part of the interface
 //
 // A contour whose ends touch (at most sqrt(2) apart) is closed. Fewer than two key points, or two of a closed
 // contour, give nothing; neither does an accuracy that is negative, not a number or 1e30 and more: two empty
-// lists are appended (and rcNoResult tells so). Contours
-// must lie within the range that cv::approxPolyDP accepts. One thread at a time; distinct objects are
-// independent.
+// lists are appended (and rcNoResult tells so). Contours must lie within the range that cv::approxPolyDP
+// accepts. One thread at a time; distinct objects are independent.
 //
 // The time grows about as the number of points does, that of a circle as its 1.5th power. Refused are empty
-// contours (rcTooFew), those of more than 10 million points, and such as take more than 2^30 looks at their
-// points, some ten seconds (both rcTooMany): outlines take about 500 for each point, circles of more than
-// 150,000 points and tangles that return to their own points tens of thousands of times take too many.
+// contours (rcTooFew), those of more than 10 million points, and such as take more than 2^32 looks at their
+// points, which are ten to fifteen seconds and up to 600 MB (both rcTooMany). Outlines take less than 500
+// for each point; circles of 1.5 million points and clouds of 128,000 over four million pixels are answered,
+// tangles that return to their own points tens of thousands of times are not.
 class ORX_API TSegmentContour {
   public:
     TSegmentContour() = default;

@@ -106,6 +106,19 @@ TEST(Splitter, StopsWhereItBecomesTooMuchWork) {
     EXPECT_TRUE(isTooMuch(rectangle, 10));
 }
 
+// Their looks grow with the 1.5th power of their points: what a circle of a million may take, scaled down.
+TEST(Splitter, AffordsCirclesOfAMillionPoints) {
+    constexpr double kPoints = 20000;
+    const Points circle = segment_shapes::arc({0, 0}, kPoints / (2 * CV_PI), 0, 360);
+    orx::TSegemetParams params;
+    params.maxRadius = 1e9;
+    const double share = std::pow(kPoints / 1e6, 1.5);
+    const auto looks = static_cast<std::size_t>(share * static_cast<double>(Work::kLimit));
+    const auto pieces = orx::splitting::split(circle, params, nullptr, Work(looks));
+    ASSERT_EQ(pieces.circles.size(), 1U);
+    EXPECT_NEAR(pieces.circles.front().radius, kPoints / (2 * CV_PI), 0.1);
+}
+
 TEST(Splitter, EmptiesAbsorbedArcsWithoutAnObserver) {
     const Points circle = segment_shapes::arc({500, 500}, 200, 0, 359);
     std::size_t absorbed = 0;

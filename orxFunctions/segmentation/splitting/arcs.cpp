@@ -83,6 +83,10 @@ class ArcBuilder {
         TSegemetCircle candidate;
         setBounds(candidate, {params_.maxRadius, params_.minRadius, params_.errThreshold});
         fit(candidate);
+        // Below this the mean deviation is, too, at which a fit is good at once; not-a-number is not.
+        constexpr double kGoodAtOnce = 2.0;
+        if (!(candidate.fitError < kGoodAtOnce))
+            steps_.work.spend(Work::kFittedAgain * candidate.points.size());
         if (!candidate.isCircle) return false;
         circles_.push_back(std::move(candidate));
         return true;

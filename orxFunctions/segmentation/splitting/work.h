@@ -9,13 +9,14 @@ namespace orx::splitting {
 // Counts looks at a point or at a box of points, 5 ns or less each; once the limit is passed the steps stop.
 class Work {
   public:
-    static constexpr std::size_t kLimit = std::size_t{1} << 30;
+    static constexpr std::size_t kLimit = std::size_t{1} << 32;
     static constexpr std::size_t kMostPoints = 10000000;
     // A point that a chord collects is kept, and fitted later.
     static constexpr std::size_t kCollected = 64;
-    // A point of an arc is looked at some thirty times by a fit that rejects it.
-    static constexpr std::size_t kFitted = 64;
-
+    // A point of an arc is copied and fitted at once where it is near the circle; where points are not, it is
+    // weighed and fitted some thirty times more.
+    static constexpr std::size_t kFitted = 8;
+    static constexpr std::size_t kFittedAgain = 56;
     // An end that lies near another one is put in order with the others there.
     static constexpr std::size_t kNeighbour = 64;
 
