@@ -8,10 +8,12 @@
 #include <set>
 
 #include "tests/examples/batch_fixture.h"
+#include "tests/examples/limited_run_posix.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test::AtLimit;
 using test::BatchProgram;
 using test::Outcome;
 using test::textOf;
@@ -78,14 +80,9 @@ TEST_F(LongBatch, AKilledRunIsGoneOnWith) {
     EXPECT_EQ(statistics()["verdicts"]["pass"].asInt(), kPictures);
 }
 
-// A limit on the size of files stands in for the end of the disk.
 TEST_F(LongBatch, AFullDiskIsToldAndWhatWasWrittenIsKept) {
-    const std::string script = R"(trap '' XFSZ; ulimit -f 64; exec "$@")";
-    const int exitCode =
-        test::runProgram("/bin/sh",
-                         {"-c", script, "sh", ORX_INSPECTION_PROGRAM, "--recipe", path("disk.json"),
-                          "--annotate", "none", "--quiet", "-o", path("out"), path("in")},
-                         folder.path(), path("stdout"), path("stderr"));
+    const int exitCode = test::runLimited(
+        64, AtLimit::kFails, arguments({path("in"), "--annotate", "none", "--quiet"}), folder.path());
     EXPECT_EQ(exitCode, 1);
     EXPECT_THAT(textOf(path("stderr")), HasSubstr("results.jsonl can't be written"));
     const std::string text = textOf(path("out/results.jsonl"));
@@ -95,6 +92,36 @@ TEST_F(LongBatch, AFullDiskIsToldAndWhatWasWrittenIsKept) {
     EXPECT_THAT(textOf(path("out/report.html")), HasSubstr("The run ended early"));
     EXPECT_EQ(finish().exitCode, 0);
     expectAllOnceInOrder();
+}
+
+// The table is made anew from the lines when a run goes on, the sheets when their pictures are measured
+// again.
+TEST_F(BatchProgram, TheEarlierTableAndSheetsStayUntilTheNewOnesAreWhole) {
+    const std::string first = writeRadius("in/p10.png", 30);
+    for (int i = 11; i < 50; ++i) fs::create_hard_link(first, path("in/p" + std::to_string(i) + ".png"));
+    ASSERT_EQ(run(arguments({path("in"), "--annotate", "none"})).exitCode, 0);
+    const std::string table = textOf(path("out/results.csv"));
+    ASSERT_GT(table.size(), 2048U);
+    for (const AtLimit what : {AtLimit::kFails, AtLimit::kIsKilled}) {
+        const int exitCode = test::runLimited(4, what, arguments({path("in")}), folder.path());
+        EXPECT_EQ(exitCode, what == AtLimit::kFails ? 1 : test::kKilled) << textOf(path("stderr"));
+        EXPECT_EQ(textOf(path("out/results.csv")), table);
+        EXPECT_EQ(test::unfinishedIn(path("out")).size(), what == AtLimit::kFails ? 0U : 1U);
+    }
+    EXPECT_EQ(run(arguments({path("in")})).exitCode, 0);
+    EXPECT_EQ(textOf(path("out/results.csv")), table);
+    EXPECT_TRUE(test::unfinishedIn(path("out")).empty());
+
+    ASSERT_EQ(run(arguments({first, "--annotate", "all"}, "sheets")).exitCode, 0);
+    const fs::path sheet = fs::directory_iterator(path("sheets/pictures"))->path();
+    const std::string drawn = textOf(sheet.string());
+    ASSERT_GT(drawn.size(), 4096U);
+    for (const AtLimit what : {AtLimit::kFails, AtLimit::kIsKilled}) {
+        fs::remove(path("sheets/results.jsonl"));
+        EXPECT_NE(test::runLimited(8, what, arguments({first, "--annotate", "all"}, "sheets"), folder.path()),
+                  0);
+        EXPECT_EQ(textOf(sheet.string()), drawn);
+    }
 }
 
 // Lines of two runs would mix.

@@ -3,15 +3,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "inspection/run/image_source.h"
 #include "support/picture_file.h"
+#include "tests/examples/limited_run_posix.h"
 #include "tests/examples/program_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test::AtLimit;
 using test::Outcome;
 using test::Program;
 using test::textOf;
@@ -34,6 +38,37 @@ TEST_F(Program, APipeIsNotWaitedFor) {
     const Outcome outcome = run({path("pipe.png"), "-o", path("out")});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.errors, HasSubstr(path("pipe.png") + ": not a regular file"));
+}
+
+TEST_F(Program, TheEarlierReportStaysUntilTheNewOneIsWhole) {
+    std::vector<std::string> arguments = {"-o", path("out")};
+    for (int i = 0; i < 6; ++i) arguments.push_back(writeDisk("p" + std::to_string(i) + ".png"));
+    ASSERT_EQ(run(arguments).exitCode, 0);
+    const std::string report = textOf(path("out/report.html"));
+    // Room for each picture, not for the report of all.
+    std::uintmax_t largest = 0;
+    for (const auto& entry : fs::directory_iterator(path("out")))
+        if (entry.path().extension() == ".png") largest = std::max(largest, entry.file_size());
+    const int blocks = static_cast<int>(largest / 512) + 8;
+    ASSERT_GT(report.size(), 512U * static_cast<unsigned>(blocks));
+    for (const AtLimit what : {AtLimit::kFails, AtLimit::kIsKilled}) {
+        const int exitCode = test::runLimited(blocks, what, arguments, folder.path());
+        EXPECT_EQ(exitCode, what == AtLimit::kFails ? 1 : test::kKilled) << textOf(path("stderr"));
+        EXPECT_EQ(textOf(path("out/report.html")), report);
+        EXPECT_EQ(test::unfinishedIn(path("out")).size(), what == AtLimit::kFails ? 0U : 1U);
+    }
+    EXPECT_EQ(run(arguments).exitCode, 0);
+    EXPECT_EQ(textOf(path("out/report.html")), report);
+    EXPECT_TRUE(test::unfinishedIn(path("out")).empty());
+    // Where a link leads, and nowhere else.
+    fs::rename(path("out/report.html"), path("kept.html"));
+    fs::create_symlink(path("kept.html"), path("out/report.html"));
+    EXPECT_EQ(run({path("p0.png"), "-o", path("out")}).exitCode, 0);
+    EXPECT_TRUE(fs::is_symlink(path("out/report.html")));
+    EXPECT_LT(textOf(path("kept.html")).size(), report.size());
+    fs::remove(path("out/report.html"));
+    fs::create_directory(path("out/report.html"));
+    EXPECT_THAT(run({path("p0.png"), "-o", path("out")}).errors, HasSubstr("it can't be written"));
 }
 
 TEST_F(Program, AFileWithoutPermissionIsNamedAsSuch) {

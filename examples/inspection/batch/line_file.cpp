@@ -5,10 +5,18 @@
 #include <system_error>
 
 #include "inspection/run/image_source.h"
+#include "inspection/run/streamed_file.h"
 
 namespace inspection {
 
 namespace fs = std::filesystem;
+
+LineFile::~LineFile() {
+    if (final_.empty()) return;
+    file_.close();
+    std::error_code ignored;
+    fs::remove(besideFile(final_), ignored);
+}
 
 bool LineFile::open(const fs::path& path, bool anew) {
     path_ = path;
@@ -34,6 +42,29 @@ bool LineFile::append(const std::string& line) {
     }
     length_ += line.size() + 1;
     return true;
+}
+
+bool LineFile::openBeside(const fs::path& path) {
+    if (!isReplaceable(path)) {
+        path_ = path;
+        fail(EACCES);
+        return false;
+    }
+    final_ = path;
+    return open(besideFile(path), true);
+}
+
+bool LineFile::takePlace() {
+    if (!problem_.empty()) return false;
+    close();
+    std::string reason;
+    path_ = final_;
+    if (giveName(path_, reason)) {
+        final_.clear();
+        return open(path_, false);
+    }
+    problem_ = displayName(path_) + " can't be written: " + reason;
+    return false;
 }
 
 void LineFile::close() {

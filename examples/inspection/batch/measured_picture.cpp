@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <exception>
-#include <fstream>
 #include <opencv2/imgcodecs.hpp>
-#include <system_error>
 #include <vector>
 
 #include "inspection/run/image_source.h"
@@ -39,13 +37,7 @@ bool isWanted(Annotate annotate, orx::TVerdict verdict) {
 bool writePicture(const fs::path& path, const cv::Mat& picture) {
     std::vector<uchar> bytes;
     if (!cv::imencode(path.extension().string(), picture, bytes)) return false;
-    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    if (!stream.fail()) return true;
-    std::error_code ignored;
-    fs::remove(path, ignored);  // half a picture helps nobody
-    return false;
+    return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
 void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,

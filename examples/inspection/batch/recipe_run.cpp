@@ -80,7 +80,8 @@ bool RecipeRun::claimFolder(std::string& problem) {
 }
 
 bool RecipeRun::begin(const std::vector<PictureFile>& files, std::vector<bool>& done, const Add& add) {
-    if (!openTable()) return false;
+    if (!csv_.openBeside(folder_ / "results.csv") || !csv_.append(csvHeader(recipe_)))
+        return giveUp(csv_.problem());
     if (!batch_.sqlite.empty() && !sqlite_.open(batch_.sqlite)) return giveUp(sqlite_.problem());
     done.assign(files.size(), false);
     const EarlierRun earlier(folder_);
@@ -94,6 +95,7 @@ bool RecipeRun::begin(const std::vector<PictureFile>& files, std::vector<bool>& 
     std::string problem;
     if (!earlier.resume(recipe_, files, done, takeOver, problem)) return giveUp(problem);
     if (!written) return false;
+    if (!csv_.takePlace()) return giveUp(csv_.problem());
     if (!lines_.open(earlier.resultsFile(), false)) return giveUp(lines_.problem());
     written_ = summary_.pictures();
     if (summary_.pictures() > 0 && !batch_.quiet)

@@ -1,7 +1,6 @@
 #include "inspection/run/run.h"
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -19,6 +18,7 @@
 #include "inspection/run/output_folder.h"
 #include "inspection/run/picture_window.h"
 #include "inspection/run/progress.h"
+#include "inspection/run/streamed_file.h"
 #include "inspection/run/terminal.h"
 #include "inspection/teach/teach_run.h"
 #include "orxFunctions/orxfunctions.h"
@@ -50,15 +50,15 @@ class Session {
         std::string problem;
         if (!folder_.create(problem)) return refuse("the output folder", options_.output, problem);
         const fs::path htmlFile = folder_.file("report.html");
-        std::ofstream htmlStream(htmlFile, std::ios::binary | std::ios::trunc);
-        if (!htmlStream) return refuse("the report", displayName(htmlFile), "it can't be written");
-        HtmlReport html(htmlStream, options_.settings);
+        StreamedFile htmlStream;
+        if (!htmlStream.open(htmlFile))
+            return refuse("the report", displayName(htmlFile), "it can't be written");
+        HtmlReport html(htmlStream.stream(), options_.settings);
 
         measureAll(html);
         html.finish();
-        htmlStream.close();
         const fs::path jsonFile = folder_.file("report.json");
-        if (htmlStream.fail()) return refuse("the report", displayName(htmlFile), "it can't be written");
+        if (!htmlStream.finish()) return refuse("the report", displayName(htmlFile), "it can't be written");
         if (!orx::writeWholeFile(jsonFile, json_.text()))
             return refuse("the report", displayName(jsonFile), "it can't be written");
         printEnd(htmlFile, jsonFile);
