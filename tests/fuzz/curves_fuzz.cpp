@@ -19,8 +19,11 @@ double sumOfPowers(const std::vector<double>& coefficients, double x) {
 
 double largestTerm(const std::vector<double>& coefficients, double x) {
     double most = 0;
-    for (std::size_t i = 0; i < coefficients.size(); ++i)
-        most = std::max(most, std::abs(coefficients[i] * std::pow(x, static_cast<double>(i))));
+    for (std::size_t i = 0; i < coefficients.size(); ++i) {
+        const double term = std::abs(coefficients[i] * std::pow(x, static_cast<double>(i)));
+        if (std::isnan(term)) return term;
+        most = std::max(most, term);
+    }
     return most;
 }
 
