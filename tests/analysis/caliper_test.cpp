@@ -15,6 +15,7 @@ namespace {
 using edge_scene::Look;
 using fit_scenes::kPi;
 using fit_scenes::Random;
+using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -179,6 +180,17 @@ TEST(Caliper, ReachesOverTheBorderAndOutOfAView) {
     const cv::Mat view = img(cv::Rect(25, 3, 30, 20));
     EXPECT_THAT(distancesOf(orx::getContrastEdges(view, {0, 10}, {29, 10}, 30)), ElementsAre(14.5));
     EXPECT_THAT(orx::getContrastEdges(img, {200, 200}, {230, 210}, 3), IsEmpty());
+}
+
+TEST(Caliper, FindsEdgesUpToItsEndsAndNoneBehindThem) {
+    const cv::Mat img = edge_scene::halfPlane({80, 60}, {39.7, 30}, 0, {50, 200, 0.7, 0, 1, CV_16U});
+    const auto distances = [&](double from, double to) {
+        return distancesOf(orx::getContrastEdges(img, {from, 30}, {to, 30}, 3));
+    };
+    EXPECT_THAT(distances(20, 40.3), ElementsAre(DoubleNear(19.7, 0.01)));
+    EXPECT_THAT(distances(39.1, 60), ElementsAre(DoubleNear(0.6, 0.01)));
+    EXPECT_THAT(distances(20, 39.3), IsEmpty());
+    EXPECT_THAT(distances(40.1, 60), IsEmpty());
 }
 
 TEST(Caliper, OutermostRaysReadThePixelsBesideThem) {

@@ -97,7 +97,7 @@ TEST_P(PlaneTarget, IsFoundBetweenThePixels) {
         EXPECT_LT(errors.rms, 0.009);
         ratios += errors.rms / errors.stated / 3;
     }
-    EXPECT_NEAR(ratios, 1, 0.25);
+    EXPECT_NEAR(ratios, 1, 0.15);
 
     cv::Mat uneven = levels.clone();
     for (int x = 0; x < uneven.cols; ++x) uneven.col(x) *= 1 - 0.6 * x / uneven.cols;

@@ -161,6 +161,15 @@ TEST(GeometricLine, WeighsPointsByTheirDeviations) {
     EXPECT_NEAR(fit.deviationAt(-15), 0.01 * std::sqrt(0.5 + 4.5), 1e-6);
 }
 
+// A fit states its point where place and angle do not depend on each other; elsewhere they do.
+TEST(TMeasuredLine, ItsPlaceElsewhereIsAsUncertainAsItsCovarianceSays) {
+    orx::TMeasuredLine line;
+    line.covariance = {0.04, 0.03, 0.03, 0.09};
+    // By hand: a radian is 180 / pi degrees, so the lever of the angle is 2 there.
+    EXPECT_NEAR(line.deviationAt(360 / kPi), std::sqrt(0.04 + 2 * 2 * 0.03 + 4 * 0.09), 1e-12);
+    EXPECT_NEAR(line.deviationAt(-360 / kPi), std::sqrt(0.04 - 2 * 2 * 0.03 + 4 * 0.09), 1e-12);
+}
+
 TEST(GeometricLine, HasTheSameBitsWithEveryInstructionSet) {
     Random random(4);
     const TrueLine truth{{100, 50}, 20};

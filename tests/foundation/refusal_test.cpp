@@ -7,8 +7,10 @@
 #include <string>
 #include <thread>
 
+#include "ZULLib/zullib.h"
 #include "orxFunctions/analysis/focus.h"
 #include "orxFunctions/analysis/thinning.h"
+#include "orxFunctions/calibration/calibration_file.h"
 #include "tests/support/refusal_check.h"
 
 namespace {
@@ -46,6 +48,27 @@ TEST(Refusal, IsCountedReplacedAndForgotten) {
     EXPECT_EQ(none.code, orx::rcNone);
     EXPECT_EQ(none.function + none.text, "");
     EXPECT_EQ(none.number, number + 1);
+}
+
+TEST(Refusal, LongTextsEndWithAWholeCharacter) {
+    const auto refusedName = [](const std::string& name) {
+        cv::Mat none;
+        cv::Size size;
+        std::string text;
+        EXPECT_FALSE(orx::calibrateDataFromFile(zul::toAnsi(name), none, none, size, text));
+        return orx::lastRefusal().text;
+    };
+    EXPECT_EQ(refusedName(std::string(300, 'x')).size(), 250U);
+    const std::string middle = "\xe4\xb8\xad";  // of three bytes
+    for (std::string name : {"", "x", "xx"}) {
+        for (int i = 0; i < 100; ++i) name += middle;
+        const std::string text = refusedName(name);
+        EXPECT_GT(text.size(), 247U);
+        EXPECT_LE(text.size(), 250U);
+        const std::size_t start = text.find(middle);
+        ASSERT_NE(start, std::string::npos) << text;
+        EXPECT_EQ((text.size() - start) % middle.size(), 0U) << text;
+    }
 }
 
 TEST(Refusal, EveryCodeHasAText) {

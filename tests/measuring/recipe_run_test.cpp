@@ -202,6 +202,18 @@ TEST_F(PlateRecipe, HoweverThePartIsPlacedItsValuesAreTheSame) {
     EXPECT_NEAR(valueOf(byHoles, "by").value, -length * std::sin(10 * CV_PI / 180), 0.05);
     const double way = std::atan2(b.y - a.y, b.x - a.x) * 180 / CV_PI;
     EXPECT_NEAR(std::remainder(valueOf(byHoles, "turn").value - (way + 10), 360), 0, 0.05);
+    // The place is as uncertain as the holes, which are measured in the picture for comparison.
+    const orx::TRecipeResult holes =
+        parsed(R"({"recipe": 1, "features": [)" + circle("a", a, 9) + "," + circle("b", b, 15) + R"(],
+        "values": [{"name": "ax", "type": "x", "of": ["a"]}, {"name": "ay", "type": "y", "of": ["a"]},
+        {"name": "bx", "type": "x", "of": ["b"]}]})")
+            .run(rendered.image);
+    const double ax = valueOf(holes, "ax").deviation;
+    EXPECT_NEAR(byHoles.pose.deviationX, ax, 1e-6);
+    EXPECT_NEAR(byHoles.pose.deviationY, valueOf(holes, "ay").deviation, 1e-6);
+    const double across = std::hypot(ax, valueOf(holes, "bx").deviation);
+    EXPECT_NEAR(byHoles.pose.deviationAngle, across / length * 180 / CV_PI,
+                0.1 * byHoles.pose.deviationAngle);
 }
 
 TEST_F(PlateRecipe, ThreadsChangeNothing) {
@@ -366,6 +378,34 @@ TEST(RecipeRun, WidthsChainsAndConstructionsAreThoseOfTheScene) {
     near("parallel", 0, 0.05);
     EXPECT_THAT(valueOf(result, "wrong").problem, HasSubstr("no edge"));
     EXPECT_THAT(valueOf(result, "none").problem, HasSubstr("parallel"));
+}
+
+// A step of 120 levels and one of 40 at other ends: by theory, edges are as uncertain as their contrast is
+// low.
+TEST(RecipeRun, AWidthIsAsUncertainAsBothItsEdges) {
+    const auto deviation = [](double between, const char* ends) {
+        cv::Mat levels(60, 120, CV_64F);
+        for (int x = 0; x < levels.cols; ++x) {
+            const double first = 0.5 * std::erfc((30.2 - x) / (0.85 * std::sqrt(2.0)));
+            const double second = 0.5 * std::erfc((90.7 - x) / (0.85 * std::sqrt(2.0)));
+            levels.col(x) = 40 + between * first + (160 - between) * second;
+        }
+        const cv::Mat img = edge_scene::quantised(levels, {0, 0, 0, 3, 5, CV_16U});
+        const orx::TRecipeResult result =
+            parsed(
+                std::string(R"({"recipe": 1, "features": [{"name": "w", "type": "edgePair", "search": 5, )") +
+                ends + R"(}], "values": [{"name": "w", "type": "width", "of": ["w"]}]})")
+                .run(img);
+        EXPECT_NEAR(valueOf(result, "w").value, 60.5, 4 * valueOf(result, "w").deviation);
+        return valueOf(result, "w").deviation;
+    };
+    const char* const onwards = R"("from": [30, 30], "to": [91, 30])";
+    const char* const back = R"("from": [91, 30], "to": [30, 30])";
+    const double even = deviation(80, onwards);
+    // By hand: (1/120^2 + 1/40^2) / (1/80^2 + 1/80^2) = 20/9.
+    EXPECT_NEAR(deviation(120, onwards) / even, std::sqrt(20.0) / 3, 0.1);
+    EXPECT_NEAR(deviation(120, back) / even, std::sqrt(20.0) / 3, 0.1);
+    EXPECT_NEAR(deviation(40, onwards) / even, std::sqrt(20.0) / 3, 0.1);
 }
 
 TEST(RecipeRun, OutliersAreBorneAndDentsAreForm) {

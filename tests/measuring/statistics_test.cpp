@@ -123,11 +123,12 @@ TEST(RunHistogram, WildValuesLeaveTheOthersApart) {
     for (int i = 0; i < 100; ++i) statistics.add(9.95 + 0.001 * i, orx::vdPass);
     statistics.add(1e300, orx::vdFail);
     statistics.add(-1e300, orx::vdFail);
-    statistics.add(10.2999, orx::vdFail);
+    // The bins end as far behind each limit as the limits are apart.
+    for (const double value : {9.7001, 10.2999, 9.6999, 10.3001}) statistics.add(value, orx::vdFail);
     const orx::TRunHistogram histogram = statistics.histogram();
-    EXPECT_EQ(histogram.below, 1);
-    EXPECT_EQ(histogram.above, 1);
-    EXPECT_EQ(totalOf(histogram), 103);
+    EXPECT_EQ(histogram.below, 2);
+    EXPECT_EQ(histogram.above, 2);
+    EXPECT_EQ(totalOf(histogram), 106);
     EXPECT_LT(histogram.width, 0.02);
     // Without two limits they are in the bins, however far.
     const std::vector<std::vector<double>> wild{
