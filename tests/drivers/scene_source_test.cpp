@@ -6,6 +6,7 @@
 #include <opencv2/core.hpp>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -81,6 +82,27 @@ TEST(SceneSource, ARegionShowsTheSameSceneCutOut) {
     EXPECT_FALSE(part.setParameter(VD_PARAM_WIDTH, 100, true)) << "while pictures are being made";
     const cv::Mat expected = pictureOf(whole, 30)(cv::Rect(130, 90, 200, 150));
     EXPECT_EQ(cv::norm(expected, pictureOf(part, 30), cv::NORM_INF), 0.0);
+    EXPECT_EQ(part.parameter(VD_PARAM_WIDTH), 200.0F);
+    EXPECT_EQ(part.parameter(VD_PARAM_HEIGHT), 150.0F);
+    EXPECT_EQ(part.parameter(VD_PARAM_OFFSET_X), 130.0F);
+    EXPECT_EQ(part.parameter(VD_PARAM_OFFSET_Y), 90.0F);
+}
+
+TEST(SceneSource, ColourIsTheSameGreyThreeTimes) {
+    SceneMaker grey(quiet(120, 90));
+    SceneMaker colour(quiet(120, 90));
+    EXPECT_FALSE(colour.setParameter(VD_PARAM_PIXEL_FORMAT, VD_PIXEL_BGR8, true))
+        << "while pictures are being made";
+    EXPECT_TRUE(colour.setParameter(VD_PARAM_PIXEL_FORMAT, VD_PIXEL_BGR8, false));
+    EXPECT_EQ(colour.parameter(VD_PARAM_PIXEL_FORMAT), static_cast<float>(VD_PIXEL_BGR8));
+    EXPECT_EQ(grey.parameter(VD_PARAM_PIXEL_FORMAT), static_cast<float>(VD_PIXEL_MONO8));
+    std::vector<cv::Mat> channels;
+    cv::split(pictureOf(colour, 7), channels);
+    ASSERT_EQ(channels.size(), 3U);
+    for (const cv::Mat& channel : channels)
+        EXPECT_EQ(cv::norm(channel, pictureOf(grey, 7), cv::NORM_INF), 0.0);
+    EXPECT_TRUE(colour.setParameter(VD_PARAM_PIXEL_FORMAT, VD_PIXEL_MONO8, false));
+    EXPECT_EQ(pictureOf(colour, 7).channels(), 1);
 }
 
 TEST(SceneSource, NoiseIsRepeatableAndAsLargeAsAskedFor) {
@@ -111,6 +133,8 @@ TEST(SceneSource, LightFollowsExposureAndGain) {
     EXPECT_FALSE(maker.setParameter(VD_PARAM_GAIN, -1, true));
     EXPECT_FALSE(maker.setParameter(VD_PARAM_EXPOSURE, 0, true));
     EXPECT_EQ(trayLevel(), 160);
+    EXPECT_EQ(maker.parameter(VD_PARAM_EXPOSURE), 20000.0F);
+    EXPECT_EQ(maker.parameter(VD_PARAM_GAIN), 60.0F);
 }
 
 class RunningScene : public testing::Test {

@@ -332,6 +332,21 @@ TEST_F(FileFaults, FilesAreCopiedAndMovedWholeOrStayAsTheyWere) {
     });
 }
 
+// Where the system can't rename since the target is on another disk, the file is copied there.
+TEST_F(FileFaults, AFileIsMovedToAnotherDisk) {
+    const std::string from = folder_ / "from";
+    const std::string to = folder_ / "to";
+    const std::string content(100000, 'x');
+    test::writeBytes(from, content);
+    test::system::runWith({test::system::kNames, EXDEV, 1, false}, [&] {
+        const Armed armed;
+        EXPECT_TRUE(FileOperator::moveFile(from, to));
+    });
+    EXPECT_EQ(test::system::callsFailed(), 1);
+    EXPECT_FALSE(fs::exists(from));
+    EXPECT_EQ(test::bytesOf(to), content);
+}
+
 TEST_F(FileFaults, SavedImagesAreWholeOrReported) {
     const cv::Mat image(20, 30, CV_8U, cv::Scalar(77));
     std::string saved;

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <set>
+#include <string>
 
 #include "found_parts.h"
 #include "orxFunctions/orxfunctions.h"
@@ -63,6 +65,15 @@ TEST(MatchingRefusals, Teaching) {
     EXPECT_EQ(orx::lastRefusal().text, "teachPart: sigma is 6; 0.5 to 5 is taken");
     EXPECT_TRUE(refusedWith(orx::rcTooFew, "teachPart", teach(cv::Rect(0, 0, 10, 10))));
     EXPECT_TRUE(notRefused([&] { EXPECT_TRUE(orx::teachPart(img, whole).valid()); }));
+}
+
+TEST(MatchStatus, EachHasItsOwnText) {
+    std::set<std::string> texts;
+    for (int status = orx::msOk; status <= orx::msUnwritable; ++status)
+        texts.insert(orx::matchStatusText(static_cast<orx::TMatchStatus>(status)));
+    EXPECT_EQ(texts.size(), 10U);
+    EXPECT_EQ(texts.count("unknown status"), 0U);
+    EXPECT_STREQ(orx::matchStatusText(static_cast<orx::TMatchStatus>(-1)), "unknown status");
 }
 
 TEST(MatchingRefusals, TeachingFromDrawings) {
