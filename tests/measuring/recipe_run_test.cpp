@@ -454,6 +454,8 @@ class MillimetreRecipe : public testing::Test {
             {"name": "corner", "type": "distance", "of": ["corner", "h3"]},
             {"name": "across", "type": "width", "of": ["across"]},
             {"name": "x", "type": "x", "of": ["h2"]},
+            {"name": "round", "type": "roundness", "of": ["h1"], "upper": 1},
+            {"name": "straight", "type": "straightness", "of": ["top"], "upper": 1},
             {"name": "pixels", "type": "distance", "of": ["h1", "h2"], "unit": "px"}]})";
     }
     const std::map<std::string, double> truth_{{"d1", 10},    {"pitch", 60},
@@ -517,9 +519,33 @@ TEST_F(MillimetreRecipe, WhatTheCalibrationLeavesOpenIsSharedByAllOfAPicture) {
     }
     EXPECT_EQ(valueOf(result, "pixels").calibrationDeviation, 0);
 
+    EXPECT_LT(valueOf(result, "round").calibrationDeviation, 1e-4) << "a larger circle is as round";
+
     const orx::TRecipeResult other = recipe.run(cv::Mat(100, 100, CV_8UC1, cv::Scalar(0)));
     EXPECT_EQ(other.verdict, orx::vdNotMeasured);
     EXPECT_THAT(other.problem, HasSubstr("the picture has 100 x 100 pixels, the calibration's 640 x 480"));
+}
+
+// Only the scale across the picture is uncertain, by a thousandth. By hand: a circle then may be an ellipse
+// whose axes differ by a thousandth of its diameter, which is half as much of departure from its mean circle
+// to both sides; a straight line stays one.
+TEST_F(MillimetreRecipe, WhatTheCalibrationLeavesOpenMayLookLikeForm) {
+    orx::TPlaneCalibration flat = tilted_plate::camera(0, 0);
+    flat.lens = false;
+    flat.homography = {5, 0, 320, 0, 5, 240, 0, 0, 1};
+    flat.covariance(0, 0) = 5e-3 * 5e-3;
+    flat.degreesOfFreedom = 200;
+    ASSERT_EQ(orx::writePlaneCalibration(folder_ / "plane.json", flat), orx::plOk);
+    const orx::TRecipeResult result =
+        parsed(text(R"({"by": "fixed", "x": 0, "y": 0, "angle": 0})"), folder_.name())
+            .run(tilted_plate::render(flat, {0, 0, 0, 1}));
+    const orx::TRecipeValue& round = valueOf(result, "round");
+    ASSERT_TRUE(round.measured) << round.problem;
+    EXPECT_NEAR(round.calibrationDeviation, 5e-3, 3e-4);
+    EXPECT_GT(round.deviation, round.calibrationDeviation);
+    const orx::TRecipeValue& straight = valueOf(result, "straight");
+    ASSERT_TRUE(straight.measured) << straight.problem;
+    EXPECT_LT(straight.calibrationDeviation, 1e-5);
 }
 
 }  // namespace
