@@ -16,7 +16,6 @@
 #include "orxFunctions/platform/fine_pauses_internal.h"
 
 using namespace orx::display;
-using orx::platform::MouseEvent;
 
 namespace {
 

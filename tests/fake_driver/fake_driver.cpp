@@ -187,7 +187,8 @@ bool VDGetFrameInfo(VDFrameInfo* info, int index) {
     const fake::Camera& camera = cameraOf(index);
     *info = {};
     info->flags = camera.frameFlags;
-    info->newest = static_cast<unsigned long long>(camera.frames + camera.numberOffset);
+    info->newest =
+        static_cast<unsigned long long>(static_cast<long long>(camera.frames) + camera.numberOffset);
     info->number = camera.isBlack ? 0 : info->newest;
     info->device_time = 1000 * info->number;
     if (camera.isBlack) info->flags |= VD_FRAME_FIRST_PENDING;

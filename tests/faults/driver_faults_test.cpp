@@ -10,7 +10,6 @@
 namespace {
 
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 class DriverFaults : public test::Grabbing {
   protected:
