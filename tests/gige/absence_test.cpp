@@ -65,6 +65,7 @@ TEST_F(Absence, ARestartedCameraGetsItsSettingsBack) {
     ASSERT_TRUE(start(0));
     camera_->kill();
     camera_->start();
+    ASSERT_EQ(camera_->problem(), "");
     EXPECT_TRUE(eventually(10000, [this] {
         const cv::Mat picture = fetch(0);
         return picture.cols == 40 && value(0, VD_PARAM_FRAME_AGE) < 300.0F &&
@@ -85,6 +86,7 @@ TEST_F(Absence, ClosingADeadCameraDoesNotWait) {
     EXPECT_LT(duration([this] { EXPECT_TRUE(modules_.close(0)); }), 500.0);
     // It can be opened again, and the library's own order of calls works on a lost camera, too.
     camera_->start();
+    ASSERT_EQ(camera_->problem(), "");
     ASSERT_TRUE(modules_.open(VD_TYPE_HIKVISION, 0));
     ASSERT_TRUE(start(0));
     EXPECT_FALSE(fetchNew(0).empty());

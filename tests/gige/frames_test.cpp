@@ -123,6 +123,7 @@ TEST_F(GigeFrames, ALostCameraComesBackAndTheOtherNeverNotices) {
     const std::uint64_t change = orx::cameraStatus(0).change;
     EXPECT_TRUE(isFetched(0));
     cameras[1]->start();
+    ASSERT_EQ(cameras[1]->problem(), "");
     EXPECT_TRUE(eventually(10000, [&] { return isState(1, orx::csGrabbing); }));
     EXPECT_EQ(orx::cameraStatus(1).reason, orx::crReturned);
     orx::openFrames(1, {});

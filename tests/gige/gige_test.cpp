@@ -1,13 +1,7 @@
 #include "tests/gige/gige_test.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <opencv2/core.hpp>
@@ -16,8 +10,6 @@
 #include "drivers/TQVisionDriver/frame_conversion.h"
 #include "tests/gige/network_namespace.h"
 #include "tests/gige/test_pattern.h"
-
-extern char** environ;
 
 namespace gige {
 
@@ -30,73 +22,6 @@ bool eventually(int limitMs, const std::function<bool()>& condition) {
         sleepMs(5);
     }
     return condition();
-}
-
-SoftwareCamera::SoftwareCamera(const CameraOptions& options) : options_(options) { start(); }
-
-void SoftwareCamera::start() {
-    int input[2];
-    int output[2];
-    ASSERT_EQ(pipe2(input, O_CLOEXEC), 0);
-    ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    std::vector<std::string> words = {ORX_SOFTWARE_CAMERA,
-                                      "--address",
-                                      options_.address,
-                                      "--serial",
-                                      options_.serial,
-                                      "--vendor",
-                                      options_.vendor,
-                                      "--width",
-                                      std::to_string(options_.width),
-                                      "--height",
-                                      std::to_string(options_.height),
-                                      "--format",
-                                      std::to_string(options_.format),
-                                      "--rate",
-                                      std::to_string(options_.rate),
-                                      "--loss",
-                                      std::to_string(options_.loss)};
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    const int failed =
-        posix_spawn(&process_, ORX_SOFTWARE_CAMERA, &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(input[0]);
-    ::close(output[1]);
-    input_ = input[1];
-    std::string answer;
-    char byte = 0;
-    while (failed == 0 && answer != "ready") {
-        const ssize_t count = read(output[0], &byte, 1);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        answer += byte;
-    }
-    ::close(output[0]);
-    if (answer == "ready") return;
-    int status = 0;
-    if (failed == 0) waitpid(process_, &status, 0);
-    process_ = 0;
-    ::close(input_);
-    FAIL() << "the software camera at " << options_.address << " did not start: error " << failed
-           << ", status " << status << ", it said '" << answer << "'";
-}
-
-void SoftwareCamera::pause() const { ::kill(process_, SIGSTOP); }
-
-void SoftwareCamera::resume() const { ::kill(process_, SIGCONT); }
-
-void SoftwareCamera::kill() {
-    if (process_ <= 0) return;
-    ::kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-    ::close(input_);
-    process_ = 0;
 }
 
 namespace {
@@ -155,6 +80,7 @@ void GigeTest::SetUp() {
 
 SoftwareCamera& GigeTest::addCamera(const CameraOptions& options) {
     cameras_.push_back(std::make_unique<SoftwareCamera>(options));
+    EXPECT_EQ(cameras_.back()->problem(), "");
     return *cameras_.back();
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "drivers/vision_driver.h"
+#include "tests/gige/camera_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace gige {
@@ -23,36 +24,6 @@ void sleepMs(int duration);
 
 // Asks until the condition holds; false when it does not within `limitMs`.
 bool eventually(int limitMs, const std::function<bool()>& condition);
-
-struct CameraOptions {
-    std::string address = "127.0.0.2";
-    std::string serial = "S1";
-    std::string vendor = "Hikrobot";
-    int width = 64;
-    int height = 48;
-    std::uint32_t format = 0x01080001;
-    double rate = 50.0;
-    double loss = 0.0;
-};
-
-// A program that is a camera until it is killed or this object goes.
-class SoftwareCamera {
-  public:
-    explicit SoftwareCamera(const CameraOptions& options);
-    ~SoftwareCamera() { kill(); }
-    SoftwareCamera(const SoftwareCamera&) = delete;
-    SoftwareCamera& operator=(const SoftwareCamera&) = delete;
-
-    void pause() const;
-    void resume() const;
-    void kill();
-    void start();
-
-  private:
-    const CameraOptions options_;
-    pid_t process_ = 0;
-    int input_ = -1;  // the camera's; it ends when this is closed
-};
 
 // The procedures of TQVisionDriver and LumoCfg.
 struct Modules {

@@ -1,6 +1,7 @@
 // A GigE Vision camera in software, for the tests beside it: real packets on a real socket, made by Aravis.
 //
 //   software_camera --address A --serial S --vendor V --width W --height H --format CODE --rate F --loss R
+//   [--even]
 //
 // Prints "ready" once it listens, and runs until it is killed or its standard input ends.
 #include <arv.h>
@@ -31,6 +32,7 @@ struct Options {
     int format = ARV_PIXEL_FORMAT_MONO_8;
     double rate = 25.0;
     double loss = 0.0;
+    gboolean isEven = FALSE;
 };
 
 // By GLib, which Aravis brings: what the programs parse theirs with takes long to compile.
@@ -44,6 +46,7 @@ void parse(int argc, char** argv, Options& options) {
         {"format", 0, 0, G_OPTION_ARG_INT, &options.format, "of the pixels", "CODE"},
         {"rate", 0, 0, G_OPTION_ARG_DOUBLE, &options.rate, "pictures per second", "F"},
         {"loss", 0, 0, G_OPTION_ARG_DOUBLE, &options.loss, "share of the packets that are not sent", "R"},
+        {"even", 0, 0, G_OPTION_ARG_NONE, &options.isEven, "pictures of one level each", nullptr},
         {}};
     GOptionContext* const context = g_option_context_new(nullptr);
     g_option_context_add_main_entries(context, entries, nullptr);
@@ -104,6 +107,16 @@ void fill(ArvBuffer* buffer, void* camera, guint32 exposure, guint32 gain, ArvPi
     ++frame;
 }
 
+// No settings are in it, and turned and scaled it is still what it was.
+void fillEvenly(ArvBuffer* buffer, void* camera, guint32 /*exposure*/, guint32 /*gain*/,
+                ArvPixelFormat /*format*/) {
+    static unsigned frame = 0;
+    std::size_t unused = 0;
+    auto* const bytes = static_cast<unsigned char*>(const_cast<void*>(arv_buffer_get_data(buffer, &unused)));
+    const std::size_t size = arv_fake_camera_get_payload(static_cast<ArvFakeCamera*>(camera));
+    std::memset(bytes, static_cast<int>(frame++ % gige::kLevels), size);
+}
+
 void configure(ArvFakeCamera* camera, const Options& options) {
     char vendor[kVendorLength] = {};
     std::strncpy(vendor, options.vendor, sizeof(vendor) - 1);
@@ -116,7 +129,7 @@ void configure(ArvFakeCamera* camera, const Options& options) {
                                    static_cast<guint32>(options.format));
     arv_fake_camera_write_register(camera, ARV_FAKE_CAMERA_REGISTER_ACQUISITION_FRAME_PERIOD_US,
                                    static_cast<guint32>(1e6 / options.rate));
-    arv_fake_camera_set_fill_pattern(camera, fill, camera);
+    arv_fake_camera_set_fill_pattern(camera, options.isEven ? fillEvenly : fill, camera);
 }
 
 // The description goes through a file, since Aravis takes it from one.

@@ -6,6 +6,9 @@
 
 namespace gige {
 
+// Even pictures have so many levels.
+constexpr unsigned kLevels = 251;
+
 // Frames repeat after this many.
 constexpr unsigned kPatterns = 8;
 

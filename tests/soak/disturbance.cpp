@@ -7,6 +7,7 @@ namespace soak {
 namespace {
 
 constexpr double kLongestAbsence = 2.5;  // seconds
+constexpr double kLongestStop = 1.0;
 
 }  // namespace
 
@@ -25,8 +26,8 @@ void RoundRun::doWhatIsDue(bool all) {
 
 void RoundRun::disturb() {
     const int camera = anyOf(kCameras);
-    const int kind = anyOf(9);
-    ++(kind < 3 ? order_.tally->unpluggings : order_.tally->changes);
+    const int kind = anyOf(10);
+    if (kind >= 3 && kind < 9) ++order_.tally->changes;
     switch (kind) {
         case 0:
         case 1:
@@ -44,15 +45,32 @@ void RoundRun::disturb() {
             beat_.at("starting a grab thread anew");
             return orx::imgThreadManager.startThread(&cameras_, &configs_[static_cast<std::size_t>(camera)],
                                                      camera);
-        default:
+        case 8:
             return changeView();
+        default:
+            return stopDisplay();
     }
 }
 
 void RoundRun::unplug(int camera) {
+    if (isDevice(camera) && anyOf(2) == 0) {
+        ++order_.tally->silences;
+        const int device = camera - kScenes;
+        order_.silence(device, true);
+        return later(between(0.05, kLongestAbsence), [this, device] { order_.silence(device, false); });
+    }
+    ++order_.tally->unpluggings;
     std::atomic<bool>& isPlugged = order_.driver->cameras[static_cast<std::size_t>(camera)].isPlugged;
     isPlugged = false;
     later(between(0.05, kLongestAbsence), [&isPlugged] { isPlugged = true; });
+}
+
+// What its box is told and given meanwhile waits for nothing.
+void RoundRun::stopDisplay() {
+    ++order_.tally->stops;
+    const int display = anyOf(kBoxes);
+    order_.stop(display, true);
+    later(between(0.05, kLongestStop), [this, display] { order_.stop(display, false); });
 }
 
 void RoundRun::changeDriver(int camera) {

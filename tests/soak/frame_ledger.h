@@ -11,7 +11,7 @@ namespace soak {
 
 class FrameLedger {
   public:
-    explicit FrameLedger(int camera) : camera_(camera) {}
+    FrameLedger(int camera, bool isDevice) : camera_(camera), isDevice_(isDevice) {}
 
     // "" when all is right, else what is wrong. `disk` is the circle of a scene, where it was measured.
     std::string enter(const orx::TFrame& frame, orx::TMeasuredCircle& disk);
@@ -23,6 +23,7 @@ class FrameLedger {
     std::string measure(const cv::Mat& picture, orx::TMeasuredCircle& disk);
 
     const int camera_;
+    const bool isDevice_;
     std::uint64_t start_ = 0;
     std::uint64_t number_ = 0;
     CameraTally tally_;

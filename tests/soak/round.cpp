@@ -1,5 +1,7 @@
 #include "tests/soak/round.h"
 
+#include "tests/support/environment.h"
+
 #include <cstdio>
 #include <filesystem>
 
@@ -30,7 +32,7 @@ void doneWith(const cv::Mat& picture) {
 }  // namespace
 
 RoundRun::RoundRun(const Round& order) : order_(order), beat_((*order.beats)[kCameras]), random_(order.seed) {
-    for (int i = 0; i < kCameras; ++i) ledgers_.emplace_back(i);
+    for (int i = 0; i < kCameras; ++i) ledgers_.emplace_back(i, isDevice(i));
 }
 
 RoundRun::~RoundRun() { beat_.end(); }
@@ -47,11 +49,13 @@ void RoundRun::count(const orx::TCameraStatus& status, void* self) {
 
 bool RoundRun::begin() {
     beat_.at("opening the boxes");
-    window_ = host::openHostWindow("soak", kBoxes, kPaneSize);
-    for (int i = 0; i < kBoxes; ++i) {
-        auto& box = boxes_[static_cast<std::size_t>(i)];
+    for (std::size_t i = 0; i < kBoxes; ++i) {
+        test::setEnvironment("DISPLAY", order_.displays[i]);
+        auto& window = windows_[i];
+        window = host::openHostWindow("soak", 1, kPaneSize);
+        auto& box = boxes_[i];
         box = std::make_unique<TPictureBox>(TPictureOf::kBox);
-        if (window_) box->setHandle(window_->pane(i), kPaneSize.width, kPaneSize.height);
+        if (window) box->setHandle(window->pane(0), kPaneSize.width, kPaneSize.height);
         box->start();
     }
     beat_.at("opening the cameras");
@@ -62,7 +66,8 @@ bool RoundRun::begin() {
         configs_[static_cast<std::size_t>(i)].frameRate = 30;
         orx::setReconnect(i, {isBroughtBackByHost(i) ? orx::lpThisOneWaits : orx::lpReconnect, 50, 400});
         orx::openFrames(i, queueOf(i));
-        if (!cameras_.open(i, kAnyType)) return false;
+        // A device may not have been found in time: it is opened as a lost one is.
+        if (!cameras_.open(i, kAnyType) && !isDevice(i)) return false;
         orx::imgThreadManager.startThread(&cameras_, &configs_[static_cast<std::size_t>(i)], i);
     }
     orx::APPaddOrSetParamBool(orx::kCameraReady, true);
@@ -132,11 +137,10 @@ void RoundRun::run() {
 }
 
 void RoundRun::handleEvents() {
-    if (window_) {
-        window_->handleEvents(20);
-    } else {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    // Of a display that is stopped there are none: the window's own connection only looks for what came.
+    for (const auto& window : windows_)
+        if (window) window->handleEvents(5);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
     std::string text;
     int color = 0;
     while (orx::APPgetMessage(text, color)) {
@@ -163,7 +167,7 @@ void RoundRun::end() {
     for (std::thread& worker : workers_) worker.join();
     beat_.at("closing the boxes");
     for (auto& box : boxes_) box.reset();
-    window_.reset();
+    for (auto& window : windows_) window.reset();
     beat_.at("closing the cameras");
     if (!cameras_.DestoryCamera()) order_.complain("the driver is not destroyed");
     orx::setCameraStateCallback(nullptr, nullptr);

@@ -20,8 +20,6 @@
 
 namespace soak {
 
-constexpr int kBoxes = 2;
-
 // Two cameras are brought back by the host, the others by their grab threads.
 constexpr bool isBroughtBackByHost(int camera) { return camera >= kCameras - 2; }
 
@@ -53,6 +51,8 @@ class RoundRun {
 
     void disturb();
     void unplug(int camera);
+    bool isDevice(int camera) const { return camera >= kScenes && camera < kScenes + order_.devices; }
+    void stopDisplay();
     void changeDriver(int camera);
     void changePicture(int camera);
     void pause(int camera);
@@ -74,7 +74,7 @@ class RoundRun {
     const Round& order_;
     Beat& beat_;
     std::mt19937 random_;
-    std::unique_ptr<host::HostWindow> window_;
+    std::array<std::unique_ptr<host::HostWindow>, kBoxes> windows_;
     std::array<std::unique_ptr<TPictureBox>, kBoxes> boxes_;
     orx::TMultiCamera cameras_;
     std::array<orx::TCameraConfig, kCameras> configs_;

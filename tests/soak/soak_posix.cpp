@@ -3,8 +3,9 @@
 //
 //   soak MINUTES [SEED]
 //
-// In rounds of a minute at most, each of which loads the library, grabs from nine synthetic cameras, measures
-// in each frame, shows those of two, saves some, and unloads the library. Ends with a summary, and with 1
+// In rounds of a minute at most, each of which loads the library, grabs from nine cameras (rendered, replayed
+// and, where the system permits a network for them, GigE cameras in software), measures in each frame, shows
+// those of two on two displays, saves some, and unloads the library. Ends with a summary, and with 1
 // when something did not add up. What the system keeps after the first round is what it may keep after the
 // last.
 #include <malloc.h>
@@ -14,12 +15,18 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <mutex>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/fake_driver/fake_module.h"
+#ifdef ORX_HAS_SOFTWARE_CAMERA
+#include "tests/gige/camera_process.h"
+#include "tests/gige/network_namespace.h"
+#endif
 #include "tests/soak/soak_round.h"
 #include "tests/support/environment.h"
 #include "tests/support/loaded_module.h"
@@ -53,6 +60,51 @@ void complain(const char* problem) {
     if (++problems <= kMostToldProblems) std::fprintf(stderr, "soak: %s\n", problem);
 }
 
+std::string serialOf(int device) { return "S" + std::to_string(device + 1); }
+
+std::array<std::unique_ptr<test::PrivateDisplay>, soak::kBoxes> displays;
+
+void stop(int display, bool isStopped) {
+    const test::PrivateDisplay& one = *displays[static_cast<std::size_t>(display)];
+    if (isStopped)
+        one.stop();
+    else
+        one.goOn();
+}
+
+#ifdef ORX_HAS_SOFTWARE_CAMERA
+std::vector<std::unique_ptr<gige::SoftwareCamera>> software;
+
+void silence(int device, bool isSilent) {
+    const gige::SoftwareCamera& one = *software[static_cast<std::size_t>(device)];
+    if (isSilent)
+        one.pause();
+    else
+        one.resume();
+}
+
+void startDevices() {
+    for (int i = 0; i < soak::kDevices && gige::whyNoNetwork().empty(); ++i) {
+        gige::CameraOptions options;
+        options.address = "127.0.0." + std::to_string(i + 2);
+        options.serial = serialOf(i);
+        options.width = 320;
+        options.height = 240;
+        options.rate = 20.0;
+        options.isEven = true;
+        software.push_back(std::make_unique<gige::SoftwareCamera>(options));
+        if (!software.back()->problem().empty()) complain(software.back()->problem().c_str());
+    }
+    if (software.empty()) std::printf("without GigE cameras: %s\n", gige::whyNoNetwork().c_str());
+}
+#else
+const std::vector<int> software;
+
+void silence(int /*device*/, bool /*isSilent*/) {}
+
+void startDevices() { std::printf("without GigE cameras: there is no Aravis\n"); }
+#endif
+
 // What this process has of the system.
 struct Footprint {
     std::ptrdiff_t threads = 0;
@@ -79,16 +131,21 @@ Footprint footprint() {
     return now;
 }
 
-void writeSettings(const test::TemporaryFolder& folder) {
+void writeSettings(const test::TemporaryFolder& folder, int devices) {
     for (int i = 0; i < soak::kPictures; ++i) {
         const std::string name = "picture" + std::to_string(1000 + i) + ".png";
         cv::imwrite(folder / name, cv::Mat(120, 160, CV_8UC1, cv::Scalar(i)));
     }
     std::ofstream settings(folder / "settings.ini");
     for (int i = 0; i < kCameras; ++i) {
-        settings << "[camera" << i + 1 << "]\nrate = 20\n"
-                 << (i < soak::kScenes ? "source = scene\nwidth = 320\nheight = 240\n"
-                                       : "source = replay\nfolder = .\n");
+        settings << "[camera" << i + 1 << "]\n";
+        if (i < soak::kScenes)
+            settings << "source = scene\nrate = 20\nwidth = 320\nheight = 240\n";
+        else if (i < soak::kScenes + devices)
+            settings << "source = device\nserial = " << serialOf(i - soak::kScenes)
+                     << "\npacket_size = 1500\n";
+        else
+            settings << "source = replay\nrate = 20\nfolder = .\n";
     }
     settings.close();
     test::setVariable("TQVISION_CONFIG", folder.path() / "settings.ini");
@@ -168,9 +225,9 @@ void printTally(const soak::Tally& tally) {
     }
     print("all", sum);
     std::printf("%" PRIu64 " of these were lost after the last frame of a round\n", sum.untold);
-    std::printf("%" PRIu64 " unpluggings, %" PRIu64 " losses and %" PRIu64 " returns told, %" PRIu64
-                " other disturbances\n",
-                tally.unpluggings, tally.losses, tally.returns, tally.changes);
+    std::printf("%" PRIu64 " unpluggings, %" PRIu64 " GigE cameras silent, %" PRIu64 " losses and %" PRIu64
+                " returns told, %" PRIu64 " displays stopped, %" PRIu64 " other disturbances\n",
+                tally.unpluggings, tally.silences, tally.losses, tally.returns, tally.stops, tally.changes);
     std::printf("%" PRIu64 " pictures saved, %" PRIu64 " refused because too many waited\n", tally.saved,
                 tally.notSaved);
 }
@@ -187,10 +244,13 @@ void judge(const Footprint& first, const Footprint& last, int rounds) {
 
 int soakFor(double minutes, std::uint32_t seed) {
     using Clock = std::chrono::steady_clock;
-    const test::PrivateDisplay display;
-    if (!display.isRunning()) complain("no display: is the package xvfb installed?");
+    for (auto& display : displays) {
+        display = std::make_unique<test::PrivateDisplay>();
+        if (!display->isRunning()) complain("no display: is the package xvfb installed?");
+    }
+    startDevices();
     const test::TemporaryFolder folder;
-    writeSettings(folder);
+    writeSettings(folder, static_cast<int>(software.size()));
     const test::LoadedModule driver(test::fakeModule("flaky", "TQVisionDriver"));
     const auto getDriver = reinterpret_cast<flaky::GetDriver*>(driver.function("flakyDriver"));
     Beats beats;
@@ -200,6 +260,10 @@ int soakFor(double minutes, std::uint32_t seed) {
     soak::Round round;
     round.folder = saved.c_str();
     round.driver = getDriver();
+    round.devices = static_cast<int>(software.size());
+    round.silence = silence;
+    round.stop = stop;
+    for (std::size_t i = 0; i < displays.size(); ++i) round.displays[i] = displays[i]->name().c_str();
     round.beats = &beats;
     round.tally = &tally;
     round.complain = complain;
@@ -232,5 +296,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: soak MINUTES [SEED]\n");
         return 2;
     }
+#ifdef ORX_HAS_SOFTWARE_CAMERA
+    gige::enterNetworkNamespace(argv);
+#endif
     return soakFor(minutes, argc > 2 ? static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 10)) : 1U);
 }

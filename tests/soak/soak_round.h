@@ -13,7 +13,9 @@
 namespace soak {
 
 constexpr int kCameras = 9;
-constexpr int kScenes = 5;     // cameras 0 to 4; the others replay a folder
+constexpr int kBoxes = 2;      // each on a display of its own
+constexpr int kScenes = 5;     // cameras 0 to 4
+constexpr int kDevices = 2;    // the next, where there is a network for them; the others replay a folder
 constexpr int kPictures = 97;  // in the folder: picture i is grey level i throughout
 
 // What a thread is doing, and since when.
@@ -60,6 +62,8 @@ struct Tally {
     std::uint64_t unpluggings = 0;
     std::uint64_t losses = 0;    // as the library told
     std::uint64_t returns = 0;   // likewise
+    std::uint64_t silences = 0;  // of GigE cameras
+    std::uint64_t stops = 0;     // of a display
     std::uint64_t changes = 0;   // of settings, pauses, restarts, views
     std::uint64_t saved = 0;     // pictures, found in their folder
     std::uint64_t notSaved = 0;  // refused, because too many waited
@@ -70,6 +74,11 @@ struct Round {
     double seconds = 60.0;
     const char* folder = nullptr;  // for saved pictures, empty
     flaky::Driver* driver = nullptr;
+    int devices = 0;  // GigE cameras
+    std::array<const char*, kBoxes> displays{};
+    // Make a GigE camera or a display stop, and go on.
+    void (*silence)(int device, bool isSilent) = nullptr;
+    void (*stop)(int display, bool isStopped) = nullptr;
     std::array<Beat, kCameras + 1>* beats = nullptr;  // the workers', then that of the thread of the round
     Tally* tally = nullptr;
     void (*complain)(const char* problem) = nullptr;  // thread-safe
