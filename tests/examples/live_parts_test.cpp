@@ -70,4 +70,30 @@ TEST(CameraFeed, GivesEachPictureOnceWhereThatIsAsked) {
     EXPECT_EQ(all.count(0).delivered, 3);
 }
 
+TEST(CameraFeed, BelievesTheNumbersOfADriverThatHasThem) {
+    cv::Mat black(20, 30, CV_8UC1, cv::Scalar(0));
+    CameraFeed feed(true);
+    orx::TFrame frame;
+    frame.camera = 2;
+    frame.isNumbered = true;
+    CameraFeed::receive(black, 2);  // before the first frame
+    EXPECT_EQ(feed.count(2).delivered, 0);
+    for (frame.number = 1; frame.number <= 3; ++frame.number) {
+        CameraFeed::announce(frame, &feed);
+        CameraFeed::receive(black, 2);  // all alike to the byte: a picture each
+        cv::Mat noisy(20, 30, CV_8UC1, cv::Scalar(7 * static_cast<double>(frame.number)));
+        CameraFeed::receive(noisy, 2);  // not announced: given again
+    }
+    EXPECT_EQ(feed.count(2).delivered, 3);
+    EXPECT_EQ(feed.count(2).repeated, 4);
+    frame.isNumbered = false;  // another driver: each fetch is announced
+    for (int i = 0; i < 2; ++i) {
+        CameraFeed::announce(frame, &feed);
+        cv::Mat grey(20, 30, CV_8UC1, cv::Scalar(90));
+        CameraFeed::receive(grey, 2);
+    }
+    EXPECT_EQ(feed.count(2).delivered, 4);
+    EXPECT_EQ(feed.count(2).repeated, 5);
+}
+
 }  // namespace

@@ -9,6 +9,19 @@ namespace {
 
 std::atomic<CameraFeed*> current{nullptr};
 
+void setCallbacks(orx::TFrameCallback callback, CameraFeed* feed) {
+    for (int camera = 0; camera < orx::MAXCameraNum; ++camera) orx::setFrameCallback(camera, callback, feed);
+}
+
+bool areEqual(const cv::Mat& a, const cv::Mat& b) {
+    if (a.size() != b.size() || a.type() != b.type()) return false;
+    const std::size_t bytes = static_cast<std::size_t>(a.cols) * a.elemSize();
+    for (int row = 0; row < a.rows; ++row) {
+        if (std::memcmp(a.ptr(row), b.ptr(row), bytes) != 0) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 double CameraCount::rate() const {
@@ -16,16 +29,28 @@ double CameraCount::rate() const {
     return seconds > 0.0 ? (delivered - 1) / seconds : 0.0;
 }
 
-CameraFeed::CameraFeed(bool eachOnce) : eachOnce_(eachOnce) { current = this; }
+CameraFeed::CameraFeed(bool eachOnce) : eachOnce_(eachOnce) {
+    current = this;
+    if (eachOnce_) setCallbacks(announce, this);
+}
 
-CameraFeed::~CameraFeed() { current = nullptr; }
+CameraFeed::~CameraFeed() {
+    if (eachOnce_) setCallbacks(nullptr, nullptr);
+    current = nullptr;
+}
+
+void CameraFeed::announce(const orx::TFrame& frame, void* feed) {
+    Seen& seen = static_cast<CameraFeed*>(feed)->seen_[static_cast<std::size_t>(frame.camera)];
+    seen.isNumbered = frame.isNumbered;
+    seen.isNew = true;
+}
 
 void CameraFeed::receive(cv::Mat& picture, int camera) {
     CameraFeed* const feed = current;
     if (feed == nullptr) return;
     const auto slot = static_cast<std::size_t>(camera);
     const auto now = std::chrono::steady_clock::now();
-    if (feed->eachOnce_ && feed->isRepeated(picture, slot)) {
+    if (feed->eachOnce_ && isRepeated(picture, feed->seen_[slot])) {
         const std::lock_guard<std::mutex> lock(feed->mutex_);
         ++feed->counts_[slot].repeated;
         return;
@@ -41,19 +66,14 @@ void CameraFeed::receive(cv::Mat& picture, int camera) {
     feed->arrived_.notify_one();
 }
 
-bool CameraFeed::isRepeated(const cv::Mat& picture, std::size_t slot) {
-    cv::Mat& last = last_[slot];
-    const auto areEqual = [&](const cv::Mat& a, const cv::Mat& b) {
-        const std::size_t bytes = static_cast<std::size_t>(a.cols) * a.elemSize();
-        for (int row = 0; row < a.rows; ++row) {
-            if (std::memcmp(a.ptr(row), b.ptr(row), bytes) != 0) return false;
-        }
-        return true;
-    };
-    const bool isSame = last.empty() ? cv::countNonZero(picture.reshape(1)) == 0
-                                     : last.size() == picture.size() && last.type() == picture.type() &&
-                                           areEqual(last, picture);
-    if (!isSame) last = picture;
+bool CameraFeed::isRepeated(const cv::Mat& picture, Seen& seen) {
+    if (seen.isNumbered) {
+        seen.last.release();
+        return !std::exchange(seen.isNew, false);
+    }
+    const bool isSame =
+        seen.last.empty() ? cv::countNonZero(picture.reshape(1)) == 0 : areEqual(seen.last, picture);
+    if (!isSame) seen.last = picture;
     return isSame;
 }
 

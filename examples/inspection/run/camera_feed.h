@@ -29,8 +29,9 @@ struct CameraCount {
 class CameraFeed {
   public:
     // A driver may give its newest picture again while there is no newer one, and a black one before the
-    // first. With `eachOnce`, what is the last one to the byte is left out, which no camera's noise makes,
-    // and black before anything else.
+    // first. With `eachOnce` these are left out: where the driver numbers its pictures by the number, else
+    // what is the last one to the byte, which no camera's noise makes, and black before anything else.
+    // The frame callbacks of all cameras are the feed's own then.
     explicit CameraFeed(bool eachOnce = false);
     ~CameraFeed();
     CameraFeed(const CameraFeed&) = delete;
@@ -38,6 +39,8 @@ class CameraFeed {
 
     // What the thread manager calls.
     static void receive(cv::Mat& picture, int camera);
+    // What the cameras call before that with each new frame, and with none for a picture given again.
+    static void announce(const orx::TFrame& frame, void* feed);
 
     // Waits for a picture of any camera, but not beyond `end`, and takes it. False when there was none.
     bool take(std::chrono::steady_clock::time_point end, cv::Mat& picture, int& camera);
@@ -45,10 +48,16 @@ class CameraFeed {
 
   private:
     bool takeNow(cv::Mat& picture, int& camera);
-    bool isRepeated(const cv::Mat& picture, std::size_t slot);
+    // What is known of a camera's pictures, to its grab thread alone.
+    struct Seen {
+        cv::Mat last;             // where pictures are not numbered
+        bool isNumbered = false;  // by the driver
+        bool isNew = false;       // announced, and not received yet
+    };
+    static bool isRepeated(const cv::Mat& picture, Seen& seen);
 
     const bool eachOnce_;
-    std::array<cv::Mat, orx::MAXCameraNum> last_;  // each of its grab thread alone
+    std::array<Seen, orx::MAXCameraNum> seen_;
     mutable std::mutex mutex_;
     std::condition_variable arrived_;
     std::array<cv::Mat, orx::MAXCameraNum> newest_;
