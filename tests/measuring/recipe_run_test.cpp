@@ -408,6 +408,36 @@ TEST(RecipeRun, AWidthIsAsUncertainAsBothItsEdges) {
     EXPECT_NEAR(deviation(40, onwards) / even, std::sqrt(20.0) / 3, 0.1);
 }
 
+// A rectangle seen five pixels a millimetre, by a calibration whose scale down the picture is known to a
+// hundredth.
+TEST(RecipeRun, LengthsOfChainsTellWhatTheCalibrationLeavesOpen) {
+    const test::TemporaryFolder folder;
+    orx::TPlaneCalibration flat;
+    flat.status = orx::plOk;
+    flat.lens = false;
+    flat.imageSize = {130, 95};
+    flat.homography = {5, 0, 0, 0, 5, 0, 0, 0, 1};
+    flat.covariance(4, 4) = 0.05 * 0.05;
+    flat.degreesOfFreedom = 100;
+    ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", flat), orx::plOk);
+    const cv::Mat img = edge_scene::rectangle({130, 95}, {30.2, 20.4, 65.7, 50.3}, kLook);
+    const orx::TRecipeResult result =
+        parsed(R"({"recipe": 1, "unit": "mm", "calibration": "plane.json", "features": [
+            {"name": "down", "type": "chain", "path": [[30, 34], [30, 58]], "search": 4},
+            {"name": "across", "type": "chain", "path": [[40, 20], [80, 20]], "search": 4}],
+          "values": [
+            {"name": "down", "type": "length", "of": ["down"]},
+            {"name": "across", "type": "length", "of": ["across"]}]})",
+               folder.name())
+            .run(img);
+    const orx::TRecipeValue& down = valueOf(result, "down");
+    const orx::TRecipeValue& across = valueOf(result, "across");
+    EXPECT_NEAR(down.value, 24 / 5.0, 0.5);  // its ends are lost
+    EXPECT_NEAR(across.value, 40 / 5.0, 0.5);
+    EXPECT_NEAR(down.calibrationDeviation, 0.01 * down.value, 0.0005);
+    EXPECT_NEAR(across.calibrationDeviation, 0, 0.0005);
+}
+
 TEST(RecipeRun, OutliersAreBorneAndDentsAreForm) {
     // A disk with a bump over 30 degrees of it, a pixel high.
     const auto outline = [](double x, double y) {

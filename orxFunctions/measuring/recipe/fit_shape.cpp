@@ -77,13 +77,19 @@ void settle(Fitted fit, const EdgePoints& edges, double size, Fitted& target, Sp
     target = scaled(std::move(fit), size);
 }
 
+// The points between which a chain's length is counted: shorter chords would add the noise to it.
+std::vector<cv::Point2d> coarsely(const std::vector<cv::Point2d>& points, bool closed) {
+    constexpr std::size_t kStep = 5;
+    std::vector<cv::Point2d> coarse;
+    for (std::size_t i = 0; i < points.size(); i += kStep) coarse.push_back(points[i]);
+    if (!closed && (points.size() - 1) % kStep != 0) coarse.push_back(points.back());
+    return coarse;
+}
+
 // Along the points, jumps included. Ends are where edges were lost: half a pixel either way.
 TMeasuredValue lengthAlong(const EdgePoints& edges, const PlacedPoints& placed) {
-    constexpr std::size_t kStep = 5;  // points: shorter chords would add the noise to the length
     constexpr double kEnd = 0.5;
-    std::vector<cv::Point2d> coarse;
-    for (std::size_t i = 0; i < placed.points.size(); i += kStep) coarse.push_back(placed.points[i]);
-    if (!edges.closed && (placed.points.size() - 1) % kStep != 0) coarse.push_back(placed.points.back());
+    const std::vector<cv::Point2d> coarse = coarsely(placed.points, edges.closed);
     double noise = 0.0;
     for (const double d : placed.deviations) noise = std::max(noise, d);
     TMeasuredValue value;
@@ -95,6 +101,28 @@ TMeasuredValue lengthAlong(const EdgePoints& edges, const PlacedPoints& placed) 
     value.deviation = std::hypot(ends, noise * std::sqrt(2.0)) * placed.size;
     value.degreesOfFreedom = std::numeric_limits<double>::infinity();
     return value;
+}
+
+// The chain by each shift of the calibration: how much longer its chords become. Empty where a point has no
+// place.
+std::vector<Shape> shiftedLengths(const Shape& shape, const EdgePoints& edges, const Plane& plane) {
+    const std::vector<cv::Point2d> pixels = coarsely(edges.points, edges.closed);
+    const cv::Mat shifts = plane.shiftsOf(pixels);
+    std::vector<Shape> result(static_cast<std::size_t>(shifts.cols), shape);
+    const std::size_t chords = edges.closed ? pixels.size() : pixels.size() - 1;
+    for (std::size_t i = 0; i < chords && !result.empty(); ++i) {
+        const std::size_t j = (i + 1) % pixels.size();
+        const cv::Point2d way = plane.toPlane(pixels[j]) - plane.toPlane(pixels[i]);
+        const cv::Point2d along = way / std::max(1e-300, cv::norm(way));
+        const int from = static_cast<int>(2 * i);
+        const int to = static_cast<int>(2 * j);
+        for (int k = 0; k < shifts.cols; ++k) {
+            const cv::Point2d by(shifts.at<double>(to, k) - shifts.at<double>(from, k),
+                                 shifts.at<double>(to + 1, k) - shifts.at<double>(from + 1, k));
+            result[static_cast<std::size_t>(k)].length.value += by.dot(along);
+        }
+    }
+    return result;
 }
 
 }  // namespace
@@ -131,10 +159,10 @@ SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& asked, const Pla
         default:
             result.valid = true;
             result.shape.length = lengthAlong(edges, placed);
-            return result;
     }
     if (result.valid && plane != nullptr) {
-        result.shifted = shiftedShapes(result.shape, edges, result.used, *plane);
+        result.shifted = asked.kind == fkChain ? shiftedLengths(result.shape, edges, *plane)
+                                               : shiftedShapes(result.shape, edges, result.used, *plane);
         result.valid = !result.shifted.empty() || plane->shifts() == 0;
         if (!result.valid) result.problem = "has no place on the calibrated plane";
     }
