@@ -179,8 +179,14 @@ void checkSystem(fuzz::Input& input) {
     orx::TORXTime watch;
     require(watch.getTimeMs() >= 0, "time goes on");
     const std::string name = input.text(30);
+    const bool isRunning = orx::processIsExist(name);
     if (name.find_first_of("abcdefghijklmnopqrstuvwxyz0123456789") == std::string::npos)
-        require(!orx::processIsExist(name), "no such process");
+        require(!isRunning, "no such process");
+    const std::string own = orx::getExeFileName();
+    require(orx::processIsExist(zul::extractFileName(own)), "this process runs");
+    require(zul::getDllPath(nullptr) == zul::extractFilePath(own), "the program's folder");
+    static int noModule = 0;
+    require(orx::getDllPath(reinterpret_cast<zul::TModuleHandle>(&noModule)).empty(), "no module");
     const std::filesystem::path file = fuzz::emptyFolder() / "libx.so.1.2";
     test::writeBytes(file.string(), input.rest());
     require(orx::getFileVersion(file.string() + "x").empty(), "no version of no file");

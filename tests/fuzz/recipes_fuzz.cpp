@@ -7,6 +7,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/flat_plane.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -27,6 +28,15 @@ cv::Mat plate() {
         }
     }
     return image;
+}
+
+// Half a millimetre a pixel, a little askew; what a recipe may name as "plane.json".
+orx::TPlaneCalibration planeOfPlate() {
+    orx::TPlaneCalibration plane = test::flatPlane();
+    plane.imageSize = {160, 120};
+    plane.homography = cv::Matx33d(2, 0.01, 1, -0.02, 2, 3, 1e-4, 0, 1);
+    for (int i = 0; i < 8; ++i) plane.covariance(i, i) = i < 6 ? 1e-6 : 1e-12;
+    return plane;
 }
 
 bool isJson(const std::string& text) {
@@ -67,6 +77,8 @@ void checkRun(const orx::TRecipe& recipe, const cv::Mat& image) {
 
 void checkText(const std::string& text, const cv::Mat& image) {
     const std::filesystem::path folder = fuzz::emptyFolder();
+    require(orx::writePlaneCalibration((folder / "plane.json").string(), planeOfPlate()) == orx::plOk,
+            "the plane is written");
     const orx::TRecipe recipe = orx::parseRecipe(text, folder.string());
     const auto& problems = recipe.problems();
     require(recipe.valid() == problems.empty() && problems.size() <= 100, "valid without problems");
