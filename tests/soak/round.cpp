@@ -26,6 +26,8 @@ orx::TFrameOptions queueOf(int camera) {
 // Says to ThreadSanitizer that this thread has read the picture: OpenCV counts in its own code, unseen, that
 // it lets go of it, which is what the grab thread waits for before it fills the buffer again.
 void doneWith(const cv::Mat& picture) {
+    // OpenCV's macro, which Clang takes for C.
+    // NOLINTNEXTLINE(clang-diagnostic-c11-extensions)
     if (picture.u != nullptr) CV_XADD(&picture.u->refcount, 0);
 }
 
