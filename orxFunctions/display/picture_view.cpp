@@ -108,19 +108,19 @@ void TPictureBox::View::takeHandles() {
     box_.cvFrame = window_->frame();
 }
 
-void TPictureBox::View::show(Occasion occasion, const char* function) {
+void TPictureBox::View::show(Occasion occasion, const char* caller) {
     const zul::LockGuard lock(state.imageLock);
-    if (!mayShow(occasion, function)) return;
+    if (!mayShow(occasion, caller)) return;
     try {
         const bool isPlain = occasion == Occasion::kPlain;
         // Asked once: what is handed in meanwhile must not be drawn on the host's pixels.
         const bool isDrawnOn = !isPlain && hasDrawings();
         makeDisplay(isPlain, isDrawnOn);
         if (isDrawnOn) draw(occasion);
-        sendToWindow(function);
+        sendToWindow(caller);
         if (occasion == Occasion::kNewImage) box_.redraw = false;
     } catch (const std::exception& error) {  // OpenCV's for pixels that it can't convert, or no memory
-        orx::refuse(orx::rcFailed, function, "%s", error.what());
+        orx::refuse(orx::rcFailed, caller, "%s", error.what());
         orx::outPutDebugString(zul::toAnsi("显示图像失败:"), error.what());
     }
 }
@@ -131,9 +131,9 @@ void TPictureBox::View::waitUntilShown() {
 }
 
 bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,
-                                    std::shared_ptr<const TOverlay> overlay, const char* function) {
+                                    std::shared_ptr<const TOverlay> overlay, const char* caller) {
     const zul::LockGuard lock(state.imageLock);
-    if (!orx::takesImage(picture, function)) {
+    if (!orx::takesImage(picture, caller)) {
         if (!picture.empty()) tellNotTaken();
         return false;
     }
@@ -145,7 +145,7 @@ bool TPictureBox::View::takePicture(const cv::Mat& picture, bool noRedraw,
         box_.origHeight = image.rows;
     } catch (const std::exception&) {
         tellNotTaken();
-        return orx::refuse(orx::rcMemory, function, "no memory for %d x %d pixels of three channels",
+        return orx::refuse(orx::rcMemory, caller, "no memory for %d x %d pixels of three channels",
                            picture.cols, picture.rows);
     }
     if (overlay != nullptr) {
@@ -191,9 +191,9 @@ void TPictureBox::View::showSoon() {
     box_.redraw = true;
 }
 
-bool TPictureBox::View::mayShow(Occasion occasion, const char* function) {
+bool TPictureBox::View::mayShow(Occasion occasion, const char* caller) {
     if (state.image.empty()) {
-        orx::refuse(orx::rcNotReady, function, "no image was handed in");
+        orx::refuse(orx::rcNotReady, caller, "no image was handed in");
         orx::outPutDebugString(zul::toAnsi("显示图像为空"));
         return false;
     }
@@ -322,9 +322,9 @@ void TPictureBox::View::drawSelectedCircle() {
                   cv::Scalar(0, box_.selectionGreen, 0), twice(box_.selectionThickness));
 }
 
-void TPictureBox::View::sendToWindow(const char* function) {
+void TPictureBox::View::sendToWindow(const char* caller) {
     if (!isShowable(box_.display)) {
-        orx::refuse(orx::rcImageType, function, "the image has %d channels; 1, 3 or 4 are shown",
+        orx::refuse(orx::rcImageType, caller, "the image has %d channels; 1, 3 or 4 are shown",
                     box_.display.channels());
         orx::outPutDebugString(zul::toAnsi("图像类型无法显示"));
         return;

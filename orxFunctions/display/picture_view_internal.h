@@ -53,9 +53,9 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     bool isPlaced() const { return isPlaced_ && !isHeadless(); }
     orx::platform::NativeWindow& window() { return *window_; }
 
-    // Makes the picture ready now, on the calling thread, and hands it to the window; `function` is who
+    // Makes the picture ready now, on the calling thread, and hands it to the window; `caller` is who
     // refuses. Nobody waits for the window system under the image lock.
-    void show(Occasion occasion, const char* function);
+    void show(Occasion occasion, const char* caller);
     // Not under a lock.
     void waitUntilShown();
     // At the display thread's next turn, if anything was shown yet.
@@ -63,7 +63,7 @@ class TPictureBox::View final : public orx::platform::MouseListener {
 
     // Takes an image and, unless it is nullptr, what is drawn over it, at once. False when it can't be shown.
     bool takePicture(const cv::Mat& picture, bool noRedraw, std::shared_ptr<const TOverlay> overlay,
-                     const char* function);
+                     const char* caller);
     void setOverlay(std::shared_ptr<const TOverlay> overlay);
     std::shared_ptr<const TOverlay> overlay();
     void showGroup(const std::string& group, bool shown);
@@ -96,7 +96,7 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     orx::display::ViewMapping mapping() const ZUL_REQUIRES(state.sizeLock);
     void keepScale(const orx::display::ViewMapping& mapping);
 
-    bool mayShow(Occasion occasion, const char* function) ZUL_REQUIRES(state.imageLock);
+    bool mayShow(Occasion occasion, const char* caller) ZUL_REQUIRES(state.imageLock);
     cv::Mat fittedPicture(bool endZoom) ZUL_REQUIRES(state.imageLock);
     const cv::Mat& background() ZUL_REQUIRES(state.sizeLock);
     void makeDisplay(bool endZoom, bool drawable) ZUL_REQUIRES(state.imageLock);
@@ -105,7 +105,7 @@ class TPictureBox::View final : public orx::platform::MouseListener {
     void draw(Occasion occasion) ZUL_REQUIRES(state.imageLock);
     void drawSelectedRect(Occasion occasion);
     void drawSelectedCircle();
-    void sendToWindow(const char* function) ZUL_REQUIRES(state.imageLock);
+    void sendToWindow(const char* caller) ZUL_REQUIRES(state.imageLock);
 
     bool handleMouse(const orx::platform::MouseEvent& event) ZUL_REQUIRES(mouseLock_);
     bool applyMouse(TFunction mode, const orx::platform::MouseEvent& event)

@@ -31,7 +31,7 @@ void dropShortRuns(const ReadyOutline& outline, const std::vector<Match>& matche
                 i < chainEnd && seen[i] != 0 &&
                 (i == runStart || std::abs(matches[i].distance - matches[i - 1].distance) <= kMostJump);
             if (goesOn) continue;
-            if (i - runStart < least) std::fill(seen.begin() + runStart, seen.begin() + i, 0);
+            if (i - runStart < least) std::fill_n(seen.data() + runStart, i - runStart, 0);
             runStart = i < chainEnd && seen[i] != 0 ? i : i + 1;
         }
         chainStart = chainEnd;
