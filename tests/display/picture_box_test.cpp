@@ -410,6 +410,11 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
     box.selectCircle = true;
     std::atomic<int> told{0};
     box.onSelectionChanged([&](const TSelectionChange&) { ++told; });
+    const auto tell = [&](const TPicturePlace& place) { told += place.isInside ? 1 : 0; };
+    box.onCursor(tell);
+    cv::Mat first = grey(60, 40, 1);
+    box.setImage(first, false);
+    box.showImage();  // there is something to point at, whichever thread comes first
     box.start();
     other.start();
     std::vector<std::thread> threads;
@@ -434,7 +439,7 @@ TEST_F(PictureBox, EveryOperationFromManyThreads) {
             if (i % 5 == 0) box.clearDraw();
             if (i % 3 == 0) box.setOverlay(TOverlay().disc({20, 20}, i % 9));
             box.showGroup("", i % 2 == 0);
-            box.onCursor([&](const TPicturePlace& place) { told += place.isInside ? 1 : 0; });
+            box.onCursor(tell);
             box.showImage();
             other.showImageLast();
         }
