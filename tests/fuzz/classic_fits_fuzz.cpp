@@ -255,7 +255,7 @@ void checkDrawing(fuzz::Input& input) {
     const std::string text = input.text(20);
     const std::vector<cv::Point> list = wholePoints(input, 9);
     cv::Mat image = input.matrix();
-    const cv::Mat before = image.clone();
+    const cv::Mat before = fuzz::copyOf(image);
     orx::drawContours(image, list, length, colour, thickness, kind, shift);
     for (const cv::Point& p : list) orx::drawCorss(image, p, colour, length, k, thickness, kind, shift);
     orx::drawLine(image, k, b, colour, thickness, kind, shift);

@@ -52,7 +52,7 @@ void checkClassicAnything(fuzz::Input& input) {
     const double alpha = input.number();
     const int mode = input.between(-1, 5);
     const cv::Mat image = input.matrix();
-    const cv::Mat before = image.clone();
+    const cv::Mat before = fuzz::copyOf(image);
     std::vector<ORXEdge::TContour> found(1);
     try {
         const bool taken = ORXEdge::EdgesSubPix(image, found, cv::noArray(), mode, low, high, alpha);

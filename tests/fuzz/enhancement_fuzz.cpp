@@ -141,7 +141,7 @@ void checkEnhanced(fuzz::Input& input) {
     options.sigma = input.option(0.3, 6);
     const auto method = static_cast<orx::TEnchanceMethod>(input.between(-1, 2));
     cv::Mat image = input.matrix();
-    const cv::Mat before = image.clone();
+    const cv::Mat before = fuzz::copyOf(image);
     cv::Mat result;
     if (!orx::enhanceImage(image, result, method, options)) return;
     require(fuzz::same(image, before), "the source stays");

@@ -218,6 +218,8 @@ cv::Mat Input::matrix() {
     return image;
 }
 
+cv::Mat copyOf(const cv::Mat& image) { return image.empty() ? image : image.clone(); }
+
 bool same(const cv::Mat& a, const cv::Mat& b) {
     if (a.size != b.size || a.type() != b.type()) return false;
     if (a.empty()) return true;

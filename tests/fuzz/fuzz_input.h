@@ -58,6 +58,9 @@ class Input {
     std::size_t left_;
 };
 
+// A copy that keeps the size and type of an empty matrix, too, which clone forgets.
+cv::Mat copyOf(const cv::Mat& image);
+
 // Equal size, type and pixels (bits of floats that are not numbers may differ).
 bool same(const cv::Mat& a, const cv::Mat& b);
 

@@ -76,7 +76,7 @@ void checkMoved(cv::Mat& image) {
 }
 
 void checkQuadrants(cv::Mat& image, int operation, int size) {
-    const cv::Mat before = image.clone();
+    const cv::Mat before = fuzz::copyOf(image);
     cv::Mat result(1, 1, CV_8UC1, cv::Scalar(9));
     bool refused = false;
     try {
