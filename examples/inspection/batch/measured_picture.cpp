@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <exception>
-#include <opencv2/imgcodecs.hpp>
-#include <vector>
 
 #include "inspection/run/image_source.h"
+#include "inspection/run/output_folder.h"
 
 namespace inspection {
 namespace {
@@ -34,12 +33,6 @@ bool isWanted(Annotate annotate, orx::TVerdict verdict) {
     return annotate == Annotate::kAll;
 }
 
-bool writePicture(const fs::path& path, const cv::Mat& picture) {
-    std::vector<uchar> bytes;
-    if (!cv::imencode(path.extension().string(), picture, bytes)) return false;
-    return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
-}
-
 void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,
                      const BatchOptions& options, const fs::path& folder, MeasuredPicture& measured) {
     const orx::TRecipeResult& result = measured.record.result;
@@ -47,7 +40,7 @@ void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx:
     const cv::Mat drawn = orx::drawRecipeSheet(picture, recipe, result);
     if (drawn.empty()) return;
     const std::string name = annotatedName(file, options.jpeg);
-    if (writePicture(folder / fs::u8path(name), drawn))
+    if (writeWholePicture(folder / fs::u8path(name), drawn))
         measured.record.annotated = name;
     else
         measured.problem = displayName(folder / fs::u8path(name)) + " can't be written";

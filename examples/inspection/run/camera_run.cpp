@@ -120,7 +120,7 @@ class CameraSession {
             return false;
         }
         const std::filesystem::path file = folder_.pictureFor(name, "-measured");
-        if (!writePng(file, annotate(last.grey, last.features, options_.settings.tolerance))) {
+        if (!writeWholePicture(file, annotate(last.grey, last.features, options_.settings.tolerance))) {
             log_ << "orx_inspection: the picture " << displayName(file) << " can't be written\n";
             return false;
         }

@@ -29,9 +29,9 @@ fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suf
     }
 }
 
-bool writePng(const fs::path& path, const cv::Mat& picture) {
+bool writeWholePicture(const fs::path& path, const cv::Mat& picture) {
     std::vector<uchar> bytes;
-    if (!cv::imencode(".png", picture, bytes)) return false;
+    if (!cv::imencode(path.extension().u8string(), picture, bytes)) return false;
     return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 

@@ -27,8 +27,8 @@ class OutputFolder {
     std::set<std::filesystem::path> taken_;
 };
 
-// As orx::writeWholeFile.
-bool writePng(const std::filesystem::path& path, const cv::Mat& picture);
+// Encoded as the file's extension says; as orx::writeWholeFile else.
+bool writeWholePicture(const std::filesystem::path& path, const cv::Mat& picture);
 
 }  // namespace inspection
 

@@ -104,7 +104,7 @@ class Session {
         result.name = "scene-" + std::to_string(seed);
         const fs::path file = folder_.file(result.name + ".png");
         const cv::Mat annotated = measurePicture(scene.image, file, &scene, result);
-        if (!writePng(file, scene.image)) result.problems.push_back(unwritable(file));
+        if (!writeWholePicture(file, scene.image)) result.problems.push_back(unwritable(file));
         keep(result, annotated, html);
     }
 
@@ -122,7 +122,7 @@ class Session {
                                       " true parts were not found");
         result.analyses.parts = found;
         finishParts(tray.scene.image, file, result);
-        if (!writePng(file, tray.scene.image)) result.problems.push_back(unwritable(file));
+        if (!writeWholePicture(file, tray.scene.image)) result.problems.push_back(unwritable(file));
         keep(result, {}, html);
     }
 
@@ -210,7 +210,7 @@ class Session {
     std::string writePicture(const fs::path& source, const std::string& suffix, const cv::Mat& picture,
                              std::vector<std::string>& problems) {
         const fs::path file = folder_.pictureFor(source, suffix);
-        if (writePng(file, picture)) return displayName(file);
+        if (writeWholePicture(file, picture)) return displayName(file);
         problems.push_back(unwritable(file));
         return "";
     }

@@ -107,7 +107,7 @@ class Teaching {
             orx::writePartModel(model.u8string(), proposal.partModel) != orx::msOk)
             return unwritable(model);
         const fs::path features = folder_.file("features.png");
-        if (!writePng(features, proposal.picture)) return unwritable(features);
+        if (!writeWholePicture(features, proposal.picture)) return unwritable(features);
         if (!orx::writeWholeFile(recipeFile_, proposal.text)) return unwritable(recipeFile_);
         return true;
     }
