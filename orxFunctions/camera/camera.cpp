@@ -277,7 +277,6 @@ float TCamera::GetParam(int id) {
     const auto getParam = cameraDriver.getParam.load();
     const DriverAnswer answer = callModule([&] {
         if (getParam != nullptr) value = getParam(index, id);
-        return true;
     });
     if (std::isnan(value)) refuseParameter(cameraDriver.getParam, answer, "GetParam", id, index);
     return value;

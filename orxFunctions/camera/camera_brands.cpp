@@ -128,11 +128,7 @@ int detectCameraType() {
     const auto getType =
         reinterpret_cast<decltype(VDGetCameraType)*>(platform::findProcedure(probe, "VDGetCameraType"));
     int type = kNoProbe;
-    if (getType == nullptr || !callModule([&] {
-            type = getType();
-            return true;
-        }))
-        withoutProbe();
+    if (getType == nullptr || !callModule([&] { type = getType(); })) withoutProbe();
     platform::freeModule(probe);
     return type;
 }

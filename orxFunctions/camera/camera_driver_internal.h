@@ -5,6 +5,7 @@
 #include <atomic>
 #include <exception>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "ZULLib/sync_internal.h"
@@ -66,13 +67,19 @@ struct DriverAnswer {
     explicit operator bool() const { return isTrue; }
 };
 
-// Makes a call of a module, which must not throw: one that does has failed, and its text is traced. (Where a
-// thread is cancelled inside of a module the system demands that the process ends.)
+// Makes a call of a module, which must not throw: one that does has failed, and its text is traced; one that
+// answers nothing has not. (Where a thread is cancelled inside of a module the system demands that the
+// process ends.)
 template <typename Call>
 DriverAnswer callModule(const Call& call) {
     DriverAnswer answer;
     try {
-        answer.isTrue = call();
+        if constexpr (std::is_void_v<decltype(call())>) {
+            call();
+            answer.isTrue = true;
+        } else {
+            answer.isTrue = call();
+        }
         return answer;
     } catch (const std::exception& error) {
         answer.thrown = error.what();  // copied: the text may be the module's

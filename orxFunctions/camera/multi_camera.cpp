@@ -213,10 +213,7 @@ bool TMultiCamera::DestoryCamera() {
     const auto destroy = cameraDriver.destroyCamera.load();
     if (dllLoaded == 0) return refuseWithoutModule("DestoryCamera");
     if (destroy == nullptr) return refuse(rcDriver, "DestoryCamera", "the driver has no VDDestoryCamera");
-    const DriverAnswer answer = callModule([destroy] {
-        destroy();
-        return true;
-    });
+    const DriverAnswer answer = callModule(destroy);
     inited = false;
     return answer.isTrue ||
            refuse(rcDriver, "DestoryCamera", "the driver threw \"%s\"", answer.thrown.c_str());
