@@ -105,14 +105,16 @@ TMeasuredValue lengthAlong(const EdgePoints& edges, const PlacedPoints& placed) 
 
 // The chain by each shift of the calibration: how much longer its chords become. Empty where a point has no
 // place.
-std::vector<Shape> shiftedLengths(const Shape& shape, const EdgePoints& edges, const Plane& plane) {
+std::vector<Shape> shiftedLengths(const Shape& shape, const EdgePoints& edges, const PlacedPoints& placed,
+                                  const Plane& plane) {
     const std::vector<cv::Point2d> pixels = coarsely(edges.points, edges.closed);
+    const std::vector<cv::Point2d> places = coarsely(placed.points, edges.closed);
     const cv::Mat shifts = plane.shiftsOf(pixels);
     std::vector<Shape> result(static_cast<std::size_t>(shifts.cols), shape);
     const std::size_t chords = edges.closed ? pixels.size() : pixels.size() - 1;
     for (std::size_t i = 0; i < chords && !result.empty(); ++i) {
         const std::size_t j = (i + 1) % pixels.size();
-        const cv::Point2d way = plane.toPlane(pixels[j]) - plane.toPlane(pixels[i]);
+        const cv::Point2d way = places[j] - places[i];
         const cv::Point2d along = way / std::max(1e-300, cv::norm(way));
         const int from = static_cast<int>(2 * i);
         const int to = static_cast<int>(2 * j);
@@ -161,7 +163,7 @@ SpaceShape fitShape(const EdgePoints& edges, const FeatureSpec& asked, const Pla
             result.shape.length = lengthAlong(edges, placed);
     }
     if (result.valid && plane != nullptr) {
-        result.shifted = asked.kind == fkChain ? shiftedLengths(result.shape, edges, *plane)
+        result.shifted = asked.kind == fkChain ? shiftedLengths(result.shape, edges, placed, *plane)
                                                : shiftedShapes(result.shape, edges, result.used, *plane);
         result.valid = !result.shifted.empty() || plane->shifts() == 0;
         if (!result.valid) result.problem = "has no place on the calibrated plane";
