@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <utility>
 
 #include "orxFunctions/analysis/caliper_profile_internal.h"
@@ -17,12 +16,10 @@
 namespace orx {
 namespace {
 
-constexpr double kUnlimited = std::numeric_limits<double>::infinity();
-
 bool takesEdges(const char* function, const TCaliperOptions& options) {
     return takesOptions(function,
                         {{"sigma", options.sigma, 0.5, 50},
-                         {"minContrast", options.minContrast, 0, kUnlimited},
+                         {"minContrast", options.minContrast, 0, kNoHighEnd},
                          {"polarity", static_cast<double>(options.polarity), epAny, epBrightToDark},
                          {"selection", static_cast<double>(options.selection), esAll, esStrongest}});
 }

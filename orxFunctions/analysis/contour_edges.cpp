@@ -31,12 +31,11 @@ constexpr double kAliasingPower = -3.3;
 constexpr double kWidest = 0.5;
 
 bool isUsable(const cv::Mat& img, const TContourEdgeOptions& options) {
-    constexpr double kUnlimited = std::numeric_limits<double>::infinity();
     constexpr double kFinite = std::numeric_limits<double>::max();
     return takesPicture(img, "edgesAcross") &&
            takesOptions("edgesAcross",
                         {{"reach", options.reach, 1.5, 50},
-                         {"minContrast", options.minContrast, 0, kUnlimited},
+                         {"minContrast", options.minContrast, 0, kNoHighEnd},
                          {"noise", options.noise, 0, kFinite},
                          {"polarity", static_cast<double>(options.polarity), epAny, epBrightToDark}});
 }

@@ -3,8 +3,12 @@
 #define ORXFUNCTIONS_FOUNDATION_OPTION_RANGE_INTERNAL_H
 
 #include <initializer_list>
+#include <limits>
 
 namespace orx {
+
+// As `high`: no end above, infinity included.
+constexpr double kNoHighEnd = std::numeric_limits<double>::infinity();
 
 struct TOptionRange {
     const char* name;
