@@ -1,0 +1,13 @@
+# Makes the Python files in TO those of FROM; the compiled core stays.
+cmake_minimum_required(VERSION 3.20)
+file(GLOB_RECURSE old RELATIVE "${TO}" "${TO}/*.py" "${TO}/*.pyi" "${TO}/py.typed")
+file(GLOB_RECURSE new RELATIVE "${FROM}" "${FROM}/*.py" "${FROM}/*.pyi" "${FROM}/py.typed")
+foreach(file IN LISTS old)
+  if(NOT file IN_LIST new)
+    file(REMOVE "${TO}/${file}")
+  endif()
+endforeach()
+foreach(file IN LISTS new)
+  get_filename_component(folder "${file}" DIRECTORY)
+  file(COPY "${FROM}/${file}" DESTINATION "${TO}/${folder}")
+endforeach()

@@ -1,0 +1,15 @@
+"""Machine vision for inspection and measuring: edges between the pixels, fits with their uncertainty, parts, verdicts.
+
+Pictures are arrays of numpy as OpenCV has them: uint8 (or uint16 where a function says so), shape ``(rows, columns)`` for
+grey, ``(rows, columns, 3)`` for BGR. Points are arrays of shape ``(n, 2)``, x before y; the centre of the top-left pixel is
+(0, 0), x runs to the right and y down. Nothing is converted silently: another type or shape is a `TypeError` that says what
+is expected and what came, an option outside its range a `ValueError`. Where a sound picture holds nothing to be found the
+answer is None, or an empty array.
+
+All functions may be called from several threads at once, and let other threads run meanwhile. Where chance plays a part
+there is an option ``seed``; equal seeds give equal results.
+"""
+from . import analysis, errors
+from ._core import __version__
+
+__all__ = ["__version__", "analysis", "errors"]

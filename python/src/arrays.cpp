@@ -1,0 +1,313 @@
+#include "arrays.h"
+
+#include <climits>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace orxpy {
+
+namespace {
+
+struct KindText {
+    const char* text;
+    bool sixteenBits;
+    bool truth;    // bool arrays
+    int channels;  // a bit for each number that is taken
+};
+
+constexpr int kOne = 1 << 1, kThree = 1 << 3, kOneToFour = 1 << 1 | 1 << 2 | 1 << 3 | 1 << 4;
+
+KindText textOf(ImageKind kind) {
+    switch (kind) {
+        case ikGrey:
+            return {"a grey image: uint8 array of shape (rows, columns)", false, false, kOne};
+        case ikBinary:
+            return {"a binary image: uint8 or bool array of shape (rows, columns)", false, true, kOne};
+        case ikColour:
+            return {"a grey or BGR image: uint8 array of shape (rows, columns) or (rows, columns, 3)", false,
+                    false, kOne | kThree};
+        case ikGreyAnyDepth:
+            return {"a grey image: uint8 or uint16 array of shape (rows, columns)", true, false, kOne};
+        case ikDrawable:
+            return {
+                "an image to draw on: uint8 array of shape (rows, columns), (rows, columns, 3) or (rows, "
+                "columns, 4)",
+                false, false, kOne | kThree | 1 << 4};
+        case ikAny:
+            break;
+    }
+    return {"an image: uint8 or uint16 array of shape (rows, columns) or (rows, columns, 1 to 4)", true,
+            false, kOneToFour};
+}
+
+[[noreturn]] void refuseType(const char* name, const std::string& expected, const py::handle& got) {
+    throw py::type_error(std::string(name) + ": expected " + expected + ", got " + describe(got));
+}
+
+bool isNative(const py::dtype& type) {
+    const char order = type.byteorder();
+    return order == '=' || order == '|';
+}
+
+// Whether a cv::Mat can describe the pixels where they are.
+bool fits(const py::array& array, int channels) {
+    const py::ssize_t item = array.itemsize();
+    const auto* data = static_cast<const char*>(array.data());
+    if (array.ndim() == 3 && channels > 1 && array.strides(2) != item) return false;
+    if (array.shape(1) > 1 && array.strides(1) != item * channels) return false;
+    if (reinterpret_cast<std::uintptr_t>(data) % static_cast<std::uintptr_t>(item) != 0) return false;
+    const py::ssize_t row = array.shape(1) * item * channels;
+    return array.shape(0) <= 1 || (array.strides(0) >= row && array.strides(0) % item == 0);
+}
+
+cv::Mat headerOver(const py::array& array, int channels, void* data) {
+    const int depth = array.itemsize() == 1 ? CV_8U : CV_16U;
+    const auto rows = static_cast<int>(array.shape(0)), columns = static_cast<int>(array.shape(1));
+    std::size_t step = cv::Mat::AUTO_STEP;
+    if (rows > 1) step = static_cast<std::size_t>(array.strides(0));
+    return cv::Mat(rows, columns, CV_MAKETYPE(depth, channels), data, step);
+}
+
+// The number of channels of what may be an image of that kind.
+int channelsOf(const py::array& array, const char* name, const KindText& kind) {
+    const py::dtype type = array.dtype();
+    const bool bytes = type.kind() == 'u' && type.itemsize() == 1;
+    const bool words = kind.sixteenBits && type.kind() == 'u' && type.itemsize() == 2 && isNative(type);
+    const bool truth = kind.truth && type.kind() == 'b';
+    const bool shaped = array.ndim() == 2 || array.ndim() == 3;
+    const py::ssize_t channels = array.ndim() == 3 ? array.shape(2) : 1;
+    if (!(bytes || words || truth) || !shaped || channels < 1 || channels > 4 ||
+        (kind.channels >> channels & 1) == 0) {
+        refuseType(name, kind.text, array);
+    }
+    if (array.shape(0) == 0 || array.shape(1) == 0) {
+        throw py::value_error(std::string(name) + ": expected at least one pixel, got " + describe(array));
+    }
+    if (array.shape(0) > INT_MAX || array.shape(1) > INT_MAX) {
+        throw py::value_error(std::string(name) + ": expected fewer rows and columns, got " +
+                              describe(array));
+    }
+    return static_cast<int>(channels);
+}
+
+py::array arrayAs(const Argument& argument, const char* name, const char* expected) {
+    if (!py::isinstance<py::array>(argument)) refuseType(name, expected, argument);
+    return py::reinterpret_borrow<py::array>(argument);
+}
+
+constexpr const char* kPixels = "whole pixels: integer array of shape (n, 2)";
+constexpr const char* kPoints = "points: array of numbers of shape (n, 2)";
+
+// An array of `axes` numbers a row out of an array or a sequence of rows.
+py::array rowsOf(const Argument& argument, const char* name, const char* expected, py::ssize_t axes,
+                 bool whole) {
+    if (py::isinstance<py::str>(argument) || argument.is_none()) refuseType(name, expected, argument);
+    py::array array;
+    if (py::isinstance<py::array>(argument)) {
+        array = py::reinterpret_borrow<py::array>(argument);
+    } else {
+        if (!PySequence_Check(argument.ptr())) refuseType(name, expected, argument);
+        try {
+            array = py::module_::import("numpy").attr("asarray")(argument);
+        } catch (py::error_already_set& error) {
+            if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+            refuseType(name, expected, argument);
+        }
+        if (array.size() == 0 && array.ndim() == 1)
+            return py::array_t<double>(std::vector<py::ssize_t>{0, axes});
+    }
+    if (array.ndim() == 3 && array.shape(1) == 1) {
+        array = array.attr("reshape")(array.shape(0), array.shape(2)).cast<py::array>();
+    }
+    const char kind = array.dtype().kind();
+    const bool numbers = kind == 'i' || kind == 'u' || (!whole && kind == 'f');
+    if (!numbers || array.ndim() != 2 || array.shape(1) != axes) {
+        if (!(array.size() == 0 && array.ndim() == 2 && array.shape(1) == axes))
+            refuseType(name, expected, argument);
+    }
+    return array;
+}
+
+using Wide = py::array_t<std::int64_t, py::array::c_style | py::array::forcecast>;
+using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
+
+void refuseWide(const char* name, const char* expected) {
+    throw py::value_error(std::string(name) + ": expected " + expected + " within 32 bits");
+}
+
+template <typename Point>
+std::vector<Point> pointsAs(const Argument& argument, const char* name) {
+    const Doubles array(rowsOf(argument, name, kPoints, 2, false));
+    const auto* data = array.data();
+    std::vector<Point> points(static_cast<std::size_t>(array.shape(0)));
+    for (Point& point : points) {
+        point = Point(static_cast<decltype(point.x)>(data[0]), static_cast<decltype(point.x)>(data[1]));
+        data += 2;
+    }
+    return points;
+}
+
+template <typename T, typename Point>
+ArrayOf<T> pairsFrom(std::vector<Point>&& points) {
+    auto* held = new std::vector<Point>(std::move(points));
+    const py::capsule owner(held, [](void* memory) { delete static_cast<std::vector<Point>*>(memory); });
+    const std::vector<py::ssize_t> shape = {static_cast<py::ssize_t>(held->size()), 2};
+    return ArrayOf<T>(py::array_t<T>(shape, reinterpret_cast<const T*>(held->data()), owner));
+}
+
+}  // namespace
+
+std::string describe(const py::handle& object) {
+    if (!py::isinstance<py::array>(object)) return py::str(py::type::handle_of(object).attr("__name__"));
+    const auto array = py::reinterpret_borrow<py::array>(object);
+    return std::string(py::str(array.dtype())) + " array of shape " +
+           std::string(py::str(array.attr("shape")));
+}
+
+Image imageOf(const Argument& argument, const char* name, ImageKind kind) {
+    const KindText text = textOf(kind);
+    py::array array = arrayAs(argument, name, text.text);
+    const int channels = channelsOf(array, name, text);
+    if (!fits(array, channels)) {
+        array = py::module_::import("numpy").attr("ascontiguousarray")(array).cast<py::array>();
+    }
+    // Nobody writes through a header of what is only read.
+    const cv::Mat mat = headerOver(array, channels, const_cast<void*>(array.data()));
+    return {array, mat};
+}
+
+Image imageToWrite(const Argument& argument, const char* name, ImageKind kind) {
+    const KindText text = textOf(kind);
+    const py::array array = arrayAs(argument, name, text.text);
+    const int channels = channelsOf(array, name, text);
+    if (!array.writeable())
+        throw py::value_error(std::string(name) + ": expected an array that can be written");
+    if (!fits(array, channels)) {
+        throw py::value_error(std::string(name) +
+                              ": expected rows of pixels without steps between them, got strides " +
+                              std::string(py::str(array.attr("strides"))) + " (draw on a copy)");
+    }
+    return {array, headerOver(array, channels, const_cast<void*>(array.data()))};
+}
+
+std::vector<cv::Point> pixelsOf(const Argument& argument, const char* name) {
+    const py::array rows = rowsOf(argument, name, kPixels, 2, true);
+    if (rows.dtype().kind() == 'u' && rows.itemsize() == 8 && rows.size() > 0 &&
+        rows.attr("max")().cast<std::uint64_t>() > INT_MAX) {
+        refuseWide(name, kPixels);
+    }
+    const Wide array(rows);
+    const auto* data = array.data();
+    std::vector<cv::Point> points(static_cast<std::size_t>(array.shape(0)));
+    for (cv::Point& point : points) {
+        for (int i = 0; i < 2; ++i) {
+            if (data[i] < INT_MIN || data[i] > INT_MAX) refuseWide(name, kPixels);
+        }
+        point = {static_cast<int>(data[0]), static_cast<int>(data[1])};
+        data += 2;
+    }
+    return points;
+}
+
+std::vector<cv::Point2f> pointsOf(const Argument& argument, const char* name) {
+    return pointsAs<cv::Point2f>(argument, name);
+}
+
+std::vector<cv::Point2d> precisePointsOf(const Argument& argument, const char* name) {
+    return pointsAs<cv::Point2d>(argument, name);
+}
+
+std::vector<cv::Point3d> spacePointsOf(const Argument& argument, const char* name) {
+    const Doubles array(
+        rowsOf(argument, name, "points in space: array of numbers of shape (n, 3)", 3, false));
+    const auto* data = array.data();
+    std::vector<cv::Point3d> points(static_cast<std::size_t>(array.shape(0)));
+    for (cv::Point3d& point : points) {
+        point = {data[0], data[1], data[2]};
+        data += 3;
+    }
+    return points;
+}
+
+std::vector<std::vector<cv::Point>> contoursOf(const Argument& argument, const char* name) {
+    const char* expected = "contours: a sequence of integer arrays of shape (n, 2)";
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    std::vector<std::vector<cv::Point>> contours;
+    for (std::size_t i = 0; i < sequence.size(); ++i) {
+        const std::string item = std::string(name) + "[" + std::to_string(i) + "]";
+        contours.push_back(pixelsOf(sequence[i], item.c_str()));
+    }
+    return contours;
+}
+
+cv::Point2d placeOf(const Argument& argument, const char* name) {
+    const char* expected = "a place: a pair of numbers (x, y)";
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    if (sequence.size() != 2) refuseType(name, expected, argument);
+    double values[2];
+    for (std::size_t i = 0; i < 2; ++i) {
+        const py::object item = sequence[i];
+        values[i] = PyFloat_AsDouble(item.ptr());
+        if (values[i] == -1.0 && PyErr_Occurred() != nullptr) {
+            PyErr_Clear();
+            refuseType(name, expected, argument);
+        }
+    }
+    return {values[0], values[1]};
+}
+
+std::vector<double> numbersOf(const Argument& argument, const char* name) {
+    const char* expected = "numbers: array of shape (n,)";
+    if (argument.is_none()) return {};
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    py::array array;
+    try {
+        array = py::module_::import("numpy").attr("asarray")(argument);
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+        refuseType(name, expected, argument);
+    }
+    const char kind = array.dtype().kind();
+    if (array.ndim() != 1 || !(kind == 'i' || kind == 'u' || kind == 'f'))
+        refuseType(name, expected, argument);
+    const Doubles numbers(array);
+    return {numbers.data(), numbers.data() + numbers.size()};
+}
+
+ArrayOf<int> arrayFrom(std::vector<cv::Point>&& points) { return pairsFrom<int>(std::move(points)); }
+ArrayOf<float> arrayFrom(std::vector<cv::Point2f>&& points) { return pairsFrom<float>(std::move(points)); }
+ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points) { return pairsFrom<double>(std::move(points)); }
+
+AnyArray arrayFrom(cv::Mat mat) {
+    auto* held = new cv::Mat(std::move(mat));
+    const py::capsule owner(held, [](void* memory) { delete static_cast<cv::Mat*>(memory); });
+    const py::dtype type = held->depth() == CV_8U    ? py::dtype::of<std::uint8_t>()
+                           : held->depth() == CV_16U ? py::dtype::of<std::uint16_t>()
+                           : held->depth() == CV_32F ? py::dtype::of<float>()
+                                                     : py::dtype::of<double>();
+    if (held->depth() != CV_8U && held->depth() != CV_16U && held->depth() != CV_32F &&
+        held->depth() != CV_64F) {
+        throw py::type_error("a matrix of a depth that no array is made of");
+    }
+    std::vector<py::ssize_t> shape = {held->rows, held->cols};
+    std::vector<py::ssize_t> strides = {static_cast<py::ssize_t>(held->step[0]),
+                                        static_cast<py::ssize_t>(held->elemSize())};
+    if (held->channels() > 1) {
+        shape.push_back(held->channels());
+        strides.push_back(static_cast<py::ssize_t>(held->elemSize1()));
+    }
+    return AnyArray(py::array(type, shape, strides, held->data, owner));
+}
+
+ArrayOf<unsigned char> bytesFrom(cv::Mat mat) {
+    CV_Assert(mat.depth() == CV_8U);
+    return ArrayOf<unsigned char>(py::object(arrayFrom(std::move(mat))));
+}
+
+}  // namespace orxpy

@@ -1,0 +1,17 @@
+// What each file of this folder adds to the compiled module `orxfunctions._core`. The module is private: its
+// functions take positional arguments and plain values, and have no documentation of their own; the typed
+// functions of the package in
+// ../orxfunctions stand in front of them.
+#ifndef ORXFUNCTIONS_PYTHON_BINDINGS_H
+#define ORXFUNCTIONS_PYTHON_BINDINGS_H
+
+#include <pybind11/pybind11.h>
+
+namespace orxpy {
+
+void bindLevels(pybind11::module_& core);
+void bindEdges(pybind11::module_& core);
+
+}  // namespace orxpy
+
+#endif

@@ -1,0 +1,18 @@
+// The compiled module `orxfunctions._core`.
+#include <pybind11/pybind11.h>
+
+#include <opencv2/core.hpp>
+
+#include "bindings.h"
+#include "orxFunctions/api.h"
+
+#define ORX_TEXT_OF(number) #number
+#define ORX_TEXT(number) ORX_TEXT_OF(number)
+
+PYBIND11_MODULE(_core, core) {
+    pybind11::register_exception<cv::Exception>(core, "OpenCVError", PyExc_RuntimeError);
+    core.attr("__version__") =
+        ORX_TEXT(ORX_VERSION_MAJOR) "." ORX_TEXT(ORX_VERSION_MINOR) "." ORX_TEXT(ORX_VERSION_PATCH);
+    orxpy::bindLevels(core);
+    orxpy::bindEdges(core);
+}
