@@ -1,5 +1,6 @@
 #include "orxFunctions/calibration/calibration_text_internal.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -38,6 +39,15 @@ std::string compressed(const std::string& text) {
     return bytes;
 }
 
+// OpenCV's reader of XML follows a null pointer where the text ends, or a NUL stands, within a tag. It reads
+// no further than the NUL anyway; and a comment behind the end is within no tag.
+void endOutsideOfTags(std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos || text[first] != '<') return;
+    text.resize(std::min(text.find('\0'), text.size()));
+    text += "\n<!-- -->\n";
+}
+
 }  // namespace
 
 bool readCalibrationText(const std::string& fileName, std::string& text, const char* function) {
@@ -54,6 +64,7 @@ bool readCalibrationText(const std::string& fileName, std::string& text, const c
     }
     if (count < 0)
         return refuse(rcFileFormat, function, "it can't be inflated: %s", platform::shownName(path).c_str());
+    endOutsideOfTags(text);
     return nestingBound(text) <= kMostLevels ||
            refuse(rcFileFormat, function, "it nests deeper than %d levels: %s", kMostLevels,
                   platform::shownName(path).c_str());

@@ -222,6 +222,9 @@ TEST(CalibrateDataFromFile, BrokenFilesAreRefused) {
         yaml("a:\n " + repeated("- ", 100000)),
         "{\"a\":" + repeated("[", 100000) + repeated("]", 100000) + "}",
         "<?xml version=\"1.0\"?>\n<opencv_storage>" + repeated("<a>", 100000),
+        "<?xml version=\"1.0\"?>\n<opencv_storage>\n<a type_id=",
+        "<?xml version=\"1.0\"?>\n<opencv_storage>\n<a type_id=" + std::string(3, '\0') +
+            "\"x\">\n</a></opencv_storage>\n",
     };
     for (const std::string& content : contents) {
         test::writeBytes(folder / "broken.yml", content);
@@ -232,6 +235,19 @@ TEST(CalibrateDataFromFile, BrokenFilesAreRefused) {
     EXPECT_FALSE(Loaded(folder / "missing.yml").result);
     EXPECT_FALSE(Loaded(folder.name()).result);
     EXPECT_FALSE(Loaded("").result);
+}
+
+TEST_P(CalibrationFile, CutFilesAreRefused) {
+    orx::calibrateData2File(kIntrinsic, kDistortion, {640, 480}, "c", path());
+    const std::string good = test::bytesOf(path());
+    for (std::size_t size = 0; size + 60 < good.size(); size += 13) {
+        for (const std::string& end : {std::string(), std::string("\0\n", 2)}) {
+            test::writeBytes(path(), good.substr(0, size) + end);
+            const Loaded loaded(path());
+            EXPECT_FALSE(loaded.result) << size;
+            EXPECT_TRUE(isUntouched(loaded)) << size;
+        }
+    }
 }
 
 // Good files with a few bytes changed: they load or they do not, and either way the process lives on.

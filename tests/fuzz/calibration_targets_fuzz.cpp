@@ -61,6 +61,9 @@ void checkBoards(fuzz::Input& input) {
 void checkFinding(fuzz::Input& input) {
     orx::TTarget t = target(input);
     t.rows = std::min(8, std::max(3, t.rows));
+    const double stated = t.diameter / t.pitch;
+    const double share =
+        stated > 0 && stated < 1 ? stated : 0.5;  // drawn so where the target's is no sound one
     const int pitch = input.between(8, 24);
     const int left = input.between(0, 40);
     const unsigned grain = 1 + input.byte() % 12U;
@@ -77,8 +80,8 @@ void checkFinding(fuzz::Input& input) {
         for (int y = 1; y <= t.rows; ++y) {
             for (int x = 1; x <= t.columns; ++x) {
                 const cv::Point at{16 * (left + x * pitch), 16 * (left + y * pitch)};
-                cv::circle(image, at, static_cast<int>(8 * pitch * t.diameter / t.pitch), cv::Scalar(40),
-                           cv::FILLED, cv::LINE_AA, 4);
+                cv::circle(image, at, static_cast<int>(8 * pitch * share), cv::Scalar(40), cv::FILLED,
+                           cv::LINE_AA, 4);
             }
         }
     }
