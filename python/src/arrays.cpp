@@ -12,8 +12,9 @@ namespace {
 struct KindText {
     const char* text;
     bool sixteenBits;
-    bool truth;    // bool arrays
-    int channels;  // a bit for each number that is taken
+    bool truth;             // bool arrays
+    int channels;           // a bit for each number that is taken
+    bool gradient = false;  // int16 instead of uint8
 };
 
 constexpr int kOne = 1 << 1, kThree = 1 << 3, kOneToFour = 1 << 1 | 1 << 2 | 1 << 3 | 1 << 4;
@@ -34,6 +35,8 @@ KindText textOf(ImageKind kind) {
                 "an image to draw on: uint8 array of shape (rows, columns), (rows, columns, 3) or (rows, "
                 "columns, 4)",
                 false, false, kOne | kThree | 1 << 4};
+        case ikGradient:
+            return {"a gradient: int16 array of shape (rows, columns)", false, false, kOne, true};
         case ikAny:
             break;
     }
@@ -62,7 +65,7 @@ bool fits(const py::array& array, int channels) {
 }
 
 cv::Mat headerOver(const py::array& array, int channels, void* data) {
-    const int depth = array.itemsize() == 1 ? CV_8U : CV_16U;
+    const int depth = array.itemsize() == 1 ? CV_8U : array.dtype().kind() == 'i' ? CV_16S : CV_16U;
     const auto rows = static_cast<int>(array.shape(0)), columns = static_cast<int>(array.shape(1));
     std::size_t step = cv::Mat::AUTO_STEP;
     if (rows > 1) step = static_cast<std::size_t>(array.strides(0));
@@ -72,12 +75,13 @@ cv::Mat headerOver(const py::array& array, int channels, void* data) {
 // The number of channels of what may be an image of that kind.
 int channelsOf(const py::array& array, const char* name, const KindText& kind) {
     const py::dtype type = array.dtype();
-    const bool bytes = type.kind() == 'u' && type.itemsize() == 1;
+    const bool bytes = !kind.gradient && type.kind() == 'u' && type.itemsize() == 1;
+    const bool gradient = kind.gradient && type.kind() == 'i' && type.itemsize() == 2 && isNative(type);
     const bool words = kind.sixteenBits && type.kind() == 'u' && type.itemsize() == 2 && isNative(type);
     const bool truth = kind.truth && type.kind() == 'b';
     const bool shaped = array.ndim() == 2 || array.ndim() == 3;
     const py::ssize_t channels = array.ndim() == 3 ? array.shape(2) : 1;
-    if (!(bytes || words || truth) || !shaped || channels < 1 || channels > 4 ||
+    if (!(bytes || words || truth || gradient) || !shaped || channels < 1 || channels > 4 ||
         (kind.channels >> channels & 1) == 0) {
         refuseType(name, kind.text, array);
     }

@@ -47,7 +47,8 @@ enum ImageKind : int {
     ikColour = 2,        // uint8, one or three channels
     ikAny = 3,           // uint8 or uint16, 1 to 4 channels
     ikGreyAnyDepth = 4,  // uint8 or uint16, one channel
-    ikDrawable = 5       // uint8, 1, 3 or 4 channels
+    ikDrawable = 5,      // uint8, 1, 3 or 4 channels
+    ikGradient = 6       // int16, one channel
 };
 
 // A picture to read. Valid while `array` is: keep the object.

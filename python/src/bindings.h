@@ -11,6 +11,10 @@ namespace orxpy {
 
 void bindLevels(pybind11::module_& core);
 void bindEdges(pybind11::module_& core);
+void bindCalipers(pybind11::module_& core);
+void bindOutlines(pybind11::module_& core);
+void bindPictures(pybind11::module_& core);
+void bindGrades(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -15,4 +15,8 @@ PYBIND11_MODULE(_core, core) {
         ORX_TEXT(ORX_VERSION_MAJOR) "." ORX_TEXT(ORX_VERSION_MINOR) "." ORX_TEXT(ORX_VERSION_PATCH);
     orxpy::bindLevels(core);
     orxpy::bindEdges(core);
+    orxpy::bindCalipers(core);
+    orxpy::bindOutlines(core);
+    orxpy::bindPictures(core);
+    orxpy::bindGrades(core);
 }

@@ -145,7 +145,7 @@ def edges(image: Bytes, *, sigma: float = 1.0, thresholds: Optional[Tuple[float,
     >>> float(found.points[:, 0].mean().round(2))
     9.5
 
-    C++: ORXEdge::edgesSubPixMetric
+    C++: ORXEdge::edgesSubPixMetric, ORXEdge::TMetricOptions, ORXEdge::TMetricContour
     """
     return Edges(*_core.edges(image, sigma, thresholds, choice("mode", mode, _MODES), noise, min_points))
 
@@ -157,7 +157,7 @@ def edges_classic(image: Bytes, *, low: int = 12, high: int = 36, alpha: float =
     A chain runs along both sides of a thin edge, so most points of open edges come twice. A negative `high` takes both
     thresholds from the image.
 
-    C++: ORXEdge::EdgesSubPix
+    C++: ORXEdge::EdgesSubPix, ORXEdge::TContour
     """
     points, direction, response, offsets = _core.edges_classic(image, choice("mode", mode, _MODES), low, high, alpha)
     parts = (slice(int(a), int(b)) for a, b in zip(offsets[:-1], offsets[1:]))

@@ -48,7 +48,7 @@ def threshold_level(image: Bytes, *, method: ThresholdMethod = "otsu") -> Option
     >>> threshold_level(image)
     40
 
-    C++: orx::getThresholdValue
+    C++: orx::getThresholdValue, orx::TThresholdMethod
     """
     return _core.threshold_level(image, choice("method", method, _METHODS))
 
