@@ -5,7 +5,8 @@ from orxfunctions import analysis
 
 image = np.zeros((4, 4), np.uint8)
 
-analysis.threshold_level(np.zeros((4, 4), np.float64))  # error: arg-type
+wrong = np.zeros((4, 4), np.float64)
+analysis.threshold_level(wrong)  # error: arg-type
 analysis.threshold_level(image, method="otzu")  # error: arg-type
 analysis.threshold_level(image, metod="otsu")  # error: call-arg
 analysis.threshold_level(image) + 1  # error: operator

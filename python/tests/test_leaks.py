@@ -33,7 +33,7 @@ CALLS: list[Callable[[], Any]] = [
     lambda: analysis.contours(SMALL > 100),
     lambda: analysis.to_bgr(SMALL),
     lambda: refused(lambda: analysis.edges(SMALL, sigma=0.0)),
-    lambda: refused(lambda: analysis.focus(SMALL.astype(float))),  # type: ignore[arg-type]
+    lambda: refused(lambda: analysis.focus(SMALL.astype(float))),
 ]
 
 
