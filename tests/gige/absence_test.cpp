@@ -1,14 +1,11 @@
 // Cameras that go away, come back, and belong to others.
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <cmath>
-#include <cstring>
 #include <opencv2/core.hpp>
 
 #include "drivers/TQVisionDriver/frame_conversion.h"
+#include "tests/gige/control_socket.h"
 #include "tests/gige/gige_test.h"
+#include "tests/support/trace_log.h"
 
 namespace gige {
 namespace {
@@ -98,28 +95,76 @@ TEST_F(Absence, ClosingADeadCameraDoesNotWait) {
     camera_->resume();
 }
 
-// As a program does that takes control and dies: the camera is free when its heartbeat has not come for 3 s.
-void takeControlAndDie(const char* address) {
-    const int control = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in camera{};
-    camera.sin_family = AF_INET;
-    camera.sin_port = htons(3956);
-    inet_pton(AF_INET, address, &camera.sin_addr);
-    // Write 2 (control access) to the register of the control privilege.
-    const unsigned char command[] = {0x42, 0x01, 0x00, 0x82, 0x00, 0x08, 0x00, 0x01,
-                                     0x00, 0x00, 0x0A, 0x00, 0x00, 0x00, 0x00, 0x02};
-    sendto(control, command, sizeof(command), 0, reinterpret_cast<const sockaddr*>(&camera), sizeof(camera));
-    unsigned char answer[16];
-    EXPECT_GT(recv(control, answer, sizeof(answer), 0), 0);
-    close(control);
-}
-
 TEST_F(Absence, ACameraOfAProgramThatDiedIsHadWhenItsControlExpires) {
     addCamera({});
     ASSERT_TRUE(found(VD_TYPE_HIKVISION));
-    takeControlAndDie("127.0.0.2");
+    EXPECT_TRUE(ControlSocket("127.0.0.2").takeControl());  // and the program dies
     double waited = duration([this] { EXPECT_TRUE(modules_.open(VD_TYPE_HIKVISION, 0)); });
     EXPECT_GT(waited, 1000.0) << "the camera was not busy";
+    EXPECT_TRUE(start(0));
+    EXPECT_FALSE(fetchNew(0).empty());
+}
+
+TEST_F(Absence, ACameraOfAnotherProgramCannotBeOpened) {
+    addCamera({});
+    ASSERT_TRUE(found(VD_TYPE_HIKVISION));
+    const ControlSocket other("127.0.0.2");
+    ASSERT_TRUE(other.takeControl());
+    ASSERT_TRUE(other.write(ControlSocket::kHeartbeatTimeout, 60000));
+    const test::TraceLog log;
+    EXPECT_FALSE(modules_.open(VD_TYPE_HIKVISION, 0));
+    EXPECT_EQ(log.count("TQVisionDriver: camera S1 at 127.0.0.2 is controlled by another program"), 1);
+}
+
+TEST_F(Absence, ACameraThatFellSilentRefusesTheNextCall) {
+    camera_ = &addCamera({});
+    const test::TraceLog log;
+    const std::string lost = "TQVisionDriver: camera S1 at 127.0.0.2 is lost: it does not answer";
+    const std::vector<std::function<bool()>> calls = {
+        [this] { return start(0); },
+        [this] { return modules_.setParam(0, VD_PARAM_EXPOSURE, 99); },
+        [this] { return !std::isnan(value(0, VD_PARAM_EXPOSURE)); },
+    };
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(found(VD_TYPE_HIKVISION));
+        ASSERT_TRUE(modules_.open(VD_TYPE_HIKVISION, 0));
+        camera_->pause();
+        sleepMs(50);  // what was asked before may still be answered
+        double waited = duration([&] { EXPECT_FALSE(calls[i]()); });
+        EXPECT_LT(waited, 1000.0);
+        EXPECT_EQ(log.count(lost), static_cast<long>(i) + 1);
+        camera_->kill();
+        camera_->start();  // so that farewells are answered
+        ASSERT_EQ(camera_->problem(), "");
+        modules_.destroy();
+    }
+}
+
+TEST_F(Absence, ACameraWithANewAddressIsFoundAgain) {
+    openOne();
+    ASSERT_TRUE(eventually(1000, [this] { return isBackAsItWas(); }));
+    camera_->kill();
+    const test::TraceLog log;
+    CameraOptions moved;
+    moved.address = "127.0.0.7";
+    addCamera(moved);
+    const std::string back = "TQVisionDriver: camera S1 at 127.0.0.7 is back";
+    EXPECT_TRUE(eventually(15000, [&] { return log.count(back) == 1; }));
+    EXPECT_TRUE(eventually(2000, [this] { return isBackAsItWas(); }));
+}
+
+TEST_F(Absence, ACameraIsLookedForWhenItIsOpened) {
+    camera_ = &addCamera({});
+    ASSERT_TRUE(found(VD_TYPE_HIKVISION));
+    camera_->kill();
+    const test::TraceLog log;
+    EXPECT_FALSE(modules_.open(VD_TYPE_HIKVISION, 0));
+    EXPECT_EQ(log.count("TQVisionDriver: camera S1 is not connected"), 1);
+    CameraOptions moved;
+    moved.address = "127.0.0.7";
+    addCamera(moved);
+    EXPECT_TRUE(eventually(5000, [this] { return modules_.open(VD_TYPE_HIKVISION, 0); }));
     EXPECT_TRUE(start(0));
     EXPECT_FALSE(fetchNew(0).empty());
 }

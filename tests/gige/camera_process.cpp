@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <vector>
 
 extern char** environ;
 
@@ -47,6 +46,7 @@ void SoftwareCamera::start() {
                                       "--loss",
                                       std::to_string(options_.loss)};
     if (options_.isEven) words.emplace_back("--even");
+    for (const std::string& change : options_.changes) words.insert(words.end(), {"--change", change});
     std::vector<char*> arguments;
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace gige {
 
@@ -19,6 +20,8 @@ struct CameraOptions {
     double rate = 50.0;
     double loss = 0.0;
     bool isEven = false;  // each picture is of one level: its number modulo 251
+    // OLD=>NEW, each: the first OLD in the camera's description of itself is NEW.
+    std::vector<std::string> changes;
 };
 
 // A program that is a camera until it is killed or this object goes.

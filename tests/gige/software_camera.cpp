@@ -1,7 +1,7 @@
 // A GigE Vision camera in software, for the tests beside it: real packets on a real socket, made by Aravis.
 //
 //   software_camera --address A --serial S --vendor V --width W --height H --format CODE --rate F --loss R
-//   [--even]
+//   [--even] [--change OLD=>NEW]...
 //
 // Prints "ready" once it listens, and runs until it is killed or its standard input ends.
 #include <arv.h>
@@ -33,6 +33,7 @@ struct Options {
     double rate = 25.0;
     double loss = 0.0;
     gboolean isEven = FALSE;
+    char** changes = nullptr;
 };
 
 // By GLib, which Aravis brings: what the programs parse theirs with takes long to compile.
@@ -47,6 +48,8 @@ void parse(int argc, char** argv, Options& options) {
         {"rate", 0, 0, G_OPTION_ARG_DOUBLE, &options.rate, "pictures per second", "F"},
         {"loss", 0, 0, G_OPTION_ARG_DOUBLE, &options.loss, "share of the packets that are not sent", "R"},
         {"even", 0, 0, G_OPTION_ARG_NONE, &options.isEven, "pictures of one level each", nullptr},
+        {"change", 0, 0, G_OPTION_ARG_STRING_ARRAY, &options.changes, "of the description, the first OLD",
+         "OLD=>NEW"},
         {}};
     GOptionContext* const context = g_option_context_new(nullptr);
     g_option_context_add_main_entries(context, entries, nullptr);
@@ -71,9 +74,17 @@ std::string entry(const char* name, guint32 value) {
            std::to_string(value) + "</Value></EnumEntry>";
 }
 
+// Makes it the description of a camera that lacks something, or does it otherwise.
+void change(std::string& text, const std::string& what) {
+    const std::size_t arrow = what.find("=>");
+    const std::size_t at = arrow == std::string::npos ? arrow : text.find(what.substr(0, arrow));
+    if (at == std::string::npos) throw std::runtime_error("the camera's own description lacks " + what);
+    text.replace(at, arrow, what.substr(arrow + 2));
+}
+
 // Aravis' description of its camera, with the pixel formats that it lacks, a gain in decibels and a second
 // input.
-std::string description() {
+std::string description(char** changes) {
     ArvFakeCamera* const plain = arv_fake_camera_new("any");
     std::size_t size = 0;
     std::string text(arv_fake_camera_get_genicam_xml(plain, &size));
@@ -89,6 +100,7 @@ std::string description() {
                  "<Float Name=\"Gain\"><pValue>GainConverter</pValue><Min>0.0</Min><Max>24.0</Max></Float>"
                  "<Converter Name=\"GainConverter\"><FormulaTo>FROM * 10</FormulaTo><FormulaFrom>TO / 10.0"
                  "</FormulaFrom><pValue>GainRawRegister</pValue></Converter>");
+    for (; changes != nullptr && *changes != nullptr; ++changes) change(text, *changes);
     return text;
 }
 
@@ -136,7 +148,7 @@ void configure(ArvFakeCamera* camera, const Options& options) {
 ArvGvFakeCamera* listening(const Options& options) {
     const std::filesystem::path file =
         std::filesystem::temp_directory_path() / ("software-camera-" + std::to_string(getpid()) + ".xml");
-    std::ofstream(file) << description();
+    std::ofstream(file) << description(options.changes);
     auto* const camera = static_cast<ArvGvFakeCamera*>(g_object_new(
         ARV_TYPE_GV_FAKE_CAMERA, "interface-name", options.address, "serial-number", options.serial,
         "genicam-filename", file.c_str(), "gvsp-lost-ratio", options.loss, nullptr));
