@@ -73,7 +73,11 @@ double TRunStatistics::cpk() const {
     return indexOf(std::min(tolerance_.upper - mean_, mean_ - tolerance_.lower), 3.0 * deviation());
 }
 
-double TRunStatistics::binOf(double value) const { return std::floor((value - anchor_) / binWidth_); }
+// From the anchor to the value, in bins. Their difference may exceed what a double holds.
+double TRunStatistics::binsTo(double value) const {
+    const double difference = value - anchor_;
+    return std::isfinite(difference) ? difference / binWidth_ : value / binWidth_ - anchor_ / binWidth_;
+}
 
 void TRunStatistics::coarsen() {
     std::array<std::int64_t, kBins> merged{};
@@ -102,11 +106,12 @@ void TRunStatistics::addToHistogram(double value) {
         binWidth_ = bounded ? tolerated * kFinestOfTolerance
                             : std::ldexp(1.0, std::clamp(digits - kFinestDigits, -900, 900));
     }
-    const auto distance = [&] { return std::abs(value - anchor_) / binWidth_; };
+    const auto distance = [&] { return std::abs(binsTo(value)); };
     while (distance() > kLargestIndex && std::isfinite(binWidth_ * 2.0)) coarsen();
     const bool isFirst = lowestBin_ > highestBin_;
     const auto index = [&] {
-        return static_cast<std::int64_t>(std::clamp(binOf(value), -kLargestIndex - 1.0, kLargestIndex));
+        return static_cast<std::int64_t>(
+            std::clamp(std::floor(binsTo(value)), -kLargestIndex - 1.0, kLargestIndex));
     };
     if (isFirst) lowestBin_ = highestBin_ = index();
     std::int64_t bin = index();
@@ -128,7 +133,9 @@ TRunHistogram TRunStatistics::histogram() const {
     histogram.below = below_;
     histogram.above = above_;
     histogram.width = binWidth_;
-    histogram.start = anchor_ + static_cast<double>(lowestBin_) * binWidth_;
+    const auto lowest = static_cast<double>(lowestBin_);
+    histogram.start = anchor_ + lowest * binWidth_;
+    if (!std::isfinite(histogram.start)) histogram.start = (anchor_ / binWidth_ + lowest) * binWidth_;
     for (std::int64_t i = lowestBin_; i <= highestBin_; ++i)
         histogram.counts.push_back(bins_[static_cast<std::size_t>(i - lowestBin_)]);
     return histogram;

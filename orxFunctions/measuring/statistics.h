@@ -76,7 +76,7 @@ class ORX_API TRunStatistics {
 
     bool hasTwoLimits() const;
     void addToHistogram(double value);
-    double binOf(double value) const;
+    double binsTo(double value) const;
     void coarsen();
     void addToChart(double value, bool measured);
 

@@ -118,6 +118,24 @@ TEST(RunHistogram, CountsValuesWhereTheyAreWhateverTheirOrder) {
     EXPECT_NEAR(bins, std::round(bins), 1e-6);
 }
 
+TEST(RunHistogram, ValuesAreCountedWhoseDistanceFromTheLimitExceedsADouble) {
+    for (const double limit : {1.7e308, -1.7e308}) {
+        SCOPED_TRACE(limit);
+        orx::TTolerance oneLimit;
+        oneLimit.lower = limit;
+        const std::vector<double> values = {-limit, 0, limit, -limit / 2};
+        const orx::TRunHistogram histogram = statisticsOf(values, oneLimit).histogram();
+        EXPECT_EQ(totalOf(histogram), 4);
+        EXPECT_TRUE(std::isfinite(histogram.width));
+        for (const double value : values) {
+            const double bin = std::floor(value / histogram.width - histogram.start / histogram.width);
+            ASSERT_GE(bin, 0.0) << value;
+            ASSERT_LT(bin, static_cast<double>(histogram.counts.size())) << value;
+            EXPECT_EQ(histogram.counts[static_cast<std::size_t>(bin)], 1) << value;
+        }
+    }
+}
+
 TEST(RunHistogram, WildValuesLeaveTheOthersApart) {
     orx::TRunStatistics statistics({9.9, 10.1});
     for (int i = 0; i < 100; ++i) statistics.add(9.95 + 0.001 * i, orx::vdPass);
