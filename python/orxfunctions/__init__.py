@@ -11,5 +11,6 @@ there is an option ``seed``; equal seeds give equal results.
 """
 from . import analysis, errors
 from ._core import __version__
+from ._threads import set_threads, threads
 
-__all__ = ["__version__", "analysis", "errors"]
+__all__ = ["__version__", "analysis", "errors", "set_threads", "threads"]

@@ -13,6 +13,14 @@ PYBIND11_MODULE(_core, core) {
     pybind11::register_exception<cv::Exception>(core, "OpenCVError", PyExc_RuntimeError);
     core.attr("__version__") =
         ORX_TEXT(ORX_VERSION_MAJOR) "." ORX_TEXT(ORX_VERSION_MINOR) "." ORX_TEXT(ORX_VERSION_PATCH);
+    core.def("threads", &cv::getNumThreads);
+    core.def(
+        "set_threads",
+        [](int count) {
+            // Below 0 stands for all of the machine's; 0 would be a single one.
+            cv::setNumThreads(count == 0 ? -1 : count);
+        },
+        pybind11::arg("count"));
     orxpy::bindLevels(core);
     orxpy::bindEdges(core);
     orxpy::bindCalipers(core);
