@@ -10,7 +10,8 @@
 #define ORX_TEXT(number) ORX_TEXT_OF(number)
 
 PYBIND11_MODULE(_core, core) {
-    pybind11::register_exception<cv::Exception>(core, "OpenCVError", PyExc_RuntimeError);
+    pybind11::register_exception<cv::Exception>(core, "OpenCVError", PyExc_RuntimeError).attr("__doc__") =
+        "What OpenCV reports, in its own words.";
     core.attr("__version__") =
         ORX_TEXT(ORX_VERSION_MAJOR) "." ORX_TEXT(ORX_VERSION_MINOR) "." ORX_TEXT(ORX_VERSION_PATCH);
     core.def("threads", &cv::getNumThreads);
