@@ -32,6 +32,18 @@ void line(benchmark::State& state) {
 }
 BENCHMARK(line)->Name("ransac_line")->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMicrosecond);
 
+// The same numbers from a generator of the search's own.
+void lineSeeded(benchmark::State& state) {
+    const Points points = scene::line(state.range(0));
+    std::int64_t run = 0;
+    for (auto _ : state) {
+        orx::TRansacLine search(points, scene::kTrials, scene::kTrials, scene::kThreshold);
+        search.setSeed(static_cast<unsigned>(run++ % 64));
+        benchmark::DoNotOptimize(search.doRansac());
+    }
+}
+BENCHMARK(lineSeeded)->Name("ransac_line_seeded")->Arg(200)->Arg(2000)->Unit(benchmark::kMicrosecond);
+
 void linePlain(benchmark::State& state) {
     const Points points = scene::line(state.range(0));
     std::int64_t run = 0;
@@ -67,6 +79,17 @@ void circle(benchmark::State& state) {
     }
 }
 BENCHMARK(circle)->Name("ransac_circle")->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+void circleSeeded(benchmark::State& state) {
+    const Points points = scene::circle(state.range(0));
+    std::int64_t run = 0;
+    for (auto _ : state) {
+        orx::TRansacCircle search(points, scene::kTrials, scene::kTrials, scene::kThreshold);
+        search.setSeed(static_cast<unsigned>(run++ % 64));
+        benchmark::DoNotOptimize(search.doRansac());
+    }
+}
+BENCHMARK(circleSeeded)->Name("ransac_circle_seeded")->Arg(200)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
 // The slowest of many seeds: one whose first circle is beaten by none of the others, so that all are judged.
 void circleWorstSeed(benchmark::State& state) {

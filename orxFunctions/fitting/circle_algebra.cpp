@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include "orxFunctions/fitting/geometry.h"
 #include "orxFunctions/fitting/pixel_span_internal.h"
-#include "orxFunctions/fitting/random_numbers.h"
 
 namespace orx::circle_blocks {
 namespace {
@@ -72,13 +70,13 @@ double weightedMeanResidual(const std::vector<double>& residuals, const std::vec
     return sum / static_cast<double>(residuals.size());
 }
 
-bool sampleThree(const std::vector<cv::Point>& points, int seed, std::array<cv::Point, 3>& sample) {
+bool sampleThree(const std::vector<cv::Point>& points, int seed, platform::RuntimeRandom& random,
+                 std::array<cv::Point, 3>& sample) {
     constexpr int kAttempts = 10;
     if (points.size() < 3) return false;
-    const int last = static_cast<int>(points.size()) - 1;
-    std::srand(static_cast<unsigned>(seed));
+    random.seed(static_cast<unsigned>(seed));
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        for (cv::Point& p : sample) p = points[static_cast<std::size_t>(getRandNum(0, last))];
+        for (cv::Point& p : sample) p = points[static_cast<std::size_t>(random.draw()) % points.size()];
         if (!isCollinear(sample[0], sample[1], sample[2])) return true;
     }
     return false;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orxFunctions/foundation/records.h"
+#include "orxFunctions/platform/runtime_random_internal.h"
 
 namespace orx::circle_blocks {
 
@@ -28,9 +29,10 @@ double inlierRatio(const std::vector<double>& residuals, double threshold);
 // sum(w e) / N, no weights meaning 1 each; 9999.0 when there are no residuals or the lists differ in length.
 double weightedMeanResidual(const std::vector<double>& residuals, const std::vector<double>& weights);
 
-// Three points that do not lie on one line, drawn from rand() after srand(seed). False when ten draws fail;
-// with fewer than 3 points nothing is drawn.
-bool sampleThree(const std::vector<cv::Point>& points, int seed, std::array<cv::Point, 3>& sample);
+// Three points that do not lie on one line, drawn from `random` after seeding it. False when ten draws fail;
+// with fewer than 3 points nothing is seeded or drawn.
+bool sampleThree(const std::vector<cv::Point>& points, int seed, platform::RuntimeRandom& random,
+                 std::array<cv::Point, 3>& sample);
 
 }  // namespace orx::circle_blocks
 

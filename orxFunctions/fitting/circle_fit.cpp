@@ -47,10 +47,11 @@ std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
     std::size_t bestCount = 0;
     orx::inlier_kernels::CircleTest best{};
     std::int64_t stored = 0;
+    orx::platform::RuntimeRandom random;
     std::array<cv::Point, 3> sample;
     for (int remaining = iterationCount_; remaining >= 1;) {
         --remaining;
-        if (!blocks::sampleThree(points_, remaining, sample)) continue;
+        if (!blocks::sampleThree(points_, remaining, random, sample)) continue;
         cv::Point3d circle;
         orx::threePoints2circle(sample[0], sample[1], sample[2], circle);
         if (!(minimumRadius_ < circle.z && circle.z < maximumRadius_)) continue;
@@ -66,6 +67,7 @@ std::vector<cv::Point> TCircleFit_Ransac::largestConsensus() const {
         }
         if (static_cast<double>(count) > many || stored > setCap_) break;
     }
+    random.leaveToRuntime();
     if (bestCount == 0) return {};
     std::vector<int> indices(columns.span().size);
     indices.resize(kernels.listOnCircle(columns.span(), best, indices.data()));

@@ -52,8 +52,10 @@ class ORX_API TCircleFit {
 // trials (rcOption), no sample gave a radius within the bounds or the best set has fewer than 3 points
 // (rcNoResult).
 //
-// Each trial seeds rand(), the runtime's process-wide generator, with the number of trials left: results are
-// repeatable, and other users of rand() are disturbed.
+// Each trial draws what rand() gives after srand() with the number of trials left, from a generator of the
+// fit's own: equal points give equal results on any number of threads and beside any use of rand(). Then the
+// runtime's generator is left as the last trial would leave it, so other users of rand() are disturbed; with
+// fewer than 3 points or no trials it is not touched.
 class ORX_API TCircleFit_Ransac : public TCircleFit {
   public:
     orx::TCircle fit() override;

@@ -8,9 +8,9 @@
 
 #include "orxFunctions/fitting/ellipse_conic_internal.h"
 #include "orxFunctions/fitting/ellipse_grading_internal.h"
-#include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/runtime_random_internal.h"
 
 namespace orxFit {
 namespace {
@@ -190,10 +190,11 @@ TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold
     double bestMean = 9999999.0;
     // Larger counts could not be counted down, nor would they seed anything new.
     double counter = std::min(iterations, static_cast<double>(std::numeric_limits<int>::max()));
+    orx::platform::RuntimeRandom random;
     while (counter > 0 && unseen > 0) {
         counter -= 1;
-        const auto start =
-            static_cast<std::size_t>(orx::getSrandNum(0, static_cast<int>(step), static_cast<int>(counter)));
+        random.seed(static_cast<unsigned>(static_cast<int>(counter)));
+        const std::size_t start = static_cast<std::size_t>(random.draw()) % (step + 1);
         if (seen[start]) continue;
         seen[start] = true;
         --unseen;
@@ -213,6 +214,7 @@ TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold
         }
         if (ratio > kGoodRatio && grade.meanError < kGoodMean) break;
     }
+    random.leaveToRuntime();
     if (best.valid == 0)
         orx::refuse(orx::rcNoResult, "fitEllipseRansac",
                     "no ellipse within the bands is near more than %g of the points", minInlierRatio);

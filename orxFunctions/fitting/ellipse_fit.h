@@ -47,10 +47,14 @@ ORX_API orx::TEllipse fitEllipseNorm(std::vector<cv::Point2f> points, double err
 // nearer to them and win, above all when the points cover only a part of the ellipse. Give the bands that the
 // part allows.
 //
-// `iterations` trials are drawn, each after seeding rand() with the number of trials left, so the same points
-// give the same record; at most 2^31 - 1, and none when it is 0, negative or not a number (rcOption). There
-// are only N / 6 + 1 different samples: one drawn again is not fitted again, and when all have been seen the
-// search ends. Draws from the generator that the process shares: repeatable on one thread at a time.
+// `iterations` trials are drawn, each what rand() gives after srand() with the number of trials left, so the
+// same points give the same record; at most 2^31 - 1, and none when it is 0, negative or not a number
+// (rcOption). There are only N / 6 + 1 different samples: one drawn again is not fitted again, and when all
+// have been seen the search ends.
+//
+// The numbers come from a generator of the search's own: equal points give equal records on any number of
+// threads and beside any use of rand(). Then the runtime's generator is left as the last trial would leave
+// it, so other users of rand() are disturbed; refused input does not touch it. Reentrant.
 ORX_API orx::TEllipse fitEllipseRansac(std::vector<cv::Point2f> points, double errorThreshold,
                                        double iterations, double minInlierRatio, double minAxisLow,
                                        double minAxisHigh, double maxAxisLow, double maxAxisHigh);

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <utility>
 
 #include "orxFunctions/fitting/fit_parameters_internal.h"
@@ -11,9 +10,9 @@
 #include "orxFunctions/fitting/inlier_tests_internal.h"
 #include "orxFunctions/fitting/point_columns_internal.h"
 #include "orxFunctions/fitting/point_list.h"
-#include "orxFunctions/fitting/random_numbers.h"
 #include "orxFunctions/fitting/reweighted_line_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
+#include "orxFunctions/platform/runtime_random_internal.h"
 
 using orx::TLine;
 
@@ -25,6 +24,25 @@ TLine slopeForm(const orx::DirectedLine& line) {
     result.k = static_cast<double>(line.vy) / orx::avoidFloatZero(static_cast<double>(line.vx));
     result.b = static_cast<double>(line.y) - static_cast<double>(line.x) * result.k;
     return result;
+}
+
+// Two points drawn at different indices, or three on one line of which the first differs from the others; the
+// second and the third may be the same, intended. False when ten draws fail.
+bool drawSample(const std::vector<cv::Point>& points, int sampleSize, int seed,
+                orx::platform::RuntimeRandom& random, cv::Point* sample) {
+    constexpr int kAttempts = 10;
+    random.seed(static_cast<unsigned>(seed));
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        std::size_t indices[3] = {};
+        bool different = true;
+        for (int i = 0; i < sampleSize; ++i) {
+            indices[i] = static_cast<std::size_t>(random.draw()) % points.size();
+            sample[i] = points[indices[i]];
+            different = different && (i == 0 || indices[i] != indices[0]);
+        }
+        if (different && (sampleSize == 2 || orx::isCollinear(sample[0], sample[1], sample[2]))) return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -50,25 +68,6 @@ void TLineFit_Ransac::setSearchLimits(int iterationCount, int setCap) {
     setCap_ = setCap;
 }
 
-// Two points drawn at different indices, or three on one line of which the first differs from the others; the
-// second and the third may be the same, intended. False when ten draws fail.
-bool TLineFit_Ransac::drawSample(int seed, cv::Point* sample) const {
-    constexpr int kAttempts = 10;
-    const int last = static_cast<int>(points_.size()) - 1;
-    std::srand(static_cast<unsigned>(seed));
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        int indices[3] = {};
-        bool different = true;
-        for (int i = 0; i < sampleSize_; ++i) {
-            indices[i] = orx::getRandNum(0, last);
-            sample[i] = points_[static_cast<std::size_t>(indices[i])];
-            different = different && (i == 0 || indices[i] != indices[0]);
-        }
-        if (different && (sampleSize_ == 2 || orx::isCollinear(sample[0], sample[1], sample[2]))) return true;
-    }
-    return false;
-}
-
 bool TLineFit_Ransac::hasWantedAngle(const TLine& line) const {
     const double angle = orx::degrees(std::atan(line.k));
     double difference = std::abs(angle - targetAngle_);
@@ -85,10 +84,11 @@ std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
     std::size_t bestCount = kTooSmall;
     orx::inlier_kernels::LineTest best{};
     std::int64_t stored = 0;
+    orx::platform::RuntimeRandom random;
     cv::Point sample[3];
     for (int remaining = iterationCount_; remaining >= 1;) {
         --remaining;
-        if (!drawSample(remaining, sample)) continue;
+        if (!drawSample(points_, sampleSize_, remaining, random, sample)) continue;
         const TLine line = slopeForm(orx::fitLineL1(sample, static_cast<std::size_t>(sampleSize_)));
         if (!hasWantedAngle(line)) continue;
         const orx::inlier_kernels::LineTest test = orx::lineCloserThan(line.k, line.b, inlierDistance_);
@@ -103,6 +103,7 @@ std::vector<cv::Point> TLineFit_Ransac::largestConsensus() const {
         }
         if (static_cast<double>(count) > many || stored > setCap_) break;
     }
+    random.leaveToRuntime();
     if (bestCount == kTooSmall) return {};
     std::vector<int> indices(columns.span().size);
     indices.resize(kernels.listOnLine(columns.span(), best, indices.data()));

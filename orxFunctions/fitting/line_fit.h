@@ -48,8 +48,10 @@ class ORX_API TLineFit {
 // sample with the wanted angle and more than 3 points near it (rcNoResult). When the refitted line leaves the
 // wanted angle it is returned with the flag false (rcNoResult).
 //
-// Each trial seeds rand(), the runtime's process-wide generator, with the number of trials left: results are
-// repeatable, and other users of rand() are disturbed.
+// Each trial draws what rand() gives after srand() with the number of trials left, from a generator of the
+// fit's own: equal points give equal results on any number of threads and beside any use of rand(). Then the
+// runtime's generator is left as the last trial would leave it, so other users of rand() are disturbed; with
+// fewer than 4 points or no trials it is not touched.
 class ORX_API TLineFit_Ransac : public TLineFit {
   public:
     orx::TLine fit() override;
@@ -59,7 +61,6 @@ class ORX_API TLineFit_Ransac : public TLineFit {
     void setSearchLimits(int iterationCount, int setCap);
 
   private:
-    bool drawSample(int seed, cv::Point* sample) const;
     bool hasWantedAngle(const orx::TLine& line) const;
     std::vector<cv::Point> largestConsensus() const;
 

@@ -31,7 +31,8 @@ ORX_API void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, i
 
 // Removes `count` random points when count is at least 1 (rcOption) and at least two points remain
 // (rcTooFew); otherwise nothing. Each step draws from all but the last point, which it moves into the gap.
-// Draws from rand(): one thread at a time.
+// Draws from rand(), which nothing here seeds: seeded by the host it removes the same points again, while no
+// other thread calls rand() or srand(). Reentrant.
 ORX_API void deletePartPoints(std::vector<cv::Point>& pts, int count);
 
 }  // namespace orx

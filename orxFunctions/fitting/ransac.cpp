@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <opencv2/imgproc.hpp>
+#include <optional>
 #include <utility>
 
 #include "orxFunctions/fitting/geometry.h"
@@ -11,16 +12,40 @@
 #include "orxFunctions/fitting/point_columns_internal.h"
 #include "orxFunctions/fitting/point_list.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/runtime_random_internal.h"
 
 namespace orx {
 namespace {
 
 constexpr const char* kNothingFound = "doRansac has found nothing yet";
 
-int drawIndex(const std::vector<cv::Point>& points) { return std::rand() % static_cast<int>(points.size()); }
+// Where samples come from: a generator of the search's own where it has a seed, else that of the runtime.
+class Draws {
+  public:
+    Draws(const std::vector<cv::Point>& points, std::optional<unsigned> seed)
+        : count_(static_cast<int>(points.size())) {
+        if (seed) own_.emplace().seed(*seed);
+    }
+
+    int index() { return (own_ ? own_->draw() : std::rand()) % count_; }
+
+  private:
+    int count_;
+    std::optional<platform::RuntimeRandom> own_;
+};
 
 const cv::Point& at(const std::vector<cv::Point>& points, int index) {
     return points[static_cast<std::size_t>(index)];
+}
+
+// The circle through three points drawn. False where they determine none.
+bool sampleCircle(const std::vector<cv::Point>& points, Draws& draws, cv::Point3d& circle) {
+    const int a = draws.index();
+    const int b = draws.index();
+    const int c = draws.index();
+    if (a == b || b == c || a == c) return false;
+    if (isCollinear(at(points, a), at(points, b), at(points, c))) return false;
+    return threePoints2circle(at(points, a), at(points, b), at(points, c), circle);
 }
 
 // Why a search found no candidate.
@@ -105,6 +130,8 @@ void TRansacLine::setAngleLimit(double minAngle, double maxAngle, TAngleType typ
     angleType_ = type;
 }
 
+void TRansacLine::setSeed(unsigned seed) { seed_ = seed; }
+
 bool TRansacLine::withinAngleLimit(cv::Point p, cv::Point q) const {
     if (angleType_ == ANGLE_NO_LIMIT) return true;
     const double angle = angleFrom2Points(p, q, angleType_);
@@ -115,10 +142,11 @@ bool TRansacLine::doRansac() {
     constexpr std::size_t kFewest = 2;
     if (points_.empty()) return refuseSearch(0, kFewest, iterations_, "line");
     LineSearch search(points_, threshold_);
+    Draws draws(points_, seed_);
     int candidates = 0;
     for (int trial = 0; trial < iterations_ && candidates <= cap_; ++trial) {
-        const int i = drawIndex(points_);
-        const int j = drawIndex(points_);
+        const int i = draws.index();
+        const int j = draws.index();
         if (i == j || !withinAngleLimit(at(points_, i), at(points_, j))) continue;
         search.offer({i, j});
         ++candidates;
@@ -162,14 +190,7 @@ void TRansacCircle::setRLimit(int minRadius, int maxRadius) {
     maxRadius_ = maxRadius;
 }
 
-bool TRansacCircle::sampleCircle(cv::Point3d& circle) const {
-    const int a = drawIndex(points_);
-    const int b = drawIndex(points_);
-    const int c = drawIndex(points_);
-    if (a == b || b == c || a == c) return false;
-    if (isCollinear(at(points_, a), at(points_, b), at(points_, c))) return false;
-    return threePoints2circle(at(points_, a), at(points_, b), at(points_, c), circle);
-}
+void TRansacCircle::setSeed(unsigned seed) { seed_ = seed; }
 
 TCircle TRansacCircle::doRansac() {
     constexpr std::size_t kFewest = 3;
@@ -178,10 +199,11 @@ TCircle TRansacCircle::doRansac() {
         return {};
     }
     CircleContest contest(points_, threshold_);
+    Draws draws(points_, seed_);
     int candidates = 0;
     for (int trial = 0; trial < iterations_; ++trial) {
         cv::Point3d circle;
-        if (!sampleCircle(circle)) continue;
+        if (!sampleCircle(points_, draws, circle)) continue;
         // A radius that is not a number fails here.
         if (minRadius_ <= circle.z && circle.z <= maxRadius_) {
             contest.add(circle);

@@ -5,13 +5,16 @@
 // fitting/geometry.h or a factory of the fits refines it). For the line nearest one side of a part see
 // getWantedLine (fitting/wanted_line.h).
 //
-// Samples are drawn from the C runtime's rand(), which the whole process shares and which nothing here seeds:
-// seed it (srand, getSrandNum) before doRansac for results that repeat, and run one thread at a time. The
-// same seed then gives the same result on every processor with the same C runtime.
+// For results that repeat give a seed (setSeed): equal seeds give equal results on any number of threads and
+// beside any use of rand(), on every processor with the same C runtime, and rand() is left alone. Without one
+// samples are drawn from the C runtime's rand(), which the whole process shares (on Windows: the thread) and
+// which nothing here seeds: seed it (srand, getSrandNum) before doRansac, and let no other thread call rand()
+// or srand() meanwhile, nor what calls them.
 #ifndef ORXFUNCTIONS_FITTING_RANSAC_H
 #define ORXFUNCTIONS_FITTING_RANSAC_H
 
 #include <opencv2/core.hpp>
+#include <optional>
 #include <vector>
 
 #include "orxFunctions/api.h"
@@ -31,6 +34,9 @@ class ORX_API TRansacLine {
     // Only samples with minAngle <= angleFrom2Points(p, q, type) <= maxAngle are accepted, degrees.
     // ANGLE_NO_LIMIT, the initial type, accepts all.
     void setAngleLimit(double minAngle, double maxAngle, TAngleType type);
+
+    // Each doRansac from now on draws what rand() gives after srand(seed), from a generator of its own.
+    void setSeed(unsigned seed);
 
     // Searches anew. True when there was a candidate; the one with the most indices, the earliest among
     // equals, is then the result. False leaves the earlier result as it was: fewer than two points
@@ -59,6 +65,7 @@ class ORX_API TRansacLine {
     double maxAngle_ = 0;
     double minAngle_ = 0;
     TAngleType angleType_ = ANGLE_NO_LIMIT;
+    std::optional<unsigned> seed_;
 };
 
 // A circle by three-point samples. A plain value; one thread at a time.
@@ -71,6 +78,9 @@ class ORX_API TRansacCircle {
 
     // Candidates have minRadius <= radius <= maxRadius, pixels; initially 5 and 1000.
     void setRLimit(int minRadius, int maxRadius);
+
+    // Each doRansac from now on draws what rand() gives after srand(seed), from a generator of its own.
+    void setSeed(unsigned seed);
 
     // Searches anew and returns centre and radius of the winner. The winner is the last candidate with more
     // inliers than the first candidate, or the first when no other has more: deliberately not always the one
@@ -85,8 +95,6 @@ class ORX_API TRansacCircle {
     void getCircleIdxList(std::vector<int>& out);
 
   private:
-    bool sampleCircle(cv::Point3d& circle) const;
-
     std::vector<cv::Point> points_;
     std::vector<int> inliers_;
     int iterations_;
@@ -94,6 +102,7 @@ class ORX_API TRansacCircle {
     double threshold_;
     int maxRadius_ = 1000;
     int minRadius_ = 5;
+    std::optional<unsigned> seed_;
 };
 
 }  // namespace orx

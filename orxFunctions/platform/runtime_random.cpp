@@ -1,0 +1,13 @@
+#include <cstdlib>
+
+#include "orxFunctions/platform/runtime_random_internal.h"
+
+namespace orx::platform {
+
+void RuntimeRandom::leaveToRuntime() const {
+    if (!seeded_) return;
+    std::srand(seed_);
+    for (std::size_t i = 0; i < drawn_; ++i) std::rand();
+}
+
+}  // namespace orx::platform

@@ -1,0 +1,40 @@
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+#include "orxFunctions/platform/runtime_random_internal.h"
+
+namespace orx::platform {
+
+// rand() of glibc is random() on a table of 128 bytes, and these are the same functions on a table of one's
+// own.
+struct RuntimeRandom::State {
+    random_data data = {};
+    char table[128];
+};
+
+RuntimeRandom::State& RuntimeRandom::state() { return *std::launder(reinterpret_cast<State*>(state_)); }
+
+RuntimeRandom::RuntimeRandom() {
+    static_assert(sizeof(State) <= sizeof state_);
+    State& own = *new (state_) State;
+    initstate_r(1, own.table, sizeof own.table, &own.data);
+}
+
+RuntimeRandom::~RuntimeRandom() { state().~State(); }
+
+void RuntimeRandom::seed(unsigned seed) {
+    srandom_r(seed, &state().data);
+    seed_ = seed;
+    seeded_ = true;
+    drawn_ = 0;
+}
+
+int RuntimeRandom::draw() {
+    std::int32_t number = 0;
+    random_r(&state().data, &number);
+    ++drawn_;
+    return number;
+}
+
+}  // namespace orx::platform

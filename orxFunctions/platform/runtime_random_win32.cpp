@@ -1,0 +1,37 @@
+#include <cstdint>
+#include <new>
+
+#include "orxFunctions/platform/runtime_random_internal.h"
+
+namespace orx::platform {
+
+// A linear congruential generator of 32 bits, in every one of Microsoft's runtimes, of which 15 bits are
+// given.
+struct RuntimeRandom::State {
+    std::uint32_t value = 1;
+};
+
+RuntimeRandom::State& RuntimeRandom::state() { return *std::launder(reinterpret_cast<State*>(state_)); }
+
+RuntimeRandom::RuntimeRandom() {
+    static_assert(sizeof(State) <= sizeof state_);
+    new (state_) State;
+}
+
+RuntimeRandom::~RuntimeRandom() { state().~State(); }
+
+void RuntimeRandom::seed(unsigned seed) {
+    state().value = seed;
+    seed_ = seed;
+    seeded_ = true;
+    drawn_ = 0;
+}
+
+int RuntimeRandom::draw() {
+    State& own = state();
+    own.value = own.value * 214013U + 2531011U;
+    ++drawn_;
+    return static_cast<int>((own.value >> 16U) & 0x7FFFU);
+}
+
+}  // namespace orx::platform
