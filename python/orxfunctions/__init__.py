@@ -9,8 +9,16 @@ answer is None, or an empty array.
 All functions may be called from several threads at once, and let other threads run meanwhile. Where chance plays a part
 there is an option ``seed``; equal seeds give equal results.
 """
-from . import analysis, errors
+from . import analysis, drawing, errors, files
 from ._core import __version__
 from ._threads import set_threads, threads
 
-__all__ = ["__version__", "analysis", "errors", "set_threads", "threads"]
+__all__ = [
+    "__version__",
+    "analysis",
+    "drawing",
+    "errors",
+    "files",
+    "set_threads",
+    "threads",
+]

@@ -15,6 +15,8 @@ void bindCalipers(pybind11::module_& core);
 void bindOutlines(pybind11::module_& core);
 void bindPictures(pybind11::module_& core);
 void bindGrades(pybind11::module_& core);
+void bindDrawing(pybind11::module_& core);
+void bindFiles(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -28,4 +28,6 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindOutlines(core);
     orxpy::bindPictures(core);
     orxpy::bindGrades(core);
+    orxpy::bindDrawing(core);
+    orxpy::bindFiles(core);
 }
