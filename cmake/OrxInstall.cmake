@@ -1,5 +1,5 @@
-# Installation in four components: runtime (the libraries and modules), development (headers, the CMake package, the
-# pkg-config file), tools (the programs) and documentation (guides, and the examples as sources).
+# Installation in components: runtime (the libraries and modules), development (headers, the CMake package, the pkg-config
+# file), tools (the programs), documentation (guides, and the examples as sources) and, where it is built, python.
 include(CMakePackageConfigHelpers)
 
 set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
@@ -40,6 +40,15 @@ foreach(tool IN LISTS tools)
   install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endforeach()
 
+if(ORX_BUILD_PYTHON)
+  set(ORX_PYTHON_FOLDER lib/python3/dist-packages CACHE STRING "Where Python looks for packages, below the prefix")
+  file(RELATIVE_PATH libraries "/${ORX_PYTHON_FOLDER}/orxfunctions" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(_core PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+  install(TARGETS _core LIBRARY DESTINATION ${ORX_PYTHON_FOLDER}/orxfunctions COMPONENT python)
+  install(DIRECTORY python/orxfunctions DESTINATION ${ORX_PYTHON_FOLDER} COMPONENT python
+    FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+endif()
+
 # As in this tree, so that links between them hold; a new guide or example is found when it is installed.
 install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
@@ -48,6 +57,8 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentati
 install(FILES drivers/README.md drivers/vision_driver.h
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/drivers COMPONENT documentation)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY python/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}/python COMPONENT documentation
+  PATTERN __pycache__ EXCLUDE)
 
 get_property(headers GLOBAL PROPERTY ORX_PUBLIC_HEADERS)
 get_property(toolkit_headers GLOBAL PROPERTY ORX_TOOLKIT_HEADERS)

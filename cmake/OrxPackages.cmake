@@ -1,10 +1,13 @@
-# cpack: one ZIP for Windows, four Debian packages elsewhere.
+# cpack: one ZIP for Windows, elsewhere a Debian package for each component.
 set(CPACK_PACKAGE_NAME orxfunctions)
 set(CPACK_PACKAGE_VENDOR "the orxFunctions developers")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_COMPONENTS_ALL runtime development tools documentation)
+if(ORX_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_STRIP_FILES ON)
 # Whatever the mask of who packs: equal builds give equal packages.
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -44,6 +47,25 @@ else()
   set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SUGGESTS liborxfunctions-dev)
   set(CPACK_COMPONENT_DOCUMENTATION_DESCRIPTION "${PROJECT_DESCRIPTION} (guides, and programs as sources)")
+
+  if(ORX_BUILD_PYTHON)
+    # A compiled module serves one version of Python.
+    execute_process(COMMAND "${PYTHON_EXECUTABLE}" -c "import sys; print('%d.%d' % sys.version_info[:2], end='')"
+      OUTPUT_VARIABLE python_version COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCH "^([0-9]+)\\.([0-9]+)$" python_version "${python_version}")
+    math(EXPR next "${CMAKE_MATCH_2} + 1")
+    set(python_range "python3 (>= ${python_version}), python3 (<< ${CMAKE_MATCH_1}.${next})")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orxfunctions)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+      "${library_package} (= ${PROJECT_VERSION}), ${python_range}, python3-numpy")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-opencv, python3-distributed, python3-ipywidgets, orxfunctions-doc")
+    set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${PROJECT_DESCRIPTION} (Python package)")
+    # They compile the package for Python, and remove what that made.
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+      "${PROJECT_SOURCE_DIR}/python/debian/postinst;${PROJECT_SOURCE_DIR}/python/debian/prerm")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)
+  endif()
 endif()
 
 # orx_package_papers(<component> <package> FILE...): what Debian wants beside a package, its licence; and the list of what
@@ -76,6 +98,13 @@ if(ORX_DPKG AND NOT WIN32)
   if(tools)
     find_file(ORX_CLI11_HEADER CLI/CLI.hpp REQUIRED) # its code is in each program
     orx_package_papers(tools orxfunctions-tools ${tool_files} "${ORX_CLI11_HEADER}")
+  endif()
+  if(ORX_BUILD_PYTHON)
+    find_file(ORX_PYBIND11_HEADER pybind11/pybind11.h REQUIRED)
+    execute_process(COMMAND "${PYTHON_EXECUTABLE}" -c "import numpy, os; print(numpy.__file__, os.__file__, sep=';', end='')"
+      OUTPUT_VARIABLE python_files COMMAND_ERROR_IS_FATAL ANY)
+    orx_package_papers(python python3-orxfunctions
+      $<TARGET_FILE:_core> "${ORX_PYBIND11_HEADER}" ${python_files})
   endif()
 endif()
 

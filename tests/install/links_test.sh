@@ -58,7 +58,7 @@ installed=prefix/share/doc/orxFunctions
 expect_equal "" "$(dead_links "$installed")"
 
 # Nothing of it is forgotten: every text and picture of the guides, and every source of the examples.
-(cd "$project" && find README.md CHANGELOG.md CONTRIBUTING.md LICENSE drivers/README.md examples docs -type f \
+(cd "$project" && find README.md CHANGELOG.md CONTRIBUTING.md LICENSE drivers/README.md examples docs python/examples -type f \
     ! -path 'docs/tools/*' ! -name Doxyfile ! -name comments.sed) | sort >there
 (cd "$installed" && find . -type f | sed 's#^\./##' | grep -v '^drivers/vision_driver.h$') | sort >brought
 [ "$(wc -l <there)" -gt 100 ] || fail "only $(wc -l <there) files found in this tree"
