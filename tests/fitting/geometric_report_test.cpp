@@ -195,4 +195,15 @@ TEST(GeometricReport, CoverageFactorsAreStudentsQuantiles) {
         EXPECT_TRUE(std::isnan(orx::coverageFactor(0.95, degrees)));
 }
 
+TEST(GeometricReport, StepsAreCounted) {
+    for (const orx::TFitLoss loss : {orx::flLeastSquares, orx::flHuber, orx::flTukey}) {
+        SCOPED_TRACE(loss);
+        orx::TFitOptions options;
+        options.loss = loss;
+        EXPECT_GE(fitCircleGeometric(circlePoints(), options).iterations, 1);
+        EXPECT_GE(orx::fitEllipseGeometric(circlePoints(), options).iterations, 1);
+        EXPECT_GE(fitLineGeometric(circlePoints(40, 10), options).iterations, 1);
+    }
+}
+
 }  // namespace

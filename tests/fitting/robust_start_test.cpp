@@ -1,6 +1,7 @@
 // How robust fits begin: scenes in which chance plays against the search, and outliers at regular steps.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <ostream>
 #include <vector>
 
@@ -73,6 +74,47 @@ TEST(RobustStart, BearsOutliersAtRegularSteps) {
         ASSERT_EQ(fit.status, orx::fsOk);
         EXPECT_LT(worstError(kind, kind.judge(fit)), 6);
         EXPECT_LT(fit.noise, 0.12);
+    }
+}
+
+// Eleven points of twenty lie on one shape and nine on another: between the two, all are near.
+TEST(RobustStart, ABareMajorityDecides) {
+    std::vector<cv::Point2d> ofLine;
+    std::vector<cv::Point2d> ofCircle;
+    for (int i = 0; i < 20; ++i) {
+        const bool isOfTheMany = i % 2 == 0 || i == 9;
+        const double off = 0.01 * (i % 3 - 1);
+        const double turn = 2 * CV_PI * i / 20;
+        ofLine.emplace_back(5.0 * i, isOfTheMany ? off : 50 + off);
+        ofCircle.push_back((isOfTheMany ? 100 + off : 150 + off) *
+                           cv::Point2d(std::cos(turn), std::sin(turn)));
+    }
+    const orx::TMeasuredLine line = orx::fitLineGeometric(ofLine, tukey());
+    ASSERT_EQ(line.status, orx::fsOk);
+    EXPECT_NEAR(line.point.y, 0, 0.02);
+    EXPECT_LT(line.noise, 0.1);
+    const orx::TMeasuredCircle circle = orx::fitCircleGeometric(ofCircle, tukey());
+    ASSERT_EQ(circle.status, orx::fsOk);
+    EXPECT_NEAR(circle.radius, 100, 0.05);
+    EXPECT_LT(circle.noise, 0.1);
+}
+
+// The angles of a circle go on behind 360 degrees: a point behind a gap has a neighbour before it.
+TEST(RobustStart, NoPointIsLoneWhereTheAnglesBeginAnew) {
+    for (const double seam : {0.0, 180.0}) {
+        SCOPED_TRACE(seam);
+        std::vector<cv::Point2d> points;
+        const auto add = [&](double degrees) {
+            const double turn = (seam + degrees) * CV_PI / 180;
+            const double radius = 100 + 0.05 * std::cos(40 * turn);
+            points.emplace_back(radius * std::cos(turn), radius * std::sin(turn));
+        };
+        add(1);
+        for (int degrees = 41; degrees < 360; degrees += 6) add(degrees);
+        for (int i = 0; i < 4; ++i) points.emplace_back(10.0 * i, 20.0 - 9 * i);  // outliers
+        const orx::TMeasuredCircle circle = orx::fitCircleGeometric(points, tukey());
+        ASSERT_EQ(circle.status, orx::fsOk);
+        EXPECT_EQ(circle.used.front(), 1);
     }
 }
 

@@ -168,6 +168,15 @@ TEST_F(ProposedRecipe, ThePartIsTheLargestThingThatIsWhole) {
     EXPECT_FALSE(orx::findPartRegion(cv::Mat(90, 90, CV_8UC1, cv::Scalar(9))).found);
 }
 
+// The polygon of a large circle has long sides: they are no lines of their own.
+TEST_F(ProposedRecipe, ALargeCircleIsOneCircle) {
+    cv::Mat ideal(460, 460, CV_32F, cv::Scalar(60));
+    scenes::paint(ideal, scenes::Disk{{231.3, 228.6}, 190}, 160);
+    const orx::TRecipe recipe = taught(scenes::expose(ideal, {0.0, 0.8, 2, 1}));
+    EXPECT_EQ(recipe.featureNames(), std::vector<std::string>{"circle 1"});
+    EXPECT_TRUE(hasNominal(recipe, 380, 0.1));
+}
+
 TEST_F(ProposedRecipe, NumbersAreDrawnApart) {
     scenes::PartSceneSettings settings;
     settings.kind = PartKind::gear;

@@ -114,6 +114,11 @@ TEST(RecipeResult, SheetsAreEnlargedAndHaveATableBesideThePicture) {
     const cv::Range table(480, sheet.cols);
     EXPECT_EQ(sheet.at<cv::Vec3b>(399, sheet.cols - 1), cv::Vec3b(255, 255, 255));
     EXPECT_GT(redPixels(sheet.colRange(table)), 100) << "the bad value's verdict";
+    // Of each row's bar the part between the limits is the thickest of what is light grey.
+    cv::Mat grey;
+    cv::inRange(sheet.colRange(table), cv::Scalar(226, 219, 212), cv::Scalar(226, 219, 212), grey);
+    cv::erode(grey, grey, cv::Mat::ones(4, 1, CV_8U));
+    EXPECT_GT(cv::countNonZero(grey), 20) << "the tolerance";
     for (orx::TRecipeValue& value : result.values) value.verdict = orx::vdPass;
     result.verdict = orx::vdPass;
     EXPECT_EQ(redPixels(orx::drawRecipeSheet(img, recipe, result).colRange(table)), 0);

@@ -408,6 +408,49 @@ TEST(RecipeRun, AWidthIsAsUncertainAsBothItsEdges) {
     EXPECT_NEAR(deviation(40, onwards) / even, std::sqrt(20.0) / 3, 0.1);
 }
 
+// Five pixels a millimetre, exactly: what is uncertain by 0.05 pixels is by 0.01 mm, and angles stay.
+TEST(RecipeRun, UncertaintiesOnThePlaneAreThoseOfThePicture) {
+    const test::TemporaryFolder folder;
+    orx::TPlaneCalibration flat;
+    flat.status = orx::plOk;
+    flat.lens = false;
+    flat.imageSize = {120, 100};
+    flat.homography = {5, 0, 0, 0, 5, 0, 0, 0, 1};
+    flat.degreesOfFreedom = 1e9;
+    ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", flat), orx::plOk);
+    const std::string lines = R"("features": [
+            {"name": "left", "type": "line", "from": [25, 30], "to": [25, 70], "search": 4},
+            {"name": "top", "type": "line", "from": [35, 20], "to": [85, 20], "search": 4}],
+          "values": [
+            {"name": "square", "type": "angle", "of": ["left", "top"]}]})";
+    const std::string rounds = R"("features": [
+            {"name": "round", "type": "circle", "center": [60, 50], "radius": 20, "search": 5},
+            {"name": "oval", "type": "ellipse", "center": [60, 50], "semiMajor": 20, "semiMinor": 20, "search": 5}],
+          "values": [
+            {"name": "bore", "type": "diameter", "of": ["round"]},
+            {"name": "x", "type": "x", "of": ["round"], "frame": "picture"},
+            {"name": "major", "type": "majorDiameter", "of": ["oval"]},
+            {"name": "minor", "type": "minorDiameter", "of": ["oval"]},
+            {"name": "apart", "type": "distance", "of": ["round", "oval"]}]})";
+    const auto compare = [&](const cv::Mat& img, const std::string& body, double pixels, double tolerance) {
+        const orx::TRecipeResult inPixels = parsed(R"({"recipe": 1, )" + body).run(img);
+        const orx::TRecipeResult inMillimetres =
+            parsed(R"({"recipe": 1, "unit": "mm", "calibration": "plane.json", )" + body, folder.name())
+                .run(img);
+        for (const orx::TRecipeValue& value : inPixels.values) {
+            SCOPED_TRACE(value.name);
+            const orx::TRecipeValue& onPlane = valueOf(inMillimetres, value.name);
+            ASSERT_TRUE(value.measured) << value.problem;
+            ASSERT_TRUE(onPlane.measured) << onPlane.problem;
+            EXPECT_GT(value.deviation, 0);
+            EXPECT_NEAR(onPlane.value, value.value / pixels, tolerance);
+            EXPECT_NEAR(onPlane.deviation, value.deviation / pixels, 0.01 * value.deviation / pixels);
+        }
+    };
+    compare(edge_scene::disk({120, 100}, {60.3, 50.4}, 20, kLook), rounds, 5, 1e-3);
+    compare(edge_scene::rectangle({120, 100}, {25.2, 20.4, 65.7, 55.3}, kLook), lines, 1, 1e-3);
+}
+
 // A rectangle seen five pixels a millimetre, by a calibration whose scale down the picture is known to a
 // hundredth.
 TEST(RecipeRun, LengthsOfChainsTellWhatTheCalibrationLeavesOpen) {
