@@ -10,6 +10,7 @@ All functions may be called from several threads at once, and let other threads 
 there is an option ``seed``; equal seeds give equal results.
 """
 from . import analysis, drawing, errors, files
+from . import analysis, errors, measuring
 from ._core import __version__
 from ._threads import set_threads, threads
 
@@ -22,3 +23,4 @@ __all__ = [
     "set_threads",
     "threads",
 ]
+__all__ = ["__version__", "analysis", "errors", "measuring"]

@@ -17,6 +17,9 @@ void bindPictures(pybind11::module_& core);
 void bindGrades(pybind11::module_& core);
 void bindDrawing(pybind11::module_& core);
 void bindFiles(pybind11::module_& core);
+void bindForm(pybind11::module_& core);
+void bindRecipes(pybind11::module_& core);
+void bindVerdicts(pybind11::module_& core);
 
 }  // namespace orxpy
 

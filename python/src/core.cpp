@@ -30,4 +30,7 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindGrades(core);
     orxpy::bindDrawing(core);
     orxpy::bindFiles(core);
+    orxpy::bindForm(core);
+    orxpy::bindVerdicts(core);
+    orxpy::bindRecipes(core);
 }

@@ -3,17 +3,23 @@
 #include <cctype>
 #include <stdexcept>
 
+#include "texts.h"
+
 namespace orxpy {
 
 namespace {
 
 namespace py = pybind11;
 
+// Names of files, and of fields in them, stay as they are.
+bool isOfFile(orx::TRefusalCode code) { return code >= orx::rcFileName && code <= orx::rcFileFormat; }
+
 // Without the C++ function's name in front, which tells a user of Python nothing.
 std::string textOf(const orx::TRefusal& refusal) {
     const std::string front = refusal.function + ": ";
     const bool named = !refusal.function.empty() && refusal.text.compare(0, front.size(), front) == 0;
-    return pythonName(named ? refusal.text.substr(front.size()) : refusal.text);
+    const std::string text = named ? refusal.text.substr(front.size()) : refusal.text;
+    return isOfFile(refusal.code) ? text : pythonName(text);
 }
 
 PyObject* kindOf(orx::TRefusalCode code) {
@@ -65,7 +71,7 @@ void raiseRefusal() {
     const orx::TRefusal refusal = orx::lastRefusal();
     const std::string text =
         refusal.code == orx::rcNone ? "the library refused without a reason" : textOf(refusal);
-    PyErr_SetString(kindOf(refusal.code), text.c_str());
+    PyErr_SetObject(kindOf(refusal.code), textFrom(text).ptr());
     throw py::error_already_set();
 }
 

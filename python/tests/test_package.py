@@ -27,7 +27,7 @@ def test_what_is_public_says_what_it_does() -> None:
         module = importlib.import_module(name)
         for public in getattr(module, "__all__", []):
             thing = getattr(module, public)
-            if callable(thing) and not isinstance(thing, int):
+            if callable(thing) and not isinstance(thing, int) and thing.__module__ != "typing":
                 assert (thing.__doc__ or "").strip(), f"{name}.{public} has no docstring"
 
 
