@@ -284,6 +284,60 @@ std::vector<double> numbersOf(const Argument& argument, const char* name) {
     return {numbers.data(), numbers.data() + numbers.size()};
 }
 
+cv::Mat matrixOf(const Argument& argument, const char* name) {
+    const char* expected = "a matrix: array of numbers of shape (rows, columns)";
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    py::array array;
+    try {
+        array = py::module_::import("numpy").attr("asarray")(argument);
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+        refuseType(name, expected, argument);
+    }
+    const char kind = array.dtype().kind();
+    const bool shaped = array.ndim() == 1 || array.ndim() == 2;
+    if (!shaped || !(kind == 'i' || kind == 'u' || kind == 'f')) refuseType(name, expected, argument);
+    const py::ssize_t rows = array.ndim() == 2 ? array.shape(0) : 1;
+    const py::ssize_t columns = array.ndim() == 2 ? array.shape(1) : array.shape(0);
+    if (rows > INT_MAX || columns > INT_MAX || array.size() > INT_MAX) {
+        throw py::value_error(std::string(name) + ": expected fewer numbers, got " + describe(argument));
+    }
+    if (array.size() == 0) return {};
+    const int size[] = {static_cast<int>(rows), static_cast<int>(columns)};
+    if (kind == 'f' && array.itemsize() == sizeof(float)) {
+        const py::array_t<float, py::array::c_style | py::array::forcecast> numbers(array);
+        return cv::Mat(2, size, CV_32F, const_cast<float*>(numbers.data())).clone();
+    }
+    const Doubles numbers(array);
+    return cv::Mat(2, size, CV_64F, const_cast<double*>(numbers.data())).clone();
+}
+
+cv::Rect rectOf(const Argument& argument, const char* name) {
+    const char* expected = "whole pixels (x, y, width, height)";
+    if (argument.is_none()) return {};
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    if (sequence.size() != 4) refuseType(name, expected, argument);
+    int values[4];
+    for (std::size_t i = 0; i < 4; ++i) {
+        const py::object item = sequence[i];
+        if (PyIndex_Check(item.ptr()) == 0) refuseType(name, expected, argument);
+        const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(item.ptr()));
+        int overflow = 0;
+        const long long value =
+            number ? PyLong_AsLongLongAndOverflow(number.ptr(), &overflow) : -1;  // an array of a number
+        if (!number) {
+            PyErr_Clear();
+            refuseType(name, expected, argument);
+        }
+        if (overflow != 0 || value < INT_MIN || value > INT_MAX) refuseWide(name, expected);
+        values[i] = static_cast<int>(value);
+    }
+    return {values[0], values[1], values[2], values[3]};
+}
+
 ArrayOf<int> arrayFrom(std::vector<cv::Point>&& points) { return pairsFrom<int>(std::move(points)); }
 ArrayOf<float> arrayFrom(std::vector<cv::Point2f>&& points) { return pairsFrom<float>(std::move(points)); }
 ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points) { return pairsFrom<double>(std::move(points)); }

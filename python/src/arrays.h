@@ -75,6 +75,11 @@ std::vector<std::vector<cv::Point>> contoursOf(const Argument& argument, const c
 cv::Point2d placeOf(const Argument& argument, const char* name);
 // n numbers; None gives none.
 std::vector<double> numbersOf(const Argument& argument, const char* name);
+// A matrix of (rows, columns) numbers, one of (n,) as one row; a copy, float32 as such and all others as
+// doubles.
+cv::Mat matrixOf(const Argument& argument, const char* name);
+// Whole pixels (x, y, width, height); None gives an empty one.
+cv::Rect rectOf(const Argument& argument, const char* name);
 
 // "float64 array of shape (480, 640)", "list": what came, for a refusal.
 std::string describe(const py::handle& object);

@@ -20,6 +20,8 @@ void bindFiles(pybind11::module_& core);
 void bindForm(pybind11::module_& core);
 void bindRecipes(pybind11::module_& core);
 void bindVerdicts(pybind11::module_& core);
+void bindCalibration(pybind11::module_& core);
+void bindPlanes(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -33,4 +33,6 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindForm(core);
     orxpy::bindVerdicts(core);
     orxpy::bindRecipes(core);
+    orxpy::bindCalibration(core);
+    orxpy::bindPlanes(core);
 }

@@ -1,5 +1,6 @@
 #include "refusals.h"
 
+#include <algorithm>
 #include <cctype>
 #include <stdexcept>
 
@@ -11,15 +12,17 @@ namespace {
 
 namespace py = pybind11;
 
-// Names of files, and of fields in them, stay as they are.
-bool isOfFile(orx::TRefusalCode code) { return code >= orx::rcFileName && code <= orx::rcFileFormat; }
+// Names of files, and of fields in them, stay as they are, and so do the words of others.
+bool isQuoted(orx::TRefusalCode code) {
+    return (code >= orx::rcFileName && code <= orx::rcFileFormat) || code == orx::rcFailed;
+}
 
 // Without the C++ function's name in front, which tells a user of Python nothing.
 std::string textOf(const orx::TRefusal& refusal) {
     const std::string front = refusal.function + ": ";
     const bool named = !refusal.function.empty() && refusal.text.compare(0, front.size(), front) == 0;
     const std::string text = named ? refusal.text.substr(front.size()) : refusal.text;
-    return isOfFile(refusal.code) ? text : pythonName(text);
+    return isQuoted(refusal.code) ? text : pythonName(text);
 }
 
 PyObject* kindOf(orx::TRefusalCode code) {
@@ -52,16 +55,20 @@ PyObject* kindOf(orx::TRefusalCode code) {
 }  // namespace
 
 std::string pythonName(const std::string& text) {
+    const auto at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     std::string name;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto here = static_cast<unsigned char>(text[i]);
-        const bool hump =
-            i > 0 && std::isupper(here) != 0 && std::islower(static_cast<unsigned char>(text[i - 1])) != 0;
-        if (hump) {
-            name += '_';
-            name += static_cast<char>(std::tolower(here));
-        } else {
-            name += text[i];
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t end = i;
+        while (end < text.size() && std::isalnum(at(end)) != 0) ++end;
+        if (end == i || std::islower(at(i)) == 0) {  // no word, or one such as "MiB"
+            end = std::max(end, i + 1);
+            name.append(text, i, end - i);
+            i = end;
+            continue;
+        }
+        for (const std::size_t first = i; i < end; ++i) {
+            if (i > first && std::isupper(at(i)) != 0 && std::isupper(at(i - 1)) == 0) name += '_';
+            name += static_cast<char>(std::tolower(at(i)));
         }
     }
     return name;

@@ -30,7 +30,7 @@ auto unlocked(Call&& call) {
 // case.
 void raiseUnlessNothingFound();
 
-// "minPoints" as "min_points".
+// Words such as "minPoints" as "min_points"; "MiB" stays.
 std::string pythonName(const std::string& text);
 
 }  // namespace orxpy
