@@ -154,6 +154,20 @@ TEST(RecipeReading, EachProblemTellsItsLineItsFieldAndWhatIsWrong) {
     }
 }
 
+// The first feature, too, may be the wrong one for what is made of it.
+TEST(RecipeReading, EachOfTwoFeaturesIsOneThatCanBeUsed) {
+    for (const char* const of : {R"(["slot", "top"])", R"(["top", "slot"])"}) {
+        const std::string text = std::string(R"({"recipe": 1, "features": [
+            {"name": "slot", "type": "edgePair", "from": [0, 5], "to": [0, 15], "search": 3},
+            {"name": "top", "type": "line", "from": [0, 0], "to": [80, 0], "search": 6},
+            {"name": "corner", "type": "intersection", "of": )") +
+                                 of + R"(}], "values": [{"name": "x", "type": "x", "of": ["corner"]}]})";
+        EXPECT_THAT(sentencesOf(orx::parseRecipe(text)),
+                    HasSubstr("line 4, features[2].of: must be lines, circles or arcs"))
+            << of;
+    }
+}
+
 TEST(RecipeReading, SizesCountsAndDepthAreLimited) {
     const auto told = [](const std::string& text) { return sentencesOf(orx::parseRecipe(text)); };
     EXPECT_THAT(told(std::string((4U << 20U) + 1, ' ')), HasSubstr("longer than 4 MiB"));
