@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
@@ -115,6 +116,8 @@ TEST(ReplaySource, WithoutAReadablePictureItDoesNotStart) {
     ReplayMaker broken(settingsFor(folder, true));
     EXPECT_TRUE(broken.available());
     EXPECT_FALSE(broken.prepare(format));
+    EXPECT_FALSE(broken.setParameter(VD_PARAM_EXPOSURE, 1, false)) << "pictures are as they are";
+    EXPECT_TRUE(std::isnan(broken.parameter(VD_PARAM_EXPOSURE)));
     ReplaySettings missing;
     missing.folder = folder / "missing";
     EXPECT_FALSE(ReplayMaker(missing).available());

@@ -4,9 +4,12 @@
 
 #include <cmath>
 #include <opencv2/core.hpp>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "tests/support/trace_log.h"
 
 namespace {
 
@@ -244,6 +247,38 @@ TEST_F(RunningScene, ASourceWithoutNewPicturesIsLostAfterASecond) {
     sleepMs(700);
     EXPECT_FALSE(fetched());
     EXPECT_GE(source_->parameter(VD_PARAM_FRAMES_LOST), 10.0F);
+}
+
+// A maker that fails, as one does that has no memory left for a picture.
+class FailingMaker : public HaltingMaker {
+  public:
+    Made make(std::int64_t number, cv::Mat& picture) override {
+        if (number == 2) throw std::runtime_error("no room");
+        return HaltingMaker::make(1, picture);
+    }
+};
+
+TEST_F(RunningScene, APictureThatFailsIsToldAndLost) {
+    test::TraceLog log;
+    source_ = std::make_unique<PacedSource>(std::make_unique<FailingMaker>(), 200.0);
+    EXPECT_EQ(source_->parameter(VD_PARAM_TRIGGER_MODE), static_cast<float>(VD_TRIGGER_OFF));
+    vision::PictureFormat format;
+    ASSERT_TRUE(source_->start(format));
+    for (int i = 0; i < 400 && number() < 3.0F; ++i) sleepMs(5);
+    EXPECT_GE(number(), 3.0F) << "it goes on";
+    EXPECT_EQ(source_->parameter(VD_PARAM_FRAMES_LOST), 1.0F);
+    EXPECT_EQ(log.count("TQVisionDriver: picture 2: no room"), 1);
+    source_->stop();
+}
+
+TEST_F(RunningScene, TriggersWantTheirModeAndARunningSource) {
+    source_ = std::make_unique<PacedSource>(std::make_unique<SceneMaker>(quiet(64, 64)), 100.0);
+    ASSERT_TRUE(source_->setParameter(VD_PARAM_TRIGGER_MODE, VD_TRIGGER_SOFTWARE));
+    EXPECT_EQ(source_->parameter(VD_PARAM_TRIGGER_MODE), static_cast<float>(VD_TRIGGER_SOFTWARE));
+    EXPECT_EQ(source_->parameter(VD_PARAM_SOFTWARE_TRIGGER), 0.0F);
+    EXPECT_FALSE(source_->setParameter(VD_PARAM_SOFTWARE_TRIGGER, 1)) << "it does not run";
+    for (const long wrong : {-1L, 2L}) EXPECT_FALSE(source_->setParameter(VD_PARAM_TRIGGER_MODE, wrong));
+    for (const long wrong : {0L, 1001L}) EXPECT_FALSE(source_->setParameter(VD_PARAM_FRAME_RATE, wrong));
 }
 
 }  // namespace

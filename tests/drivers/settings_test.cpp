@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ZULLib/zullib.h"
+#include "tests/support/trace_log.h"
 
 namespace {
 
@@ -65,6 +66,24 @@ TEST(Settings, AValueOutOfRangeKeepsItsDefaultAndIsTraced) {
     EXPECT_NE(lines.find("[devices]: packet_size can't be \"100\""), std::string::npos) << lines;
     EXPECT_NE(lines.find("line 3: \"packet\" is not known"), std::string::npos) << lines;
     EXPECT_NE(lines.find("[camera0] is not known"), std::string::npos) << lines;
+}
+
+TEST(Settings, YesAndNoHaveFourWordsEach) {
+    const auto looped = [](const std::string& word) {
+        const Settings settings = parseSettings("[camera1]\nsource = replay\nloop = " + word + "\n", "/base");
+        return std::get<ReplaySettings>(settings.cameras[0].value()).loop;
+    };
+    const bool usual = ReplaySettings().loop;
+    for (const char* const yes : {"1", "yes", "true", "on"}) EXPECT_TRUE(looped(yes)) << yes;
+    for (const char* const no : {"0", "no", "false", "off"}) EXPECT_FALSE(looped(no)) << no;
+    test::TraceLog log;
+    for (const char* const neither : {"2", "maybe", "Yes"}) {
+        EXPECT_EQ(looped(neither), usual);
+        EXPECT_EQ(
+            log.count(std::string("TQVisionDriver: settings, [camera1]: loop can't be \"") + neither + "\""),
+            1);
+    }
+    EXPECT_EQ(looped(""), usual);
 }
 
 TEST(Settings, ACameraWithoutAUsableSourceIsLeftOut) {
