@@ -33,7 +33,9 @@ void checkForm(fuzz::Input& input) {
             require(r <= zone->outerRadius + slack && r >= zone->innerRadius - slack,
                     "the zone holds all points");
         }
-        require(zone->freed >= 0 && zone->freed <= zone->value + slack, "without the noise it is no wider");
+        // The share of the noise is that of simulated outlines, and chance may make it less than nothing.
+        require(zone->freed >= 0 && zone->freed <= zone->value + zone->deviation + slack,
+                "without the noise it is no wider");
         for (const int i : zone->contacts)
             require(i >= 0 && i < static_cast<int>(points.size()), "contacts are points");
     }
