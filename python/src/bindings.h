@@ -22,6 +22,7 @@ void bindRecipes(pybind11::module_& core);
 void bindVerdicts(pybind11::module_& core);
 void bindCalibration(pybind11::module_& core);
 void bindPlanes(pybind11::module_& core);
+void bindCameras(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -35,4 +35,5 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindRecipes(core);
     orxpy::bindCalibration(core);
     orxpy::bindPlanes(core);
+    orxpy::bindCameras(core);
 }
