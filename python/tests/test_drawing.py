@@ -32,7 +32,9 @@ def center_of(image: Bytes) -> tuple[float, float]:
     (drawing.circles, np.array([[40.25, 30.5, 12.75]])),
     (drawing.circles, SimpleNamespace(x=40.25, y=30.5, radius=12.75, score=3)),
     (drawing.circles, SimpleNamespace(circle=SimpleNamespace(x=40.25, y=30.5, r=12.75))),
+    (drawing.circles, [SimpleNamespace(center=(40.25, 30.5), radius=12.75, start_angle=3.0, sweep=4.0)]),
     (drawing.ellipses, (40.25, 30.5, 25.5, 25.5, 17.0)),
+    (drawing.ellipses, SimpleNamespace(center=(40.25, 30.5), semi_major=12.75, semi_minor=12.75, angle=0.0)),
     (drawing.arcs, [(40.25, 30.5, 12.75, 0.0, 180.0), (40.25, 30.5, 12.75, 180.0, 360.0)]),
 ])
 def test_round_shapes_lie_between_the_pixels(draw: Any, what: Any) -> None:
@@ -53,6 +55,11 @@ def test_arcs_run_from_x_towards_y_or_along_their_points() -> None:
     outline = [(40.0, 50.0), (54.0, 44.0), (60.0, 30.0)]  # the same, the other way round
     drawing.arcs(along, SimpleNamespace(x=40, y=30, radius=20, points=outline), color=255)
     assert np.count_nonzero((image > 128) != (along > 128)) <= 4
+    for record in (SimpleNamespace(center=(40, 30), radius=20, start_angle=0.0, end_angle=90.0, points=outline),
+                   SimpleNamespace(center=(40, 30), radius=20, start_angle=0.0, sweep=90.0)):
+        told = blank()
+        drawing.arcs(told, [record], color=255)
+        assert np.array_equal(told, image)
     over = blank()
     drawing.arcs(over, (40, 30, 20, 270, 0), color=255)
     assert over[10, 40] > 100 and over[30, 60] > 100 and over[50, 40] == 0 and over[30, 20] == 0
@@ -64,6 +71,12 @@ def test_lines_cross_the_whole_picture_and_segments_do_not() -> None:
     assert image[7].all() and image[50].all() and not image[20].any()
     drawing.lines_polar(image, (0.0, 33.0), color=255)  # x = 33
     assert image[:, 33].all() and not image[20, :30].any()
+    measured = SimpleNamespace(point=(15.0, 20.0), direction=(0.0, 1.0), from_=-5.0, to=10.0)
+    drawing.lines(image, measured, color=255)
+    assert image[:, 15].all()
+    stretch = blank()
+    drawing.segments(stretch, [measured], color=255)
+    assert stretch[15:31, 15].all() and not stretch[:13, 15].any() and not stretch[33:, 15].any()
     piece = blank()
     drawing.segments(piece, SimpleNamespace(start=(10, 20), end=(30, 20)), color=255)
     assert piece[20, 10:31].all() and not piece[20, 35:].any() and not piece[20, :7].any()

@@ -2,8 +2,8 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Iterable
-from typing import Any, NamedTuple, Tuple
+from collections.abc import Callable, Iterable, Sequence
+from typing import Any, NamedTuple, Optional, Tuple
 
 import numpy as np
 from numpy.typing import NDArray
@@ -11,6 +11,8 @@ from numpy.typing import NDArray
 from .._types import Doubles
 
 Numbers = NDArray[np.float64]
+Record = Callable[[Any], Optional[Sequence[Any]]]
+"""The numbers of a record, single or in sequences; None for what is no such record."""
 
 
 class Chains(NamedTuple):
@@ -68,13 +70,11 @@ def places_of(what: Any, name: str) -> Doubles:
     return _pairs(getattr(what, "points", what), name)
 
 
-def _row(item: Any, inner: str, fields: Tuple[Tuple[str, ...], ...], fail: TypeError) -> list[float]:
-    item = getattr(item, inner, item)
-    found = [next((getattr(item, field) for field in names if hasattr(item, field)), None) for names in fields]
-    if None in [None if value is None else 0 for value in found]:
-        found = item
+def _row(item: Any, record: Record, fail: TypeError) -> list[float]:
+    known = record(item)
+    fields = item if known is None else known
     try:
-        row = np.concatenate([np.atleast_1d(np.asarray(value, np.float64)) for value in found])
+        row = np.concatenate([np.atleast_1d(np.asarray(value, np.float64)) for value in fields])
     except (TypeError, ValueError):
         raise fail from None
     if row.ndim != 1:
@@ -82,9 +82,8 @@ def _row(item: Any, inner: str, fields: Tuple[Tuple[str, ...], ...], fail: TypeE
     return [float(value) for value in row]
 
 
-def rows_of(what: Any, name: str, inner: str, fields: Tuple[Tuple[str, ...], ...], width: int, expected: str) -> Numbers:
-    """(n, width): numbers of one record or of many; a record has the fields (each under one of its names), is what has
-    such a one as its attribute `inner`, or is a sequence of the numbers themselves."""
+def rows_of(what: Any, name: str, record: Record, width: int, expected: str) -> Numbers:
+    """(n, width): numbers of one thing or of many, each a record or a sequence of the numbers themselves."""
     fail = TypeError(f"{name}: expected {expected}, got {_told(what)}")
     if isinstance(what, (str, bytes)) or what is None:
         raise fail
@@ -92,7 +91,7 @@ def rows_of(what: Any, name: str, inner: str, fields: Tuple[Tuple[str, ...], ...
         if what.dtype.kind not in "iuf" or what.ndim not in (1, 2) or what.shape[-1] != width:
             raise fail
         return np.asarray(what, np.float64).reshape(-1, width)
-    if hasattr(what, inner) or hasattr(what, fields[0][0]):
+    if record(what) is not None:
         what = [what]
     elif isinstance(what, Iterable):
         what = list(what)
@@ -100,10 +99,60 @@ def rows_of(what: Any, name: str, inner: str, fields: Tuple[Tuple[str, ...], ...
             what = [what]
     else:
         raise fail
-    rows = [_row(item, inner, fields, fail) for item in what]
+    rows = [_row(item, record, fail) for item in what]
     if any(len(row) != width for row in rows):
         raise fail
     return np.array(rows, np.float64).reshape(-1, width)
+
+
+def circle_of(item: Any) -> Optional[Sequence[Any]]:
+    """Center and radius of a record; None for what is none."""
+    item = getattr(item, "circle", item)
+    if hasattr(item, "center") and hasattr(item, "radius"):
+        return [item.center, item.radius]
+    if hasattr(item, "x") and hasattr(item, "y"):
+        return [item.x, item.y, getattr(item, "radius", getattr(item, "r", None))]
+    return None
+
+
+def ellipse_of(item: Any) -> Optional[Sequence[Any]]:
+    """Center, full axes and angle."""
+    item = getattr(item, "ellipse", item)
+    if hasattr(item, "semi_major"):
+        return [item.center, 2.0 * item.semi_major, 2.0 * item.semi_minor, item.angle]
+    return [item.x, item.y, item.width, item.height, item.angle] if hasattr(item, "width") and hasattr(item, "x") else None
+
+
+def segment_of(item: Any) -> Optional[Sequence[Any]]:
+    """Both ends; of a measured line those of the stretch that its points cover."""
+    if hasattr(item, "direction") and hasattr(item, "from_"):
+        point, direction = np.asarray(item.point, np.float64), np.asarray(item.direction, np.float64)
+        return [point + item.from_ * direction, point + item.to * direction]
+    return [item.start, item.end] if hasattr(item, "start") and hasattr(item, "end") else None
+
+
+def line_of(item: Any) -> Optional[Sequence[Any]]:
+    """Slope and intercept."""
+    item = getattr(item, "line", item)
+    if hasattr(item, "slope") and hasattr(item, "intercept"):
+        return [item.slope, item.intercept]
+    return [item.k, item.b] if hasattr(item, "k") and hasattr(item, "b") else None
+
+
+def polar_of(item: Any) -> Optional[Sequence[Any]]:
+    """Angle of the normal, radians, and distance from the origin."""
+    if hasattr(item, "direction") and hasattr(item, "point"):
+        normal = -float(item.direction[1]), float(item.direction[0])
+        return [math.atan2(normal[1], normal[0]), normal[0] * item.point[0] + normal[1] * item.point[1]]
+    return [item.theta, item.rho] if hasattr(item, "theta") and hasattr(item, "rho") else None
+
+
+def arc_of(item: Any) -> Optional[Sequence[Any]]:
+    """Center, radius, and the angles of begin and end, degrees from the x axis towards the y axis."""
+    circle = circle_of(item)
+    if circle is None or not hasattr(item, "start_angle"):
+        return None
+    return [*circle, item.start_angle, item.start_angle + item.sweep if hasattr(item, "sweep") else item.end_angle]
 
 
 def finite(numbers: Numbers, name: str) -> Numbers:

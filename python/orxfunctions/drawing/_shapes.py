@@ -10,7 +10,8 @@ from numpy.typing import NDArray
 from .. import _core
 from .._choices import choice
 from .._types import Bytes, Place, Points
-from ._chains import Chains, arc_points, chains_of, finite, joined, places_of, rows_of
+from ._chains import (Chains, Record, arc_of, arc_points, chains_of, circle_of, ellipse_of, finite, joined, line_of,
+                      places_of, polar_of, rows_of, segment_of)
 
 Color = Union[int, float, Tuple[float, float, float]]
 """Blue, green and red, 0 to 255, or a grey level."""
@@ -89,10 +90,10 @@ def segments(image: Bytes, segments: Any, *, color: Color = (255.0, 128.0, 0.0),
     ----------
     image : uint8 array, drawn on
     segments : one or many
-        What has `start` and `end`, pairs of places, or rows (x0, y0, x1, y1).
+        What has `start` and `end`, as the lines of a contour, rows (x0, y0, x1, y1), or measured lines, of which the
+        stretch is drawn that their points cover.
     """
-    rows = finite(rows_of(segments, "segments", "segment", (("start",), ("end",)), 4, "segments: (x0, y0, x1, y1) each"),
-                  "segments")
+    rows = finite(rows_of(segments, "segments", segment_of, 4, "segments: (x0, y0, x1, y1) each"), "segments")
     _draw(image, joined(((row.reshape(2, 2), False) for row in rows), "segments"), color, thickness)
 
 
@@ -103,13 +104,15 @@ def lines(image: Bytes, lines: Any, *, color: Color = (255.0, 0.0, 255.0), thick
     ----------
     image : uint8 array, drawn on
     lines : one or many
-        What has `slope` and `intercept` (y = slope * x + intercept), or rows (slope, intercept). Draw vertical lines with
-        `lines_polar` or `segments`.
+        What has `slope` and `intercept` (y = slope * x + intercept), rows (slope, intercept), or measured lines. Draw
+        vertical ones without a record with `lines_polar` or `segments`.
 
     C++: orx::drawLine
     """
-    rows = finite(rows_of(lines, "lines", "line", (("slope", "k"), ("intercept", "b")), 2, "lines: (slope, intercept) each"),
-                  "lines")
+    items = [lines] if hasattr(lines, "direction") else lines
+    if isinstance(items, (list, tuple)) and items and all(hasattr(item, "direction") for item in items):
+        return lines_polar(image, items, color=color, thickness=thickness)
+    rows = finite(rows_of(lines, "lines", line_of, 2, "lines: (slope, intercept) each"), "lines")
     angles = np.arctan2(1.0, -rows[:, 0])
     _draw(image, _across(image, angles, rows[:, 1] * np.sin(angles)), color, thickness)
 
@@ -125,7 +128,7 @@ def lines_polar(image: Bytes, lines: Any, *, color: Color = (255.0, 0.0, 255.0),
 
     C++: orx::drawLineHough
     """
-    rows = finite(rows_of(lines, "lines", "line", (("theta",), ("rho",)), 2, "lines: (theta, rho) each"), "lines")
+    rows = finite(rows_of(lines, "lines", polar_of, 2, "lines: (theta, rho) each"), "lines")
     _draw(image, _across(image, rows[:, 0], rows[:, 1]), color, thickness)
 
 
@@ -150,11 +153,12 @@ def circles(image: Bytes, circles: Any, *, color: Color = RED, thickness: int = 
     ----------
     image : uint8 array, drawn on
     circles : one or many
-        What has `x`, `y` and `radius`, what has such a one as `circle`, or rows (x, y, radius); 0 to 1,000,000 pixels.
+        What has `radius` and `center`, or `x` and `y`, what has such a one as `circle`, or rows (x, y, radius); 0 to
+        1,000,000 pixels.
 
     C++: orx::drawContours
     """
-    rows = _round(circles, "circles", "circle", (("x",), ("y",), ("radius", "r")), 3, "circles: (x, y, radius) each", 2)
+    rows = _round(circles, "circles", circle_of, 3, "circles: (x, y, radius) each", 2)
     _draw(image, joined(((arc_points(x, y, r, r, 0.0, 0.0, 2.0 * math.pi), True) for x, y, r in rows), "circles"), color,
           thickness)
 
@@ -167,10 +171,9 @@ def ellipses(image: Bytes, ellipses: Any, *, color: Color = (255.0, 255.0, 0.0),
     image : uint8 array, drawn on
     ellipses : one or many
         What has `x`, `y`, `width`, `height` (full axes) and `angle` (degrees of the first, from the x axis towards the y
-        axis), what has such a one as `ellipse`, or rows of these five.
+        axis), a measured ellipse, what has either as `ellipse`, or rows of these five.
     """
-    rows = _round(ellipses, "ellipses", "ellipse", (("x",), ("y",), ("width",), ("height",), ("angle",)), 5,
-                  "ellipses: (x, y, width, height, angle) each", 2)
+    rows = _round(ellipses, "ellipses", ellipse_of, 5, "ellipses: (x, y, width, height, angle) each", 2)
     _draw(image, joined(((arc_points(x, y, 0.5 * width, 0.5 * height, math.radians(angle), 0.0, 2.0 * math.pi), True)
                          for x, y, width, height, angle in rows), "ellipses"), color, thickness)
 
@@ -183,25 +186,25 @@ def arcs(image: Bytes, arcs: Any, *, color: Color = (0.0, 128.0, 255.0), thickne
     image : uint8 array, drawn on
     arcs : one or many
         Rows (x, y, radius, start, end): degrees from the x axis towards the y axis, the arc runs that way from start to
-        end. Of what has `circle` or `x`, `y` and `radius` and `points` (the arcs of an outline) the arc is drawn that the
-        points lie on.
+        end; a circle's record with `start_angle` and `end_angle` or `sweep`, as the arcs of a contour and measured arcs
+        are. Of one that has `points` instead the arc is drawn that these lie on.
     """
     items = [arcs] if hasattr(arcs, "points") else arcs
-    if isinstance(items, (list, tuple)) and items and hasattr(items[0], "points"):
+    if isinstance(items, (list, tuple)) and items and all(
+            hasattr(item, "points") and not hasattr(item, "start_angle") for item in items):
         rows = np.array([_arc_along(arc) for arc in items])
     else:
-        rows = _round(arcs, "arcs", "arc", (("x",), ("y",), ("radius",), ("start",), ("end",)), 5,
-                      "arcs: (x, y, radius, start, end) each", 2)
-        rows[:, 4] = np.where((rows[:, 4] - rows[:, 3]) == 360.0, 360.0, (rows[:, 4] - rows[:, 3]) % 360.0)
+        rows = _round(arcs, "arcs", arc_of, 5, "arcs: (x, y, radius, start, end) each", 2)
+        sweep = rows[:, 4] - rows[:, 3]
+        rows[:, 4] = np.where(sweep == 360.0, 360.0, sweep % 360.0)
     chains = ((arc_points(x, y, radius, radius, 0.0, math.radians(start), math.radians(sweep)), False)
               for x, y, radius, start, sweep in rows)
     _draw(image, joined(chains, "arcs"), color, thickness)
 
 
-def _round(what: Any, name: str, inner: str, fields: Tuple[Tuple[str, ...], ...], width: int, expected: str,
-           size: int) -> NDArray[np.float64]:
+def _round(what: Any, name: str, record: Record, width: int, expected: str, size: int) -> NDArray[np.float64]:
     """Rows whose number `size` is a radius or a diameter."""
-    rows = finite(rows_of(what, name, inner, fields, width, expected), name)
+    rows = finite(rows_of(what, name, record, width, expected), name)
     if rows.size and not 0.0 <= rows[:, size].min() <= rows[:, size].max() <= _LARGEST:
         raise ValueError(f"{name}: expected sizes of 0 to {_LARGEST:.0f} pixels")
     return rows
@@ -209,8 +212,7 @@ def _round(what: Any, name: str, inner: str, fields: Tuple[Tuple[str, ...], ...]
 
 def _arc_along(arc: Any) -> NDArray[np.float64]:
     """(x, y, radius, start, sweep) of the arc that the points of an outline lie on."""
-    fields = (("x",), ("y",), ("radius", "r"))
-    x, y, radius = _round(arc, "arcs", "circle", fields, 3, "arcs: what has x, y, radius and points", 2)[0]
+    x, y, radius = _round(arc, "arcs", circle_of, 3, "arcs: what has a circle and points", 2)[0]
     points = places_of(arc, "arcs")
     if len(points) == 0:
         return np.array([x, y, radius, 0.0, 0.0])
