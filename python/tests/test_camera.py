@@ -260,6 +260,25 @@ def test_a_process_may_end_with_its_cameras_open(settings: Path) -> None:
                "print(all(cam.read().number > 0 for cam in cams))\n") == "True\n"
 
 
+def test_a_camera_stays_with_its_process_and_is_not_copied(settings: Path) -> None:
+    with camera.Camera(0) as cam:
+        duplicate: Any
+        for duplicate in (copy.copy, pickle.dumps):
+            with pytest.raises(TypeError, match="can't be copied or pickled"):
+                duplicate(cam)
+        assert cam.read().number >= 1
+    assert run("import os\n"
+               "from orxfunctions import camera\n"
+               "cam = camera.Camera(0)\n"
+               "child = os.fork()\n"
+               "if child == 0:\n"
+               "    cam.close()\n"
+               "    del cam\n"
+               "    os._exit(7)\n"
+               "ended = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])\n"
+               "print(ended, cam.read().number > 0)\n") == "7 True\n"
+
+
 def unplugged(failures: int) -> dict[str, str]:
     """Camera 0 fails so often after 40 pictures."""
     paths = [str(Path(MODULES) / "flaky"), os.environ.get("LD_LIBRARY_PATH", "")]

@@ -3,10 +3,11 @@ from __future__ import annotations
 
 import atexit
 import operator
+import os
 from collections.abc import Iterator
 from contextlib import contextmanager
 from types import TracebackType
-from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Optional, Tuple, Type, Union
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, NoReturn, Optional, Tuple, Type, Union
 
 from .. import _core
 from .._choices import choice
@@ -127,7 +128,7 @@ class Camera:
     orx::TLossPolicy, orx::MAXCameraNum
     """
 
-    __slots__ = ("index", "timeout", "_session", "_reconnect", "__weakref__")
+    __slots__ = ("index", "timeout", "_session", "_reconnect", "_process", "__weakref__")
 
     index: int
     timeout: Optional[float]
@@ -137,6 +138,7 @@ class Camera:
                  reconnect: bool = False, scale: Literal[1, 2, 4] = 1, rotation: Literal[0, 90, 180, 270] = 0,
                  flip: bool = False) -> None:
         self._session = 0
+        self._process = os.getpid()
         self.index = operator.index(index)
         self.timeout = _seconds(timeout)
         self._reconnect = bool(reconnect)
@@ -151,6 +153,7 @@ class Camera:
         kind = choice("brand", brand, _BRANDS)
         self._session = _core.camera_open(self.index, kind, every, capacity, self._reconnect, rate, scale, rotation,
                                           bool(flip))
+        _processes.add(self._process)
 
     def read(self, timeout: Union[float, None, Literal["default"]] = "default") -> Frame:
         """The next frame; waits for one `timeout` seconds, for ever with None, as long as the camera's own by default.
@@ -191,8 +194,12 @@ class Camera:
         return _core.camera_latest(self.index, self._session)
 
     def close(self) -> None:
-        """Closes the camera; loops over it end, also on other threads. May be called again."""
-        _core.camera_close(self.index, self._session)
+        """Closes the camera; loops over it end, also on other threads. May be called again.
+
+        A process that was forked off leaves it to the one that opened it.
+        """
+        if self._process == os.getpid():
+            _core.camera_close(self.index, self._session)
 
     def stop(self) -> None:
         """Ends acquisition until `start`; the region and the pixel format can be set only meanwhile."""
@@ -306,6 +313,9 @@ class Camera:
         if getattr(self, "_session", 0):
             self.close()
 
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("a camera can't be copied or pickled: open it where it is needed")
+
     def __repr__(self) -> str:
         return f"Camera({self.index}, {self.status.state if self.is_open else 'closed'})"
 
@@ -372,4 +382,12 @@ def has_runtime(brand: Brand) -> bool:
     return _core.cameras_runtime(choice("brand", brand, _BRANDS))
 
 
-atexit.register(_core.cameras_close)
+_processes: set[int] = set()
+"""That have opened cameras."""
+
+
+@atexit.register
+def _close_all() -> None:
+    # The threads of the library are in the process that started them alone.
+    if os.getpid() in _processes:
+        _core.cameras_close()
