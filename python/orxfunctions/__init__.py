@@ -9,7 +9,7 @@ answer is None, or an empty array.
 All functions may be called from several threads at once, and let other threads run meanwhile. Where chance plays a part
 there is an option ``seed``; equal seeds give equal results.
 """
-from . import analysis, calibration, camera, drawing, errors, files, measuring
+from . import analysis, calibration, camera, drawing, errors, files, matching, measuring
 from ._core import __version__
 from ._threads import set_threads, threads
 
@@ -21,6 +21,7 @@ __all__ = [
     "drawing",
     "errors",
     "files",
+    "matching",
     "measuring",
     "set_threads",
     "threads",

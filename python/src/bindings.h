@@ -23,6 +23,8 @@ void bindVerdicts(pybind11::module_& core);
 void bindCalibration(pybind11::module_& core);
 void bindPlanes(pybind11::module_& core);
 void bindCameras(pybind11::module_& core);
+void bindPartPoses(pybind11::module_& core);
+void bindParts(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -36,4 +36,6 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindCalibration(core);
     orxpy::bindPlanes(core);
     orxpy::bindCameras(core);
+    orxpy::bindPartPoses(core);
+    orxpy::bindParts(core);
 }

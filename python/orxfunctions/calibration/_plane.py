@@ -123,7 +123,7 @@ class PlaneCalibration:
         return PlaneCalibration(self._held.relocate(view, height, height_deviation, scale_deviation, most_rms))
 
     def residuals(self, view: Optional[TargetView]) -> Doubles:
-        """How far a view's points lie from where the calibration says they are, with the target laid where the view shows it.
+        """How far a view's points lie from where the calibration says they are, with the target laid where it shows it.
 
         Returns
         -------

@@ -75,8 +75,8 @@ def find_target(image: Image, target: Target) -> Optional[TargetView]:
 
     Notes
     -----
-    Corners by A. Duda and U. Frese, "Accurate detection and localization of checkerboard corners for calibration", BMVC 2018,
-    then where the grey levels are a saddle. Dots by an ellipse through the edges along calipers across each.
+    Corners by A. Duda and U. Frese, "Accurate detection and localization of checkerboard corners for calibration", BMVC
+    2018, then where the grey levels are a saddle. Dots by an ellipse through the edges along calipers across each.
 
     Examples
     --------
