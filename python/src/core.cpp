@@ -33,6 +33,7 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindForm(core);
     orxpy::bindVerdicts(core);
     orxpy::bindRecipes(core);
+    orxpy::bindProposals(core);
     orxpy::bindCalibration(core);
     orxpy::bindPlanes(core);
     orxpy::bindCameras(core);

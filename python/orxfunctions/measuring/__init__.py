@@ -1,6 +1,7 @@
 """Form, verdicts, statistics and recipes: from what was measured of a part to what is said of it."""
 from ._form import (PointNoise, Roundness, Straightness, maximum_inscribed_circle, minimum_circumscribed_circle,
                     minimum_zone_circle, minimum_zone_line)
+from ._proposals import PartRegion, Proposal, find_part_region, propose_recipe
 from ._recipe_results import FeatureKind, RecipeFeature, RecipePose, RecipeResult, RecipeValue
 from ._recipes import Recipe, RecipeError, RecipeProblem, RecipeTarget
 from ._statistics import GaugePart, GaugeResult, GaugeStudy, RunChartPoint, RunHistogram, RunStatistics, RunSummary
@@ -12,7 +13,9 @@ __all__ = [
     "GaugeResult",
     "GaugeStudy",
     "Judgement",
+    "PartRegion",
     "PointNoise",
+    "Proposal",
     "Recipe",
     "RecipeError",
     "RecipeFeature",
@@ -28,10 +31,12 @@ __all__ = [
     "RunSummary",
     "Straightness",
     "Verdict",
+    "find_part_region",
     "judge",
     "maximum_inscribed_circle",
     "minimum_circumscribed_circle",
     "minimum_zone_circle",
     "minimum_zone_line",
+    "propose_recipe",
     "worst_verdict",
 ]

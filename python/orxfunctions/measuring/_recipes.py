@@ -10,10 +10,10 @@ from pathlib import Path
 from typing import Any, NamedTuple, Optional, Tuple, Union
 
 from .. import _core
+from .._paths import Path as FilePath
+from .._paths import path_bytes
 from .._types import Bytes, Image
 from ._recipe_results import RecipeResult
-
-_Path = Union[str, "os.PathLike[str]"]
 
 
 class RecipeProblem(NamedTuple):
@@ -98,37 +98,37 @@ class Recipe:
 
     __slots__ = ("_handle", "_text", "_files")
 
-    def __init__(self, source: Union[str, Mapping[str, Any]], *, folder: _Path = ".") -> None:
+    def __init__(self, source: Union[str, Mapping[str, Any]], *, folder: FilePath = ".") -> None:
         if isinstance(source, str):
             if "{" not in source:
                 raise RecipeError((RecipeProblem(0, "", "expected JSON text (Recipe.load reads a file)"),))
-            self._take(_core.parse_recipe(source.encode(), os.fsencode(folder)), source, folder)
+            self._take(_core.parse_recipe(source.encode(), path_bytes(folder)), source, folder)
         elif isinstance(source, Mapping):
             text = json.dumps(dict(source), ensure_ascii=False, default=_plain)
-            self._take(_core.parse_recipe(text.encode(), os.fsencode(folder)), text, folder, lines=False)
+            self._take(_core.parse_recipe(text.encode(), path_bytes(folder)), text, folder, lines=False)
         else:
             raise TypeError(f"source: expected JSON text or a mapping, got {type(source).__name__}")
 
     @classmethod
-    def load(cls, path: _Path) -> Recipe:
+    def load(cls, path: FilePath) -> Recipe:
         """The recipe in a file, whose folder is that of the files it names.
 
         Raises `RecipeError` for mistakes in it, `OSError` and its kinds for what can't be read.
 
         C++: orx::readRecipe
         """
-        handle = _core.read_recipe(os.fsencode(path))
+        handle = _core.read_recipe(path_bytes(path))
         recipe = cls.__new__(cls)
         recipe._take(handle, handle.text(), os.path.dirname(path) or ".")
         return recipe
 
-    def _take(self, handle: _core.Recipe, text: str, folder: _Path, *, lines: bool = True) -> None:
+    def _take(self, handle: _core.Recipe, text: str, folder: FilePath, *, lines: bool = True) -> None:
         if not handle.valid():
             raise RecipeError(tuple(RecipeProblem(line if lines else 0, field, told)
                                     for line, field, told in handle.problems()))
         self._handle = handle
         self._text = text
-        self._files = {name: Path(folder, name).read_bytes() for name in _named_files(json.loads(text))}
+        self._files = {name: Path(folder, name).read_bytes() for name in named_files(json.loads(text))}
 
     @property
     def name(self) -> str:
@@ -203,7 +203,7 @@ class Recipe:
         return self
 
     def __reduce__(self) -> Tuple[Any, ...]:
-        return _restored, (self._text, self._files)
+        return restored, (self._text, self._files)
 
     def __repr__(self) -> str:
         return f"Recipe({self.name!r}, {len(self.feature_names)} features, {len(self.targets)} values)"
@@ -225,12 +225,12 @@ def _plain(value: Any) -> Any:
     raise TypeError(f"source: expected what JSON can hold, got {type(value).__name__}")
 
 
-def _named_files(recipe: dict[str, Any]) -> list[str]:
+def named_files(recipe: dict[str, Any]) -> list[str]:
     part = recipe.get("part") or {}
     return [holder[field] for holder, field in ((recipe, "calibration"), (part, "model")) if field in holder]
 
 
-def _restored(text: str, files: dict[str, bytes]) -> Recipe:
+def restored(text: str, files: dict[str, bytes]) -> Recipe:
     """A recipe with files of its own."""
     if not files:
         return Recipe(text)
