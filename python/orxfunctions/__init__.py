@@ -9,7 +9,7 @@ answer is None, or an empty array.
 All functions may be called from several threads at once, and let other threads run meanwhile. Where chance plays a part
 there is an option ``seed``; equal seeds give equal results.
 """
-from . import analysis, calibration, camera, drawing, errors, files, matching, measuring
+from . import analysis, calibration, camera, drawing, errors, files, fitting, matching, measuring, segmentation
 from ._core import __version__
 from ._threads import set_threads, threads
 
@@ -21,8 +21,10 @@ __all__ = [
     "drawing",
     "errors",
     "files",
+    "fitting",
     "matching",
     "measuring",
+    "segmentation",
     "set_threads",
     "threads",
 ]

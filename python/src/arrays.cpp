@@ -338,6 +338,24 @@ cv::Rect rectOf(const Argument& argument, const char* name) {
     return {values[0], values[1], values[2], values[3]};
 }
 
+std::uint64_t seedOf(const Argument& argument, const char* name) {
+    const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(argument.ptr()));
+    if (!number) {
+        PyErr_Clear();
+        refuseType(name, "a whole number", argument);
+    }
+    return PyLong_AsUnsignedLongLongMask(number.ptr());
+}
+
+ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths) {
+    auto* held = new std::vector<unsigned char>(std::move(truths));
+    const py::capsule owner(held,
+                            [](void* memory) { delete static_cast<std::vector<unsigned char>*>(memory); });
+    static_assert(sizeof(bool) == 1);
+    return ArrayOf<bool>(
+        py::array(py::dtype::of<bool>(), static_cast<py::ssize_t>(held->size()), held->data(), owner));
+}
+
 ArrayOf<int> arrayFrom(std::vector<cv::Point>&& points) { return pairsFrom<int>(std::move(points)); }
 ArrayOf<float> arrayFrom(std::vector<cv::Point2f>&& points) { return pairsFrom<float>(std::move(points)); }
 ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points) { return pairsFrom<double>(std::move(points)); }

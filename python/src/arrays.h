@@ -14,6 +14,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <cstdint>
 #include <opencv2/core.hpp>
 #include <utility>
 #include <vector>
@@ -80,6 +81,8 @@ std::vector<double> numbersOf(const Argument& argument, const char* name);
 cv::Mat matrixOf(const Argument& argument, const char* name);
 // Whole pixels (x, y, width, height); None gives an empty one.
 cv::Rect rectOf(const Argument& argument, const char* name);
+// The seed of a generator: any whole number, of which the low 64 bits count.
+std::uint64_t seedOf(const Argument& argument, const char* name);
 
 // "float64 array of shape (480, 640)", "list": what came, for a refusal.
 std::string describe(const py::handle& object);
@@ -101,6 +104,8 @@ ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points);
 AnyArray arrayFrom(cv::Mat mat);
 // The same for what is known to be 8-bit.
 ArrayOf<unsigned char> bytesFrom(cv::Mat mat);
+// Of numbers that are 0 or 1.
+ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths);
 // A matrix of doubles, (rows, columns).
 template <int Rows, int Columns>
 ArrayOf<double> arrayFrom(const cv::Matx<double, Rows, Columns>& matrix) {
@@ -116,6 +121,10 @@ namespace pybind11::detail {
 template <>
 struct handle_type_name<orxpy::ArrayOf<unsigned char>> {
     static constexpr auto name = const_name("numpy.ndarray[typing.Any, numpy.dtype[numpy.uint8]]");
+};
+template <>
+struct handle_type_name<orxpy::ArrayOf<bool>> {
+    static constexpr auto name = const_name("numpy.ndarray[typing.Any, numpy.dtype[numpy.bool_]]");
 };
 template <>
 struct handle_type_name<orxpy::ArrayOf<int>> {

@@ -26,6 +26,12 @@ void bindPlanes(pybind11::module_& core);
 void bindCameras(pybind11::module_& core);
 void bindPartPoses(pybind11::module_& core);
 void bindParts(pybind11::module_& core);
+void bindFits(pybind11::module_& core);
+void bindFinders(pybind11::module_& core);
+void bindClassicFits(pybind11::module_& core);
+void bindCurves(pybind11::module_& core);
+void bindGeometry(pybind11::module_& core);
+void bindSegments(pybind11::module_& core);
 
 }  // namespace orxpy
 

@@ -39,4 +39,10 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindCameras(core);
     orxpy::bindPartPoses(core);
     orxpy::bindParts(core);
+    orxpy::bindFits(core);
+    orxpy::bindFinders(core);
+    orxpy::bindClassicFits(core);
+    orxpy::bindCurves(core);
+    orxpy::bindGeometry(core);
+    orxpy::bindSegments(core);
 }

@@ -9,7 +9,7 @@ from typing import Any, Callable
 import numpy as np
 import pytest
 
-from orxfunctions import analysis
+from orxfunctions import analysis, fitting
 
 
 def resident() -> int:
@@ -24,6 +24,7 @@ def refused(call: Callable[[], Any]) -> None:
 
 SMALL = np.full((24, 24), 40, np.uint8)
 SMALL[6:18, 6:18] = 200
+PLACES = np.stack([np.cos(np.arange(16.0)), np.sin(np.arange(16.0))], axis=1)
 
 CALLS: list[Callable[[], Any]] = [
     lambda: analysis.threshold_level(SMALL),
@@ -32,6 +33,9 @@ CALLS: list[Callable[[], Any]] = [
     lambda: analysis.caliper(SMALL, (1, 12), (22, 12)),
     lambda: analysis.contours(SMALL > 100),
     lambda: analysis.to_bgr(SMALL),
+    lambda: fitting.fit_circle(PLACES, deviations=np.ones(16)),
+    lambda: fitting.find_lines(PLACES, max_trials=20),
+    lambda: refused(lambda: fitting.fit_line(PLACES[:0])),
     lambda: refused(lambda: analysis.edges(SMALL, sigma=0.0)),
     lambda: refused(lambda: analysis.focus(SMALL.astype(float))),
 ]
