@@ -89,7 +89,8 @@ endfunction()
 find_program(ORX_DPKG dpkg-query)
 if(ORX_DPKG AND NOT WIN32)
   orx_package_papers(runtime ${library_package}
-    $<TARGET_FILE:orxFunctions> $<TARGET_FILE:ZULLib> $<TARGET_FILE:TQVisionDriver> $<TARGET_FILE:LumoCfg>)
+    $<TARGET_FILE:orxFunctions> $<TARGET_FILE:ZULLib> $<TARGET_FILE:TQVisionDriver> $<TARGET_FILE:LumoCfg>
+    $<TARGET_FILE:orxPictureCodecs> $<TARGET_FILE:orxPictureWindows>)
   orx_package_papers(development liborxfunctions-dev "${OpenCV_DIR}/OpenCVConfig.cmake")
   set(tool_files "")
   foreach(tool IN LISTS tools)

@@ -13,6 +13,7 @@
 #include "orxFunctions/foundation/image_exchange_internal.h"
 #include "orxFunctions/foundation/registry_internal.h"
 #include "orxFunctions/platform/module_internal.h"
+#include "orxFunctions/platform/pictures/picture_modules.h"
 #include "orxFunctions/platform/window/native_window_list.h"
 
 namespace orx {
@@ -22,6 +23,7 @@ int G_appshowMsg_defaultColor = 0;
 std::array<zul::Mutex, MAXCameraNum> slotMutexes;
 zul::Mutex cameraCallMutex;
 zul::Mutex grabLifecycleMutex;
+platform::PictureModules platform::pictureModules;
 platform::ExtraModuleFolder platform::extraModuleFolder;
 CameraDriver cameraDriver;
 CameraMessages cameraMessages;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <opencv2/highgui.hpp>
 #include <optional>
 
@@ -65,7 +66,10 @@ void zoomTo(double factor, cv::Point2d at, cv::Size window, Zoom& zoom) {
     keepInside(zoom, window);
 }
 
-double notchesOf(const platform::MouseEvent& event) { return cv::getMouseWheelDelta(event.flags) / kNotch; }
+// The upper 16 bits hold how far the wheel was turned, as highgui packs its flags.
+double notchesOf(const platform::MouseEvent& event) {
+    return static_cast<std::int16_t>(static_cast<std::uint32_t>(event.flags) >> 16U) / kNotch;
+}
 
 std::optional<std::size_t> handleAt(cv::Point2d at, const Handles& handles, double reach) {
     std::optional<std::size_t> nearest;

@@ -16,6 +16,7 @@
 #include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
+#include "orxFunctions/platform/pictures/picture_modules.h"
 
 namespace orx {
 namespace {
@@ -49,12 +50,12 @@ bool writeFile(const fs::path& path, const void* bytes, std::size_t size) {
 }
 
 // Empty for what is no image.
-cv::Mat readImage(const fs::path& path) {
+cv::Mat readImage(const fs::path& path, const platform::PictureCodecs& codecs) {
     std::string bytes;
     if (!readFile(path, bytes) || bytes.empty()) return {};
     try {
         const cv::Mat encoded(1, static_cast<int>(bytes.size()), CV_8UC1, bytes.data());
-        return cv::imdecode(encoded, cv::IMREAD_UNCHANGED);
+        return codecs.imdecode(encoded, cv::IMREAD_UNCHANGED);
     } catch (const std::exception&) {
         return {};
     }
@@ -68,8 +69,15 @@ class Run {
 
     TAugmentationReport& report() { return report_; }
 
+    // Before the first image. False, with the refusal, when nothing can read or write one.
+    bool takesPictures() {
+        std::string reason;
+        codecs_ = platform::pictureModules.codecs(&reason);
+        return codecs_ != nullptr || refuse(rcFailed, "augment", "%s", reason.c_str());
+    }
+
     void augment(const fs::path& path) {
-        const cv::Mat image = readImage(path);
+        const cv::Mat image = readImage(path, *codecs_);
         if (image.empty()) return skip("无法读取图像: ", path);
         std::optional<PolygonAnnotation> annotation;
         if (!readAnnotation(path, image.size(), annotation)) return skip("标注文件无效, 跳过图像: ", path);
@@ -123,7 +131,7 @@ class Run {
             if (json.empty()) return complain("标注点超出数值范围, 跳过文件: ", path);
         }
         std::vector<unsigned char> encoded;
-        if (!cv::imencode(extension, variant.image, encoded) ||
+        if (!codecs_->imencode(extension, variant.image, encoded) ||
             !writeFile(path, encoded.data(), encoded.size())) {
             return complain("无法写入文件: ", path);
         }
@@ -134,6 +142,7 @@ class Run {
     }
 
     const TAugmentationConfig& config_;
+    const platform::PictureCodecs* codecs_ = nullptr;
     fs::path outputFolder_;
     std::set<fs::path> stems_;
     TAugmentationReport report_;
@@ -162,6 +171,10 @@ TAugmentationReport ImageDataAugmentation::augment(const std::string& inputFolde
     std::vector<std::string> images;
     if (!takesFolders(input, output, images)) {
         run.complain("数据增强的文件夹无效: ", FileOperator::folderExists(inputFolder) ? output : input);
+        return run.report();
+    }
+    if (!run.takesPictures()) {
+        run.complain("图像编解码模块无法加载: ", input);
         return run.report();
     }
     const int total = static_cast<int>(images.size());

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <exception>
-#include <opencv2/imgcodecs.hpp>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "orxFunctions/foundation/host_bridge.h"
 #include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
+#include "orxFunctions/platform/pictures/picture_modules.h"
 
 namespace orx {
 namespace {
@@ -18,8 +18,10 @@ std::size_t bytesOf(const cv::Mat& image) { return image.total() * image.elemSiz
 
 bool tryToWrite(const ImageSaver::Job& job) {
     try {
+        // Loaded already, by who handed the image over.
+        const platform::PictureCodecs* const codecs = platform::pictureModules.codecs();
         std::vector<unsigned char> encoded;
-        if (!cv::imencode(job.extension, job.image, encoded)) return false;
+        if (codecs == nullptr || !codecs->imencode(job.extension, job.image, encoded)) return false;
         std::error_code error;
         std::filesystem::create_directories(job.path.parent_path(), error);
         return platform::createFile(job.path, encoded.data(), encoded.size()) ==
@@ -74,7 +76,8 @@ ImageSaver::Answer ImageSaver::add(Job job) {
 void ImageSaver::waitAtTheEnd() {
     struct Wait {
         Wait() {
-            cv::haveImageWriter(".png");
+            if (const platform::PictureCodecs* const codecs = platform::pictureModules.codecs())
+                codecs->haveImageWriter(".png");
             static_cast<void>(std::uncaught_exceptions());  // asked by those who wait for a condition
         }
         ~Wait() {

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <opencv2/imgcodecs.hpp>
 #include <utility>
 
 #include "orxFunctions/files/image_saver_internal.h"
@@ -12,6 +11,7 @@
 #include "orxFunctions/foundation/message_colours_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/platform/file_access_internal.h"
+#include "orxFunctions/platform/pictures/picture_modules.h"
 
 namespace FileOperator {
 namespace {
@@ -52,7 +52,13 @@ bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix,
         return refuse(orx::rcFileName, "saveImage", "a name can't begin with \"%s\"",
                       platform::shownName(platform::toPath(prefix)).c_str());
     }
-    if (!isPlainName(extension) || !cv::haveImageWriter("image" + extension)) {
+    std::string reason;
+    const platform::PictureCodecs* const codecs = platform::pictureModules.codecs(&reason);
+    if (codecs == nullptr) {
+        complain("图像编解码模块无法加载, 图像未保存: ", folder);
+        return refuse(orx::rcFailed, "saveImage", "%s", reason.c_str());
+    }
+    if (!isPlainName(extension) || !codecs->haveImageWriter("image" + extension)) {
         complain("不支持的图像格式: ", extension);
         return refuse(orx::rcOption, "saveImage", "\"%s\" is the extension of no format that can be written",
                       platform::shownName(platform::toPath(extension)).c_str());

@@ -1,6 +1,6 @@
-#include <cstdlib>
-
 #include "orxFunctions/platform/runtime_random_internal.h"
+
+#include <cstdlib>
 
 namespace orx::platform {
 

@@ -1,8 +1,8 @@
+#include "orxFunctions/platform/runtime_random_internal.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-
-#include "orxFunctions/platform/runtime_random_internal.h"
 
 namespace orx::platform {
 

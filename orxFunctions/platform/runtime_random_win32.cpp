@@ -1,7 +1,7 @@
+#include "orxFunctions/platform/runtime_random_internal.h"
+
 #include <cstdint>
 #include <new>
-
-#include "orxFunctions/platform/runtime_random_internal.h"
 
 namespace orx::platform {
 

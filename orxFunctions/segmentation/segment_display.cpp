@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
 #include "ZULLib/zullib.h"
 #include "orxFunctions/fitting/drawing_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/pictures/picture_modules.h"
 #include "orxFunctions/platform/window/native_window.h"
 
 namespace orx {
@@ -56,7 +56,12 @@ void show(const char* utf8Caption, const cv::Mat& image, const char* function) {
     } else if (!platform::displayIsAvailable()) {
         refuse(rcNoDisplay, function, "there is no display to show a window on");
     } else {
-        cv::imshow(zul::toAnsi(utf8Caption), image);
+        std::string reason;
+        const platform::PictureWindows* const windows = platform::pictureModules.windows(&reason);
+        if (windows == nullptr)
+            refuse(rcFailed, function, "%s", reason.c_str());
+        else
+            windows->imshow(zul::toAnsi(utf8Caption), image);
     }
 }
 

@@ -49,6 +49,9 @@ int useOnce(const std::string& folder, int images) {
         taken = use(folder.c_str(), images);
     }
     EXPECT_TRUE(isGone());
+#ifdef ORX_TEST_CODECS  // where these are a module of their own
+    EXPECT_FALSE(test::isLoaded(ORX_TEST_CODECS));
+#endif
     return taken;
 }
 
