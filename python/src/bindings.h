@@ -20,6 +20,7 @@ void bindFiles(pybind11::module_& core);
 void bindForm(pybind11::module_& core);
 void bindRecipes(pybind11::module_& core);
 void bindProposals(pybind11::module_& core);
+void bindRelations(pybind11::module_& core);
 void bindVerdicts(pybind11::module_& core);
 void bindCalibration(pybind11::module_& core);
 void bindPlanes(pybind11::module_& core);

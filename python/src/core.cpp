@@ -34,6 +34,7 @@ PYBIND11_MODULE(_core, core) {
     orxpy::bindVerdicts(core);
     orxpy::bindRecipes(core);
     orxpy::bindProposals(core);
+    orxpy::bindRelations(core);
     orxpy::bindCalibration(core);
     orxpy::bindPlanes(core);
     orxpy::bindCameras(core);

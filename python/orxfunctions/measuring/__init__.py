@@ -1,9 +1,12 @@
-"""Form, verdicts, statistics and recipes: from what was measured of a part to what is said of it."""
+"""Form, relations, verdicts, statistics and recipes: from what was measured of a part to what is said of it."""
 from ._form import (PointNoise, Roundness, Straightness, maximum_inscribed_circle, minimum_circumscribed_circle,
                     minimum_zone_circle, minimum_zone_line)
 from ._proposals import PartRegion, Proposal, find_part_region, propose_recipe
 from ._recipe_results import FeatureKind, RecipeFeature, RecipePose, RecipeResult, RecipeValue
 from ._recipes import Recipe, RecipeError, RecipeProblem, RecipeTarget
+from ._relations import (LineDistance, MeasuredPoint, MeasuredValue, angle, center_of, chain_smoothing, concentricity,
+                         distance, gap, intersection, intersections, line_distance, parallelism, perpendicularity, point_on,
+                         signed_angle, signed_distance)
 from ._statistics import GaugePart, GaugeResult, GaugeStudy, RunChartPoint, RunHistogram, RunStatistics, RunSummary
 from ._verdicts import Judgement, Verdict, judge, worst_verdict
 
@@ -13,6 +16,9 @@ __all__ = [
     "GaugeResult",
     "GaugeStudy",
     "Judgement",
+    "LineDistance",
+    "MeasuredPoint",
+    "MeasuredValue",
     "PartRegion",
     "PointNoise",
     "Proposal",
@@ -31,12 +37,26 @@ __all__ = [
     "RunSummary",
     "Straightness",
     "Verdict",
+    "angle",
+    "center_of",
+    "chain_smoothing",
+    "concentricity",
+    "distance",
     "find_part_region",
+    "gap",
+    "intersection",
+    "intersections",
     "judge",
+    "line_distance",
     "maximum_inscribed_circle",
     "minimum_circumscribed_circle",
     "minimum_zone_circle",
     "minimum_zone_line",
+    "parallelism",
+    "perpendicularity",
+    "point_on",
     "propose_recipe",
+    "signed_angle",
+    "signed_distance",
     "worst_verdict",
 ]
