@@ -53,3 +53,11 @@ def test_docstrings_name_what_there_is() -> None:
     assert make_names.documented()["analysis.threshold_level"] == ["orx::getThresholdValue", "orx::TThresholdMethod"]
     assert make_names.unknown() == []
     assert [name for name, reason in make_names.left_out() if not reason] == [], "left out without a reason"
+
+
+def test_every_public_name_is_named_or_left_out() -> None:
+    assert make_names.missing() == [], "name them in a docstring's last line, or in python/left_out.txt with the reason"
+
+
+def test_page_of_names_is_that_of_the_docstrings() -> None:
+    assert make_names.PAGE.read_text(encoding="utf-8") == make_names.page_text(), "run python/tools/make_names.py"
