@@ -71,7 +71,8 @@ class ORX_API ImageDataAugmentation {
 
     // Refuses, with a message: an input folder that does not exist or can't be read, an output folder that
     // can't be created, and the same folder for both (rcFileName, rcFileMissing, rcFileUnreadable,
-    // rcFileUnwritable, rcOption). What happens to single images is told in the report alone.
+    // rcFileUnwritable, rcOption), and where the library's module of picture formats is missing (rcFailed).
+    // What happens to single images is told in the report alone.
     TAugmentationReport augment(const std::string& inputFolder, const std::string& outputFolder) const;
 
   private:

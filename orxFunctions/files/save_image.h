@@ -19,7 +19,8 @@ namespace FileOperator {
 // Never waits for the disk. At most 64 images wait, of 1 GiB together; one more is refused, with a message
 // for the first of a row of refusals. False, and nothing saved, for a full queue, an empty image, an unknown
 // format, or an empty folder or one in the prefix (rcTooMany, rcEmptyImage, rcOption, rcFileName; rcMemory
-// and rcFailed without memory for the copy or the thread). What fails later, on the thread (a full disk, a
+// and rcFailed without memory for the copy or the thread; rcFailed where the library's module of picture
+// formats is missing). What fails later, on the thread (a full disk, a
 // name that exists: it is never overwritten), is reported by a message in colour 1.
 //
 // Unloading the library, and on POSIX the end of the process, wait for the images still queued. On Windows

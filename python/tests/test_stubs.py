@@ -1,4 +1,4 @@
-"""The stub of the compiled core says what the core offers."""
+"""The type stub of the compiled core says what the core offers."""
 from __future__ import annotations
 
 import subprocess
