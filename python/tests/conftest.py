@@ -30,3 +30,9 @@ def disk() -> NDArray[np.uint8]:
 @pytest.fixture
 def step() -> NDArray[np.uint8]:
     return step_picture()
+
+
+@pytest.fixture
+def checker() -> str:
+    """The version of mypy, whose words differ from one to the next; skips where there is none."""
+    return str(pytest.importorskip("mypy.version").__version__)

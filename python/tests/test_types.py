@@ -12,7 +12,9 @@ api = pytest.importorskip("mypy.api")
 MISTAKES = Path(__file__).with_name("mistakes.py")
 
 
-def test_mistakes_are_found(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+def test_mistakes_are_found(tmp_path: Path, monkeypatch: pytest.MonkeyPatch, checker: str) -> None:
+    if not checker.startswith("1.0"):
+        pytest.skip(f"the mistakes are told in the words of mypy 1.0, and this is {checker}")
     monkeypatch.setenv("MYPYPATH", str(Path(orxfunctions.__file__).parent.parent))
     output, _, _ = api.run(["--strict", "--no-error-summary", "--cache-dir", str(tmp_path), str(MISTAKES)])
     found = {(int(line), code) for line, code in re.findall(r"mistakes\.py:(\d+): error: .*\[([a-z-]+)\]", output)}
