@@ -7,14 +7,14 @@ from __future__ import annotations
 import atexit
 import os
 from collections.abc import Callable
-from typing import Any, NamedTuple, Optional, Tuple, Union
+from typing import Any, NamedTuple, Optional, Tuple
 
 from . import _core
+from ._paths import Path, path_bytes
 from ._types import Doubles, Image
 
 __all__ = ["AugmentationReport", "StreamFile", "augment", "flush", "read_stream", "save_image", "write_stream"]
 
-Path = Union[str, "os.PathLike[str]"]
 _TEXT_BYTES = 254  # the 255th is the NUL that ends it
 
 
@@ -41,10 +41,6 @@ class AugmentationReport(NamedTuple):
     """Variants."""
     problems: list[str]
     """A text for each skipped picture and each file that could not be written."""
-
-
-def _name(path: Path) -> bytes:
-    return os.fsencode(path)
 
 
 def _path(name: bytes) -> str:
@@ -80,7 +76,7 @@ def write_stream(path: Path, matrix: Doubles, *, size: Optional[Tuple[int, int]]
     if size is None:  # what is no matrix is refused below
         rows, columns = matrix.shape if getattr(matrix, "ndim", 0) == 2 else (0, 0)
         size = columns, rows
-    _core.write_stream(_name(path), matrix, size, words)
+    _core.write_stream(path_bytes(path), matrix, size, words)
 
 
 def read_stream(path: Path) -> StreamFile:
@@ -91,7 +87,7 @@ def read_stream(path: Path) -> StreamFile:
 
     C++: orx::streamFile2Image
     """
-    matrix, size, words = _core.read_stream(_name(path))
+    matrix, size, words = _core.read_stream(path_bytes(path))
     try:
         text = words.decode("utf-8")
     except UnicodeDecodeError:
@@ -148,7 +144,8 @@ def augment(input_folder: Path, output_folder: Path, *, seed: int = 0, flip_hori
     counts = [rotations, scalings, shifts, brightness_changes, contrast_changes, blurs, noises]
     amounts = [max_angle, min_scale, max_scale, max_shift, max_brightness, max_contrast, max_blur, max_noise]
     flips = flip_horizontal, flip_vertical
-    return AugmentationReport(*_core.augment(_name(input_folder), _name(output_folder), seed, flips, counts, amounts, tell))
+    folders = path_bytes(input_folder), path_bytes(output_folder)
+    return AugmentationReport(*_core.augment(*folders, seed, flips, counts, amounts, tell))
 
 
 def save_image(image: Image, folder: Path, *, prefix: str = "", extension: str = ".png") -> str:
@@ -169,7 +166,7 @@ def save_image(image: Image, folder: Path, *, prefix: str = "", extension: str =
 
     C++: FileOperator::saveImage
     """
-    return _path(_core.save_image(image, _name(folder), _name(prefix), extension))
+    return _path(_core.save_image(image, path_bytes(folder), path_bytes(prefix), extension))
 
 
 def flush(timeout: Optional[float] = None) -> bool:

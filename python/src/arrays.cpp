@@ -103,24 +103,25 @@ py::array arrayAs(const Argument& argument, const char* name, const char* expect
 constexpr const char* kPixels = "whole pixels: integer array of shape (n, 2)";
 constexpr const char* kPoints = "points: array of numbers of shape (n, 2)";
 
+// An array as it is, or what numpy makes of a sequence.
+py::array arrayOfNumbers(const Argument& argument, const char* name, const char* expected) {
+    if (py::isinstance<py::array>(argument)) return py::reinterpret_borrow<py::array>(argument);
+    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
+        refuseType(name, expected, argument);
+    try {
+        return py::module_::import("numpy").attr("asarray")(argument);
+    } catch (py::error_already_set& error) {
+        if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
+        refuseType(name, expected, argument);
+    }
+}
+
 // An array of `axes` numbers a row out of an array or a sequence of rows.
 py::array rowsOf(const Argument& argument, const char* name, const char* expected, py::ssize_t axes,
                  bool whole) {
-    if (py::isinstance<py::str>(argument) || argument.is_none()) refuseType(name, expected, argument);
-    py::array array;
-    if (py::isinstance<py::array>(argument)) {
-        array = py::reinterpret_borrow<py::array>(argument);
-    } else {
-        if (!PySequence_Check(argument.ptr())) refuseType(name, expected, argument);
-        try {
-            array = py::module_::import("numpy").attr("asarray")(argument);
-        } catch (py::error_already_set& error) {
-            if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
-            refuseType(name, expected, argument);
-        }
-        if (array.size() == 0 && array.ndim() == 1)
-            return py::array_t<double>(std::vector<py::ssize_t>{0, axes});
-    }
+    py::array array = arrayOfNumbers(argument, name, expected);
+    if (array.size() == 0 && array.ndim() == 1 && !py::isinstance<py::array>(argument))
+        return py::array_t<double>(std::vector<py::ssize_t>{0, axes});
     if (array.ndim() == 3 && array.shape(1) == 1) {
         array = array.attr("reshape")(array.shape(0), array.shape(2)).cast<py::array>();
     }
@@ -268,15 +269,7 @@ cv::Point2d placeOf(const Argument& argument, const char* name) {
 std::vector<double> numbersOf(const Argument& argument, const char* name) {
     const char* expected = "numbers: array of shape (n,)";
     if (argument.is_none()) return {};
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
-    py::array array;
-    try {
-        array = py::module_::import("numpy").attr("asarray")(argument);
-    } catch (py::error_already_set& error) {
-        if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
-        refuseType(name, expected, argument);
-    }
+    const py::array array = arrayOfNumbers(argument, name, expected);
     const char kind = array.dtype().kind();
     if (array.ndim() != 1 || !(kind == 'i' || kind == 'u' || kind == 'f'))
         refuseType(name, expected, argument);
@@ -286,15 +279,7 @@ std::vector<double> numbersOf(const Argument& argument, const char* name) {
 
 cv::Mat matrixOf(const Argument& argument, const char* name) {
     const char* expected = "a matrix: array of numbers of shape (rows, columns)";
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
-    py::array array;
-    try {
-        array = py::module_::import("numpy").attr("asarray")(argument);
-    } catch (py::error_already_set& error) {
-        if (!error.matches(PyExc_ValueError) && !error.matches(PyExc_TypeError)) throw;
-        refuseType(name, expected, argument);
-    }
+    const py::array array = arrayOfNumbers(argument, name, expected);
     const char kind = array.dtype().kind();
     const bool shaped = array.ndim() == 1 || array.ndim() == 2;
     if (!shaped || !(kind == 'i' || kind == 'u' || kind == 'f')) refuseType(name, expected, argument);
