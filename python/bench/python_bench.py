@@ -90,11 +90,11 @@ def rows() -> Dict[str, Seconds]:
         measured[f"cpp/threshold/{name}"] = lambda image=image, calls=calls: plain.threshold(image, 10 * calls)
         measured[f"python/edges/{name}"] = processor(lambda image=image: analysis.edges(image), calls)
         measured[f"cpp/edges/{name}"] = lambda image=image, calls=calls: plain.edges(image, calls)
-    for name, some, calls in (("200", points, 400), ("2000", many, 60)):
+    for name, some, calls in (("200", points, 8000), ("2000", many, 2000)):
         measured[f"python/fit_circle/{name}"] = processor(lambda some=some: fitting.fit_circle(some), calls)
         measured[f"cpp/fit_circle/{name}"] = lambda some=some, calls=calls: plain.fit_circle(some, calls)
-    measured["python/find_circle/2000"] = processor(lambda: fitting.find_circle(wild), 40)
-    measured["cpp/find_circle/2000"] = lambda: plain.find_circle(wild, 40)
+    measured["python/find_circle/2000"] = processor(lambda: fitting.find_circle(wild), 400)
+    measured["cpp/find_circle/2000"] = lambda: plain.find_circle(wild, 400)
     start, end = (20.0, 50.0), (80.0, 50.0)
     measured["python/caliper/60x5"] = processor(lambda: analysis.caliper(vga, start, end, width=5.0), 2000)
     measured["core/caliper/60x5"] = processor(lambda: _core.caliper(vga, start, end, 5.0, (1.0, 10.0, 0, 0)), 2000)
