@@ -107,7 +107,7 @@ def rows() -> Dict[str, Seconds]:
     measured["threads/one/edges"] = real_on_threads(lambda: analysis.edges(vga), 40, 1)
     measured["threads/two/edges"] = real_on_threads(lambda: analysis.edges(vga), 40, 2)
     measured["start/numpy"] = start_of("import numpy")
-    measured["start/orxfunctions"] = start_of("import orxfunctions")
+    measured["start/orxfunctions"] = start_of("from orxfunctions import analysis, fitting")
     measured.update(peers(large, wild))
     return measured
 

@@ -9,9 +9,15 @@ answer is None, or an empty array.
 All functions may be called from several threads at once, and let other threads run meanwhile. Where chance plays a part
 there is an option ``seed``; equal seeds give equal results.
 """
-from . import analysis, calibration, camera, drawing, errors, files, fitting, matching, measuring, segmentation
+from importlib import import_module
+from types import ModuleType
+from typing import TYPE_CHECKING
+
 from ._core import __version__
 from ._threads import set_threads, threads
+
+if TYPE_CHECKING:
+    from . import analysis, calibration, camera, drawing, errors, files, fitting, matching, measuring, segmentation
 
 __all__ = [
     "__version__",
@@ -28,3 +34,14 @@ __all__ = [
     "set_threads",
     "threads",
 ]
+
+if not TYPE_CHECKING:  # which would take any name for a module
+
+    def __getattr__(name: str) -> ModuleType:
+        """Modules are loaded when they are first asked for: who measures circles need not wait for cameras."""
+        if name in __all__:
+            return import_module(f"{__name__}.{name}")
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+
+    def __dir__() -> list[str]:
+        return sorted(__all__)

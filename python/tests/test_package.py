@@ -31,11 +31,20 @@ def test_what_is_public_says_what_it_does() -> None:
                 assert (thing.__doc__ or "").strip(), f"{name}.{public} has no docstring"
 
 
-def test_an_import_brings_numpy_and_nothing_heavy() -> None:
-    code = "import sys, orxfunctions; print(*sorted({name.split('.')[0] for name in sys.modules}))"
-    loaded = subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True).stdout.split()
-    assert "numpy" in loaded
-    assert not {"cv2", "matplotlib", "PIL", "scipy", "skimage", "ipywidgets", "IPython", "distributed"} & set(loaded)
+def modules_after(code: str) -> set[str]:
+    code += "; import sys; print(*sys.modules)"
+    return set(subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True).stdout.split())
+
+
+def test_an_import_brings_nothing_heavy_and_no_module_unasked() -> None:
+    loaded = modules_after("import orxfunctions")
+    assert "orxfunctions._core" in loaded and not {"orxfunctions.camera", "orxfunctions.measuring"} & loaded
+    everything = modules_after("import orxfunctions; [getattr(orxfunctions, name) for name in orxfunctions.__all__]")
+    assert {"numpy", "orxfunctions.camera", "orxfunctions.measuring"} <= everything
+    assert not {"cv2", "matplotlib", "PIL", "scipy", "skimage", "ipywidgets", "IPython", "distributed"} & everything
+    assert set(dir(orxfunctions)) == set(orxfunctions.__all__)
+    with pytest.raises(AttributeError, match="module 'orxfunctions' has no attribute 'analysys'"):
+        getattr(orxfunctions, "analysys")
 
 
 def test_the_version_is_that_of_the_library() -> None:
