@@ -25,9 +25,6 @@ KindText textOf(ImageKind kind) {
             return {"a grey image: uint8 array of shape (rows, columns)", false, false, kOne};
         case ikBinary:
             return {"a binary image: uint8 or bool array of shape (rows, columns)", false, true, kOne};
-        case ikColour:
-            return {"a grey or BGR image: uint8 array of shape (rows, columns) or (rows, columns, 3)", false,
-                    false, kOne | kThree};
         case ikGreyAnyDepth:
             return {"a grey image: uint8 or uint16 array of shape (rows, columns)", true, false, kOne};
         case ikDrawable:
@@ -42,10 +39,6 @@ KindText textOf(ImageKind kind) {
     }
     return {"an image: uint8 or uint16 array of shape (rows, columns) or (rows, columns, 1 to 4)", true,
             false, kOneToFour};
-}
-
-[[noreturn]] void refuseType(const char* name, const std::string& expected, const py::handle& got) {
-    throw py::type_error(std::string(name) + ": expected " + expected + ", got " + describe(got));
 }
 
 bool isNative(const py::dtype& type) {
@@ -106,8 +99,7 @@ constexpr const char* kPoints = "points: array of numbers of shape (n, 2)";
 // An array as it is, or what numpy makes of a sequence.
 py::array arrayOfNumbers(const Argument& argument, const char* name, const char* expected) {
     if (py::isinstance<py::array>(argument)) return py::reinterpret_borrow<py::array>(argument);
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
+    if (!isSequence(argument)) refuseType(name, expected, argument);
     try {
         return py::module_::import("numpy").attr("asarray")(argument);
     } catch (py::error_already_set& error) {
@@ -156,12 +148,25 @@ std::vector<Point> pointsAs(const Argument& argument, const char* name) {
 template <typename T, typename Point>
 ArrayOf<T> pairsFrom(std::vector<Point>&& points) {
     auto* held = new std::vector<Point>(std::move(points));
-    const py::capsule owner(held, [](void* memory) { delete static_cast<std::vector<Point>*>(memory); });
+    const py::capsule owner = ownerOf(held);
     const std::vector<py::ssize_t> shape = {static_cast<py::ssize_t>(held->size()), 2};
     return ArrayOf<T>(py::array_t<T>(shape, reinterpret_cast<const T*>(held->data()), owner));
 }
 
 }  // namespace
+
+bool isSequence(const py::handle& object) {
+    return PySequence_Check(object.ptr()) != 0 && !py::isinstance<py::str>(object);
+}
+
+py::sequence sequenceOf(const py::handle& object, const std::string& name, const std::string& expected) {
+    if (!isSequence(object)) refuseType(name, expected, object);
+    return py::reinterpret_borrow<py::sequence>(object);
+}
+
+void refuseType(const std::string& name, const std::string& expected, const py::handle& got) {
+    throw py::type_error(name + ": expected " + expected + ", got " + describe(got));
+}
 
 std::string describe(const py::handle& object) {
     if (!py::isinstance<py::array>(object)) return py::str(py::type::handle_of(object).attr("__name__"));
@@ -237,9 +242,7 @@ std::vector<cv::Point3d> spacePointsOf(const Argument& argument, const char* nam
 
 std::vector<std::vector<cv::Point>> contoursOf(const Argument& argument, const char* name) {
     const char* expected = "contours: a sequence of integer arrays of shape (n, 2)";
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
-    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    const py::sequence sequence = sequenceOf(argument, name, expected);
     std::vector<std::vector<cv::Point>> contours;
     for (std::size_t i = 0; i < sequence.size(); ++i) {
         const std::string item = std::string(name) + "[" + std::to_string(i) + "]";
@@ -250,9 +253,7 @@ std::vector<std::vector<cv::Point>> contoursOf(const Argument& argument, const c
 
 cv::Point2d placeOf(const Argument& argument, const char* name) {
     const char* expected = "a place: a pair of numbers (x, y)";
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
-    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    const py::sequence sequence = sequenceOf(argument, name, expected);
     if (sequence.size() != 2) refuseType(name, expected, argument);
     double values[2];
     for (std::size_t i = 0; i < 2; ++i) {
@@ -301,9 +302,7 @@ cv::Mat matrixOf(const Argument& argument, const char* name) {
 cv::Rect rectOf(const Argument& argument, const char* name) {
     const char* expected = "whole pixels (x, y, width, height)";
     if (argument.is_none()) return {};
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument))
-        refuseType(name, expected, argument);
-    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    const py::sequence sequence = sequenceOf(argument, name, expected);
     if (sequence.size() != 4) refuseType(name, expected, argument);
     int values[4];
     for (std::size_t i = 0; i < 4; ++i) {
@@ -332,13 +331,9 @@ std::uint64_t seedOf(const Argument& argument, const char* name) {
     return PyLong_AsUnsignedLongLongMask(number.ptr());
 }
 
-ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths) {
-    auto* held = new std::vector<unsigned char>(std::move(truths));
-    const py::capsule owner(held,
-                            [](void* memory) { delete static_cast<std::vector<unsigned char>*>(memory); });
+ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths, std::vector<py::ssize_t> shape) {
     static_assert(sizeof(bool) == 1);
-    return ArrayOf<bool>(
-        py::array(py::dtype::of<bool>(), static_cast<py::ssize_t>(held->size()), held->data(), owner));
+    return ArrayOf<bool>(arrayFrom(std::move(truths), std::move(shape)).attr("view")(py::dtype::of<bool>()));
 }
 
 ArrayOf<int> arrayFrom(std::vector<cv::Point>&& points) { return pairsFrom<int>(std::move(points)); }
@@ -347,7 +342,7 @@ ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points) { return pairsFrom<
 
 AnyArray arrayFrom(cv::Mat mat) {
     auto* held = new cv::Mat(std::move(mat));
-    const py::capsule owner(held, [](void* memory) { delete static_cast<cv::Mat*>(memory); });
+    const py::capsule owner = ownerOf(held);
     const py::dtype type = held->depth() == CV_8U    ? py::dtype::of<std::uint8_t>()
                            : held->depth() == CV_16U ? py::dtype::of<std::uint16_t>()
                            : held->depth() == CV_32F ? py::dtype::of<float>()

@@ -7,7 +7,7 @@
 //
 // The functions here need Python's lock. What they give out as cv::Mat or std::vector does not: hold the
 // arguments' own objects meanwhile (a bound function's parameters do), and release the lock for the call
-// itself (see unlocked.h).
+// itself (`unlocked` of refusals.h).
 #ifndef ORXFUNCTIONS_PYTHON_ARRAYS_H
 #define ORXFUNCTIONS_PYTHON_ARRAYS_H
 
@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,9 @@ namespace py = pybind11;
 
 // An argument of which the functions below make images or points; its name in signatures is "object".
 using Argument = py::object;
+
+using Pair = std::pair<double, double>;
+inline Pair pairOf(cv::Point2d point) { return {point.x, point.y}; }
 
 // Arrays that functions answer with. The names are what their signatures show, in the form that type checkers
 // read.
@@ -45,11 +49,10 @@ class AnyArray : public py::object {
 enum ImageKind : int {
     ikGrey = 0,          // uint8, one channel
     ikBinary = 1,        // uint8 or bool, one channel
-    ikColour = 2,        // uint8, one or three channels
-    ikAny = 3,           // uint8 or uint16, 1 to 4 channels
-    ikGreyAnyDepth = 4,  // uint8 or uint16, one channel
-    ikDrawable = 5,      // uint8, 1, 3 or 4 channels
-    ikGradient = 6       // int16, one channel
+    ikAny = 2,           // uint8 or uint16, 1 to 4 channels
+    ikGreyAnyDepth = 3,  // uint8 or uint16, one channel
+    ikDrawable = 4,      // uint8, 1, 3 or 4 channels
+    ikGradient = 5       // int16, one channel
 };
 
 // A picture to read. Valid while `array` is: keep the object.
@@ -84,15 +87,27 @@ cv::Rect rectOf(const Argument& argument, const char* name);
 // The seed of a generator: any whole number, of which the low 64 bits count.
 std::uint64_t seedOf(const Argument& argument, const char* name);
 
+// What can be walked through by an index, texts apart.
+bool isSequence(const py::handle& object);
+py::sequence sequenceOf(const py::handle& object, const std::string& name, const std::string& expected);
+
 // "float64 array of shape (480, 640)", "list": what came, for a refusal.
 std::string describe(const py::handle& object);
+// TypeError: "NAME: expected ..., got ...".
+[[noreturn]] void refuseType(const std::string& name, const std::string& expected, const py::handle& got);
+
+// What frees an object of the heap with the last array over its memory.
+template <typename T>
+py::capsule ownerOf(T* held) {
+    return py::capsule(held, [](void* memory) { delete static_cast<T*>(memory); });
+}
 
 // An array over the memory of `values`, which it owns, of the given shape; as long as `values` where none is
 // told.
 template <typename T>
 ArrayOf<T> arrayFrom(std::vector<T>&& values, std::vector<py::ssize_t> shape = {}) {
     auto* held = new std::vector<T>(std::move(values));
-    const py::capsule owner(held, [](void* memory) { delete static_cast<std::vector<T>*>(memory); });
+    const py::capsule owner = ownerOf(held);
     if (shape.empty()) shape = {static_cast<py::ssize_t>(held->size())};
     return ArrayOf<T>(py::array_t<T>(shape, held->data(), owner));
 }
@@ -105,7 +120,7 @@ AnyArray arrayFrom(cv::Mat mat);
 // The same for what is known to be 8-bit.
 ArrayOf<unsigned char> bytesFrom(cv::Mat mat);
 // Of numbers that are 0 or 1.
-ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths);
+ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths, std::vector<py::ssize_t> shape = {});
 // A matrix of doubles, (rows, columns).
 template <int Rows, int Columns>
 ArrayOf<double> arrayFrom(const cv::Matx<double, Rows, Columns>& matrix) {

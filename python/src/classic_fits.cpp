@@ -46,8 +46,7 @@ std::optional<FoundLine> findLineClassic(const Argument& given, double threshold
         return true;
     });
     if (found) return FoundLine(line.k, line.b, arrayFrom(std::move(inliers)));
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 // x, y, radius, inliers
@@ -67,8 +66,7 @@ std::optional<FoundCircle> findCircleClassic(const Argument& given, double thres
         if (circle.valid) search.getCircleIdxList(inliers);
     });
     if (circle.valid) return FoundCircle(circle.x, circle.y, circle.r, arrayFrom(std::move(inliers)));
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 using TwoLists = std::pair<ArrayOf<int>, ArrayOf<int>>;
@@ -81,8 +79,7 @@ std::optional<TwoLists> findSideLine(const Argument& given, int side, int minPoi
                                   refine);
     });
     if (found) return TwoLists(arrayFrom(std::move(line)), arrayFrom(std::move(rest)));
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 // x, y, radius, inlier ratio, mean residual
@@ -96,10 +93,7 @@ FittedCircle circleBy(const Argument& given, Create create) {
         create(factory, points);
         return factory.fitter->fit();
     });
-    if (!circle.valid) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!circle.valid) return nothingFound();
     if (!std::isfinite(circle.x) || !std::isfinite(circle.y) || !std::isfinite(circle.r))
         throw py::value_error("points: fewer than 3, or all on a line: they determine no circle");
     return std::make_tuple(circle.x, circle.y, circle.r, circle.inlierRatio, circle.meanResidual);
@@ -135,8 +129,7 @@ FittedLine lineBy(const Argument& given, Create create) {
         return factory.fitter->fit();
     });
     if (line.valid) return std::make_pair(line.k, line.b);
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 FittedLine fitLineRansac(const Argument& points, double angle, double distance, int sample,
@@ -167,10 +160,7 @@ FittedEllipse fitEllipseClassic(const Argument& given, double iterations, double
                       : orxFit::fitEllipseNorm(points, errorThreshold, minInlierRatio, minAxis.first,
                                                minAxis.second, maxAxis.first, maxAxis.second);
     });
-    if (e.valid == 0) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (e.valid == 0) return nothingFound();
     return std::make_tuple(e.x, e.y, e.width, e.height, e.angle, ConicTuple(e.A, e.B, e.C, e.D, e.E, e.F),
                            e.inlierRatio, e.meanError);
 }

@@ -20,8 +20,6 @@ namespace orxpy {
 
 namespace {
 
-using Pair = std::pair<double, double>;
-
 template <class ValueAt>
 ArrayOf<double> valuesAt(const Argument& given, ValueAt valueAt) {
     std::vector<double> values = numbersOf(given, "x");

@@ -44,8 +44,8 @@ struct JoinedMetric {
     std::vector<unsigned char> closed;
 };
 
-using MetricArrays = std::tuple<ArrayOf<float>, ArrayOf<float>, ArrayOf<float>, ArrayOf<float>, ArrayOf<int>,
-                                ArrayOf<unsigned char>>;
+using MetricArrays =
+    std::tuple<ArrayOf<float>, ArrayOf<float>, ArrayOf<float>, ArrayOf<float>, ArrayOf<int>, ArrayOf<bool>>;
 
 MetricArrays edges(const Argument& image, double sigma,
                    const std::optional<std::pair<double, double>>& thresholds, int mode, double noise,
@@ -75,7 +75,7 @@ MetricArrays edges(const Argument& image, double sigma,
     if (!done) raiseRefusal();
     return {arrayFrom(std::move(all.points)),   arrayFrom(std::move(all.direction)),
             arrayFrom(std::move(all.contrast)), arrayFrom(std::move(all.deviation)),
-            arrayFrom(std::move(all.offsets)),  arrayFrom(std::move(all.closed))};
+            arrayFrom(std::move(all.offsets)),  truthsFrom(std::move(all.closed))};
 }
 
 using ClassicArrays = std::tuple<ArrayOf<float>, ArrayOf<float>, ArrayOf<float>, ArrayOf<int>>;

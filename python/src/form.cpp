@@ -21,8 +21,6 @@ namespace orxpy {
 
 namespace {
 
-using Pair = std::pair<double, double>;
-
 // The library says of options that one is out of range, but not which.
 orx::TFormOptions optionsOf(double noise, int pointNoise, double smoothing, std::uint64_t seed) {
     if (!(noise >= 0.0 && std::isfinite(noise)))
@@ -58,13 +56,10 @@ std::optional<Roundness> roundness(const Argument& points, int zone, double nois
     const std::vector<cv::Point2d> given = precisePointsOf(points, "points");
     const orx::TFormOptions options = optionsOf(noise, pointNoise, smoothing, seed);
     orx::TRoundness found = unlocked([&] { return zoneOf(given, zone, options); });
-    if (!found.valid()) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!found.valid()) return nothingFound();
     return Roundness(found.value, found.freed, found.deviation, arrayFrom(std::move(found.contacts)),
-                     Pair(found.center.x, found.center.y), found.innerRadius, found.outerRadius,
-                     found.freedInner, found.freedOuter, found.innerDeviation, found.outerDeviation);
+                     pairOf(found.center), found.innerRadius, found.outerRadius, found.freedInner,
+                     found.freedOuter, found.innerDeviation, found.outerDeviation);
 }
 
 std::optional<Straightness> straightness(const Argument& points, double noise, int pointNoise,
@@ -72,13 +67,9 @@ std::optional<Straightness> straightness(const Argument& points, double noise, i
     const std::vector<cv::Point2d> given = precisePointsOf(points, "points");
     const orx::TFormOptions options = optionsOf(noise, pointNoise, smoothing, seed);
     orx::TStraightness found = unlocked([&] { return orx::minimumZoneLine(given, options); });
-    if (!found.valid()) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!found.valid()) return nothingFound();
     return Straightness(found.value, found.freed, found.deviation, arrayFrom(std::move(found.contacts)),
-                        Pair(found.point.x, found.point.y), Pair(found.direction.x, found.direction.y),
-                        found.angle, found.from, found.to);
+                        pairOf(found.point), pairOf(found.direction), found.angle, found.from, found.to);
 }
 
 }  // namespace

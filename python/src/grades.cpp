@@ -39,8 +39,7 @@ std::optional<double> edgeThreshold(const Argument& gx, const Argument& gy) {
     const Image alongX = imageOf(gx, "gx", ikGradient), alongY = imageOf(gy, "gy", ikGradient);
     const double level = unlocked([&] { return ORXEdge::calcEdgeThresVal(alongX.mat, alongY.mat); });
     if (level >= 0.0) return level;
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 }  // namespace

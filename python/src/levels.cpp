@@ -21,8 +21,7 @@ std::optional<int> thresholdLevel(const Argument& image, int method) {
     const int level = unlocked(
         [&] { return orx::getThresholdValue(grey.mat, static_cast<orx::TThresholdMethod>(method)); });
     if (level >= 0) return level;
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 std::optional<std::pair<int, double>> otsuLevel(const Argument& image) {
@@ -30,16 +29,14 @@ std::optional<std::pair<int, double>> otsuLevel(const Argument& image) {
     double score = 0.0;
     const int level = unlocked([&] { return orx::getThresholdValOTSU(grey.mat, score); });
     if (level >= 0) return std::make_pair(level, score);
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 std::optional<int> levelForCount(const Argument& image, int count) {
     const Image grey = imageOf(image, "image", ikGrey);
     const int level = unlocked([&] { return orx::getThresholdValueByRequiredNumber(grey.mat, count); });
     if (level >= 0) return level;
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 ArrayOf<unsigned char> thresholdQuadrants(const Argument& image, int operation, int size) {

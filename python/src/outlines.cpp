@@ -110,7 +110,7 @@ std::vector<orx::TEdgeProbe> probesOf(const Argument& points, const Argument& no
 
 // found, position, offset, contrast, deviation
 using OutlineArrays =
-    std::tuple<ArrayOf<unsigned char>, ArrayOf<double>, ArrayOf<double>, ArrayOf<double>, ArrayOf<double>>;
+    std::tuple<ArrayOf<bool>, ArrayOf<double>, ArrayOf<double>, ArrayOf<double>, ArrayOf<double>>;
 
 OutlineArrays edgesAcross(const Argument& image, const Argument& points, const Argument& normals,
                           const Argument& curvature, double reach, double minContrast, int polarity,
@@ -132,7 +132,7 @@ OutlineArrays edgesAcross(const Argument& image, const Argument& points, const A
         contrast.push_back(edge.contrast);
         deviation.push_back(edge.deviation);
     }
-    return {arrayFrom(std::move(found)), arrayFrom(std::move(position)), arrayFrom(std::move(offset)),
+    return {truthsFrom(std::move(found)), arrayFrom(std::move(position)), arrayFrom(std::move(offset)),
             arrayFrom(std::move(contrast)), arrayFrom(std::move(deviation))};
 }
 

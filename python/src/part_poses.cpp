@@ -18,10 +18,7 @@ namespace orxpy {
 
 namespace {
 
-using Pair = std::pair<double, double>;
 using Box = std::tuple<Pair, Pair, double>;  // as cv2 has it: centre, size, angle
-
-Pair pairOf(cv::Point2d point) { return {point.x, point.y}; }
 
 ArrayOf<double> posePoints(const PoseNumbers& pose, const Argument& points) {
     const std::vector<cv::Point2d> places = precisePointsOf(points, "points");

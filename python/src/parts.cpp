@@ -26,7 +26,6 @@ namespace orxpy {
 namespace {
 
 using orx::TPartModel;
-using Pair = std::pair<double, double>;
 
 TPartModel taughtOf(TPartModel model) {
     if (!model.valid()) raiseRefusal();
@@ -56,13 +55,11 @@ TPartModel teachPart(const Argument& image, const Argument& region, const Argume
     return taughtOf(unlocked([&] { return orx::teachPart(picture.mat, box, options); }));
 }
 
-[[noreturn]] void refusePiece(const std::string& name, const py::handle& got) {
-    throw py::type_error(name + ": expected an OutlineLine or an OutlineArc, got " + describe(got));
-}
+constexpr const char* kPiece = "an OutlineLine or an OutlineArc";
 
 orx::TOutlinePiece pieceOf(const py::handle& piece, const std::string& name) {
     const std::size_t size = py::isinstance<py::tuple>(piece) ? py::len(piece) : 0;
-    if (size != 2 && size != 4) refusePiece(name, piece);
+    if (size != 2 && size != 4) refuseType(name, kPiece, piece);
     const auto fields = py::reinterpret_borrow<py::tuple>(piece);
     if (size == 2) {
         const cv::Point2d start = placeOf(fields[0], (name + ".start").c_str());
@@ -73,23 +70,17 @@ orx::TOutlinePiece pieceOf(const py::handle& piece, const std::string& name) {
         return orx::outlineArc(centre, fields[1].cast<double>(), fields[2].cast<double>(),
                                fields[3].cast<double>());
     } catch (const py::cast_error&) {
-        refusePiece(name, piece);
+        refuseType(name, kPiece, piece);
     }
-}
-
-py::sequence sequenceOf(const py::handle& object, const std::string& name, const char* of) {
-    if (PySequence_Check(object.ptr()) == 0 || py::isinstance<py::str>(object))
-        throw py::type_error(name + ": expected a sequence of " + of + ", got " + describe(object));
-    return py::reinterpret_borrow<py::sequence>(object);
 }
 
 std::vector<orx::TOutline> outlinesOf(const Argument& argument) {
     std::vector<orx::TOutline> drawing;
-    const py::sequence outlines = sequenceOf(argument, "outlines", "outlines");
+    const py::sequence outlines = sequenceOf(argument, "outlines", "a sequence of outlines");
     for (std::size_t i = 0; i < outlines.size(); ++i) {
         const std::string name = "outlines[" + std::to_string(i) + "]";
         const py::object outline = outlines[i];
-        const py::sequence pieces = sequenceOf(outline, name, "OutlineLine and OutlineArc");
+        const py::sequence pieces = sequenceOf(outline, name, "a sequence of OutlineLine and OutlineArc");
         drawing.emplace_back();
         for (std::size_t k = 0; k < pieces.size(); ++k) {
             const py::object piece = pieces[k];
@@ -125,7 +116,7 @@ Report reportOf(const TPartModel& model) {
             report.symmetry,
             report.nearSymmetry,
             report.nearShare,
-            Pair(report.symmetryCentre.x, report.symmetryCentre.y),
+            pairOf(report.symmetryCentre),
             report.anglesAreFree,
             report.aShiftIsFree,
             report.freeDirection,
@@ -154,9 +145,8 @@ TPartModel readModel(const py::bytes& path) {
 
 // Row i of each is part i: pose (4), score, reversed, covariance (4 x 4), deviations (4), rms, seen; and the
 // free directions of each.
-using FoundArrays =
-    std::tuple<ArrayOf<double>, ArrayOf<double>, ArrayOf<unsigned char>, ArrayOf<double>, ArrayOf<double>,
-               ArrayOf<double>, ArrayOf<unsigned char>, std::vector<ArrayOf<double>>>;
+using FoundArrays = std::tuple<ArrayOf<double>, ArrayOf<double>, ArrayOf<bool>, ArrayOf<double>,
+                               ArrayOf<double>, ArrayOf<double>, ArrayOf<bool>, std::vector<ArrayOf<double>>>;
 
 template <typename T, typename Values>
 void append(std::vector<T>& all, const Values& values) {
@@ -185,11 +175,11 @@ FoundArrays arraysFrom(const std::vector<orx::TFoundPart>& parts, std::size_t po
     }
     return {arrayFrom(std::move(poses), {count, 4}),
             arrayFrom(std::move(scores)),
-            arrayFrom(std::move(reversed)),
+            truthsFrom(std::move(reversed)),
             arrayFrom(std::move(covariances), {count, 4, 4}),
             arrayFrom(std::move(deviations), {count, 4}),
             arrayFrom(std::move(rms)),
-            arrayFrom(std::move(seen), {count, static_cast<py::ssize_t>(points)}),
+            truthsFrom(std::move(seen), {count, static_cast<py::ssize_t>(points)}),
             std::move(free)};
 }
 

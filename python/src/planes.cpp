@@ -41,10 +41,7 @@ std::optional<ViewFields> findTarget(const Argument& image, int kind, int column
     const Image picture = imageOf(image, "image", ikAny);
     const orx::TTarget target = targetOf(kind, columns, rows, pitch, diameter);
     orx::TTargetView view = unlocked([&] { return orx::findTarget(picture.mat, target); });
-    if (!view.found) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!view.found) return nothingFound();
     return ViewFields(arrayFrom(std::move(view.plane)), arrayFrom(std::move(view.pixels)),
                       arrayFrom(std::move(view.deviations)),
                       std::make_pair(view.imageSize.width, view.imageSize.height), view.dotDiameter);
@@ -76,7 +73,7 @@ orx::TTargetView viewOf(const Argument& argument, const std::string& name) {
     orx::TTargetView view;
     if (argument.is_none()) return view;
     if (!py::isinstance<py::tuple>(argument) || py::len(argument) != 5)
-        throw py::type_error(name + ": expected a TargetView or None, got " + describe(argument));
+        refuseType(name, "a TargetView or None", argument);
     const auto fields = py::reinterpret_borrow<py::tuple>(argument);
     view.found = true;
     view.plane = precisePointsOf(fields[0], (name + ".plane").c_str());
@@ -93,10 +90,7 @@ orx::TTargetView viewOf(const Argument& argument, const std::string& name) {
 }
 
 std::vector<orx::TTargetView> viewsOf(const Argument& argument) {
-    if (!PySequence_Check(argument.ptr()) || py::isinstance<py::str>(argument)) {
-        throw py::type_error("views: expected a sequence of TargetView or None, got " + describe(argument));
-    }
-    const auto sequence = py::reinterpret_borrow<py::sequence>(argument);
+    const py::sequence sequence = sequenceOf(argument, "views", "a sequence of TargetView or None");
     std::vector<orx::TTargetView> views;
     for (std::size_t i = 0; i < sequence.size(); ++i)
         views.push_back(viewOf(sequence[i], "views[" + std::to_string(i) + "]"));
@@ -182,8 +176,7 @@ std::optional<double> pixelSize(const TPlaneCalibration& calibration, const Argu
 // Matrices that are empty where a point has no place, which is None in Python.
 std::optional<AnyArray> matrixOrNone(cv::Mat matrix) {
     if (!matrix.empty()) return arrayFrom(std::move(matrix));
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 std::optional<AnyArray> sensitivity(const TPlaneCalibration& calibration, const Argument& pixels) {

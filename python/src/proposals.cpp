@@ -39,8 +39,7 @@ std::optional<Region> findPartRegion(const Argument& image) {
     const Image picture = imageOf(image, "image", ikAny);
     orx::TPartRegion region = unlocked([&] { return orx::findPartRegion(picture.mat); });
     if (region.found) return tupleOf(std::move(region));
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 // The library says that an option is out of range, but not which.
@@ -91,10 +90,7 @@ std::optional<Proposal> proposeRecipe(const Argument& image, const Options& give
     const Image picture = imageOf(image, "image", ikAny);
     const orx::TProposalOptions options = optionsOf(given, picture.mat.size());
     orx::TProposal proposal = unlocked([&] { return orx::proposeRecipe(picture.mat, options); });
-    if (!proposal.valid) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!proposal.valid) return nothingFound();
     std::optional<py::bytes> model;
     if (proposal.partModel.valid()) model = py::bytes(orx::partModelToBytes(proposal.partModel));
     return Proposal(textFrom(proposal.text), bytesFrom(std::move(proposal.picture)), proposal.features,

@@ -86,4 +86,9 @@ void raiseUnlessNothingFound() {
     if (orx::lastRefusal().code != orx::rcNoResult) raiseRefusal();
 }
 
+std::nullopt_t nothingFound() {
+    raiseUnlessNothingFound();
+    return std::nullopt;
+}
+
 }  // namespace orxpy

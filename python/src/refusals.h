@@ -4,6 +4,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -29,6 +30,8 @@ auto unlocked(Call&& call) {
 // there is nothing to be found (rcNoResult), which is None or an empty array in Python; raises in every other
 // case.
 void raiseUnlessNothingFound();
+// The same, with what None is made of: `return nothingFound();`.
+std::nullopt_t nothingFound();
 
 // Words such as "minPoints" as "min_points"; "MiB" stays.
 std::string pythonName(const std::string& text);

@@ -35,20 +35,16 @@ Kind kindOf(const Argument& shape) {
     if (py::hasattr(shape, "direction")) return Kind::kLine;
     if (py::hasattr(shape, "radius")) return Kind::kCircle;
     if (py::hasattr(shape, "semi_major")) return Kind::kEllipse;
-    return PySequence_Check(shape.ptr()) != 0 && !py::isinstance<py::str>(shape) ? Kind::kPlace : Kind::kNone;
-}
-
-[[noreturn]] void refuse(const char* name, const std::string& expected, const Argument& got) {
-    throw py::type_error(std::string(name) + ": expected " + expected + ", got " + describe(got));
+    return isSequence(shape) ? Kind::kPlace : Kind::kNone;
 }
 
 orx::TMeasuredLine lineOf(const Argument& shape, const char* name) {
-    if (kindOf(shape) != Kind::kLine) refuse(name, "a measured line", shape);
+    if (kindOf(shape) != Kind::kLine) refuseType(name, "a measured line", shape);
     return measuredLineOf(shape, name);
 }
 
 orx::TMeasuredCircle circleOf(const Argument& shape, const char* name) {
-    if (kindOf(shape) != Kind::kCircle) refuse(name, "a measured circle", shape);
+    if (kindOf(shape) != Kind::kCircle) refuseType(name, "a measured circle", shape);
     return measuredCircleOf(shape, name);
 }
 
@@ -63,7 +59,7 @@ TMeasuredPoint exactPoint(cv::Point2d place) {
 TMeasuredPoint pointOf(const Argument& shape, const char* name) {
     const Kind kind = kindOf(shape);
     if (kind == Kind::kPlace) return exactPoint(placeOf(shape, name));
-    if (kind != Kind::kPoint) refuse(name, "a measured point, or a place (x, y)", shape);
+    if (kind != Kind::kPoint) refuseType(name, "a measured point, or a place (x, y)", shape);
     TMeasuredPoint point =
         exactPoint(placeOf(shape.attr("position"), (std::string(name) + ".position").c_str()));
     using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
@@ -96,7 +92,7 @@ ValueTuple tupleOf(const TMeasuredValue& told) {
 PointTuple tupleOf(const TMeasuredPoint& told) {
     wantFinite(std::isfinite(told.position.x) && std::isfinite(told.position.y) &&
                !std::isnan(told.degreesOfFreedom));
-    return {Pair(told.position.x, told.position.y), arrayFrom(told.covariance), told.degreesOfFreedom};
+    return {pairOf(told.position), arrayFrom(told.covariance), told.degreesOfFreedom};
 }
 
 // Relations are sums of a few terms: the lock is not worth its price here.
@@ -109,15 +105,14 @@ auto asked(Call&& call) {
 template <class Told>
 auto toldBy(const Told& told) -> std::optional<decltype(tupleOf(told))> {
     if (told.valid()) return tupleOf(told);
-    raiseUnlessNothingFound();
-    return std::nullopt;
+    return nothingFound();
 }
 
 PointTuple centerOf(const Argument& shape) {
     const Kind kind = kindOf(shape);
     if (kind == Kind::kCircle) return tupleOf(orx::centerOf(measuredCircleOf(shape, "shape")));
     if (kind == Kind::kEllipse) return tupleOf(orx::centerOf(measuredEllipseOf(shape, "shape")));
-    refuse("shape", "a measured circle, arc or ellipse", shape);
+    refuseType("shape", "a measured circle, arc or ellipse", shape);
 }
 
 PointTuple pointOn(const Argument& line, double along) {
@@ -131,7 +126,7 @@ std::optional<ValueTuple> distance(const Argument& a, const Argument& b) {
             asked([&] { return orx::distance(measuredCircleOf(a, "a"), measuredCircleOf(b, "b")); }));
     }
     if (first == Kind::kLine && second == Kind::kLine)
-        refuse("b", "a point (line_distance is for two lines)", b);
+        refuseType("b", "a point (line_distance is for two lines)", b);
     if (second == Kind::kLine)
         return toldBy(asked([&] { return orx::distance(pointOf(a, "a"), measuredLineOf(b, "b")); }));
     if (first == Kind::kLine)
@@ -146,10 +141,7 @@ std::optional<ValueTuple> signedDistance(const Argument& point, const Argument& 
 std::optional<std::tuple<ValueTuple, ValueTuple, ValueTuple>> lineDistance(const Argument& a,
                                                                            const Argument& b) {
     const orx::TLineDistance told = asked([&] { return orx::distance(lineOf(a, "a"), lineOf(b, "b")); });
-    if (!told.middle.valid()) {
-        raiseUnlessNothingFound();
-        return std::nullopt;
-    }
+    if (!told.middle.valid()) return nothingFound();
     return std::make_tuple(tupleOf(told.middle), tupleOf(told.least), tupleOf(told.largest));
 }
 

@@ -7,8 +7,6 @@ namespace orxpy {
 
 namespace {
 
-Pair pairOf(cv::Point2d p) { return {p.x, p.y}; }
-
 // The fields of one argument, by their names in Python.
 class Fields {
   public:
@@ -76,13 +74,12 @@ class Fields {
   private:
     py::object of(const char* field) const {
         const py::object value = py::getattr(object_, field, py::none());
-        if (value.is_none())
-            throw py::type_error(name_ + ": expected " + kind_ + ", got " + describe(object_));
+        if (value.is_none()) refuseType(name_, kind_, object_);
         return value;
     }
 
     [[noreturn]] void refuse(const char* field, const std::string& expected, const py::object& got) const {
-        throw py::type_error(name_ + "." + field + ": expected " + expected + ", got " + describe(got));
+        refuseType(name_ + "." + field, expected, got);
     }
 
     py::object object_;

@@ -15,8 +15,6 @@
 
 namespace orxpy {
 
-using Pair = std::pair<double, double>;
-
 // FitReport: points, used_points, effective_points, degrees_of_freedom, noise, rms, peak_to_valley,
 // iterations, used.
 using ReportTuple = std::tuple<int, int, double, double, double, double, double, int, ArrayOf<bool>>;

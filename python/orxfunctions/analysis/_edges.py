@@ -48,13 +48,13 @@ class Edges:
     closed: NDArray[np.bool_]
 
     def __init__(self, points: Floats, direction: Floats, contrast: Floats, deviation: Floats, offsets: Ints,
-                 closed: NDArray[Any]) -> None:
+                 closed: NDArray[np.bool_]) -> None:
         self.points = points
         self.direction = direction
         self.contrast = contrast
         self.deviation = deviation
         self.offsets = offsets
-        self.closed = closed.view(np.bool_)
+        self.closed = closed
 
     def __len__(self) -> int:
         return len(self.offsets) - 1

@@ -84,10 +84,8 @@ def edges_across(image: Image, probes: Probes, *, reach: float = 3.0, min_contra
 
     C++: orx::edgesAcross, orx::TContourEdgeOptions, orx::TContourEdge, orx::TEdgeProbe, orx::pointsOf, orx::deviationsOf
     """
-    found, position, offset, contrast, deviation = _core.edges_across(
-        image, probes.points, probes.normals, probes.curvature, reach, min_contrast,
-        choice("polarity", polarity, POLARITIES), noise)
-    return OutlineEdges(found.view(np.bool_), position, offset, contrast, deviation)
+    return OutlineEdges(*_core.edges_across(image, probes.points, probes.normals, probes.curvature, reach, min_contrast,
+                                            choice("polarity", polarity, POLARITIES), noise))
 
 
 def probes_along_contour(contour: Points) -> Probes:

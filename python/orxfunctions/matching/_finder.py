@@ -64,15 +64,15 @@ class FoundParts:
     """(n, points of the outline)"""
     free: Sequence[Doubles]
 
-    def __init__(self, poses: Doubles, scores: Doubles, reversed: NDArray[Any], covariances: Doubles, deviations: Doubles,
-                 rms: Doubles, seen: NDArray[Any], free: Sequence[Doubles]) -> None:
+    def __init__(self, poses: Doubles, scores: Doubles, reversed: NDArray[np.bool_], covariances: Doubles, deviations: Doubles,
+                 rms: Doubles, seen: NDArray[np.bool_], free: Sequence[Doubles]) -> None:
         self.poses = poses
         self.scores = scores
-        self.reversed = reversed.view(np.bool_)
+        self.reversed = reversed
         self.covariances = covariances
         self.deviations = deviations
         self.rms = rms
-        self.seen = seen.view(np.bool_)
+        self.seen = seen
         self.free = free
 
     def __len__(self) -> int:
