@@ -1,11 +1,11 @@
 """Calipers: contrast edges along a direction."""
 from __future__ import annotations
 
-from collections.abc import Iterator
-from typing import Any, Literal, NamedTuple, Tuple
+from typing import Literal, NamedTuple, Tuple
 
 from .. import _core
 from .._choices import choice
+from .._collection import Collection
 from .._types import Doubles, Image, Ints, Place
 
 Polarity = Literal["any", "dark-to-bright", "bright-to-dark"]
@@ -32,10 +32,11 @@ class ContrastEdge(NamedTuple):
     """Which caliper of a circle found it; 0 for a single one."""
 
 
-class ContrastEdges:
+class ContrastEdges(Collection[ContrastEdge]):
     """The edges that calipers found, as arrays; a sequence of `ContrastEdge`."""
 
     __slots__ = ("position", "distance", "contrast", "blur", "caliper")
+    _name = "edges"
 
     position: Doubles
     """(n, 2), pixels."""
@@ -54,16 +55,10 @@ class ContrastEdges:
     def __len__(self) -> int:
         return len(self.distance)
 
-    def __getitem__(self, index: int) -> ContrastEdge:
-        x, y = self.position[index]
-        return ContrastEdge(float(x), float(y), float(self.distance[index]), float(self.contrast[index]),
-                            float(self.blur[index]), int(self.caliper[index]))
-
-    def __iter__(self) -> Iterator[ContrastEdge]:
-        return (self[i] for i in range(len(self)))
-
-    def __reduce__(self) -> Tuple[type[ContrastEdges], Tuple[Any, ...]]:
-        return ContrastEdges, (self.position, self.distance, self.contrast, self.blur, self.caliper)
+    def _at(self, i: int) -> ContrastEdge:
+        x, y = self.position[i]
+        return ContrastEdge(float(x), float(y), float(self.distance[i]), float(self.contrast[i]),
+                            float(self.blur[i]), int(self.caliper[i]))
 
     def __repr__(self) -> str:
         places = ", ".join(f"{distance:.2f}" for distance in self.distance[:6])
@@ -71,7 +66,7 @@ class ContrastEdges:
 
     def _repr_html_(self) -> str:
         rows = "".join(f"<tr><td>{edge.caliper}</td><td>{edge.x:.3f}</td><td>{edge.y:.3f}</td><td>{edge.distance:.3f}</td>"
-                       f"<td>{edge.contrast:.1f}</td><td>{edge.blur:.2f}</td></tr>" for edge in list(self)[:40])
+                       f"<td>{edge.contrast:.1f}</td><td>{edge.blur:.2f}</td></tr>" for edge in self[:40])
         return ("<table><tr><th>caliper</th><th>x</th><th>y</th><th>distance</th><th>contrast</th><th>blur</th></tr>"
                 f"{rows}</table>")
 

@@ -1,14 +1,14 @@
 """Edges between the pixels, as chains of points."""
 from __future__ import annotations
 
-from collections.abc import Iterator
-from typing import Any, Literal, NamedTuple, Optional, Tuple, Union, overload
+from typing import Literal, NamedTuple, Optional, Tuple
 
 import numpy as np
 from numpy.typing import NDArray
 
 from .. import _core
 from .._choices import choice
+from .._collection import Collection
 from .._types import Bytes, Floats, Ints
 
 Retrieval = Literal["external", "list", "ccomp", "tree"]
@@ -33,10 +33,11 @@ class Edge(NamedTuple):
         return len(self.points)
 
 
-class Edges:
+class Edges(Collection[Edge]):
     """The edges of a picture, one behind the other in flat arrays; a sequence of `Edge`."""
 
     __slots__ = ("points", "direction", "contrast", "deviation", "offsets", "closed")
+    _name = "edges"
 
     points: Floats
     """(n, 2): the points of all edges."""
@@ -59,28 +60,9 @@ class Edges:
     def __len__(self) -> int:
         return len(self.offsets) - 1
 
-    def __iter__(self) -> Iterator[Edge]:
-        return (self._at(i) for i in range(len(self)))
-
-    @overload
-    def __getitem__(self, index: int) -> Edge: ...
-
-    @overload
-    def __getitem__(self, index: slice) -> list[Edge]: ...
-
-    def __getitem__(self, index: Union[int, slice]) -> Union[Edge, list[Edge]]:
-        if isinstance(index, slice):
-            return [self._at(i) for i in range(*index.indices(len(self)))]
-        if not -len(self) <= index < len(self):
-            raise IndexError(f"there are {len(self)} edges")
-        return self._at(index % len(self))
-
     def _at(self, i: int) -> Edge:
         part = slice(int(self.offsets[i]), int(self.offsets[i + 1]))
         return Edge(self.points[part], self.direction[part], self.contrast[part], self.deviation[part], bool(self.closed[i]))
-
-    def __reduce__(self) -> Tuple[type[Edges], Tuple[Any, ...]]:
-        return Edges, (self.points, self.direction, self.contrast, self.deviation, self.offsets, self.closed)
 
     def __repr__(self) -> str:
         return f"Edges({len(self)} edges, {len(self.points)} points)"

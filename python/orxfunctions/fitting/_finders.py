@@ -7,17 +7,22 @@ from typing import Any, Optional, Tuple, Union
 from .. import _core
 from .._types import Points
 from ..analysis._edges import Edge
-from ._fits import Noise, _options
-from ._shapes import FitReport, MeasuredCircle, MeasuredEllipse, MeasuredLine
+from ._fits import Noise, Options, options_of
+from ._shapes import FitReport, MeasuredCircle, MeasuredEllipse, MeasuredLine, measured
 
-_EdgeParts = Optional[Tuple[Any, bool, float]]
+# tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, angle, angle_tolerance
+_Search = Tuple[float, float, int, int, float, int, float, float, float, float]
+# deviations, absolute_deviations, noise, smoothing, max_iterations
+_Errors = Tuple[Any, bool, str, float, int]
+_Asked = Tuple[Any, Optional[Tuple[Any, bool, float]], _Search, Options]
 
 
-def _parts(points: Union[Edge, Points], sigma: float) -> Tuple[Any, _EdgeParts]:
-    """The points, and what an edge knows beside them."""
+def _asked(points: Union[Edge, Points], sigma: float, search: _Search, errors: _Errors) -> _Asked:
+    """What a search of the core takes: the points, what an edge knows beside them, how to search and how points err."""
+    options = options_of("least-squares", 0.0, 0.0, *errors)
     if isinstance(points, Edge):
-        return points.points, (points.deviation, points.closed, sigma)
-    return points, None
+        return points.points, (points.deviation, points.closed, sigma), search, options
+    return points, None, search, options
 
 
 def find_line(points: Union[Edge, Points], *, tolerance: float = 2.0, confidence: float = 0.999, max_trials: int = 20000,
@@ -31,12 +36,10 @@ def find_line(points: Union[Edge, Points], *, tolerance: float = 2.0, confidence
 
     C++: orx::findLine
     """
-    given, edge = _parts(points, sigma)
-    found = _core.find_line(
-        given, edge,
-        (tolerance, confidence, max_trials, seed, min_support, min_points, 0.0, inf, angle, angle_tolerance),
-        _options("least-squares", 0.0, 0.0, deviations, absolute_deviations, noise, smoothing, max_iterations))
-    return None if found is None else MeasuredLine(*found[0], FitReport(*found[1]))
+    asked = _asked(points, sigma,
+                   (tolerance, confidence, max_trials, seed, min_support, min_points, 0.0, inf, angle, angle_tolerance),
+                   (deviations, absolute_deviations, noise, smoothing, max_iterations))
+    return measured(MeasuredLine, _core.find_line(*asked))
 
 
 def find_circle(points: Union[Edge, Points], *, tolerance: float = 2.0, confidence: float = 0.999, max_trials: int = 20000,
@@ -100,12 +103,10 @@ def find_circle(points: Union[Edge, Points], *, tolerance: float = 2.0, confiden
 
     C++: orx::findCircle, orx::TConsensusOptions
     """
-    given, edge = _parts(points, sigma)
-    found = _core.find_circle(
-        given, edge,
-        (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
-        _options("least-squares", 0.0, 0.0, deviations, absolute_deviations, noise, smoothing, max_iterations))
-    return None if found is None else MeasuredCircle(*found[0], FitReport(*found[1]))
+    asked = _asked(points, sigma,
+                   (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
+                   (deviations, absolute_deviations, noise, smoothing, max_iterations))
+    return measured(MeasuredCircle, _core.find_circle(*asked))
 
 
 def find_ellipse(points: Union[Edge, Points], *, tolerance: float = 2.0, confidence: float = 0.999,
@@ -119,12 +120,10 @@ def find_ellipse(points: Union[Edge, Points], *, tolerance: float = 2.0, confide
 
     C++: orx::findEllipse
     """
-    given, edge = _parts(points, sigma)
-    found = _core.find_ellipse(
-        given, edge,
-        (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
-        _options("least-squares", 0.0, 0.0, deviations, absolute_deviations, noise, smoothing, max_iterations))
-    return None if found is None else MeasuredEllipse(*found[0], FitReport(*found[1]))
+    asked = _asked(points, sigma,
+                   (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
+                   (deviations, absolute_deviations, noise, smoothing, max_iterations))
+    return measured(MeasuredEllipse, _core.find_ellipse(*asked))
 
 
 def find_lines(points: Union[Edge, Points], *, most: int = 0, tolerance: float = 2.0, confidence: float = 0.999,
@@ -140,12 +139,10 @@ def find_lines(points: Union[Edge, Points], *, most: int = 0, tolerance: float =
 
     C++: orx::findLines
     """
-    given, edge = _parts(points, sigma)
-    found = _core.find_lines(
-        given, edge,
-        (tolerance, confidence, max_trials, seed, min_support, min_points, 0.0, inf, angle, angle_tolerance),
-        _options("least-squares", 0.0, 0.0, deviations, absolute_deviations, noise, smoothing, max_iterations), most)
-    return [MeasuredLine(*shape, FitReport(*report)) for shape, report in found]
+    asked = _asked(points, sigma,
+                   (tolerance, confidence, max_trials, seed, min_support, min_points, 0.0, inf, angle, angle_tolerance),
+                   (deviations, absolute_deviations, noise, smoothing, max_iterations))
+    return [MeasuredLine(*shape, FitReport(*report)) for shape, report in _core.find_lines(*asked, most)]
 
 
 def find_circles(points: Union[Edge, Points], *, most: int = 0, tolerance: float = 2.0, confidence: float = 0.999,
@@ -159,9 +156,7 @@ def find_circles(points: Union[Edge, Points], *, most: int = 0, tolerance: float
 
     C++: orx::findCircles
     """
-    given, edge = _parts(points, sigma)
-    found = _core.find_circles(
-        given, edge,
-        (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
-        _options("least-squares", 0.0, 0.0, deviations, absolute_deviations, noise, smoothing, max_iterations), most)
-    return [MeasuredCircle(*shape, FitReport(*report)) for shape, report in found]
+    asked = _asked(points, sigma,
+                   (tolerance, confidence, max_trials, seed, min_support, min_points, min_radius, max_radius, 0.0, 90.0),
+                   (deviations, absolute_deviations, noise, smoothing, max_iterations))
+    return [MeasuredCircle(*shape, FitReport(*report)) for shape, report in _core.find_circles(*asked, most)]

@@ -7,19 +7,19 @@ from .. import _core
 from .._choices import choice
 from .._types import Points
 from ..analysis._edges import Edge
-from ._shapes import FitReport, MeasuredArc, MeasuredCircle, MeasuredEllipse, MeasuredLine
+from ._shapes import MeasuredArc, MeasuredCircle, MeasuredEllipse, MeasuredLine, measured
 
 Loss = Literal["least-squares", "huber", "cauchy", "tukey", "geman-mcclure"]
 Noise = Literal["independent", "normal", "edge-chain"]
 _LOSSES = {"least-squares": 0, "huber": 1, "cauchy": 2, "tukey": 3, "geman-mcclure": 4}
-_NOISES = {"independent": 0, "normal": 1, "edge-chain": 2}
+NOISES = {"independent": 0, "normal": 1, "edge-chain": 2}
 
-_Options = Tuple[int, float, float, Any, bool, int, float, int]
+Options = Tuple[int, float, float, Any, bool, int, float, int]
 
 
-def _options(loss: str, tuning: float, scale: float, deviations: Any, absolute_deviations: bool, noise: str,
-             smoothing: float, max_iterations: int) -> _Options:
-    return (choice("loss", loss, _LOSSES), tuning, scale, deviations, absolute_deviations, choice("noise", noise, _NOISES),
+def options_of(loss: str, tuning: float, scale: float, deviations: Any, absolute_deviations: bool, noise: str,
+               smoothing: float, max_iterations: int) -> Options:
+    return (choice("loss", loss, _LOSSES), tuning, scale, deviations, absolute_deviations, choice("noise", noise, NOISES),
             smoothing, max_iterations)
 
 
@@ -42,10 +42,9 @@ def fit_line(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = "l
 
     C++: orx::fitLineGeometric
     """
-    options = _options(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
-    found = (_core.fit_line_edge(_parts(points, sigma), options) if isinstance(points, Edge)
-             else _core.fit_line(points, options))
-    return None if found is None else MeasuredLine(*found[0], FitReport(*found[1]))
+    options = options_of(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
+    return measured(MeasuredLine, _core.fit_line_edge(_parts(points, sigma), options) if isinstance(points, Edge)
+                    else _core.fit_line(points, options))
 
 
 def fit_circle(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = "least-squares", tuning: float = 0.0,
@@ -112,10 +111,9 @@ def fit_circle(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = 
 
     C++: orx::fitCircleGeometric, orx::TFitOptions, orx::TFitLoss, orx::TPointNoise, orx::TFitStatus
     """
-    options = _options(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
-    found = (_core.fit_circle_edge(_parts(points, sigma), options) if isinstance(points, Edge)
-             else _core.fit_circle(points, options))
-    return None if found is None else MeasuredCircle(*found[0], FitReport(*found[1]))
+    options = options_of(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
+    return measured(MeasuredCircle, _core.fit_circle_edge(_parts(points, sigma), options) if isinstance(points, Edge)
+                    else _core.fit_circle(points, options))
 
 
 def fit_arc(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = "least-squares", tuning: float = 0.0,
@@ -127,10 +125,9 @@ def fit_arc(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = "le
 
     C++: orx::fitArcGeometric
     """
-    options = _options(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
-    found = (_core.fit_arc_edge(_parts(points, sigma), options) if isinstance(points, Edge)
-             else _core.fit_arc(points, options))
-    return None if found is None else MeasuredArc(*found[0], FitReport(*found[1]))
+    options = options_of(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
+    return measured(MeasuredArc, _core.fit_arc_edge(_parts(points, sigma), options) if isinstance(points, Edge)
+                    else _core.fit_arc(points, options))
 
 
 def fit_ellipse(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss = "least-squares", tuning: float = 0.0,
@@ -157,7 +154,6 @@ def fit_ellipse(points: Union[Edge, Points], *, sigma: float = 1.0, loss: Loss =
 
     C++: orx::fitEllipseGeometric
     """
-    options = _options(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
-    found = (_core.fit_ellipse_edge(_parts(points, sigma), options) if isinstance(points, Edge)
-             else _core.fit_ellipse(points, options))
-    return None if found is None else MeasuredEllipse(*found[0], FitReport(*found[1]))
+    options = options_of(loss, tuning, scale, deviations, absolute_deviations, noise, smoothing, max_iterations)
+    return measured(MeasuredEllipse, _core.fit_ellipse_edge(_parts(points, sigma), options) if isinstance(points, Edge)
+                    else _core.fit_ellipse(points, options))

@@ -3,7 +3,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable
 from math import inf
-from typing import Any, NamedTuple, Tuple, Union
+from typing import Any, Callable, NamedTuple, Optional, Tuple, TypeVar, Union
 
 import numpy as np
 from numpy.typing import NDArray
@@ -13,6 +13,7 @@ from .._types import Doubles, Points
 
 Pair = Tuple[float, float]
 Values = Union[float, NDArray[Any]]
+Shape = TypeVar("Shape")
 
 
 def _rows(points: Union[Points, Pair]) -> Doubles:
@@ -278,6 +279,11 @@ class MeasuredEllipse(NamedTuple):
                                   ("major half axis", self.semi_major, self.semi_major_deviation, "px"),
                                   ("minor half axis", self.semi_minor, self.semi_minor_deviation, "px"),
                                   ("angle", self.angle, self.angle_deviation, "degrees")], self.report)
+
+
+def measured(shape: Callable[..., Shape], found: Optional[Tuple[Tuple[Any, ...], Tuple[Any, ...]]]) -> Optional[Shape]:
+    """A shape out of the core's fields and report; None for none."""
+    return None if found is None else shape(*found[0], FitReport(*found[1]))
 
 
 def coverage_factor(probability: float, degrees_of_freedom: float) -> float:

@@ -1,14 +1,15 @@
 """Finds taught parts in pictures: anywhere, at any angle and scale, partly hidden, in any light."""
 from __future__ import annotations
 
-from collections.abc import Iterator, Sequence
-from typing import Any, Literal, NamedTuple, Optional, Tuple, Union, overload
+from collections.abc import Sequence
+from typing import Literal, NamedTuple, Optional
 
 import numpy as np
 from numpy.typing import NDArray
 
 from .. import _core
 from .._choices import choice
+from .._collection import Collection
 from .._types import Doubles, Image
 from ._models import PartModel, held_of
 from ._poses import PartPose
@@ -43,13 +44,14 @@ class FoundPart(NamedTuple):
         return f"FoundPart({self.pose}, score={self.score:.3f})"
 
 
-class FoundParts:
+class FoundParts(Collection[FoundPart]):
     """The parts of a picture, the best first, in flat arrays; a sequence of `FoundPart`.
 
     C++: orx::TFindResult
     """
 
     __slots__ = ("poses", "scores", "reversed", "covariances", "deviations", "rms", "seen", "free")
+    _name = "parts"
 
     poses: Doubles
     """(n, 4): x, y (pixels), angle (degrees), scale."""
@@ -78,28 +80,9 @@ class FoundParts:
     def __len__(self) -> int:
         return len(self.scores)
 
-    def __iter__(self) -> Iterator[FoundPart]:
-        return (self._at(i) for i in range(len(self)))
-
-    @overload
-    def __getitem__(self, index: int) -> FoundPart: ...
-
-    @overload
-    def __getitem__(self, index: slice) -> list[FoundPart]: ...
-
-    def __getitem__(self, index: Union[int, slice]) -> Union[FoundPart, list[FoundPart]]:
-        if isinstance(index, slice):
-            return [self._at(i) for i in range(*index.indices(len(self)))]
-        if not -len(self) <= index < len(self):
-            raise IndexError(f"there are {len(self)} parts")
-        return self._at(index % len(self))
-
     def _at(self, i: int) -> FoundPart:
         return FoundPart(PartPose(*self.poses[i].tolist()), float(self.scores[i]), bool(self.reversed[i]),
                          self.covariances[i], self.deviations[i], float(self.rms[i]), self.seen[i], self.free[i])
-
-    def __reduce__(self) -> Tuple[type[FoundParts], Tuple[Any, ...]]:
-        return FoundParts, tuple(getattr(self, name) for name in self.__slots__)
 
     def __repr__(self) -> str:
         best = f", best score {self.scores[0]:.3f}" if len(self) else ""

@@ -1,14 +1,14 @@
 """How far an outline departs from a perfect circle or a perfect straight line."""
 from __future__ import annotations
 
-from typing import Literal, NamedTuple, Optional, Tuple
+from typing import NamedTuple, Optional, Tuple
 
 from .. import _core
 from .._choices import choice
 from .._types import Ints, Points
+from ..fitting._fits import NOISES, Noise
 
-PointNoise = Literal["independent", "normal", "edge-chain"]
-_NOISES = {"independent": 0, "normal": 1, "edge-chain": 2}
+PointNoise = Noise
 _MINIMUM, _CIRCUMSCRIBED, _INSCRIBED = 0, 1, 2
 
 
@@ -61,6 +61,12 @@ class Straightness(NamedTuple):
     to: float
 
 
+def _roundness(zone: int, points: Points, noise: float, point_noise: PointNoise, smoothing: float,
+               seed: int) -> Optional[Roundness]:
+    found = _core.roundness(points, zone, noise, choice("point_noise", point_noise, NOISES), smoothing, seed)
+    return None if found is None else Roundness(*found)
+
+
 def minimum_zone_circle(points: Points, *, noise: float = 0.0, point_noise: PointNoise = "normal", smoothing: float = 1.0,
                         seed: int = 1) -> Optional[Roundness]:
     """Roundness (ISO 12181-1, MZCI): the ring of least width that holds all points.
@@ -108,8 +114,7 @@ def minimum_zone_circle(points: Points, *, noise: float = 0.0, point_noise: Poin
 
     C++: orx::minimumZoneCircle, orx::TFormOptions
     """
-    found = _core.roundness(points, _MINIMUM, noise, choice("point_noise", point_noise, _NOISES), smoothing, seed)
-    return None if found is None else Roundness(*found)
+    return _roundness(_MINIMUM, points, noise, point_noise, smoothing, seed)
 
 
 def minimum_circumscribed_circle(points: Points, *, noise: float = 0.0, point_noise: PointNoise = "normal",
@@ -126,8 +131,7 @@ def minimum_circumscribed_circle(points: Points, *, noise: float = 0.0, point_no
 
     C++: orx::minimumCircumscribedCircle
     """
-    found = _core.roundness(points, _CIRCUMSCRIBED, noise, choice("point_noise", point_noise, _NOISES), smoothing, seed)
-    return None if found is None else Roundness(*found)
+    return _roundness(_CIRCUMSCRIBED, points, noise, point_noise, smoothing, seed)
 
 
 def maximum_inscribed_circle(points: Points, *, noise: float = 0.0, point_noise: PointNoise = "normal",
@@ -140,8 +144,7 @@ def maximum_inscribed_circle(points: Points, *, noise: float = 0.0, point_noise:
 
     C++: orx::maximumInscribedCircle
     """
-    found = _core.roundness(points, _INSCRIBED, noise, choice("point_noise", point_noise, _NOISES), smoothing, seed)
-    return None if found is None else Roundness(*found)
+    return _roundness(_INSCRIBED, points, noise, point_noise, smoothing, seed)
 
 
 def minimum_zone_line(points: Points, *, noise: float = 0.0, point_noise: PointNoise = "normal", smoothing: float = 1.0,
@@ -160,5 +163,5 @@ def minimum_zone_line(points: Points, *, noise: float = 0.0, point_noise: PointN
 
     C++: orx::minimumZoneLine
     """
-    found = _core.straightness(points, noise, choice("point_noise", point_noise, _NOISES), smoothing, seed)
+    found = _core.straightness(points, noise, choice("point_noise", point_noise, NOISES), smoothing, seed)
     return None if found is None else Straightness(*found)
