@@ -12,6 +12,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "bench/peers/ellipse_peers.h"
+#include "docs/tools/tool_support.h"
 #ifdef ORX_PEERS_CERES
 #include "bench/peers/ceres_circle.h"
 #endif
@@ -27,9 +28,9 @@ using namespace accuracy_peers;
 
 struct Settings {
     int scenes = 1000;
-    int threads = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    const char* points = nullptr;
-    const char* estimates = nullptr;
+    int threads = tool_support::allThreads();
+    std::string points;
+    std::string estimates;
 };
 
 orx::TMeasuredCircle circleOf(cv::Point2d center, double radius) {
@@ -149,7 +150,7 @@ const std::vector<Column<LineTask>> kLines = {
 // Estimates of a peer from a file: by row and scene.
 using Estimates = std::map<std::string, std::map<std::pair<int, int>, std::vector<double>>>;
 
-Estimates readEstimates(const char* path) {
+Estimates readEstimates(const std::string& path) {
     Estimates estimates;
     std::ifstream file(path);
     std::string line;
@@ -199,7 +200,7 @@ void printCell(const Result& result) {
 // fit(scene, points) for the scenes of one column.
 template <class Kind, class Fit>
 void cell(const Settings& settings, const Column<Kind>& column, Fit fit) {
-    const auto trials = trialsOf(settings.scenes, settings.threads, [&](int scene) {
+    const auto trials = tool_support::inParallel(settings.scenes, settings.threads, [&](int scene) {
         Random random(seedOf(column.row, scene));
         const Task task = column.kind.make(random);
         return Trial{column.kind.judge(fit(scene, task.points)), task.efficient};
@@ -283,32 +284,22 @@ int usage() {
 
 int main(int argc, char** argv) {
     Settings settings;
-    for (int i = 1; i < argc; i += 2) {
-        if (i + 1 >= argc) return usage();
-        const std::string option = argv[i];
-        if (option == "--scenes") {
-            settings.scenes = std::atoi(argv[i + 1]);
-        } else if (option == "--threads") {
-            settings.threads = std::atoi(argv[i + 1]);
-        } else if (option == "--points") {
-            settings.points = argv[i + 1];
-        } else if (option == "--estimates") {
-            settings.estimates = argv[i + 1];
-        } else {
-            return usage();
-        }
-    }
+    tool_support::Options options;
+    options.add("--scenes", settings.scenes);
+    options.add("--threads", settings.threads);
+    options.add("--points", settings.points);
+    options.add("--estimates", settings.estimates);
+    if (!options.read(argc, argv)) return usage();
     if (settings.scenes < 10 || settings.threads < 1) return usage();
-    if (settings.points != nullptr) {
-        std::FILE* file = std::fopen(settings.points, "w");
+    if (!settings.points.empty()) {
+        std::FILE* file = std::fopen(settings.points.c_str(), "w");
         if (file == nullptr) return usage();
         writePoints(file, "circle", settings, kCircles);
         writePoints(file, "line", settings, kLines);
         writePoints(file, "ellipse", settings, kEllipses);
         return std::fclose(file) == 0 ? 0 : 1;
     }
-    const Estimates estimates =
-        settings.estimates != nullptr ? readEstimates(settings.estimates) : Estimates();
+    const Estimates estimates = settings.estimates.empty() ? Estimates() : readEstimates(settings.estimates);
     printIntroduction(settings);
     table(settings, "circles", kCircles, kCirclePeers, estimates);
     table(settings, "lines", kLines, kLinePeers, estimates);
