@@ -4,6 +4,18 @@
 
 namespace orx::platform {
 
+void RuntimeRandom::seed(unsigned seed) {
+    seedState(seed);
+    seed_ = seed;
+    seeded_ = true;
+    drawn_ = 0;
+}
+
+int RuntimeRandom::draw() {
+    ++drawn_;
+    return next();
+}
+
 void RuntimeRandom::leaveToRuntime() const {
     if (!seeded_) return;
     std::srand(seed_);

@@ -33,6 +33,8 @@ class RuntimeRandom {
   private:
     struct State;
     State& state();
+    void seedState(unsigned seed);
+    int next();
 
     alignas(std::max_align_t) unsigned char state_[192];  // room for either platform's
     unsigned seed_ = 1;

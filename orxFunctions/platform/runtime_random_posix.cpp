@@ -23,17 +23,11 @@ RuntimeRandom::RuntimeRandom() {
 
 RuntimeRandom::~RuntimeRandom() { state().~State(); }
 
-void RuntimeRandom::seed(unsigned seed) {
-    srandom_r(seed, &state().data);
-    seed_ = seed;
-    seeded_ = true;
-    drawn_ = 0;
-}
+void RuntimeRandom::seedState(unsigned seed) { srandom_r(seed, &state().data); }
 
-int RuntimeRandom::draw() {
+int RuntimeRandom::next() {
     std::int32_t number = 0;
     random_r(&state().data, &number);
-    ++drawn_;
     return number;
 }
 

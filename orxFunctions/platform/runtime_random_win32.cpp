@@ -20,17 +20,11 @@ RuntimeRandom::RuntimeRandom() {
 
 RuntimeRandom::~RuntimeRandom() { state().~State(); }
 
-void RuntimeRandom::seed(unsigned seed) {
-    state().value = seed;
-    seed_ = seed;
-    seeded_ = true;
-    drawn_ = 0;
-}
+void RuntimeRandom::seedState(unsigned seed) { state().value = seed; }
 
-int RuntimeRandom::draw() {
+int RuntimeRandom::next() {
     State& own = state();
     own.value = own.value * 214013U + 2531011U;
-    ++drawn_;
     return static_cast<int>((own.value >> 16U) & 0x7FFFU);
 }
 
