@@ -102,6 +102,19 @@ py::capsule ownerOf(T* held) {
     return py::capsule(held, [](void* memory) { delete static_cast<T*>(memory); });
 }
 
+// A square matrix of numbers, as a covariance is.
+template <int Size>
+cv::Matx<double, Size, Size> squareOf(const Argument& argument, const std::string& name) {
+    using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
+    const auto array = Doubles::ensure(argument);
+    if (!array) PyErr_Clear();
+    if (!array || array.ndim() != 2 || array.shape(0) != Size || array.shape(1) != Size) {
+        const std::string size = std::to_string(Size);
+        refuseType(name, "an array of shape (" + size + ", " + size + ")", argument);
+    }
+    return cv::Matx<double, Size, Size>(array.data());
+}
+
 // An array over the memory of `values`, which it owns, of the given shape; as long as `values` where none is
 // told.
 template <typename T>

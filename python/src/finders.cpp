@@ -46,7 +46,7 @@ orx::TConsensusOptions searchOptionsOf(const Argument& points, const EdgeArgumen
     options.fit = fitOptionsOf(fit);
     if (edge.has_value()) {
         const auto& [deviation, closed, sigma] = *edge;
-        if (!(sigma >= 0.5 && sigma <= 20.0)) raiseOption("sigma", "0.5 to 20", sigma);
+        raiseUnlessSigma(sigma);
         options.fit = orx::edgeFitOptions(chainOf(points, deviation, closed), sigma, options.fit);
     }
     return options;

@@ -33,6 +33,10 @@ void raiseOption(const char* name, const char* range, double got) {
     throw py::value_error(text);
 }
 
+void raiseUnlessSigma(double sigma) {
+    if (!(sigma >= 0.5 && sigma <= 20.0)) raiseOption("sigma", "0.5 to 20", sigma);
+}
+
 void raiseFitOption(const orx::TFitOptions& options) {
     const auto within = [](double value, double low, double high) { return value >= low && value <= high; };
     if (options.tuning != 0.0 && !within(options.tuning, 0.1, 100.0))

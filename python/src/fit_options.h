@@ -28,6 +28,8 @@ void raiseFitOption(const orx::TFitOptions& options);
 // For deviations that do not fit the points.
 [[noreturn]] void raiseDeviations(const orx::TFitOptions& options, int points);
 [[noreturn]] void raiseOption(const char* name, const char* range, double got);
+// Raises where this is no width of smoothing that edges are found at.
+void raiseUnlessSigma(double sigma);
 
 }  // namespace orxpy
 

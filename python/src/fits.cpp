@@ -43,7 +43,7 @@ Measured<Shape> fitEdge(const EdgeArguments& given, const FitArguments& argument
     const auto& [points, deviation, closed, sigma] = given;
     const ORXEdge::TMetricContour edge = chainOf(points, deviation, closed);
     const orx::TFitOptions options = fitOptionsOf(arguments);
-    if (!(sigma >= 0.5 && sigma <= 20.0)) raiseOption("sigma", "0.5 to 20", sigma);
+    raiseUnlessSigma(sigma);
     Shape shape = unlocked([&, width = sigma] { return fit(edge, width, options); });
     if (shape.valid()) return measuredTuple(std::move(shape));
     raiseUnlessNoShape(shape, orx::edgeFitOptions(edge, sigma, options));

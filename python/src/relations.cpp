@@ -15,6 +15,7 @@
 
 #include "arrays.h"
 #include "bindings.h"
+#include "fit_options.h"
 #include "orxFunctions/measuring/edge_fit.h"
 #include "refusals.h"
 #include "shapes.h"
@@ -62,12 +63,8 @@ TMeasuredPoint pointOf(const Argument& shape, const char* name) {
     if (kind != Kind::kPoint) refuseType(name, "a measured point, or a place (x, y)", shape);
     TMeasuredPoint point =
         exactPoint(placeOf(shape.attr("position"), (std::string(name) + ".position").c_str()));
-    using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
-    const auto covariance = Doubles::ensure(py::getattr(shape, "covariance", py::none()));
-    if (!covariance) PyErr_Clear();
-    if (!covariance || covariance.ndim() != 2 || covariance.shape(0) != 2 || covariance.shape(1) != 2)
-        throw py::type_error(std::string(name) + ".covariance: expected an array of shape (2, 2)");
-    std::copy(covariance.data(), covariance.data() + 4, point.covariance.val);
+    point.covariance =
+        squareOf<2>(py::getattr(shape, "covariance", py::none()), std::string(name) + ".covariance");
     point.degreesOfFreedom = PyFloat_AsDouble(py::object(shape.attr("degrees_of_freedom")).ptr());
     if (PyErr_Occurred() != nullptr) throw py::error_already_set();
     return point;
@@ -175,8 +172,7 @@ std::vector<PointTuple> intersections(const Argument& a, const Argument& b) {
 }
 
 double chainSmoothing(double sigma) {
-    if (!(sigma >= 0.5 && sigma <= 20.0))
-        throw py::value_error("sigma is " + std::string(py::str(py::float_(sigma))) + "; 0.5 to 20 is taken");
+    raiseUnlessSigma(sigma);
     return orx::chainSmoothing(sigma);
 }
 

@@ -42,15 +42,7 @@ class Fields {
 
     template <int Size>
     void read(const char* field, cv::Matx<double, Size, Size>& value) const {
-        const py::object given = of(field);
-        using Doubles = py::array_t<double, py::array::c_style | py::array::forcecast>;
-        const auto array = Doubles::ensure(given);
-        if (!array) PyErr_Clear();
-        if (!array || array.ndim() != 2 || array.shape(0) != Size || array.shape(1) != Size) {
-            const std::string size = std::to_string(Size);
-            refuse(field, "an array of shape (" + size + ", " + size + ")", given);
-        }
-        std::copy(array.data(), array.data() + Size * Size, value.val);
+        value = squareOf<Size>(of(field), name_ + "." + field);
     }
 
     void readReport(orx::TFitReport& report) const {

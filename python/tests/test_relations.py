@@ -134,5 +134,5 @@ def test_other_things_are_refused_by_name(relation: Any, shapes: tuple[Any, ...]
 
 def test_chains_are_a_little_smoother_than_their_sigma() -> None:
     assert 1.0 < measuring.chain_smoothing(1.0) < 2.0
-    with pytest.raises(ValueError, match="sigma is 0.1; 0.5 to 20"):
+    with pytest.raises(ValueError, match="sigma: expected 0.5 to 20, got 0.1"):
         measuring.chain_smoothing(0.1)
