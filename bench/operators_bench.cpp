@@ -1,39 +1,19 @@
-// The image operators on pictures of growing size, each beside a plain version or OpenCV's own call.
+// Operators on binary pictures, and Canny, each beside a plain version or OpenCV's own call. The argument is
+// the height of the picture, 4 : 3.
 #include <benchmark/benchmark.h>
 
 #include <array>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "bench/parts_picture.h"
 #include "orxFunctions/orxfunctions.h"
 
 namespace {
 
-// Bars, rings and specks, as a binarised picture of parts has them; objects are up to 40 pixels wide. The
-// argument is the height; pictures are 4 : 3.
-cv::Mat parts(std::int64_t height) {
-    const int rows = static_cast<int>(height);
-    cv::Mat img = cv::Mat::zeros(rows, rows * 4 / 3, CV_8UC1);
-    cv::RNG random(1);
-    const int count = static_cast<int>(img.total() / 4000);
-    for (int i = 0; i < count; ++i) {
-        const cv::Point a(random.uniform(0, img.cols), random.uniform(0, img.rows));
-        const cv::Point b = a + cv::Point(random.uniform(-60, 60), random.uniform(-60, 60));
-        if (i % 3 == 0) cv::line(img, a, b, 255, random.uniform(2, 40));
-        if (i % 3 == 1) cv::circle(img, a, random.uniform(5, 40), 255, random.uniform(2, 16));
-        if (i % 3 == 2) cv::circle(img, a, 2, 255, cv::FILLED);
-    }
-    return img;
-}
+cv::Mat parts(std::int64_t height) { return bench::binaryParts(bench::sizeOfHeight(height)); }
 
-cv::Mat scene(std::int64_t height) {
-    cv::Mat img;
-    cv::GaussianBlur(parts(height), img, {}, 1.5);
-    cv::Mat noise(img.size(), CV_8UC1);
-    cv::theRNG().state = 1;
-    cv::randn(noise, 20, 5);
-    return img / 2 + noise;
-}
+cv::Mat scene(std::int64_t height) { return bench::greyParts(bench::sizeOfHeight(height)); }
 
 #define ORX_SIZES Arg(480)->Arg(2000)->Unit(benchmark::kMillisecond)
 
@@ -163,78 +143,5 @@ void canny(benchmark::State& state) {
     for (auto _ : state) cv::Canny(img, edges, thresholds.low, thresholds.high, 3, true);
 }
 BENCHMARK(canny)->Name("opencv_canny_median")->ORX_SIZES;
-
-void gamma(benchmark::State& state) {
-    const cv::Mat img = orx::toBGR(scene(state.range(0)));
-    cv::Mat out;
-    for (auto _ : state) orx::correctGamma(img, out, 0.6);
-}
-BENCHMARK(gamma)->Name("gamma")->ORX_SIZES;
-
-void lookUp(benchmark::State& state) {
-    const cv::Mat img = orx::toBGR(scene(state.range(0)));
-    cv::Mat table(1, 256, CV_8UC1);
-    cv::randu(table, 0, 255);
-    cv::Mat out;
-    for (auto _ : state) cv::LUT(img, table, out);
-}
-BENCHMARK(lookUp)->Name("opencv_lut")->ORX_SIZES;
-
-void focus(benchmark::State& state, double (*measure)(const cv::Mat&)) {
-    const cv::Mat img = scene(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(measure(img));
-}
-BENCHMARK_CAPTURE(focus, gray_difference, AutoFocus::calcGrayDifference)->ORX_SIZES;
-BENCHMARK_CAPTURE(focus, brenner, AutoFocus::calcBrenner)->ORX_SIZES;
-BENCHMARK_CAPTURE(focus, tenengrad, AutoFocus::calcTenengrad)->ORX_SIZES;
-BENCHMARK_CAPTURE(focus, laplacian_variance, AutoFocus::calcLaplacianVariance)->ORX_SIZES;
-
-// A caliper of 60 pixels: upright, and slanted. The argument is its width.
-void caliper(benchmark::State& state, cv::Point2d to) {
-    const cv::Mat img = scene(480);
-    for (auto _ : state) {
-        const auto edges = orx::getContrastEdges(img, {300, 200}, to, static_cast<double>(state.range(0)));
-        benchmark::DoNotOptimize(edges.data());
-    }
-}
-BENCHMARK_CAPTURE(caliper, along_rows, cv::Point2d(360, 200))
-    ->Arg(1)
-    ->Arg(8)
-    ->Arg(64)
-    ->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(caliper, slanted, cv::Point2d(348, 236))
-    ->Arg(1)
-    ->Arg(8)
-    ->Arg(64)
-    ->Unit(benchmark::kMicrosecond);
-
-// Reading the pixels alone: OpenCV's linear interpolation of the same rectangle, at pixel distance.
-void caliperPatch(benchmark::State& state) {
-    const cv::Mat img = scene(480);
-    const int width = static_cast<int>(state.range(0));
-    const cv::Matx23d turn(0.8, -0.6, 300 + 0.3 * width, 0.6, 0.8, 200 - 0.4 * width);
-    cv::Mat patch;
-    for (auto _ : state) {
-        cv::warpAffine(img, patch, turn, {61, width}, cv::INTER_LINEAR | cv::WARP_INVERSE_MAP);
-    }
-}
-BENCHMARK(caliperPatch)
-    ->Name("opencv_warp_affine_patch")
-    ->Arg(1)
-    ->Arg(8)
-    ->Arg(64)
-    ->Unit(benchmark::kMicrosecond);
-
-void circleCalipers(benchmark::State& state) {
-    cv::Mat img = cv::Mat::zeros(480, 640, CV_8UC1);
-    cv::circle(img, {320, 240}, 100, 200, cv::FILLED, cv::LINE_AA);
-    orx::TCircleCaliperOptions options;
-    options.count = static_cast<int>(state.range(0));
-    for (auto _ : state) {
-        const auto edges = orx::getCircleEdges(img, {321, 239}, 100, options);
-        benchmark::DoNotOptimize(edges.data());
-    }
-}
-BENCHMARK(circleCalipers)->Name("circle_calipers")->Arg(36)->Arg(360)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

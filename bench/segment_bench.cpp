@@ -13,6 +13,7 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "bench/steady.h"
 #include "orxFunctions/segmentation/segment_contour.h"
 
 namespace {
@@ -115,6 +116,49 @@ void floors(benchmark::State& state, Points (*make)(std::size_t), bool fitLines)
     }
 }
 
+// The results drawn onto a colour picture: pieces, arcs and where they begin and end.
+struct Drawing {
+    explicit Drawing(const benchmark::State& state)
+        : contour(wavyRing(static_cast<std::size_t>(state.range(0)))), picture(2000, 2000, CV_8UC3) {
+        // Into the picture.
+        for (cv::Point& p : contour) p += cv::Point(1000, 1000);
+    }
+    Points contour;
+    cv::Mat picture;
+};
+
+void display(benchmark::State& state) {
+    Drawing drawing(state);
+    orx::TSegmentContour splitter;
+    splitter.segmentContour(drawing.contour, {});
+    bench::steady(state,
+                  [&] { splitter.disPlayCirclesLines(drawing.picture, true, true, true, false, false); });
+}
+
+void displayByOpenCv(benchmark::State& state) {
+    Drawing drawing(state);
+    orx::TSegmentContour splitter;
+    const auto [lines, arcs] = splitter.segmentContour(drawing.contour, {});
+    cv::Mat& picture = drawing.picture;
+    bench::steady(state, [&, &pieces = lines, &circles = arcs] {
+        const cv::Scalar colour(255, 128, 0);
+        for (const orx::TSegemetLine& line : pieces) {
+            cv::line(picture, cv::Point(line.startPoint), cv::Point(line.endPoint), {0, 255, 0}, 2);
+            cv::circle(picture, cv::Point(line.startPoint), 3, colour, 2);
+            cv::circle(picture, cv::Point(line.endPoint), 3, colour, 2);
+        }
+        for (const orx::TSegemetCircle& circle : circles) {
+            const int radius = cvRound(circle.radius);
+            cv::ellipse(picture, cv::Point(circle.center), {radius, radius}, 0, circle.startAngle,
+                        circle.endAngle, {0, 0, 255}, 2);
+            cv::circle(picture, circle.points.front(), 3, colour, 2);
+            cv::circle(picture, circle.points.back(), 3, colour, 2);
+        }
+    });
+    state.counters["lines"] = static_cast<double>(lines.size());
+    state.counters["arcs"] = static_cast<double>(arcs.size());
+}
+
 void sizes(benchmark::internal::Benchmark* bench) {
     bench->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
 }
@@ -125,6 +169,8 @@ BENCHMARK_CAPTURE(floors, serpentine_polygons, serpentine, false)->Apply(sizes);
 BENCHMARK_CAPTURE(split, ring, wavyRing)->Apply(sizes);
 BENCHMARK_CAPTURE(floors, ring_polygons_and_lines, wavyRing, true)->Apply(sizes);
 BENCHMARK_CAPTURE(floors, ring_polygons, wavyRing, false)->Apply(sizes);
+BENCHMARK(display)->Name("display/ring")->Arg(5000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(displayByOpenCv)->Name("opencv_display/ring")->Arg(5000)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(split, comb, thinComb)->Apply(sizes);
 BENCHMARK_CAPTURE(floors, comb_polygons, thinComb, false)->Apply(sizes);
 
