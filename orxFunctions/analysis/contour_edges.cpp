@@ -244,11 +244,13 @@ TContourEdge edgeOf(const TEdgeProbe& probe, const std::optional<Crossing>& cros
     edge.position = probe.point;
     edge.normal = probe.normal;
     if (!crossing) return edge;
+    const double offset = crossing->place + 0.5 * all.blurred.blur * all.blurred.blur * probe.curvature;
+    if (!(std::fabs(offset) <= all.reach)) return edge;
     edge.found = true;
+    edge.offset = offset;
     const double shown = crossing->contrast / all.unit;
     const double variance =
         interpolatedVariance(probe.point + crossing->place * probe.normal) + levelVariance(all.reach);
-    edge.offset = crossing->place + 0.5 * all.blurred.blur * all.blurred.blur * probe.curvature;
     edge.position += edge.offset * probe.normal;
     edge.contrast = shown / all.blurred.contrast;
     edge.deviation = std::hypot(all.noise * std::sqrt(variance) / (std::fabs(shown) * all.blurred.slope),

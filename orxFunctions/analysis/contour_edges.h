@@ -69,10 +69,11 @@ struct TContourEdge {
 };
 
 // One answer for each probe, in their order. Not found: where the profile leaves the image, the step is too
-// small or of the other polarity, no crossing lies within the reach, or the probe is no good (not finite, a
-// normal whose length is not 1 to within a thousandth). Empty for what is no image: no pixels (rcEmptyImage),
-// more than two dimensions (rcImageDimensions), another depth or more channels (rcImageType); for options
-// outside their ranges (rcOption), and without probes (rcTooFew).
+// small or of the other polarity, the edge does not lie within the reach (of an outline told to bend far more
+// sharply than its blur, too), or the probe is no good (not finite, a normal whose length is not 1 to within
+// a thousandth). Empty for what is no image: no pixels (rcEmptyImage), more than two dimensions
+// (rcImageDimensions), another depth or more channels (rcImageType); for options outside their ranges
+// (rcOption), and without probes (rcTooFew).
 ORX_API std::vector<TContourEdge> edgesAcross(const cv::Mat& img, const std::vector<TEdgeProbe>& probes,
                                               const TContourEdgeOptions& options = {});
 

@@ -167,7 +167,8 @@ TEST(ContourEdges, WhatIsNoEdgeIsNotFoundAndKeepsItsPlace) {
     for (const TEdgeProbe& probe :
          {TEdgeProbe{{10, 20}, {1, 0}, 0}, TEdgeProbe{{30, 20}, {0, 1}, 0}, TEdgeProbe{{1, 1}, {1, 0}, 0},
           TEdgeProbe{{30, 20}, {2, 0}, 0}, TEdgeProbe{{30, 20}, {0, 0}, 0},
-          TEdgeProbe{{1e300, 20}, {1, 0}, 0}, TEdgeProbe{{30, 20}, {1, 0}, kNan}}) {
+          TEdgeProbe{{1e300, 20}, {1, 0}, 0}, TEdgeProbe{{30, 20}, {1, 0}, kNan},
+          TEdgeProbe{{30, 20}, {1, 0}, 20}}) {  // by which a blur of 0.7 would lie 5 pixels inwards
         const TContourEdge edge = one(probe);
         EXPECT_FALSE(edge.found);
         EXPECT_EQ(edge.position, probe.point);
