@@ -1,6 +1,6 @@
 # Goals beside the ratios that runs reached: the shortest time of each run, the median of several runs, reasons of limits.
 source "$(dirname "$0")/support.sh"
-make_tree bench/report_goals.py
+make_tree bench/report_goals.py bench/report/figures.py bench/report/results.py
 
 cat >goals.json <<'TEXT'
 [
