@@ -46,7 +46,7 @@ bool isPlainName(const std::string& text) {
 
 bool save(const cv::Mat& img, const fs::path& folder, const std::string& prefix, const std::string& extension,
           std::string* path) {
-    if (img.empty()) return refuse(orx::rcEmptyImage, "saveImage");
+    if (!orx::takesImage(img, "saveImage")) return false;
     if (folder.empty()) return refuse(orx::rcFileName, "saveImage", "the folder's name is empty");
     if (!isPlainName(prefix)) {
         return refuse(orx::rcFileName, "saveImage", "a name can't begin with \"%s\"",

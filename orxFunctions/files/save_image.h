@@ -17,11 +17,11 @@ namespace FileOperator {
 // ".bmp", ".jpg", ".tif" ...).
 //
 // Never waits for the disk. At most 64 images wait, of 1 GiB together; one more is refused, with a message
-// for the first of a row of refusals. False, and nothing saved, for a full queue, an empty image, an unknown
-// format, or an empty folder or one in the prefix (rcTooMany, rcEmptyImage, rcOption, rcFileName; rcMemory
-// and rcFailed without memory for the copy or the thread; rcFailed where the library's module of picture
-// formats is missing). What fails later, on the thread (a full disk, a
-// name that exists: it is never overwritten), is reported by a message in colour 1.
+// for the first of a row of refusals. False, and nothing saved, for a full queue (rcTooMany), an empty image
+// (rcEmptyImage) or one of more than two dimensions (rcImageDimensions), an unknown format (rcOption), an
+// empty folder or one in the prefix (rcFileName), without memory for the copy (rcMemory), and without the
+// thread or the library's module of picture formats (rcFailed). What fails later, on the thread (a full disk,
+// a name that exists: it is never overwritten), is reported by a message in colour 1.
 //
 // Unloading the library, and on POSIX the end of the process, wait for the images still queued. On Windows
 // call flush before the process ends: it ends the thread in the middle of its image.

@@ -85,6 +85,9 @@ TEST_F(FileRefusals, OfFiles) {
 TEST_F(FileRefusals, OfImagesToSave) {
     using namespace FileOperator;
     EXPECT_TRUE(refusedWith(orx::rcEmptyImage, "saveImage", [&] { saveImage({}, sub); }));
+    const std::vector<int> cube{2, 3, 4};
+    EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "saveImage",
+                            [&] { saveImage(cv::Mat(cube, CV_8U, cv::Scalar(7)), sub, "", ".tif"); }));
     EXPECT_TRUE(refusedWith(orx::rcFileName, "saveImage", [&] { saveImage(image, ""); }));
     EXPECT_TRUE(refusedWith(orx::rcFileName, "saveImage", [&] { saveImage(image, sub, "a/b"); }));
     EXPECT_TRUE(refusedWith(orx::rcOption, "saveImage", [&] { saveImage(image, sub, "", ".exe"); }));
