@@ -87,6 +87,38 @@ TEST(EdgesSubPixMetric, PlacesDisksWithoutBias) {
     }
 }
 
+// What bent edges lose to the blur is given back where they are bent: round ends of a bar, and next to
+// nothing along its sides. The bar's edge has the profile of a straight one, so that the round ends are given
+// too much: the blur of the optics squared by twice the radius.
+TEST(EdgesSubPixMetric, TakesTheBendOfAnEdgeWhereItIs) {
+    const Look look;
+    const cv::Point2d middle(70.3, 40.6);
+    constexpr double kHalf = 40;
+    constexpr double kRadius = 14;
+    const auto outside = [&](double x, double y) {
+        const double beyond = std::max(0.0, std::abs(x - middle.x) - kHalf);
+        return std::hypot(beyond, y - middle.y) - kRadius;
+    };
+    const auto contours =
+        find(edge_scene::draw({140, 82}, look, [&](double x, double y) { return -outside(x, y); }));
+    ASSERT_EQ(contours.size(), 1U);
+    ASSERT_TRUE(contours[0].closed);
+    int sides = 0;
+    int ends = 0;
+    for (const cv::Point2f& p : contours[0].points) {
+        const double along = std::abs(p.x - middle.x);
+        if (along < kHalf - 10) {
+            EXPECT_NEAR(outside(p.x, p.y), 0, 0.03) << p;
+            ++sides;
+        } else if (along > kHalf + 10) {
+            EXPECT_NEAR(outside(p.x, p.y), (0.7 * 0.7 + 1.0 / 12) / (2 * kRadius), 0.02) << p;
+            ++ends;
+        }
+    }
+    EXPECT_GT(sides, 100);
+    EXPECT_GT(ends, 30);
+}
+
 TEST(EdgesSubPixMetric, PlacesStraightEdgesOfAnyAngle) {
     cv::RNG random(5);
     const cv::Size size(90, 80);

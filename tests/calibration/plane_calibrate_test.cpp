@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 
 #include "tests/calibration/plane_views.h"
 
@@ -153,6 +154,32 @@ TEST(CalibratePlane, WhatIsNotKnownOfScaleAndHeightIsAdded) {
     // Seen straight down, a height of 2 mm at 260 mm is a share of 2 / 260; the tilt of 12 degrees changes
     // little.
     EXPECT_NEAR(lengthDeviation(orx::calibratePlane(views, options)), 100 * 2.0 / 260, 0.15);
+}
+
+// A view is rough beside the typical one, which of two is the better.
+TEST(CalibratePlane, RoughViewsAreNamedBesideTheTypicalOne) {
+    const scenes::PlaneCamera camera = test::bentCamera();
+    const orx::TPlaneCalibration truth = test::truthOf(camera);
+    const auto roughOnes = [&](const std::vector<double>& noises) {
+        cv::RNG random(5);
+        std::vector<orx::TTargetView> views;
+        const std::vector<scenes::PlaneCamera> poses = test::eightPoses(camera);
+        for (std::size_t i = 0; i < noises.size(); ++i)
+            views.push_back(test::cornersSeen(poses[i], 11, 8, 10, noises[i], random));
+        std::vector<int> named;
+        for (const std::string& warning : orx::planeWarnings(truth, views)) {
+            int view = 0;
+            if (warning.find("the others by") != std::string::npos &&
+                std::sscanf(warning.c_str(), "view %d fits", &view) == 1)
+                named.push_back(view);
+        }
+        return named;
+    };
+    using Views = std::vector<int>;
+    EXPECT_EQ(roughOnes({0.05}), Views());
+    EXPECT_EQ(roughOnes({0.05, 0.2}), Views{2});
+    EXPECT_EQ(roughOnes({0.18, 0.05, 0.1}), Views()) << "not even twice the typical";
+    EXPECT_EQ(roughOnes({0.05, 0.4, 0.1, 0.05}), Views{2});
 }
 
 TEST(CalibratePlane, RefusalsSayWhy) {

@@ -178,7 +178,7 @@ TEST_F(Treatment, PicturesThatAreNoneAreEmpty) {
     using fake::Picture;
     for (const int scale : {0, 2, 4}) {
         for (const Picture picture :
-             {Picture::kEmpty, Picture::kNoData, Picture::kNegative, Picture::kHuge}) {
+             {Picture::kEmpty, Picture::kNoData, Picture::kNegative, Picture::kHuge, Picture::kHugeColour}) {
             SCOPED_TRACE(testing::Message() << "scale " << scale << ", kind " << static_cast<int>(picture));
             fakeCamera(0).picture = picture;
             cv::Mat image(4, 4, CV_8U);

@@ -92,6 +92,11 @@ void handOut(fake::Camera& camera, Buffer& buffer, VDImage& image) {
             image.width = 0x7fffffff;
             image.height = 0x7fffffff;
             break;
+        case fake::Picture::kHugeColour:  // a billion pixels, which would do with one byte each
+            image.width = 40000;
+            image.height = 25000;
+            image.channels = 4;
+            break;
         case fake::Picture::kNoChannels:
             image.channels = 0;
             break;

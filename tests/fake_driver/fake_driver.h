@@ -17,7 +17,17 @@
 namespace fake {
 
 // What the next pictures are.
-enum class Picture { kGood, kFailure, kEmpty, kNoData, kNegative, kHuge, kNoChannels, kSevenChannels };
+enum class Picture {
+    kGood,
+    kFailure,
+    kEmpty,
+    kNoData,
+    kNegative,
+    kHuge,
+    kHugeColour,
+    kNoChannels,
+    kSevenChannels
+};
 
 // What a procedure throws instead of answering.
 enum class Throw { kNothing, kException, kNumber };

@@ -191,6 +191,32 @@ TEST(EdgeFit, DeviationsCountAsTheyCan) {
     EXPECT_NEAR(orx::fitCircleGeometric(edge, 1.0, options).radiusDeviation, 2 * known, 1e-6);
 }
 
+// Weights are the root mean squares of the deviations of up to thirty points to both sides: here one point of
+// squared deviation 62 among others of 1, so that its share in a mean tells how many points the mean is of.
+TEST(EdgeFit, WeightsAreMeansOverThirtyPointsToBothSides) {
+    constexpr std::size_t kCount = 100;
+    constexpr std::size_t kOdd = 40;
+    TMetricContour edge;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        edge.points.emplace_back(static_cast<float>(i), 0.0F);
+        edge.deviation.push_back(i == kOdd ? std::sqrt(62.0F) : 1.0F);
+    }
+    for (const bool closed : {false, true}) {
+        edge.closed = closed;
+        const std::vector<double> weights = orx::edgeFitOptions(edge, 1.0).deviations;
+        ASSERT_EQ(weights.size(), kCount);
+        for (std::size_t i = 0; i < kCount; ++i) {
+            SCOPED_TRACE(testing::Message() << (closed ? "closed, " : "open, ") << i);
+            const std::size_t apart = i > kOdd ? i - kOdd : kOdd - i;
+            const bool isNear = std::min(apart, closed ? kCount - apart : apart) <= 30;
+            const std::size_t before = closed ? 30 : std::min<std::size_t>(30, i);
+            const std::size_t after = closed ? 30 : std::min<std::size_t>(30, kCount - 1 - i);
+            const double points = static_cast<double>(before + after + 1);
+            EXPECT_NEAR(weights[i], isNear ? std::sqrt(1 + 61 / points) : 1.0, 1e-6);
+        }
+    }
+}
+
 // The mean error of the radius over places of a disk between the pixels, whose areas under it are added up.
 template <class Measure>
 double meanRadiusError(double radius, double blur, const Measure& measure) {

@@ -177,6 +177,17 @@ TEST_F(ProposedRecipe, ALargeCircleIsOneCircle) {
     EXPECT_TRUE(hasNominal(recipe, 380, 0.1));
 }
 
+// Nor are those of an arc, up to its last.
+TEST_F(ProposedRecipe, AHalfDiskHasOneLine) {
+    cv::Mat ideal(300, 460, CV_32F, cv::Scalar(60));
+    scenes::paint(ideal, scenes::Disk{{231.3, 228.6}, 190}, 160);
+    scenes::paint(ideal, scenes::Bar{{231.3, 278.6}, 0, 460, 100}, 60);
+    const std::vector<std::string> names = taught(scenes::expose(ideal, {0.0, 0.8, 2, 1})).featureNames();
+    const auto isLine = [](const std::string& name) { return name.compare(0, 4, "line") == 0; };
+    EXPECT_GE(names.size(), 2U);
+    EXPECT_EQ(std::count_if(names.begin(), names.end(), isLine), 1) << proposal_.text;
+}
+
 TEST_F(ProposedRecipe, NumbersAreDrawnApart) {
     scenes::PartSceneSettings settings;
     settings.kind = PartKind::gear;

@@ -137,6 +137,32 @@ TEST(RecipeResult, SheetsAreEnlargedAndHaveATableBesideThePicture) {
     EXPECT_TRUE(orx::drawRecipeSheet(cv::Mat(), recipe, result).empty());
 }
 
+// Two reasons that differ in their last letter only look the same where that letter is cut off.
+TEST(RecipeResult, TextsOfSheetsAreCutOnlyWhereTheyHaveNoRoom) {
+    const cv::Mat img(960, 700, CV_8UC1, cv::Scalar(90));
+    const auto sheetWith = [&](const std::string& reason) {
+        orx::TRecipeResult result;
+        result.recipe = "reasons";
+        result.values.resize(1);
+        result.values[0].name = "missing";
+        result.values[0].problem = reason;
+        return orx::drawRecipeSheet(img, orx::TRecipe(), result);
+    };
+    const auto showsLastOf = [&](std::size_t letters) {
+        const std::string all(letters - 1, 'n');
+        return cv::norm(sheetWith(all + "o"), sheetWith(all + "e"), cv::NORM_INF) > 0;
+    };
+    EXPECT_TRUE(showsLastOf(25));
+    EXPECT_FALSE(showsLastOf(80));
+    // As many letters as go into the table: its width without margins by that of a letter.
+    int baseline = 0;
+    const double letter =
+        cv::getTextSize(std::string(100, 'n'), cv::FONT_HERSHEY_DUPLEX, 0.66, 1, &baseline).width / 100.0;
+    const auto most = static_cast<std::size_t>((620 - 2 * 28) / letter);
+    EXPECT_TRUE(showsLastOf(most - 1)) << most;
+    EXPECT_FALSE(showsLastOf(most + 2)) << most;
+}
+
 TEST(RecipeResult, ValuesAreToldToTheSecondDigitOfTheirUncertainty) {
     orx::TRecipeValue value;
     value.measured = true;

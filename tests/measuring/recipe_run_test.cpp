@@ -451,6 +451,32 @@ TEST(RecipeRun, UncertaintiesOnThePlaneAreThoseOfThePicture) {
     compare(edge_scene::rectangle({120, 100}, {25.2, 20.4, 65.7, 55.3}, kLook), lines, 1, 1e-3);
 }
 
+// A plane that leads away to the right: five pixels a millimetre at its origin, 2 to 3 along the line that is
+// looked for. Five millimetres to each side are 10 to 15 pixels there, and would be 25 at the origin.
+TEST(RecipeRun, LinesAreLookedForAsFarAsTheirOwnPlaceSays) {
+    const test::TemporaryFolder folder;
+    orx::TPlaneCalibration leaning;
+    leaning.status = orx::plOk;
+    leaning.lens = false;
+    leaning.imageSize = {160, 130};
+    leaning.homography = {5, 0, 0, 0, 5, 0, 0.02, 0, 1};
+    leaning.degreesOfFreedom = 1e9;
+    ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", leaning), orx::plOk);
+    const orx::TRecipe recipe = parsed(
+        R"({"recipe": 1, "unit": "mm", "coordinates": "mm", "calibration": "plane.json",
+          "part": {"by": "fixed", "x": 0, "y": 0, "angle": 0}, "features": [
+            {"name": "side", "type": "line", "from": [30, 10], "to": [30, 30], "search": 5, "by": "calipers"}],
+          "values": [{"name": "side", "type": "angle", "of": ["side"]}]})",
+        folder.name());
+    const double nominal = 5 * 30 / (1 + 0.02 * 30);
+    for (const double off : {-19.0, -5.0, 5.0, 19.0}) {
+        SCOPED_TRACE(off);
+        const cv::Mat img = edge_scene::halfPlane({160, 130}, {nominal + off, 60}, 0, kLook);
+        const orx::TRecipeResult result = recipe.run(img);
+        EXPECT_EQ(valueOf(result, "side").measured, std::abs(off) < 10) << orx::toJson(result);
+    }
+}
+
 // A rectangle seen five pixels a millimetre, by a calibration whose scale down the picture is known to a
 // hundredth.
 TEST(RecipeRun, LengthsOfChainsTellWhatTheCalibrationLeavesOpen) {
