@@ -16,6 +16,33 @@ bool hasIndex(const std::vector<cv::Point>& pts, int index) {
     return index >= 0 && static_cast<std::size_t>(index) < pts.size();
 }
 
+// From the largest index down: what changes places has been looked at before.
+template <class Goes>
+void removeFromTheLast(std::vector<cv::Point>& pts, Goes goes) {
+    std::size_t end = pts.size();
+    for (std::size_t i = pts.size(); i-- > 0;) {
+        if (goes(i)) std::swap(pts[i], pts[--end]);
+    }
+    pts.resize(end);
+}
+
+// Marks cost a pass over the list, sorting some passes over the indices.
+bool isLongEnoughToMark(const std::vector<int>& idx, const std::vector<cv::Point>& pts) {
+    return idx.size() > 64 && idx.size() > pts.size() / 32;
+}
+
+// False, and nothing is removed, where an index comes twice.
+bool removeMarked(std::vector<cv::Point>& pts, const std::vector<int>& idx) {
+    std::vector<unsigned char> marks(pts.size());
+    for (const int i : idx) {
+        unsigned char& mark = marks[static_cast<std::size_t>(i)];
+        if (mark != 0) return false;
+        mark = 1;
+    }
+    removeFromTheLast(pts, [&](std::size_t i) { return marks[i] != 0; });
+    return true;
+}
+
 }  // namespace
 
 void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv::Point>& out, int tol) {
@@ -44,6 +71,7 @@ void deletePointsInList(std::vector<cv::Point>& pts, std::vector<int> idx) {
         return;
     }
     idx.erase(std::remove_if(idx.begin(), idx.end(), [&](int i) { return !hasIndex(pts, i); }), idx.end());
+    if (isLongEnoughToMark(idx, pts) && removeMarked(pts, idx)) return;
     std::sort(idx.begin(), idx.end());
     std::size_t end = pts.size();
     for (auto index = idx.rbegin(); index != idx.rend(); ++index) {
@@ -59,11 +87,7 @@ void deleteImageSidePoints(std::vector<cv::Point>& pts, cv::Size size, int margi
     const auto nearBorder = [&](const cv::Point& p) {
         return p.x < margin || p.x > right || p.y < margin || p.y > bottom;
     };
-    std::vector<int> idx;
-    for (std::size_t i = 0; i < pts.size(); ++i) {
-        if (nearBorder(pts[i])) idx.push_back(static_cast<int>(i));
-    }
-    deletePointsInList(pts, std::move(idx));
+    removeFromTheLast(pts, [&](std::size_t i) { return nearBorder(pts[i]); });
 }
 
 void deletePartPoints(std::vector<cv::Point>& pts, int count) {

@@ -1,8 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
 
 #include "orxFunctions/orxfunctions.h"
 
@@ -55,6 +60,37 @@ TEST(DeletePointsInList, SwapsFromTheLargestIndexDown) {
     EXPECT_THAT(points, IsEmpty());
 }
 
+// The order as it is stated: ascending indices, from the last one on a swap with the end of what is kept.
+Points swappedOut(Points points, std::vector<int> indices) {
+    std::sort(indices.begin(), indices.end());
+    std::size_t end = points.size();
+    for (auto index = indices.rbegin(); index != indices.rend(); ++index)
+        std::swap(points[static_cast<std::size_t>(*index)], points[--end]);
+    points.resize(end);
+    return points;
+}
+
+TEST(DeletePointsInList, ManyAreRemovedInTheOrderOfFew) {
+    std::mt19937 random(3);
+    for (const std::size_t removed : {20U, 64U, 65U, 300U, 999U, 1000U}) {
+        std::vector<int> indices(1000);
+        std::iota(indices.begin(), indices.end(), 0);
+        std::shuffle(indices.begin(), indices.end(), random);
+        indices.resize(removed);
+        Points points = numbered(1000);
+        orx::deletePointsInList(points, indices);
+        ASSERT_EQ(points, swappedOut(numbered(1000), indices)) << removed;
+
+        // One twice, and one that no point has.
+        indices.back() = indices.front();
+        points = numbered(1000);
+        const Points expected = swappedOut(points, indices);
+        if (removed < 1000) indices.push_back(4711);
+        orx::deletePointsInList(points, indices);
+        ASSERT_EQ(points, expected) << removed;
+    }
+}
+
 TEST(DeletePointsInList, DoesNothingForNoOrTooManyIndices) {
     Points points = numbered(3);
     orx::deletePointsInList(points, {});
@@ -62,6 +98,22 @@ TEST(DeletePointsInList, DoesNothingForNoOrTooManyIndices) {
     EXPECT_THAT(numbersOf(points), ElementsAre(0, 1, 2));
     orx::deletePointsInList(points, {-1, 3, 1});
     EXPECT_THAT(numbersOf(points), ElementsAre(0, 2)) << "only index 1 is one of the list's";
+}
+
+TEST(DeleteImageSidePoints, RemovesInTheOrderOfAList) {
+    std::mt19937 random(4);
+    for (int round = 0; round < 50; ++round) {
+        Points points(static_cast<std::size_t>(random() % 300));
+        for (cv::Point& p : points)
+            p = cv::Point(static_cast<int>(random() % 100), static_cast<int>(random() % 80));
+        std::vector<int> outside;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            if (!cv::Rect(20, 20, 60, 40).contains(points[i])) outside.push_back(static_cast<int>(i));
+        }
+        const Points expected = swappedOut(points, outside);
+        orx::deleteImageSidePoints(points, {100, 80}, 20);
+        ASSERT_EQ(points, expected) << round;
+    }
 }
 
 TEST(DeleteImageSidePoints, KeepsPointsAtTheMargin) {
