@@ -131,6 +131,33 @@ TEST(AutoFocus, DepthColourAndSurroundingsMakeNoDifference) {
     }
 }
 
+TEST(AutoFocus, RowsGiveToTheLastBitWhatDerivativePicturesGive) {
+    cv::RNG random(8);
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 9), cv::Size(9, 1), cv::Size(2, 2),
+                                cv::Size(511, 3), cv::Size(513, 40), cv::Size(1025, 17), cv::Size(1500, 1)}) {
+        for (const bool extreme : {false, true}) {
+            cv::Mat around(size + cv::Size(2, 2), CV_8UC1);
+            random.fill(around, cv::RNG::UNIFORM, 0, 256);
+            if (extreme) cv::threshold(around, around, 127, 255, cv::THRESH_BINARY);
+            const cv::Mat img = around(cv::Rect({1, 1}, size));
+            const cv::Mat alone = img.clone();
+            cv::Mat dx;
+            cv::Mat dy;
+            cv::Mat laplacian;
+            cv::Sobel(alone, dx, CV_16S, 1, 0, 3, 1, 0, cv::BORDER_REPLICATE);
+            cv::Sobel(alone, dy, CV_16S, 0, 1, 3, 1, 0, cv::BORDER_REPLICATE);
+            cv::Laplacian(alone, laplacian, CV_16S, 1, 1, 0, cv::BORDER_REPLICATE);
+            cv::Scalar mean;
+            cv::Scalar deviation;
+            cv::meanStdDev(laplacian, mean, deviation);
+            EXPECT_EQ(AutoFocus::calcTenengrad(img),
+                      (cv::norm(dx, cv::NORM_L2SQR) + cv::norm(dy, cv::NORM_L2SQR)) / size.area())
+                << size;
+            EXPECT_EQ(AutoFocus::calcLaplacianVariance(img), deviation[0] * deviation[0]) << size;
+        }
+    }
+}
+
 TEST(AutoFocus, DropsWithEveryBlur) {
     const cv::Mat img = edge_scene::draw({80, 80}, {40, 210, 0.8, 2}, [](double x, double y) {
         return 4 * std::sin(x / 3) + 4 * std::cos(y / 4);
