@@ -57,8 +57,8 @@ cv::Mat TPoint6DToMatrix::eulerAngleToRotateMatrix(const cv::Mat& eulerAngle, co
 }
 
 bool TPoint6DToMatrix::isRotatedMatrix(cv::Mat& rotation) {
-    const cv::Mat product = rotation.t() * rotation;
-    return cv::norm(cv::Mat::eye(3, 3, rotation.type()), product, cv::NORM_L2) < 1e-6;
+    const cv::Matx33d r = rotation;
+    return cv::norm(cv::Matx33d::eye() - r.t() * r, cv::NORM_L2) < 1e-6;
 }
 
 cv::Mat TPoint6DToMatrix::R_T2HomogeneousMatrix(const cv::Mat& rotation, const cv::Mat& translation) {
