@@ -135,8 +135,8 @@ class GaussianSlope {
     // At every sample.
     std::vector<double> values() const {
         std::vector<double> kernel(bell_.size());
-        for (int k = 0; k <= lead_; ++k)
-            kernel[size(k)] = k * bell_[size(k)] / (kSqrt2Pi * std::pow(sigma_, 3));
+        const double area = kSqrt2Pi * std::pow(sigma_, 3);
+        for (int k = 0; k <= lead_; ++k) kernel[size(k)] = k * bell_[size(k)] / area;
         std::vector<double> slopes(size(count()));
         for (std::size_t i = 0; i < slopes.size(); ++i) {
             const double* middle = profile_.data() + i + lead_;
