@@ -2,6 +2,7 @@
 #ifndef ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
 #define ORXFUNCTIONS_FITTING_KERNELS_CIRCLE_IMPL_H
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,10 +32,17 @@ void forEachVector(PixelSpan points, Visit visit) {
     visit(x, y, i);
 }
 
-// How many lanes of the vector that begins at point `first` are points.
-inline std::size_t lanesFilled(PixelSpan points, std::size_t first) {
-    const std::size_t left = points.count - first;
-    return left < kLanes ? left : kLanes;
+// Values of so many points are kept at a time between the vectors that give them and the sums in the order of
+// the points, whose last additions then wait in registers.
+constexpr std::size_t kBlock = 32;
+
+// Calls visit(points of the block, index of its first) for blocks of up to kBlock points.
+template <class Visit>
+void forEachBlock(PixelSpan points, Visit visit) {
+    for (std::size_t first = 0; first < points.count; first += kBlock) {
+        const std::size_t left = points.count - first;
+        visit(PixelSpan{points.xy + 2 * first, left < kBlock ? left : kBlock}, first);
+    }
 }
 
 inline double sumOfLanes(VecD v) {
@@ -53,30 +61,39 @@ inline double largestLane(VecD v) {
     return largest;
 }
 
+// a * b + c, in whichever of the two ways is faster: for numbers of which none needs rounding.
+inline VecD exactProductSum(VecD a, VecD b, VecD c) {
+#if defined(__AVX2__) && defined(__FMA__)
+    return {_mm256_fmadd_pd(a.v, b.v, c.v)};
+#else
+    return a * b + c;
+#endif
+}
+
 inline bool exactPowerSums(PixelSpan points, PowerSums& sums) {
     const VecD zero = VecD::all(0);
     VecD x1 = zero, y1 = zero, xx1 = zero, yy1 = zero, xxx1 = zero, yyy1 = zero, xy1 = zero, xyy1 = zero,
-         xxy1 = zero, extent = zero;
+         xxy1 = zero, largestSquare = zero;
     // Zeros that fill up the last vector add nothing.
     forEachVector(points, [&](VecD x, VecD y, std::size_t) {
         const VecD xx = x * x;
         const VecD yy = y * y;
-        extent = max(extent, max(abs(x), abs(y)));
+        largestSquare = max(largestSquare, max(xx, yy));
         x1 = x1 + x;
         y1 = y1 + y;
         xx1 = xx1 + xx;
         yy1 = yy1 + yy;
-        xxx1 = xxx1 + xx * x;
-        yyy1 = yyy1 + yy * y;
-        xy1 = xy1 + x * y;
-        xyy1 = xyy1 + x * yy;
-        xxy1 = xxy1 + xx * y;
+        xxx1 = exactProductSum(xx, x, xxx1);
+        yyy1 = exactProductSum(yy, y, yyy1);
+        xy1 = exactProductSum(x, y, xy1);
+        xyy1 = exactProductSum(x, yy, xyy1);
+        xxy1 = exactProductSum(xx, y, xxy1);
     });
     // Integers up to 2^53 are exact in a double, and no partial sum exceeds count * extent^3.
     constexpr double kExact = 9007199254740992.0;
     const auto count = static_cast<double>(points.count);
-    const double largest = largestLane(extent);
-    if (!(count * largest * largest * largest < kExact)) return false;
+    const double square = largestLane(largestSquare);
+    if (!(count * square * std::sqrt(square) < kExact)) return false;
     sums = {count,
             sumOfLanes(x1),
             sumOfLanes(y1),
@@ -126,13 +143,16 @@ struct CircleDistance {
 
 inline double circleResiduals(PixelSpan points, Circle circle, double* residuals) {
     double sum = 0;
-    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
-        double terms[kLanes];
-        abs(CircleDistance(x, y, circle).value).store(terms);
-        const std::size_t count = lanesFilled(points, first);
-        for (std::size_t i = 0; i < count; ++i) sum += terms[i];
+    forEachBlock(points, [&](PixelSpan block, std::size_t begin) {
+        double terms[kBlock];
+        forEachVector(block, [&](VecD x, VecD y, std::size_t first) {
+            abs(CircleDistance(x, y, circle).value).store(terms + first);
+        });
+        double total = sum;
+        for (std::size_t i = 0; i < block.count; ++i) total += terms[i];
+        sum = total;
         if (residuals == nullptr) return;
-        for (std::size_t i = 0; i < count; ++i) residuals[first + i] = terms[i];
+        for (std::size_t i = 0; i < block.count; ++i) residuals[begin + i] = terms[i];
     });
     return sum;
 }
@@ -171,21 +191,24 @@ inline GradientSums circleGradient(PixelSpan points, Circle circle, Loss loss) {
     const LossVectors functions(loss);
     const VecD r = VecD::all(circle.r);
     GradientSums sums = {};
-    forEachVector(points, [&](VecD x, VecD y, std::size_t first) {
-        double moveX[kLanes], moveY[kLanes], moveR[kLanes], cost[kLanes];
-        const CircleDistance e(x, y, circle);
-        const VecD influence = functions.influence(e.value);
-        (e.dx * influence / r).store(moveX);
-        (e.dy * influence / r).store(moveY);
-        influence.store(moveR);
-        functions.cost(e.value).store(cost);
-        const std::size_t count = lanesFilled(points, first);
-        for (std::size_t i = 0; i < count; ++i) {
-            sums.x += moveX[i];
-            sums.y += moveY[i];
-            sums.r -= moveR[i];
-            sums.loss += cost[i];
+    forEachBlock(points, [&](PixelSpan block, std::size_t) {
+        double moveX[kBlock], moveY[kBlock], moveR[kBlock], cost[kBlock];
+        forEachVector(block, [&](VecD x, VecD y, std::size_t first) {
+            const CircleDistance e(x, y, circle);
+            const VecD influence = functions.influence(e.value);
+            (e.dx * influence / r).store(moveX + first);
+            (e.dy * influence / r).store(moveY + first);
+            influence.store(moveR + first);
+            functions.cost(e.value).store(cost + first);
+        });
+        GradientSums total = sums;
+        for (std::size_t i = 0; i < block.count; ++i) {
+            total.x += moveX[i];
+            total.y += moveY[i];
+            total.r -= moveR[i];
+            total.loss += cost[i];
         }
+        sums = total;
     });
     return sums;
 }
