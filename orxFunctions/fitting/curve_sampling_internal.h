@@ -44,17 +44,39 @@ inline bool takesList(double low, double high, double step, double termsEach, co
     return refuse(rcTooMany, function, "%g terms to sum up; at most %g are taken", terms, kMostTerms);
 }
 
-// Calls visit(x) for x = low, low + step, ... (a running sum) while x <= high; not at all when that would be
-// more than `most`. Ends early where the step has become too small to change x.
+constexpr std::size_t kSamplesAtOnce = 64;
+
+// Some of the x = low, low + step, ... (a running sum) up to a last one, and how they go on.
+struct SampleRun {
+    std::size_t count;
+    double next;
+    bool isLast;
+};
+
+// Writes up to kSamplesAtOnce of them from `first`, which must not exceed `high`, on. The last run ends
+// beyond `high`, or where the step has become too small to change x.
+SampleRun sampleRun(double first, double high, double step, double* x);
+
+// Calls visit(x, count) for lists of up to kSamplesAtOnce of x = low, low + step, ... (a running sum) while
+// x <= high; not at all when that would be more than `most`. Ends early where the step has become too small
+// to change x.
+template <class Visit>
+void forEachSamples(double low, double high, double step, double most, Visit visit) {
+    if (sampleCount(low, high, step, most) == 0) return;
+    double x[kSamplesAtOnce];
+    SampleRun run = {0, low, false};
+    while (!run.isLast) {
+        run = sampleRun(run.next, high, step, x);
+        visit(static_cast<const double*>(x), run.count);
+    }
+}
+
+// The same, one x at a time.
 template <class Visit>
 void forEachSample(double low, double high, double step, double most, Visit visit) {
-    if (sampleCount(low, high, step, most) == 0) return;
-    for (double x = low; x <= high;) {
-        visit(x);
-        const double next = x + step;
-        if (!(next > x)) break;
-        x = next;
-    }
+    forEachSamples(low, high, step, most, [&](const double* x, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) visit(x[i]);
+    });
 }
 
 // Keeps the sample that would come first when all were ordered by y, descending for the maximum and ascending

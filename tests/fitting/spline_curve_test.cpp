@@ -121,8 +121,22 @@ TEST(TSplineCurve, LooksUpWhatAScanOfAllSegmentsFinds) {
         for (double x = -0.5; x < 31; x += 0.125) expectSame(curve.getY(x), plainValue(curve, x), x);
         Samples list;
         curve.segments.back().endX = 30;
-        curve.getSplineList(list, 1);
-        for (const cv::Point2d& p : list) expectSame(p.y, plainValue(curve, p.x), p.x);
+        if (round % 5 == 0) curve.segments[20].paraList.push_back(0.5);
+        for (const int digits : {1, 2}) {
+            curve.getSplineList(list, digits);
+            double x = curve.segments.front().startX;
+            cv::Point2d lowest(x, std::numeric_limits<double>::infinity());
+            for (const cv::Point2d& p : list) {
+                EXPECT_EQ(p.x, x);
+                expectSame(p.y, plainValue(curve, p.x), p.x);
+                if (p.y < lowest.y) lowest = p;
+                x += 1 / std::pow(10.0, digits);
+            }
+            EXPECT_FALSE(x <= 30);
+            if (digits == 2) {
+                EXPECT_EQ(curve.getExtremeValue(0), lowest);
+            }
+        }
     }
     // Segments in any order are a caller's own; nothing is read outside them.
     orx::TSplineCurve shuffled = waveCurve(30, 2);
