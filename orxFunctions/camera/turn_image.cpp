@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <opencv2/core/hal/intrin.hpp>
 #include <utility>
+
+#include "orxFunctions/camera/turning/kernels.h"
 
 namespace orx {
 namespace {
@@ -69,45 +70,33 @@ void exchange(const SourceRows& from, cv::Size size, const TargetRows& to) {
     }
 }
 
-// Compilers make one instruction of it.
-std::uint64_t reversedBytes(std::uint64_t v) {
-    v = ((v & 0x00FF00FF00FF00FFU) << 8) | ((v >> 8) & 0x00FF00FF00FF00FFU);
-    v = ((v & 0x0000FFFF0000FFFFU) << 16) | ((v >> 16) & 0x0000FFFF0000FFFFU);
-    return (v << 32) | (v >> 32);
-}
-
 template <int kBytes>
-void reverseRow(const uchar* from, int columns, uchar* to) {
-    int x = 0;
-    if (kBytes == 1) {
-        constexpr int kWord = sizeof(std::uint64_t);
-        for (; x + kWord <= columns; x += kWord) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, from + columns - kWord - x, sizeof word);
-            word = reversedBytes(word);
-            std::memcpy(to + x, &word, sizeof word);
-        }
-    }
-    for (; x < columns; ++x)
+void reverseRow(const turning_kernels::Kernels& kernels, const uchar* from, int columns, uchar* to) {
+    if (kBytes == 1) return kernels.reverseBytes(from, static_cast<std::size_t>(columns), to);
+    for (int x = 0; x < columns; ++x)
         std::memcpy(to + static_cast<std::ptrdiff_t>(x) * kBytes,
                     from + static_cast<std::ptrdiff_t>(columns - 1 - x) * kBytes, kBytes);
 }
 
 template <int kBytes>
 void turn(const cv::Mat& image, const Orientation& orientation, cv::Mat& out) {
-    const TargetRows to(out.data, out.rows, out.step, orientation.upsideDown);
     if (orientation.transposed) {
+        const TargetRows to(out.data, out.rows, out.step, orientation.upsideDown);
         // Left and right of the result are top and bottom of the image.
         exchange<kBytes>(SourceRows(image.data, image.rows, image.step, orientation.leftRight), image.size(),
                          to);
         return;
     }
     const std::size_t bytes = static_cast<std::size_t>(image.cols) * kBytes;
+    const turning_kernels::Kernels& kernels = turning_kernels::chosen();
+    // The result is written from its first row on, and the image read from one end to the other: both are
+    // streams that the processor fetches ahead.
+    const SourceRows from(image.data, image.rows, image.step, orientation.upsideDown);
     for (int y = 0; y < image.rows; ++y) {
         if (orientation.leftRight)
-            reverseRow<kBytes>(image.ptr(y), image.cols, to[y]);
+            reverseRow<kBytes>(kernels, from[y], image.cols, out.ptr(y));
         else
-            std::memcpy(to[y], image.ptr(y), bytes);
+            std::memcpy(out.ptr(y), from[y], bytes);
     }
 }
 

@@ -28,6 +28,13 @@ inline VecB isZero(VecB a) { return {_mm256_cmpeq_epi8(a.v, _mm256_setzero_si256
 // ~a & b
 inline VecB andNot(VecB a, VecB b) { return {_mm256_andnot_si256(a.v, b.v)}; }
 
+// The last lane first.
+inline VecB reversed(VecB a) {
+    const __m256i order =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+    return {_mm256_permute4x64_epi64(_mm256_shuffle_epi8(a.v, order), _MM_SHUFFLE(1, 0, 3, 2))};
+}
+
 // Sums in 16 bits for each lane of a VecB.
 struct ByteSums {
     __m256i low;
@@ -60,6 +67,12 @@ inline VecB operator|(VecB a, VecB b) { return {_mm_or_si128(a.v, b.v)}; }
 inline VecB max(VecB a, VecB b) { return {_mm_max_epu8(a.v, b.v)}; }
 inline VecB isZero(VecB a) { return {_mm_cmpeq_epi8(a.v, _mm_setzero_si128())}; }
 inline VecB andNot(VecB a, VecB b) { return {_mm_andnot_si128(a.v, b.v)}; }
+inline VecB reversed(VecB a) {
+    const __m128i swapped = _mm_or_si128(_mm_slli_epi16(a.v, 8), _mm_srli_epi16(a.v, 8));
+    const __m128i low = _mm_shufflelo_epi16(swapped, _MM_SHUFFLE(0, 1, 2, 3));
+    const __m128i both = _mm_shufflehi_epi16(low, _MM_SHUFFLE(0, 1, 2, 3));
+    return {_mm_shuffle_epi32(both, _MM_SHUFFLE(1, 0, 3, 2))};
+}
 
 struct ByteSums {
     __m128i low;
@@ -92,6 +105,7 @@ inline VecB operator|(VecB a, VecB b) { return {static_cast<std::uint8_t>(a.v | 
 inline VecB max(VecB a, VecB b) { return a.v < b.v ? b : a; }
 inline VecB isZero(VecB a) { return {static_cast<std::uint8_t>(a.v == 0 ? 255 : 0)}; }
 inline VecB andNot(VecB a, VecB b) { return {static_cast<std::uint8_t>(~a.v & b.v)}; }
+inline VecB reversed(VecB a) { return a; }
 
 struct ByteSums {
     std::int16_t sum;
