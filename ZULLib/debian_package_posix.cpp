@@ -13,9 +13,6 @@
 namespace zul::posix {
 namespace {
 
-const char* const kListFolder = "/var/lib/dpkg/info/";
-const char* const kStatusFile = "/var/lib/dpkg/status";
-
 bool startsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
@@ -39,9 +36,9 @@ std::vector<std::string> listedNames(const std::string& file) {
 }
 
 // "PACKAGE" or "PACKAGE:ARCHITECTURE" of each list, in the order of the names.
-std::vector<std::string> packages() {
+std::vector<std::string> packages(const std::string& lists) {
     std::vector<std::string> found;
-    const Directory folder(openDirectory(kListFolder));
+    const Directory folder(openDirectory(lists.c_str()));
     while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
         const std::string name = entry->d_name;
         if (extractFileExt(name) == ".list") found.push_back(name.substr(0, name.size() - 5));
@@ -56,14 +53,14 @@ bool contains(const std::string& text, const std::string& wanted) {
 }
 
 // The first package whose list has a line that is the name; a name that stands earlier goes before.
-std::string ownerOf(const std::vector<std::string>& names) {
+std::string ownerOf(const std::vector<std::string>& names, const std::string& lists) {
     std::vector<std::string> lines;
     lines.reserve(names.size());
     for (const std::string& name : names) lines.push_back("\n" + name + "\n");
     std::string owner;
     std::size_t best = lines.size();
-    for (const std::string& package : packages()) {
-        const std::string list = "\n" + contentOf(kListFolder + package + ".list");
+    for (const std::string& package : packages(lists)) {
+        const std::string list = "\n" + contentOf(lists + package + ".list");
         for (std::size_t i = 0; i < best; ++i) {
             if (!contains(list, lines[i])) continue;
             owner = package;
@@ -83,11 +80,11 @@ std::string field(const std::string& paragraph, const std::string& name) {
     return paragraph.substr(value, paragraph.find('\n', value) - value);
 }
 
-std::string versionOfPackage(const std::string& package) {
+std::string versionOfPackage(const std::string& package, const std::string& statusFile) {
     const std::size_t colon = package.find(':');
     const std::string architecture = colon == std::string::npos ? "" : package.substr(colon + 1);
     const std::string start = "\nPackage: " + package.substr(0, colon) + "\n";
-    const std::string status = "\n" + contentOf(kStatusFile);
+    const std::string status = "\n" + contentOf(statusFile);
     for (std::size_t at = status.find(start); at != std::string::npos; at = status.find(start, at + 1)) {
         const std::string paragraph = status.substr(at, status.find("\n\n", at) - at) + "\n";
         if (architecture.empty() || field(paragraph, "Architecture") == architecture) {
@@ -99,9 +96,9 @@ std::string versionOfPackage(const std::string& package) {
 
 }  // namespace
 
-std::string debianVersionOf(const std::string& file) {
-    const std::string owner = ownerOf(listedNames(file));
-    return owner.empty() ? std::string() : versionOfPackage(owner);
+std::string debianVersionOf(const std::string& file, const std::string& database) {
+    const std::string owner = ownerOf(listedNames(file), database + "/info/");
+    return owner.empty() ? std::string() : versionOfPackage(owner, database + "/status");
 }
 
 }  // namespace zul::posix

@@ -154,7 +154,10 @@ TEST_F(CameraState, ALostCameraMayWaitAlone) {
     ASSERT_TRUE(becomes(0, orx::csGrabbing) && becomes(1, orx::csGrabbing));
     ASSERT_TRUE(cams_.stop(1));
     ASSERT_TRUE(becomes(1, orx::csOpen)) << "one that was stopped is not lost";
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_TRUE(waitForFrames(0, 5));
+    const int fetched = fakeCamera(1).fetches;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(fakeCamera(1).fetches, fetched) << "nor is it asked for pictures";
     EXPECT_EQ(orx::cameraStatus(1).reason, orx::crStopped);
     ASSERT_TRUE(cams_.start(1));
 

@@ -7,6 +7,7 @@
 
 #include "found_parts.h"
 #include "orxFunctions/matching/model/model_data.h"
+#include "orxFunctions/matching/refine/coverage.h"
 #include "taught_scene.h"
 
 namespace {
@@ -97,6 +98,35 @@ TEST(Refinement, PosesAreAsGoodAsTheNoiseAllowsAndSaySo) {
             EXPECT_LT(ratio->rms(), 1.3);
         }
     }
+}
+
+// Thirty points in a row, of which some neighbours are seen: six and more count, fewer may be a crossing
+// edge. Those beside them are edges that run elsewhere.
+TEST(Refinement, EdgesAreSeenWhereSixNeighboursAre) {
+    constexpr std::size_t kCount = 30;
+    orx::matching::ReadyOutline outline;
+    outline.points.resize(kCount);
+    outline.chains.assign(kCount, 0);
+    for (orx::matching::ReadyPoint& point : outline.points) point.length = 1;
+    outline.length = kCount;
+    const auto seen = [&](std::size_t from, std::size_t count, double stepAt = -1) {
+        std::vector<orx::matching::Match> matches(kCount);
+        for (std::size_t i = 0; i < kCount; ++i) {
+            const bool isSeen = i >= from && i < from + count;
+            matches[i].found = true;
+            matches[i].turn = isSeen ? 0.0 : 0.5;  // 29 degrees
+            if (stepAt >= 0 && static_cast<double>(i) >= stepAt) matches[i].distance = 0.6;
+        }
+        return orx::matching::coverageOf(outline, matches, 1).score * kCount;
+    };
+    for (const std::size_t from : {0, 10, 24}) {
+        EXPECT_NEAR(seen(from, 6), 6, 1e-9) << from;
+        EXPECT_NEAR(seen(from, 5), 0, 1e-9) << from;
+    }
+    EXPECT_NEAR(seen(0, kCount), kCount, 1e-9);
+    // A jump from one edge to the next parts neighbours.
+    EXPECT_NEAR(seen(5, 11, 10), 6, 1e-9);
+    EXPECT_NEAR(seen(5, 12, 11), 12, 1e-9);
 }
 
 TEST(Refinement, ScalesAreToldToTheTenThousandth) {

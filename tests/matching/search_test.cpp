@@ -197,6 +197,42 @@ TEST(SearchOptions, DecideOnPolarity) {
     }
 }
 
+// One bracket, and at the same place two thirds of another that is turned by a quarter: where parts may cover
+// each other, the better one leaves the worse its chance.
+TEST(SearchOptions, PartsAtOnePlaceAreBothSought) {
+    const scenes::PartPicture upright = scenes::renderPartAlone(PartKind::bracket);
+    cv::Mat turned;
+    cv::rotate(upright.image, turned, cv::ROTATE_90_CLOCKWISE);
+    const cv::Point reference(cvRound(upright.pose.x), cvRound(upright.pose.y));
+    const cv::Point turnedReference(upright.image.rows - 1 - reference.y, reference.x);
+    const cv::Point middle(150, 150);
+    cv::Mat picture(300, 300, CV_8UC1, cv::Scalar(80));
+    upright.image.copyTo(picture(cv::Rect(middle - reference, upright.image.size())));
+    const int shown = turned.cols * 2 / 3;
+    cv::Mat over = picture(cv::Rect(middle - turnedReference, cv::Size(shown, turned.rows)));
+    cv::max(over, turned.colRange(0, shown), over);
+
+    const orx::TPartModel model = taught(PartKind::bracket);
+    TFindOptions find;
+    find.minScore = 0.3;
+    find.maxParts = 5;
+    find.maxOverlap = 1;
+    find.greediness = 0;
+    const std::vector<Candidate> found = candidatesIn(picture, *model.data(), find);
+    scenes::PlacedPart part{};
+    part.kind = PartKind::bracket;
+    for (const double turn : {0.0, 90.0}) {
+        part.pose = {150, 150, upright.pose.angle + turn, 1};
+        EXPECT_LT(distance(found, part), 3) << turn;
+    }
+    ASSERT_FALSE(found.empty());
+    part.pose.angle = upright.pose.angle + 90;
+    double second = 0;
+    for (const Candidate& candidate : found)
+        if (distance(candidate.pose, part) < 3) second = std::max(second, candidate.score);
+    EXPECT_LT(second, 0.85 * found.front().score) << "not nearly as good";
+}
+
 // The middle of the outline is searched for, wherever the reference point lies.
 TEST(Search, BearsAReferenceFarOutside) {
     const Found part = bracketScene();

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "ZULLib/file_version_internal.h"
 #include "ZULLib/zullib.h"
 
 namespace {
@@ -231,6 +232,38 @@ TEST(FileVersionOfLibraries, OursIsTheProjectsVersion) {
     Dl_info info = {};
     ASSERT_NE(dladdr(reinterpret_cast<void*>(&zul::getFileVersion), &info), 0);
     EXPECT_EQ(zul::getFileVersion(info.dli_fname), PROJECT_VERSION_TEXT);
+}
+
+// A database of three packages, of which one is there for three architectures, but stands only twice in the
+// status.
+TEST_F(FileVersion, APackageIsThatOfTheFilesArchitecture) {
+    const fs::path database = folder_ / "dpkg";
+    fs::create_directories(database / "info");
+    const auto fileOf = [&](const std::string& name, const std::string& package) {
+        const std::string file = fs::canonical(write(name, "x")).string();
+        std::ofstream(database / "info" / (package + ".list")) << "/.\n" << file << "\n";
+        return file;
+    };
+    const std::string mobile = fileOf("mobile", "tool:armhf");
+    const std::string desk = fileOf("desk", "tool:amd64");
+    const std::string lost = fileOf("lost", "tool:s390x");
+    const std::string plain = fileOf("plain", "all-of-them");
+    const std::string gone = fileOf("gone", "not-there");
+    std::ofstream(database / "status")
+        << "Package: tool\nArchitecture: armhf\nVersion: 1:2.0-1\n\n"
+           "Package: tool-extra\nArchitecture: amd64\nVersion: 7\n\n"
+           "Package: tool\nStatus: install ok installed\nArchitecture: amd64\nVersion: 1:2.0-3+b1\n\n"
+           "Package: all-of-them\nVersion: 4.5\nArchitecture: all\n";
+    const auto versionOf = [&](const std::string& file) {
+        return zul::posix::debianVersionOf(file, database.string());
+    };
+    EXPECT_EQ(versionOf(mobile), "1:2.0-1");
+    EXPECT_EQ(versionOf(desk), "1:2.0-3+b1");
+    EXPECT_EQ(versionOf(lost), "");
+    EXPECT_EQ(versionOf(plain), "4.5");
+    EXPECT_EQ(versionOf(gone), "") << "its list is there, and the status not yet";
+    EXPECT_EQ(versionOf(write("nobodys", "x")), "");
+    EXPECT_EQ(zul::posix::debianVersionOf(desk, (folder_ / "none").string()), "");
 }
 
 // The first line that a command prints.
