@@ -13,8 +13,9 @@ namespace {
 // 255 where the background does not reach the border: what a flood from a frame around the image leaves. The
 // frame is still there, and 0.
 cv::Mat enclosedBackground(const cv::Mat& src, int connectivity) {
-    cv::Mat framed;
-    cv::copyMakeBorder(src == 0, framed, 1, 1, 1, 1, cv::BORDER_CONSTANT, cv::Scalar(255));
+    cv::Mat framed(src.rows + 2, src.cols + 2, CV_8UC1);
+    cv::rectangle(framed, {0, 0, framed.cols, framed.rows}, cv::Scalar(255));
+    cv::compare(src, 0, framed({1, 1, src.cols, src.rows}), cv::CMP_EQ);
     cv::floodFill(framed, {0, 0}, cv::Scalar(0), nullptr, {}, {}, connectivity);
     return framed;
 }
