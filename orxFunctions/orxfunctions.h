@@ -74,6 +74,7 @@
 #include "orxFunctions/display/picture_overlay.h"
 #include "orxFunctions/files/file_operator.h"
 #include "orxFunctions/files/image_data_augmentation.h"
+#include "orxFunctions/files/picture_bytes.h"
 #include "orxFunctions/files/save_image.h"
 #include "orxFunctions/files/stream_file.h"
 #include "orxFunctions/files/text_log.h"

@@ -1,10 +1,11 @@
 #include "support/picture_file.h"
 
 #include <fstream>
-#include <opencv2/imgcodecs.hpp>
 #include <sstream>
 #include <string>
 #include <system_error>
+
+#include "orxFunctions/orxfunctions.h"
 
 namespace host {
 
@@ -16,7 +17,8 @@ cv::Mat readPicture(const std::filesystem::path& file, int flags) {
     content << stream.rdbuf();  // fails, and throws nothing, where the file can't be read to its end
     if (!content) return {};
     const std::string bytes = content.str();
-    return bytes.empty() ? cv::Mat() : cv::imdecode(std::vector<uchar>(bytes.begin(), bytes.end()), flags);
+    return bytes.empty() ? cv::Mat()
+                         : orx::decodePicture(std::vector<unsigned char>(bytes.begin(), bytes.end()), flags);
 }
 
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
@@ -26,7 +28,7 @@ bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
     if (std::filesystem::exists(file, ignored) && !std::filesystem::is_regular_file(file, ignored))
         return false;
     std::vector<uchar> bytes;
-    if (!cv::imencode(file.extension().u8string(), picture, bytes, parameters)) return false;
+    if (!orx::encodePicture(file.extension().u8string(), picture, bytes, parameters)) return false;
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     stream.close();

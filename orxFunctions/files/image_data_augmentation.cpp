@@ -131,7 +131,7 @@ class Run {
             if (json.empty()) return complain("标注点超出数值范围, 跳过文件: ", path);
         }
         std::vector<unsigned char> encoded;
-        if (!codecs_->imencode(extension, variant.image, encoded) ||
+        if (!codecs_->imencode(extension, variant.image, encoded, {}) ||
             !writeFile(path, encoded.data(), encoded.size())) {
             return complain("无法写入文件: ", path);
         }

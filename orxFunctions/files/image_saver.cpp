@@ -21,7 +21,7 @@ bool tryToWrite(const ImageSaver::Job& job) {
         // Loaded already, by who handed the image over.
         const platform::PictureCodecs* const codecs = platform::pictureModules.codecs();
         std::vector<unsigned char> encoded;
-        if (codecs == nullptr || !codecs->imencode(job.extension, job.image, encoded)) return false;
+        if (codecs == nullptr || !codecs->imencode(job.extension, job.image, encoded, {})) return false;
         std::error_code error;
         std::filesystem::create_directories(job.path.parent_path(), error);
         return platform::createFile(job.path, encoded.data(), encoded.size()) ==

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <set>
 #include <sstream>
@@ -95,6 +96,19 @@ TEST(Alone, Measuring) {
     }
     RecordProperty("libraries", static_cast<int>(found.size()));
     RecordProperty("mebibytes", std::to_string(memory));
+}
+
+TEST(Loading, PlainPngFilesBringNoCodecs) { EXPECT_EQ(runAlone("Decoding"), ""); }
+
+TEST(Alone, Decoding) {
+    const cv::Mat grey(20, 30, CV_8U, cv::Scalar(7));
+    std::vector<unsigned char> bytes;
+    ASSERT_TRUE(orx::encodePicture(".png", grey, bytes));
+    EXPECT_EQ(cv::countNonZero(orx::decodePicture(bytes, cv::IMREAD_GRAYSCALE) != grey), 0);
+    EXPECT_EQ(isMapped("imgcodecs"), !ORX_TEST_PLAIN_PNG);
+    ASSERT_TRUE(orx::encodePicture(".bmp", grey, bytes));
+    EXPECT_EQ(cv::countNonZero(orx::decodePicture(bytes, cv::IMREAD_GRAYSCALE) != grey), 0);
+    EXPECT_TRUE(isMapped("imgcodecs"));
 }
 
 TEST(Loading, TheFirstPictureToSaveBringsTheCodecs) { EXPECT_EQ(runAlone("Saving"), ""); }

@@ -13,6 +13,7 @@
 #include "inspection/batch/truth_report.h"
 #include "inspection/report/data_uri.h"
 #include "inspection/report/utf8.h"
+#include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
 namespace {
@@ -165,7 +166,7 @@ std::string thumbnail(const fs::path& file) {
     const std::vector<uchar> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     if (bytes.empty()) return "";
     try {
-        const cv::Mat picture = cv::imdecode(bytes, cv::IMREAD_COLOR);
+        const cv::Mat picture = orx::decodePicture(bytes, cv::IMREAD_COLOR);
         if (picture.empty()) return "";
         const double scale =
             std::min({1.0, std::sqrt(kThumbnailPixels / static_cast<double>(picture.total())),
@@ -175,7 +176,8 @@ std::string thumbnail(const fs::path& file) {
         cv::Mat small;
         cv::resize(picture, small, size, 0, 0, cv::INTER_AREA);
         std::vector<uchar> jpeg;
-        cv::imencode(".jpg", small, jpeg, {cv::IMWRITE_JPEG_QUALITY, kThumbnailQuality});
+        if (!orx::encodePicture(".jpg", small, jpeg, {cv::IMWRITE_JPEG_QUALITY, kThumbnailQuality}))
+            return "";
         return "data:image/jpeg;base64," + base64(jpeg);
     } catch (const cv::Exception&) {  // no picture any more, or too large
         return "";

@@ -1,7 +1,8 @@
 #include "inspection/report/data_uri.h"
 
 #include <algorithm>
-#include <opencv2/imgcodecs.hpp>
+
+#include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
 
@@ -20,7 +21,7 @@ std::string base64(const std::vector<unsigned char>& bytes) {
 
 std::string pngDataUri(const cv::Mat& picture) {
     std::vector<unsigned char> bytes;
-    if (picture.empty() || !cv::imencode(".png", picture, bytes)) return "";
+    if (picture.empty() || !orx::encodePicture(".png", picture, bytes)) return "";
     return "data:image/png;base64," + base64(bytes);
 }
 

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "inspection/report/utf8.h"
+#include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
 namespace {
@@ -72,24 +73,29 @@ bool isCutJpeg(const std::vector<uchar>& bytes) {
 }
 
 cv::Mat decode(const std::vector<uchar>& bytes, int flags, std::string& problem) {
-    try {
-        cv::Mat grey = cv::imdecode(bytes, flags);
-        if (grey.empty()) problem = "not an image, or of a kind that can't be read";
-        return grey;
-    } catch (const std::exception&) {  // OpenCV's limit of pixels, or no memory
+    cv::Mat grey = orx::decodePicture(bytes, flags);
+    if (!grey.empty()) return grey;
+    const orx::TRefusal refusal = orx::lastRefusal();
+    if (refusal.code == orx::rcFileFormat)
+        problem = "not an image, or of a kind that can't be read";
+    else if (refusal.code == orx::rcFailed)
+        problem = refusal.text;
+    else  // OpenCV's limit of pixels, or no memory
         problem = "damaged, or too large to read";
-        return {};
-    }
+    return {};
 }
 
-std::vector<uchar> bytesOf(std::istream& file) {
-    constexpr std::streamsize kAtOnce = std::streamsize{1} << 20U;
+// To its end: `expected` bytes, or more or fewer when it has just changed.
+std::vector<uchar> bytesOf(std::istream& file, std::uintmax_t expected) {
+    constexpr std::size_t kAtOnce = std::size_t{1} << 20U;
     std::vector<uchar> bytes;
+    std::size_t more = static_cast<std::size_t>(std::min<std::uintmax_t>(expected, 64 * kAtOnce)) + 1;
     do {
         const std::size_t before = bytes.size();
-        bytes.resize(before + static_cast<std::size_t>(kAtOnce));
-        file.read(reinterpret_cast<char*>(bytes.data() + before), kAtOnce);
+        bytes.resize(before + more);
+        file.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(more));
         bytes.resize(before + static_cast<std::size_t>(file.gcount()));
+        more = kAtOnce;
     } while (file);
     return bytes;
 }
@@ -103,7 +109,9 @@ cv::Mat read(const fs::path& path, int flags, std::string& problem) {
         problem = errno == EACCES ? kNoPermission : std::string("can't be opened: ") + std::strerror(errno);
         return {};
     }
-    const std::vector<uchar> bytes = bytesOf(file);
+    std::error_code ignored;
+    const std::uintmax_t size = fs::file_size(path, ignored);
+    const std::vector<uchar> bytes = bytesOf(file, ignored ? 0 : size);
     if (file.bad()) {
         problem = "can't be read to its end";
         return {};

@@ -1,6 +1,5 @@
 #include "inspection/run/output_folder.h"
 
-#include <opencv2/imgcodecs.hpp>
 #include <system_error>
 #include <vector>
 
@@ -31,7 +30,7 @@ fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suf
 
 bool writeWholePicture(const fs::path& path, const cv::Mat& picture) {
     std::vector<uchar> bytes;
-    if (!cv::imencode(path.extension().u8string(), picture, bytes)) return false;
+    if (!orx::encodePicture(path.extension().u8string(), picture, bytes)) return false;
     return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 

@@ -23,7 +23,8 @@ namespace orx::platform {
 // As the functions of OpenCV of these names; they throw what those throw.
 struct PictureCodecs {
     bool (*haveImageWriter)(const std::string& fileName);
-    bool (*imencode)(const std::string& extension, const cv::Mat& image, std::vector<unsigned char>& encoded);
+    bool (*imencode)(const std::string& extension, const cv::Mat& image, std::vector<unsigned char>& encoded,
+                     const std::vector<int>& parameters);
     cv::Mat (*imdecode)(const cv::Mat& encoded, int flags);
 };
 struct PictureWindows {

@@ -1,0 +1,9 @@
+#include "orxFunctions/platform/pictures/plain_png_internal.h"
+
+namespace orx::platform {
+
+cv::Mat decodePlainPng(const unsigned char* /*bytes*/, std::size_t /*size*/, int /*flags*/) { return {}; }
+
+bool encodePlainPng(const cv::Mat& /*picture*/, std::vector<unsigned char>& /*encoded*/) { return false; }
+
+}  // namespace orx::platform
