@@ -29,7 +29,7 @@ def rows_of(folders, notes):
         use = heap.get(("growth_bench", f"growth/{operator}/{max(sizes)}"))
         rows.append({"operator": operator, "times": sizes, "exponent": reached, "goal": goal,
                      "reason": note.get("reason", ""), "heap": use,
-                     "missed": reached is not None and reached > goal})
+                     "missed": reached is not None and round(reached, 2) > goal})
     return rows
 
 

@@ -50,7 +50,7 @@ def picture_of(judged, machine):
     by_names = {(row.goal["ours"], row.goal["peer"]): row for row in judged}
     rows = [(text, by_names.get((ours, peer))) for text, ours, peer in SHOWN]
     rows = [(text, row) for text, row in rows if row is not None and row.ratios]
-    return svg.summary(rows, f"processor time of one thread; {machine}; scripts/bench --peers --picture")
+    return svg.summary(rows, f"processor time; lines: goal, dashed the best that limits allow; {machine}")
 
 
 def main():

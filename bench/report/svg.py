@@ -79,7 +79,7 @@ def summary(rows, footing, width=760):
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" height="{height}">',
              f"<style>{COLOURS}{CLASSES}</style>",
              f'<rect width="{width}" height="{height}" fill="var(--ground)"/>',
-             f'<text x="{left}" y="20" class="faint">processor time: ours, and below it what else would be taken</text>',
+             f'<text x="{left}" y="20" class="faint">ours, below it what else would be taken; red: goal missed</text>',
              f'<text x="{width - 10}" y="20" text-anchor="end" class="faint">ratio</text>']
     for index, (text, judged) in enumerate(rows):
         y = 34 + line * index
