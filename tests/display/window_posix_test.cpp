@@ -5,6 +5,8 @@
 #include <iterator>
 #include <mutex>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "tests/display/host_window_posix.h"
 #include "tests/display/picture_box_fixture.h"
@@ -322,6 +324,42 @@ TEST_F(PictureBoxWindow, ClicksAreToldAndMayChangeTheMode) {
     // The fit puts the image 50 rows down, at its own scale.
     EXPECT_EQ(clicks[0].place.pixel, cv::Point(20, 10));
     EXPECT_EQ(clicks[0].place.value, cv::Scalar(255, 0, 0));
+}
+
+TEST_F(PictureBoxWindow, EachOfThreeButtonsClicksAndNothingElseDoes) {
+    HostWindow host({200, 100, 400, 300});
+    std::mutex mutex;
+    std::vector<std::pair<int, bool>> clicks;
+    TPictureBox box(TPictureOf::kBox);
+    box.setHandle(host.handle(), 400, 300);
+    cv::Mat image = corners();
+    box.setImage(image, false);
+    box.showImage();
+    box.onClick([&](const TPictureClick& click) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        clicks.emplace_back(click.button, click.isDouble);
+    });
+    host.moveMouse(20, 60);
+    for (const int button : {1, 2, 3}) {
+        host.click(button);
+        host.click(button);
+    }
+    for (const int other : {6, 7, 8, 9}) host.click(other);  // the wheel to the sides, and buttons beside
+    host.press(2);
+    host.moveMouse(90, 120);
+    host.release(2);
+    const cv::Point2d corner = box.orig2ShowPoint({0, 0});
+    host.click(2);
+    const std::vector<std::pair<int, bool>> expected{
+        {cv::EVENT_FLAG_LBUTTON, false}, {cv::EVENT_FLAG_LBUTTON, true},  {cv::EVENT_FLAG_MBUTTON, false},
+        {cv::EVENT_FLAG_MBUTTON, true},  {cv::EVENT_FLAG_RBUTTON, false}, {cv::EVENT_FLAG_RBUTTON, true},
+        {cv::EVENT_FLAG_MBUTTON, false}};
+    EXPECT_TRUE(becomesTrue([&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return clicks == expected;
+    }));
+    EXPECT_EQ(box.orig2ShowPoint({0, 0}), corner);
+    EXPECT_EQ(corner, cv::Point2d(0, 50)) << "the wheel to the side does not zoom";
 }
 
 TEST_F(PictureBoxWindow, CursorsHaveTheirShapes) {
