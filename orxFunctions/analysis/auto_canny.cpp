@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "orxFunctions/analysis/histogram_internal.h"
 #include "orxFunctions/foundation/option_range_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
@@ -31,8 +33,15 @@ struct Gradient {
         grey = toGray(img, options.bits);
         if (options.blur > 0)
             cv::GaussianBlur(grey, grey, {}, options.blur, options.blur, cv::BORDER_REPLICATE);
-        cv::Sobel(grey, dx, CV_16S, 1, 0, 3, 1, 0, cv::BORDER_REPLICATE);
-        cv::Sobel(grey, dy, CV_16S, 0, 1, 3, 1, 0, cv::BORDER_REPLICATE);
+        dx.create(grey.size(), CV_16S);
+        dy.create(grey.size(), CV_16S);
+        const platform::RowStripes stripes(grey.size(), platform::kStripe);
+        platform::forStripes(stripes, [&](int, const cv::Range& rows) {
+            // The rows above and below are those of the image.
+            const cv::Mat stripe = grey.rowRange(rows);
+            cv::Sobel(stripe, cv::Mat(dx.rowRange(rows)), CV_16S, 1, 0, 3, 1, 0, cv::BORDER_REPLICATE);
+            cv::Sobel(stripe, cv::Mat(dy.rowRange(rows)), CV_16S, 0, 1, 3, 1, 0, cv::BORDER_REPLICATE);
+        });
     }
     cv::Mat grey;
     cv::Mat dx;
@@ -50,18 +59,31 @@ int medianLevel(const cv::Mat& grey) {
 }
 
 using Counts = std::vector<std::uint64_t>;
+constexpr std::size_t kHighestMagnitude = 1442;  // 1020 * sqrt(2)
 
 // Gradient magnitudes in whole levels, rounded to nearest.
-Counts magnitudeCounts(const Gradient& gradient) {
-    constexpr std::size_t kHighest = 1442;  // 1020 * sqrt(2)
-    Counts counts(kHighest + 1);
-    for (int y = 0; y < gradient.dx.rows; ++y) {
+Counts magnitudeCountsOf(const Gradient& gradient, const cv::Range& rows) {
+    Counts counts(kHighestMagnitude + 1);
+    for (int y = rows.start; y < rows.end; ++y) {
         const auto* dx = gradient.dx.ptr<std::int16_t>(y);
         const auto* dy = gradient.dy.ptr<std::int16_t>(y);
         for (int x = 0; x < gradient.dx.cols; ++x) {
             const auto squares = static_cast<float>(dx[x] * dx[x] + dy[x] * dy[x]);
             ++counts[static_cast<std::size_t>(cvRound(std::sqrt(squares)))];
         }
+    }
+    return counts;
+}
+
+Counts magnitudeCounts(const Gradient& gradient) {
+    const platform::RowStripes stripes(gradient.dx.size(), platform::kStripe);
+    std::vector<Counts> parts(static_cast<std::size_t>(stripes.count()));
+    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = magnitudeCountsOf(gradient, rows);
+    });
+    Counts counts(kHighestMagnitude + 1);
+    for (const Counts& part : parts) {
+        std::transform(counts.begin(), counts.end(), part.begin(), counts.begin(), std::plus<>());
     }
     return counts;
 }

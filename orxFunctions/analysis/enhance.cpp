@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/option_range_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
@@ -27,6 +29,13 @@ bool takesHighlightOptions(const THighlightOptions& options) {
                   options.knee, options.ceiling);
 }
 
+// Calls body(rows) for stripes of rows.
+template <class Body>
+void forRowsOf(const cv::Mat& img, std::int64_t pixelsOfAStripe, const Body& body) {
+    platform::forStripes(platform::RowStripes(img.size(), pixelsOfAStripe),
+                         [&](int, const cv::Range& rows) { body(rows); });
+}
+
 cv::Mat equalised(const cv::Mat& grey, const TEnhanceOptions& options) {
     const cv::Size tiles(std::min(options.tiles, grey.cols), std::min(options.tiles, grey.rows));
     cv::Mat result;
@@ -38,8 +47,11 @@ cv::Mat sharpened(const cv::Mat& grey, const TEnhanceOptions& options) {
     cv::Mat smooth;
     cv::GaussianBlur(grey, smooth, {}, options.sigma, options.sigma,
                      cv::BORDER_REPLICATE | cv::BORDER_ISOLATED);
-    cv::Mat result;
-    cv::addWeighted(grey, 1 + options.gain, smooth, -options.gain, 0, result);
+    cv::Mat result(grey.size(), grey.type());
+    forRowsOf(grey, platform::kStripe, [&](const cv::Range& rows) {
+        cv::addWeighted(grey.rowRange(rows), 1 + options.gain, smooth.rowRange(rows), -options.gain, 0,
+                        cv::Mat(result.rowRange(rows)));
+    });
     return result;
 }
 
@@ -52,18 +64,22 @@ cv::Mat withBrightness(const cv::Mat& src, Change change) {
         cv::insertChannel(change(greyOf(src)), result, 0);
         return result;
     }
-    cv::Mat lumaColour;
-    cv::cvtColor(src, lumaColour, cv::COLOR_BGR2YCrCb);
-    cv::Mat luma;
-    cv::extractChannel(lumaColour, luma, 0);
-    cv::insertChannel(change(luma), lumaColour, 0);
-    cv::Mat result;
-    cv::cvtColor(lumaColour, result, cv::COLOR_YCrCb2BGR, src.channels());
-    if (src.channels() == 4) {
-        cv::Mat alpha;
-        cv::extractChannel(src, alpha, 3);
-        cv::insertChannel(alpha, result, 3);
-    }
+    cv::Mat lumaColour(src.size(), CV_MAKETYPE(src.depth(), 3));
+    cv::Mat luma(src.size(), src.depth());
+    forRowsOf(src, platform::kStripe, [&](const cv::Range& rows) {
+        cv::Mat colours = lumaColour.rowRange(rows);
+        cv::cvtColor(src.rowRange(rows), colours, cv::COLOR_BGR2YCrCb);
+        cv::extractChannel(colours, cv::Mat(luma.rowRange(rows)), 0);
+    });
+    const cv::Mat changed = change(luma);
+    cv::Mat result(src.size(), src.type());
+    forRowsOf(src, platform::kStripe, [&](const cv::Range& rows) {
+        cv::Mat colours = lumaColour.rowRange(rows);
+        cv::insertChannel(changed.rowRange(rows), colours, 0);
+        cv::Mat stripe = result.rowRange(rows);
+        cv::cvtColor(colours, stripe, cv::COLOR_YCrCb2BGR, src.channels());
+        if (src.channels() == 4) cv::mixChannels(cv::Mat(src.rowRange(rows)), stripe, {3, 3});
+    });
     return result;
 }
 
@@ -94,32 +110,49 @@ cv::Mat mappedBytes(const cv::Mat& img, const std::vector<ushort>& table) {
     return result;
 }
 
-cv::Mat mappedWords(const cv::Mat& img, const std::vector<ushort>& table) {
-    cv::Mat result = img.clone();
-    const int channels = img.channels();
-    const int light = lightChannels(img);
-    for (int y = 0; y < result.rows; ++y) {
-        auto* pixel = result.ptr<ushort>(y);
-        for (int x = 0; x < result.cols; ++x, pixel += channels) {
-            for (int c = 0; c < light; ++c) pixel[c] = table[pixel[c]];
-        }
+struct RowOfWords {
+    int cols;
+    int channels;
+    int light;  // channels that are mapped
+};
+
+void mapRow(const ushort* from, RowOfWords row, const ushort* table, ushort* to) {
+    for (int x = 0; x < row.cols; ++x, from += row.channels, to += row.channels) {
+        for (int c = 0; c < row.light; ++c) to[c] = table[from[c]];
+        for (int c = row.light; c < row.channels; ++c) to[c] = from[c];
     }
+}
+
+cv::Mat mappedWords(const cv::Mat& img, const std::vector<ushort>& table) {
+    cv::Mat result(img.size(), img.type());
+    const RowOfWords row{img.cols, img.channels(), lightChannels(img)};
+    forRowsOf(img, platform::kStripe, [&](const cv::Range& rows) {
+        for (int y = rows.start; y < rows.end; ++y)
+            mapRow(img.ptr<ushort>(y), row, table.data(), result.ptr<ushort>(y));
+    });
     return result;
 }
 
 // By the highest channel, which is mapped exactly; the others keep their ratio to it.
 template <class Pixel>
-void scaleByHighest(cv::Mat& img, const std::vector<ushort>& table) {
-    const int channels = img.channels();
-    for (int y = 0; y < img.rows; ++y) {
-        Pixel* pixel = img.ptr<Pixel>(y);
-        for (int x = 0; x < img.cols; ++x, pixel += channels) {
-            const Pixel highest = std::max({pixel[0], pixel[1], pixel[2]});
-            if (table[highest] == highest) continue;
-            const double factor = static_cast<double>(table[highest]) / highest;
-            for (int c = 0; c < 3; ++c) pixel[c] = cv::saturate_cast<Pixel>(pixel[c] * factor);
-        }
+void scaleRow(Pixel* pixel, int cols, int channels, const ushort* table) {
+    for (int x = 0; x < cols; ++x, pixel += channels) {
+        const Pixel highest = std::max({pixel[0], pixel[1], pixel[2]});
+        if (table[highest] == highest) continue;
+        const double factor = static_cast<double>(table[highest]) / highest;
+        for (int c = 0; c < 3; ++c) pixel[c] = cv::saturate_cast<Pixel>(pixel[c] * factor);
     }
+}
+
+template <class Pixel>
+cv::Mat scaledByHighest(const cv::Mat& img, const std::vector<ushort>& table) {
+    cv::Mat result(img.size(), img.type());
+    forRowsOf(img, platform::kStripe, [&](const cv::Range& rows) {
+        img.rowRange(rows).copyTo(result.rowRange(rows));
+        for (int y = rows.start; y < rows.end; ++y)
+            scaleRow(result.ptr<Pixel>(y), img.cols, img.channels(), table.data());
+    });
+    return result;
 }
 
 template <class Curve>
@@ -161,9 +194,7 @@ bool suppressHighlights(const cv::Mat& src, cv::Mat& dst, const THighlightOption
     };
     if (lightChannels(src) == 1) return applyCurve(src, dst, curve);
     const std::vector<ushort> table = levelTable(src, curve);
-    cv::Mat result = src.clone();
-    src.depth() == CV_8U ? scaleByHighest<uchar>(result, table) : scaleByHighest<ushort>(result, table);
-    dst = result;
+    dst = src.depth() == CV_8U ? scaledByHighest<uchar>(src, table) : scaledByHighest<ushort>(src, table);
     return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace AutoFocus {
 namespace {
@@ -21,16 +22,38 @@ double pixelCount(const cv::Mat& img) { return static_cast<double>(img.total());
 
 double squared(double value) { return value * value; }
 
+// What partOf(rows) gives for stripes of rows, added in their order.
+template <class Part, class PartOf>
+Part sumByStripes(const cv::Mat& grey, const PartOf& partOf) {
+    const orx::platform::RowStripes stripes(grey.size(), orx::platform::kStripe);
+    std::vector<Part> parts(static_cast<std::size_t>(stripes.count()));
+    orx::platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = partOf(rows);
+    });
+    Part sum{};
+    for (const Part& part : parts) sum += part;
+    return sum;
+}
+
 // The norm of the differences between pixels `step` columns apart, and `step` rows apart, added.
 double differences(const cv::Mat& grey, int step, int norm) {
-    double sum = 0;
-    if (grey.cols > step) {
-        sum += cv::norm(grey.colRange(step, grey.cols), grey.colRange(0, grey.cols - step), norm);
-    }
-    if (grey.rows > step) {
-        sum += cv::norm(grey.rowRange(step, grey.rows), grey.rowRange(0, grey.rows - step), norm);
-    }
-    return sum;
+    const auto ofRows = [&](const cv::Range& rows) {
+        double sum = 0;
+        if (grey.cols > step) {
+            const cv::Mat stripe = grey.rowRange(rows);
+            sum += cv::norm(stripe.colRange(step, grey.cols), stripe.colRange(0, grey.cols - step), norm);
+        }
+        const cv::Range upper(rows.start, std::min(rows.end, grey.rows - step));
+        if (upper.start < upper.end) {
+            const cv::Range lower(upper.start + step, upper.end + step);
+            sum += cv::norm(grey.rowRange(lower), grey.rowRange(upper), norm);
+        }
+        return sum;
+    };
+    // Whole numbers are added exactly in any order up to here; larger ones in that of the rows.
+    constexpr double kLargestExact = 9007199254740992.0;
+    const double sum = sumByStripes<double>(grey, ofRows);
+    return sum < kLargestExact ? sum : ofRows(cv::Range(0, grey.rows));
 }
 
 // Derivatives of bytes are whole numbers of at most 1020, and their sums the same in any order. They are
@@ -69,10 +92,10 @@ class DerivativeRows {
     std::vector<short> differences_;
 };
 
-double sobelSquaresOfBytes(const cv::Mat& grey) {
+std::int64_t sobelSquaresOfRows(const cv::Mat& grey, const cv::Range& range) {
     DerivativeRows rows(grey);
     std::int64_t total = 0;
-    for (int y = 0; y < grey.rows; ++y) {
+    for (int y = range.start; y < range.end; ++y) {
         rows.read(y, [](int above, int pixel, int below, short& sum, short& difference) {
             sum = static_cast<short>(above + 2 * pixel + below);
             difference = static_cast<short>(below - above);
@@ -90,14 +113,28 @@ double sobelSquaresOfBytes(const cv::Mat& grey) {
             total += sum;
         }
     }
-    return static_cast<double>(total);
+    return total;
 }
 
-double laplacianVarianceOfBytes(const cv::Mat& grey) {
-    DerivativeRows rows(grey);
+double sobelSquaresOfBytes(const cv::Mat& grey) {
+    const auto ofRows = [&](const cv::Range& rows) { return sobelSquaresOfRows(grey, rows); };
+    return static_cast<double>(sumByStripes<std::int64_t>(grey, ofRows));
+}
+
+struct LaplacianSums {
     std::int64_t total = 0;
     std::int64_t squares = 0;
-    for (int y = 0; y < grey.rows; ++y) {
+
+    void operator+=(const LaplacianSums& more) {
+        total += more.total;
+        squares += more.squares;
+    }
+};
+
+LaplacianSums laplacianSumsOfRows(const cv::Mat& grey, const cv::Range& range) {
+    DerivativeRows rows(grey);
+    LaplacianSums sums;
+    for (int y = range.start; y < range.end; ++y) {
         // The row itself in the place of differences.
         rows.read(y, [](int above, int pixel, int below, short& sum, short& row) {
             sum = static_cast<short>(above - 4 * pixel + below);
@@ -114,14 +151,19 @@ double laplacianVarianceOfBytes(const cv::Mat& grey) {
                 sum += laplacian;
                 square += laplacian * laplacian;
             }
-            total += sum;
-            squares += square;
+            sums += {sum, square};
         }
     }
+    return sums;
+}
+
+double laplacianVarianceOfBytes(const cv::Mat& grey) {
+    const auto ofRows = [&](const cv::Range& rows) { return laplacianSumsOfRows(grey, rows); };
+    const auto sums = sumByStripes<LaplacianSums>(grey, ofRows);
     // As cv::meanStdDev rounds it.
     const double scale = 1.0 / pixelCount(grey);
-    const double mean = static_cast<double>(total) * scale;
-    return squared(std::sqrt(std::max(static_cast<double>(squares) * scale - mean * mean, 0.0)));
+    const double mean = static_cast<double>(sums.total) * scale;
+    return squared(std::sqrt(std::max(static_cast<double>(sums.squares) * scale - mean * mean, 0.0)));
 }
 
 // Derivatives of 16-bit images are exact in single precision.

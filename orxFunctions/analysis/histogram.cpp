@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <cstring>
 #include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
@@ -72,13 +75,27 @@ Histogram directHistogram(const cv::Mat& img, RowWalk walk) {
         img.isContinuous() && (img.elemSize1() == 1 || walk == RowWalk::joinedWhenContinuous);
     const std::size_t rowBytes =
         static_cast<std::size_t>(img.cols) * static_cast<std::size_t>(img.channels());
-    ByteCounter counter;
-    if (oneLongRow) {
-        counter.add(img.data, rowBytes * static_cast<std::size_t>(img.rows));
-    } else {
-        for (int y = 0; y < img.rows; ++y) counter.add(img.ptr(y), rowBytes);
+    const auto countRows = [&](const cv::Range& rows) {
+        ByteCounter counter;
+        if (oneLongRow) {
+            counter.add(img.data + rowBytes * static_cast<std::size_t>(rows.start),
+                        rowBytes * static_cast<std::size_t>(rows.size()));
+        } else {
+            for (int y = rows.start; y < rows.end; ++y) counter.add(img.ptr(y), rowBytes);
+        }
+        return counter.total();
+    };
+    const platform::RowStripes stripes(img.size(), platform::kLightStripe);
+    if (stripes.count() == 1) return countRows({0, img.rows});
+    std::vector<Histogram> parts(static_cast<std::size_t>(stripes.count()));
+    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = countRows(rows);
+    });
+    Histogram histogram{};
+    for (const Histogram& part : parts) {
+        for (std::size_t i = 0; i < histogram.size(); ++i) histogram[i] += part[i];
     }
-    return counter.total();
+    return histogram;
 }
 
 Histogram libraryHistogram(const cv::Mat& img) {

@@ -4,26 +4,60 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
 #include "orxFunctions/foundation/option_range_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
 
 using ChannelCounts = std::array<std::vector<std::uint64_t>, 3>;
 
-template <class Pixel>
-ChannelCounts countLevels(const cv::Mat& img) {
+ChannelCounts noCounts(const cv::Mat& img) {
     ChannelCounts counts;
     counts.fill(std::vector<std::uint64_t>(static_cast<std::size_t>(fullLevel(img)) + 1));
+    return counts;
+}
+
+template <class Pixel>
+ChannelCounts countRows(const cv::Mat& img, const cv::Range& rows) {
+    ChannelCounts counts = noCounts(img);
     const int channels = img.channels();
-    for (int y = 0; y < img.rows; ++y) {
+    for (int y = rows.start; y < rows.end; ++y) {
         const Pixel* pixel = img.ptr<Pixel>(y);
         for (int x = 0; x < img.cols; ++x, pixel += channels) {
             for (std::size_t c = 0; c < 3; ++c) ++counts[c][pixel[c]];
+        }
+    }
+    return counts;
+}
+
+// The counters of 16 bits take as much memory as a million pixels: no more than a few sets of them.
+platform::RowStripes stripesToCount(const cv::Mat& img) {
+    const auto pixels = static_cast<std::int64_t>(img.total());
+    const bool deep = img.depth() == CV_16U;
+    return {img.size(), deep ? std::max(pixels / 4, platform::kStripe) : platform::kStripe};
+}
+
+template <class Pixel>
+ChannelCounts countLevels(const cv::Mat& img) {
+    const platform::RowStripes stripes = stripesToCount(img);
+    std::vector<ChannelCounts> parts(static_cast<std::size_t>(stripes.count()));
+    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = countRows<Pixel>(img, rows);
+    });
+    ChannelCounts counts = std::move(parts.front());
+    for (std::size_t part = 1; part < parts.size(); ++part) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            const std::vector<std::uint64_t>& more = parts[part][c];
+            std::transform(counts[c].begin(), counts[c].end(), more.begin(), counts[c].begin(),
+                           std::plus<>());
         }
     }
     return counts;
@@ -44,7 +78,14 @@ cv::Vec3d whiteLevels(const cv::Mat& img, double share) {
 }
 
 cv::Vec3d meanLevels(const cv::Mat& img) {
-    const cv::Scalar mean = cv::mean(img);
+    const platform::RowStripes stripes(img.size(), platform::kStripe);
+    std::vector<cv::Scalar> parts(static_cast<std::size_t>(stripes.count()));
+    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = cv::sum(img.rowRange(rows));
+    });
+    // Whole numbers, in doubles: exact in any order.
+    const cv::Scalar sum = std::accumulate(parts.begin(), parts.end(), cv::Scalar());
+    const cv::Scalar mean = sum * (1.0 / static_cast<double>(img.total()));
     return {mean[0], mean[1], mean[2]};
 }
 
@@ -88,7 +129,12 @@ cv::Mat multiplied(const cv::Mat& src, const cv::Vec3d& gains) {
     if (lightChannels(src) == 1) {
         result = src.clone();
     } else {
-        cv::multiply(src, cv::Scalar(gains[0], gains[1], gains[2], 1.0), result);
+        result.create(src.size(), src.type());
+        const cv::Scalar factors(gains[0], gains[1], gains[2], 1.0);
+        const platform::RowStripes stripes(src.size(), platform::kStripe);
+        platform::forStripes(stripes, [&](int, const cv::Range& rows) {
+            cv::multiply(src.rowRange(rows), factors, cv::Mat(result.rowRange(rows)));
+        });
     }
     return result;
 }

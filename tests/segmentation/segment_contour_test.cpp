@@ -4,7 +4,9 @@
 #include <limits>
 #include <random>
 
+#include "orxFunctions/foundation/refusal.h"
 #include "segment_shapes.h"
+#include "tests/support/thread_counts.h"
 
 namespace {
 
@@ -279,6 +281,63 @@ TEST(TSegmentContour, RandomContoursOfAllKindsAreSurvived) {
             EXPECT_LE(circle.startAngle, circle.endAngle);
         }
     }
+}
+
+// Lines and arcs of all contours, in numbers that tell any difference.
+std::vector<double> numbersOf(TSegmentContour& splitter) {
+    std::vector<double> numbers;
+    const auto add = [&](std::initializer_list<double> more) {
+        numbers.insert(numbers.end(), more.begin(), more.end());
+    };
+    for (const std::vector<TSegemetLine>& lines : splitter.getLines()) {
+        add({static_cast<double>(lines.size())});
+        for (const TSegemetLine& line : lines) {
+            add({line.fitA, line.fitB, line.fitC, line.maxDist, static_cast<double>(line.points.size()),
+                 static_cast<double>(line.startPoint[0]), static_cast<double>(line.endPoint[1])});
+        }
+    }
+    for (const std::vector<TSegemetCircle>& circles : splitter.getCircles()) {
+        add({static_cast<double>(circles.size())});
+        for (const TSegemetCircle& circle : circles) {
+            add({circle.center.x, circle.center.y, circle.radius, circle.startAngle, circle.endAngle,
+                 static_cast<double>(circle.points.size())});
+        }
+    }
+    return numbers;
+}
+
+TEST(TSegmentContour, ManyContoursAreSplitLikeOneAfterTheOtherOnAnyNumberOfThreads) {
+    // Squares and rings, among them empty contours and such as give no piece: refused in their order.
+    std::vector<Points> contours;
+    for (int i = 0; i < 24; ++i) {
+        const int size = 40 + 7 * i;
+        contours.push_back(polygon({{5, i}, {5 + size, 5}, {5 + size, 5 + size}, {5, 5 + size}}));
+        contours.push_back(arc({300.0 + i, 310}, 65 + i, 0, 200 + i));
+        if (i % 10 == 4) contours.emplace_back();
+        if (i % 10 == 5) contours.push_back({{5, 5}, {6, 6}});
+    }
+    TSegmentContour oneByOne;
+    orx::clearLastRefusal();
+    for (const Points& contour : contours) oneByOne.segmentContour(contour, {});
+    const orx::TRefusal told = orx::lastRefusal();
+    ASSERT_EQ(told.code, orx::rcNoResult);
+    const std::vector<double> expected = numbersOf(oneByOne);
+    ASSERT_EQ(oneByOne.getLines().size(), contours.size() - 2);
+
+    EXPECT_TRUE(orx::test::madeAlike(
+        expected,
+        [&] {
+            TSegmentContour splitter;
+            orx::clearLastRefusal();
+            splitter.segmentContour(contours, {});
+            EXPECT_EQ(orx::lastRefusal().text, told.text);
+            return numbersOf(splitter);
+        },
+        [](const std::vector<double>& a, const std::vector<double>& b) { return a == b; }));
+
+    TSegmentContour none;
+    none.segmentContour(std::vector<Points>(), {});
+    EXPECT_TRUE(none.getLines().empty());
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #include <cmath>
 #include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 namespace {
@@ -27,6 +30,23 @@ LevelHistogram levelsOfAnyType(const cv::Mat& gx, const cv::Mat& gy) {
     return histogram;
 }
 
+// Adds up what count(levels, row) counts of every row.
+template <class Count>
+LevelHistogram levelsOfRows(cv::Size size, const Count& count) {
+    const platform::RowStripes stripes(size, platform::kStripe);
+    std::vector<LevelHistogram> parts(static_cast<std::size_t>(stripes.count()));
+    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        LevelHistogram levels{};
+        for (int r = rows.start; r < rows.end; ++r) count(levels, r);
+        parts[static_cast<std::size_t>(stripe)] = levels;
+    });
+    LevelHistogram levels{};
+    for (const LevelHistogram& part : parts) {
+        for (std::size_t i = 0; i < levels.size(); ++i) levels[i] += part[i];
+    }
+    return levels;
+}
+
 bool arePlainGradients(const cv::Mat& gx, const cv::Mat& gy) {
     return gx.dims <= 2 && gx.type() == CV_16SC1 && gy.type() == CV_16SC1 && gx.size() == gy.size();
 }
@@ -44,11 +64,11 @@ double highestLevelAbove(const LevelHistogram& levels, double limit) {
 }
 
 double automaticThreshold(const GradientImage& gradient) {
-    LevelHistogram levels{};
-    for (int r = 0; r < gradient.rows(); ++r) {
+    const cv::Size size(gradient.cols(), gradient.rows());
+    const LevelHistogram levels = levelsOfRows(size, [&](LevelHistogram& counted, int r) {
         const std::int16_t* pairs = gradient.row(r);
-        for (int c = 0; c < gradient.cols(); ++c) ++levels[gradientLevel(pairs[2 * c], pairs[2 * c + 1])];
-    }
+        for (int c = 0; c < gradient.cols(); ++c) ++counted[gradientLevel(pairs[2 * c], pairs[2 * c + 1])];
+    });
     return highestLevelAbove(levels, limitFor(gradient.rows(), gradient.cols()));
 }
 
@@ -57,12 +77,11 @@ double automaticThreshold(const cv::Mat& gx, const cv::Mat& gy) {
     if (!arePlainGradients(gx, gy)) {
         return highestLevelAbove(levelsOfAnyType(gx, gy), limitFor(gx.rows, gx.cols));
     }
-    LevelHistogram levels{};
-    for (int r = 0; r < gx.rows; ++r) {
+    const LevelHistogram levels = levelsOfRows(gx.size(), [&](LevelHistogram& counted, int r) {
         const auto* dx = gx.ptr<std::int16_t>(r);
         const auto* dy = gy.ptr<std::int16_t>(r);
-        for (int c = 0; c < gx.cols; ++c) ++levels[gradientLevel(dx[c], dy[c])];
-    }
+        for (int c = 0; c < gx.cols; ++c) ++counted[gradientLevel(dx[c], dy[c])];
+    });
     return highestLevelAbove(levels, limitFor(gx.rows, gx.cols));
 }
 
