@@ -8,6 +8,7 @@
 #include "inspection/batch/ordered_work.h"
 #include "inspection/batch/recipe_run.h"
 #include "inspection/report/utf8.h"
+#include "inspection/run/heap.h"
 #include "inspection/run/interrupt.h"
 #include "inspection/run/progress.h"
 #include "inspection/run/terminal.h"
@@ -76,6 +77,7 @@ class Batch {
         tellsAll_ = files.size() == 1;
         // Pictures are shared out here, so that the library needs no threads of its own.
         cv::setNumThreads(1);
+        keepFreedMemory();
         Progress progress(log_, wanted.size(), isOnTerminal());
         start_ = Clock::now();
         const auto make = [&](std::size_t i) {
