@@ -1,11 +1,14 @@
-// orx_inspection's batch on files of a plate (recipe_scene.h), no pictures written, beside reading the same
-// files and thresholding them. Processor time is that of all threads; the real time of two jobs means
-// something on an idle machine alone.
+// orx_inspection's batch on files of a plate (recipe_scene.h), with and without pictures written, beside
+// reading the same files by OpenCV and thresholding them. Processor time is that of all threads; the real
+// time of two jobs and of a start means something on an idle machine alone.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
+#include <thread>
 
 #include "bench/recipe_scene.h"
 #include "inspection/batch/batch_run.h"
@@ -42,13 +45,15 @@ void readThresholdAll(benchmark::State& state, const Plates& (*platesOf)()) {
     }
 }
 
-void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs) {
+void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs,
+           inspection::Annotate annotate = inspection::Annotate::kNone, bool jpeg = false) {
     const Plates& plates = platesOf();
     inspection::Options options;
     options.inputs = {copiesOf(plates)};
     options.output = plates.path("out");
     options.batch.recipe = plates.writeRecipe("calipers");
-    options.batch.annotate = inspection::Annotate::kNone;
+    options.batch.annotate = annotate;
+    options.batch.jpeg = jpeg;
     options.batch.jobs = jobs;
     options.batch.again = true;
     options.batch.quiet = true;
@@ -60,6 +65,21 @@ void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs) {
     state.counters["pictures"] = static_cast<double>(kCopies) * static_cast<double>(plates.pictures().size());
 }
 
+// A process of its own that measures one picture, files in the system's cache.
+void coldStart(benchmark::State& state, const Plates& (*platesOf)()) {
+    const Plates& plates = platesOf();
+    const std::string command = std::string("\"") + ORX_INSPECTION_PROGRAM + "\" --recipe \"" +
+                                plates.writeRecipe("calipers") + "\" \"" + plates.fileOf(0) +
+                                "\" --again --quiet --annotate none --output \"" + plates.path("cold") + "\"";
+    for (auto _ : state) {
+        if (std::system(command.c_str()) != 0) state.SkipWithError("orx_inspection failed");
+    }
+}
+
+void sixtyMilliseconds(benchmark::State& state) {
+    for (auto _ : state) std::this_thread::sleep_for(std::chrono::milliseconds(60));
+}
+
 #define ORX_BATCH_BENCHMARKS(size, plates)            \
     BENCHMARK_CAPTURE(readThresholdAll, size, plates) \
         ->Unit(benchmark::kMillisecond)               \
@@ -69,7 +89,19 @@ void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs) {
         ->MeasureProcessCPUTime();                    \
     BENCHMARK_CAPTURE(batch, size##_2_jobs, plates, 2)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()
 
+#define ORX_SHEET_BENCHMARKS(size, plates)                                                       \
+    BENCHMARK_CAPTURE(batch, size##_annotated, plates, 1, inspection::Annotate::kAll)            \
+        ->Unit(benchmark::kMillisecond)                                                          \
+        ->MeasureProcessCPUTime();                                                               \
+    BENCHMARK_CAPTURE(batch, size##_annotated_jpeg, plates, 1, inspection::Annotate::kAll, true) \
+        ->Unit(benchmark::kMillisecond)                                                          \
+        ->MeasureProcessCPUTime()
+
 ORX_BATCH_BENCHMARKS(VGA, recipe_scene::vgaPlates);
+ORX_SHEET_BENCHMARKS(VGA, recipe_scene::vgaPlates);
+BENCHMARK_CAPTURE(coldStart, VGA, recipe_scene::vgaPlates)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(sixtyMilliseconds)->Unit(benchmark::kMillisecond)->UseRealTime();
 ORX_BATCH_BENCHMARKS(5MP, recipe_scene::largePlates);
+ORX_SHEET_BENCHMARKS(5MP, recipe_scene::largePlates);
 
 }  // namespace
