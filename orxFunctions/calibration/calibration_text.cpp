@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "orxFunctions/calibration/description_internal.h"
@@ -48,6 +49,40 @@ void endOutsideOfTags(std::string& text) {
     text += "\n<!-- -->\n";
 }
 
+bool isKeyBegin(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+// Nothing but spaces and a comment from `at` on.
+bool isBlank(std::string_view line, std::size_t at) {
+    const std::size_t first = line.find_first_not_of(' ', at);
+    return first == std::string_view::npos || line[first] == '#' || line[first] == '\r';
+}
+
+// OpenCV's reader of YAML steps over three characters where the collection of a document ends, whatever
+// stands there, and may then read for ever. They are "---" or "..." where each document is a mapping with its
+// keys at the beginnings of lines, as OpenCV writes them.
+bool endsDocumentsByMarks(std::string_view text) {
+    if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);  // the byte order mark of UTF-8
+    const std::size_t begin = text.find_first_not_of(" \t\r\n");
+    if (begin == std::string_view::npos || text[begin] != '%') return true;
+    if (text.find('\0') != std::string_view::npos) return false;
+    bool isBefore = true;  // the first key of a document
+    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 1) {
+        end = std::min(text.find('\n', at), text.size());
+        const std::string_view line = text.substr(at, end - at);
+        const std::string_view mark = line.substr(0, 3);
+        if (mark == "---" || mark == "...") {
+            if (!isBlank(line, 3)) return false;
+            isBefore = true;
+        } else if (isBefore && !isBlank(line, 0) && line[line.find_first_not_of(' ')] != '%') {
+            if (!isKeyBegin(line[0])) return false;
+            isBefore = false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool readCalibrationText(const std::string& fileName, std::string& text, const char* function) {
@@ -65,6 +100,9 @@ bool readCalibrationText(const std::string& fileName, std::string& text, const c
     if (count < 0)
         return refuse(rcFileFormat, function, "it can't be inflated: %s", platform::shownName(path).c_str());
     endOutsideOfTags(text);
+    if (!endsDocumentsByMarks(text))
+        return refuse(rcFileFormat, function, "YAML whose documents are no mappings: %s",
+                      platform::shownName(path).c_str());
     return nestingBound(text) <= kMostLevels ||
            refuse(rcFileFormat, function, "it nests deeper than %d levels: %s", kMostLevels,
                   platform::shownName(path).c_str());

@@ -10,8 +10,9 @@
 namespace orx {
 
 // The text of a file, inflated where OpenCV compressed it (names that end with .gz). False, refused in the
-// name of the public function, when it can't be read (rcFileMissing, rcFileUnreadable), is too long, or nests
-// so deep that OpenCV's readers would overflow the stack (rcFileFormat).
+// name of the public function, when it can't be read (rcFileMissing, rcFileUnreadable), is too long, nests so
+// deep that OpenCV's readers would overflow the stack, or is YAML that they would read for ever
+// (rcFileFormat).
 bool readCalibrationText(const std::string& fileName, std::string& text, const char* function);
 
 // Writes the text whole, in place of an earlier file, compressed where its name ends with .gz. (OpenCV would

@@ -225,6 +225,11 @@ TEST(CalibrateDataFromFile, BrokenFilesAreRefused) {
         "<?xml version=\"1.0\"?>\n<opencv_storage>\n<a type_id=",
         "<?xml version=\"1.0\"?>\n<opencv_storage>\n<a type_id=" + std::string(3, '\0') +
             "\"x\">\n</a></opencv_storage>\n",
+        // Read for ever by OpenCV.
+        "%YAML:1.0\n   - p\ni\n-",
+        "\xef\xbb\xbf%YAML:1.0\n   - p\ni\n-",
+        "%YAML:1.0\n#\ra: 1\n   - p\ni\n-",
+        yaml("isDistortionConfig: 1\n---  - p\ni\n-"),
     };
     for (const std::string& content : contents) {
         test::writeBytes(folder / "broken.yml", content);
@@ -235,6 +240,18 @@ TEST(CalibrateDataFromFile, BrokenFilesAreRefused) {
     EXPECT_FALSE(Loaded(folder / "missing.yml").result);
     EXPECT_FALSE(Loaded(folder.name()).result);
     EXPECT_FALSE(Loaded("").result);
+}
+
+TEST(CalibrateDataFromFile, CommentsAndMarksOfYamlAreTaken) {
+    const test::TemporaryFolder folder;
+    const std::string keys = "isDistortionConfig: 1 # flag\n# more\n\nimageSize: [ 640,\n  480 ]\n";
+    for (const std::string& content : {yaml(keys), yaml(keys + "...\n"), "%YAML:1.0\n# by hand\n\n" + keys,
+                                       yaml("# first\n" + keys + "... # end\n---\ndescription: other\n")}) {
+        test::writeBytes(folder / "taken.yml", content);
+        const Loaded loaded(folder / "taken.yml");
+        EXPECT_TRUE(loaded.result) << content;
+        EXPECT_EQ(loaded.size, cv::Size(640, 480)) << content;
+    }
 }
 
 TEST_P(CalibrationFile, CutFilesAreRefused) {
