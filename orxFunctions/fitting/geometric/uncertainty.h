@@ -207,7 +207,8 @@ bool chainCovariance(const ChainSums<kParameters>& sums,
     // F. E. Satterthwaite's degrees of freedom (Biometrics Bulletin 2 (1946)).
     figures.degreesOfFreedom = std::max(1.0, left * left / squares);
     figures.effectivePoints *= sums.weight / sums.constant;
-    covariance = figures.variance * (taken * inverse);
+    const auto product = taken * inverse;  // whose rounding is not that of its transposition
+    covariance = 0.5 * figures.variance * (product + product.t());
     return true;
 }
 
