@@ -17,9 +17,9 @@ namespace orx {
 // was built with libdeflate, in a third to a half of the time; imgcodecs, with the many libraries that it
 // brings, is loaded when another file comes.
 //
-// Empty for no bytes and for what is no picture (rcFileFormat), for a damaged one that the decoder gives up or
-// one larger than it takes (rcImageSize), for what finds no memory (rcMemory), and where the formats can't be
-// loaded (rcFailed). Reentrant.
+// Empty for no bytes and for what is no picture (rcFileFormat), for a damaged one that the decoder gives up
+// or one larger than it takes (rcImageSize), for what finds no memory (rcMemory), and where the formats can't
+// be loaded (rcFailed). Reentrant.
 ORX_API cv::Mat decodePicture(const std::vector<unsigned char>& bytes, int flags);
 
 // The picture as the bytes of a file, of the format that `extension` says, such as ".png". Parameters are
