@@ -259,6 +259,7 @@ TEST(PictureBytes, WhatIsEncodedIsDecodedAgainByAll) {
 TEST(PictureBytes, OtherFormatsAndParametersAreOpenCvs) {
     const cv::Mat picture = pictureOf({60, 40}, CV_8UC3);
     for (const char* const extension : {".jpg", ".bmp", ".tiff", ".ppm"}) {
+        if (!cv::haveImageWriter(extension)) continue;  // OpenCV can be built without some
         Bytes expected;
         ASSERT_TRUE(cv::imencode(extension, picture, expected));
         Bytes bytes = {1};
