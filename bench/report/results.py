@@ -33,5 +33,6 @@ def heap_uses(folder):
 
 def context_of(folder):
     """Date, cores and clock of the newest run, as Google Benchmark tells them."""
-    contexts = [json.loads(path.read_text())["context"] for path in pathlib.Path(folder).glob("*_*.json")]
+    runs = [json.loads(path.read_text()) for path in pathlib.Path(folder).glob("*_*.json")]
+    contexts = [run["context"] for run in runs if "context" in run]  # Python's have none
     return max(contexts, key=lambda context: context["date"], default={})
