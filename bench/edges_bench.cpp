@@ -118,11 +118,6 @@ void opencvCannyWholePixels(benchmark::State& state, cv::Size size) {
     report(state, image, pointsOf(chains));
 }
 
-// Processor time of one thread: what the machine does beside does not count.
-struct OneThread {
-    OneThread() { cv::setNumThreads(1); }
-} const oneThread;
-
 #define ORX_EDGE_BENCH(function)                                                           \
     BENCHMARK_CAPTURE(function, VGA, cv::Size(640, 480))->Unit(benchmark::kMillisecond);   \
     BENCHMARK_CAPTURE(function, 5MP, cv::Size(2448, 2048))->Unit(benchmark::kMillisecond); \

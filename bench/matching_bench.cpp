@@ -135,11 +135,6 @@ void edgesTwice(benchmark::State& state) {
     }
 }
 
-struct OneThread {
-    OneThread() { cv::setNumThreads(1); }
-};
-const OneThread kOneThread;
-
 BENCHMARK_CAPTURE(find, vga, kVga)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(find, vga_scales, kVgaScales)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(find, vga_clutter, kVgaClutter)->Unit(benchmark::kMillisecond);

@@ -78,11 +78,6 @@ void recipeInMemory(benchmark::State& state, const Plates& (*platesOf)(), const 
     }
 }
 
-struct OneThread {
-    OneThread() { cv::setNumThreads(1); }
-};
-const OneThread kOneThread;
-
 #define ORX_RECIPE_BENCHMARKS(size, plates)                                                             \
     BENCHMARK_CAPTURE(readThreshold, size, plates)->Unit(benchmark::kMillisecond);                      \
     BENCHMARK_CAPTURE(readOurs, size, plates)->Unit(benchmark::kMillisecond);                           \

@@ -4,17 +4,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <opencv2/core.hpp>
-
 #include "bench/heap_use.h"
 
 namespace bench {
-
-// Processor time is that of one thread; what OpenCV gave to others would be missing.
-struct OneThread {
-    OneThread() { cv::setNumThreads(1); }
-};
-inline const OneThread kOneThread;
 
 // Times a call that is made again and again with the same input, and counts the third one's blocks: what is
 // made once and kept is there by then.

@@ -41,7 +41,6 @@ void vigra3Point(benchmark::State& state, cv::Size size) {
 
 void edgesSubPix(benchmark::State& state, cv::Size size) {
     cv::Mat image = edge_mosaic::make(size);
-    cv::setNumThreads(1);
     std::vector<ORXEdge::TContour> contours;
     for (auto _ : state) ORXEdge::EdgesSubPix(image, contours, 12, 36, 1.0);
     std::size_t points = 0;

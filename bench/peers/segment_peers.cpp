@@ -106,11 +106,6 @@ void edgeDrawing(benchmark::State& state, cv::Size size, bool ellipses) {
     state.counters["arcs"] = static_cast<double>(arcs.size());
 }
 
-// Processor time of one thread: what the machine does beside does not count.
-struct OneThread {
-    OneThread() { cv::setNumThreads(1); }
-} const oneThread;
-
 const cv::Size kVga(640, 480);
 const cv::Size k5Mp(2448, 2048);
 
