@@ -69,7 +69,7 @@ cv::Mat decodePicture(const std::vector<unsigned char>& bytes, int flags) {
 bool encodePicture(const std::string& extension, const cv::Mat& picture, std::vector<unsigned char>& bytes,
                    const std::vector<int>& parameters) {
     bytes.clear();
-    if (picture.empty()) return refuse(rcEmptyImage, kEncode);
+    if (!takesImage(picture, kEncode)) return false;
     if (parameters.empty() && isPng(extension) && platform::encodePlainPng(picture, bytes)) return true;
     const platform::PictureCodecs* const codecs = codecsFor(kEncode);
     if (codecs == nullptr) return false;

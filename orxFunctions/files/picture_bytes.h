@@ -25,8 +25,9 @@ ORX_API cv::Mat decodePicture(const std::vector<unsigned char>& bytes, int flags
 // The picture as the bytes of a file, of the format that `extension` says, such as ".png". Parameters are
 // those of cv::imencode. An 8-bit PNG of one or three channels without parameters is made by the library
 // itself, where decodePicture says so: in half of the time that imgcodecs takes, and for drawn sheets
-// smaller. `bytes` is replaced; it is empty where the answer is false: for an empty picture (rcEmptyImage),
-// or where the format can't be loaded, is not known, or does not take such a picture (rcFailed). Reentrant.
+// smaller. `bytes` is replaced; it is empty where the answer is false: for an empty picture (rcEmptyImage) or
+// one of more than two dimensions (rcImageDimensions), or where the format can't be loaded, is not known, or
+// does not take such a picture (rcFailed). Reentrant.
 ORX_API bool encodePicture(const std::string& extension, const cv::Mat& picture,
                            std::vector<unsigned char>& bytes, const std::vector<int>& parameters = {});
 

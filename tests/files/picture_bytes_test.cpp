@@ -294,6 +294,11 @@ TEST(PictureBytes, WhatIsNoPictureIsRefused) {
     };
     EXPECT_TRUE(refusedWith(orx::rcEmptyImage, "encodePicture", encode(".png", {})));
     EXPECT_TRUE(bytes.empty());
+    for (const char* extension : {".png", ".tif"}) {
+        const int sizes[] = {2, 3, 4};
+        EXPECT_TRUE(refusedWith(orx::rcImageDimensions, "encodePicture",
+                                encode(extension, cv::Mat(3, sizes, CV_8UC1, cv::Scalar(7)))));
+    }
     EXPECT_TRUE(
         refusedWith(orx::rcFailed, "encodePicture", encode(".unknown", cv::Mat::zeros(2, 2, CV_8UC1))));
     EXPECT_TRUE(refusedWith(orx::rcFailed, "encodePicture", encode("", cv::Mat::zeros(2, 2, CV_8UC1))));
