@@ -60,6 +60,13 @@ class PictureBoxWindow : public test::HeadlessBox {
     }
 
     // An image of 400 x 200 with a colour in each corner.
+    // All over the host's window of 400 x 300.
+    static void showIn(const HostWindow& host, TPictureBox& box, cv::Mat& image) {
+        box.setHandle(host.handle(), 400, 300);
+        box.setImage(image, false);
+        box.showImage();
+    }
+
     static cv::Mat corners() {
         cv::Mat image = colour(400, 200, {});
         image(cv::Rect(0, 0, 40, 40)).setTo(cv::Scalar(255, 0, 0));
@@ -213,10 +220,8 @@ TEST_F(PictureBoxWindow, ABoxWithItsOwnPictureClosesItsOwnWindowAlone) {
 TEST_F(PictureBoxWindow, TheMouseZoomsPansAndResets) {
     HostWindow host({200, 100, 400, 300});
     TPictureBox box;
-    box.setHandle(host.handle(), 400, 300);
     cv::Mat image = corners();
-    box.setImage(image, false);
-    box.showImage();
+    showIn(host, box, image);
     host.moveMouse(200, 150);
     host.click(4);
     host.click(4);
@@ -263,10 +268,8 @@ TEST_F(PictureBoxWindow, TheMouseDrawsARectangleBeyondTheWindow) {
 TEST_F(PictureBoxWindow, TheMouseIsTheHostsWhereTheBoxLeavesItToIt) {
     HostWindow host({200, 100, 400, 300});
     TPictureBox box;
-    box.setHandle(host.handle(), 400, 300);
     cv::Mat image = corners();
-    box.setImage(image, false);
-    box.showImage();
+    showIn(host, box, image);
     host.moveMouse(200, 150);
     host.click(4);
     EXPECT_TRUE(becomesTrue([&] { return box.orig2ShowPoint({0, 0}).x < 0.0; }));
@@ -302,10 +305,8 @@ TEST_F(PictureBoxWindow, ClicksAreToldAndMayChangeTheMode) {
     std::mutex mutex;
     std::vector<TPictureClick> clicks;
     TPictureBox box(TPictureOf::kBox);
-    box.setHandle(host.handle(), 400, 300);
     cv::Mat image = corners();
-    box.setImage(image, false);
-    box.showImage();
+    showIn(host, box, image);
     box.onClick([&](const TPictureClick& click) {
         const std::lock_guard<std::mutex> lock(mutex);
         clicks.push_back(click);
@@ -331,10 +332,8 @@ TEST_F(PictureBoxWindow, EachOfThreeButtonsClicksAndNothingElseDoes) {
     std::mutex mutex;
     std::vector<std::pair<int, bool>> clicks;
     TPictureBox box(TPictureOf::kBox);
-    box.setHandle(host.handle(), 400, 300);
     cv::Mat image = corners();
-    box.setImage(image, false);
-    box.showImage();
+    showIn(host, box, image);
     box.onClick([&](const TPictureClick& click) {
         const std::lock_guard<std::mutex> lock(mutex);
         clicks.emplace_back(click.button, click.isDouble);

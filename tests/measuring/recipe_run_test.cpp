@@ -10,6 +10,7 @@
 #include "support/part_scene.h"
 #include "tests/measuring/tilted_plate.h"
 #include "tests/support/edge_scene.h"
+#include "tests/support/flat_plane.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -143,12 +144,8 @@ TEST_F(PlateRecipe, TheGuidesExampleMeasuresAPlate) {
     const std::size_t from = page.find("```json\n") + 8;
     const std::string example = page.substr(from, page.find("```", from) - from);
     // A camera right above the plane, five pixels a millimetre.
-    orx::TPlaneCalibration flat;
-    flat.status = orx::plOk;
-    flat.lens = false;
-    flat.imageSize = scene(3).image.size();
-    flat.homography = {5, 0, 100, 0, 5, 100, 0, 0, 1};
-    flat.degreesOfFreedom = 100;
+    const orx::TPlaneCalibration flat =
+        test::flatPlane(scene(3).image.size(), {5, 0, 100, 0, 5, 100, 0, 0, 1});
     ASSERT_EQ(orx::writePlaneCalibration(folder_ / "camera.json", flat), orx::plOk);
     test::writeBytes(folder_ / "recipe.json", example);
     const orx::TRecipe recipe = orx::readRecipe(folder_ / "recipe.json");
@@ -411,11 +408,7 @@ TEST(RecipeRun, AWidthIsAsUncertainAsBothItsEdges) {
 // Five pixels a millimetre, exactly: what is uncertain by 0.05 pixels is by 0.01 mm, and angles stay.
 TEST(RecipeRun, UncertaintiesOnThePlaneAreThoseOfThePicture) {
     const test::TemporaryFolder folder;
-    orx::TPlaneCalibration flat;
-    flat.status = orx::plOk;
-    flat.lens = false;
-    flat.imageSize = {120, 100};
-    flat.homography = {5, 0, 0, 0, 5, 0, 0, 0, 1};
+    orx::TPlaneCalibration flat = test::flatPlane({120, 100}, {5, 0, 0, 0, 5, 0, 0, 0, 1});
     flat.degreesOfFreedom = 1e9;
     ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", flat), orx::plOk);
     const std::string lines = R"("features": [
@@ -455,12 +448,7 @@ TEST(RecipeRun, UncertaintiesOnThePlaneAreThoseOfThePicture) {
 // looked for. Five millimetres to each side are 10 to 15 pixels there, and would be 25 at the origin.
 TEST(RecipeRun, LinesAreLookedForAsFarAsTheirOwnPlaceSays) {
     const test::TemporaryFolder folder;
-    orx::TPlaneCalibration leaning;
-    leaning.status = orx::plOk;
-    leaning.lens = false;
-    leaning.imageSize = {160, 130};
-    leaning.homography = {5, 0, 0, 0, 5, 0, 0.02, 0, 1};
-    leaning.degreesOfFreedom = 1e9;
+    const orx::TPlaneCalibration leaning = test::flatPlane({160, 130}, {5, 0, 0, 0, 5, 0, 0.02, 0, 1});
     ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", leaning), orx::plOk);
     const orx::TRecipe recipe = parsed(
         R"({"recipe": 1, "unit": "mm", "coordinates": "mm", "calibration": "plane.json",
@@ -481,11 +469,7 @@ TEST(RecipeRun, LinesAreLookedForAsFarAsTheirOwnPlaceSays) {
 // hundredth.
 TEST(RecipeRun, LengthsOfChainsTellWhatTheCalibrationLeavesOpen) {
     const test::TemporaryFolder folder;
-    orx::TPlaneCalibration flat;
-    flat.status = orx::plOk;
-    flat.lens = false;
-    flat.imageSize = {130, 95};
-    flat.homography = {5, 0, 0, 0, 5, 0, 0, 0, 1};
+    orx::TPlaneCalibration flat = test::flatPlane({130, 95}, {5, 0, 0, 0, 5, 0, 0, 0, 1});
     flat.covariance(4, 4) = 0.05 * 0.05;
     flat.degreesOfFreedom = 100;
     ASSERT_EQ(orx::writePlaneCalibration(folder / "plane.json", flat), orx::plOk);

@@ -6,11 +6,13 @@
 
 namespace test {
 
-inline orx::TPlaneCalibration flatPlane() {
+inline orx::TPlaneCalibration flatPlane(cv::Size imageSize = {640, 480},
+                                        const cv::Matx33d& homography = cv::Matx33d::eye()) {
     orx::TPlaneCalibration plane;
     plane.status = orx::plOk;
     plane.lens = false;
-    plane.imageSize = {640, 480};
+    plane.imageSize = imageSize;
+    plane.homography = homography;
     plane.degreesOfFreedom = 10;
     plane.views = 1;
     return plane;
