@@ -43,14 +43,16 @@ void checkCovariance(const cv::Matx<double, n, n>& c, const std::array<double, n
 }
 
 // Noise makes curves look larger, and more so where the points leave much of them open: what is taken back of
-// it after the distances were measured.
+// it after the distances were measured. Of an ellipse that may be a circle that is all of the axes'
+// difference.
 double takenBack(const orx::TMeasuredLine&) { return 0; }
 double takenBack(const orx::TMeasuredCircle& circle) {
     return circle.noise * circle.noise / circle.radius + 0.1 * circle.radiusDeviation;
 }
 double takenBack(const orx::TMeasuredEllipse& ellipse) {
     return ellipse.noise * ellipse.noise * ellipse.semiMajor / (ellipse.semiMinor * ellipse.semiMinor) +
-           0.01 * ellipse.noise + 0.1 * (ellipse.semiMajorDeviation + ellipse.semiMinorDeviation);
+           0.01 * ellipse.noise +
+           (ellipse.angleTold ? 0.1 : 1.0) * (ellipse.semiMajorDeviation + ellipse.semiMinorDeviation);
 }
 
 // What a report counts and measures, by plain loops.
