@@ -117,6 +117,17 @@ TEST(GeometricCircleBias, IsTakenBackAsTheNoiseIs) {
     EXPECT_NEAR(bias * std::sqrt(kTruth.bound(scene)(2, 2)), 8.0 * 8.0 / 200, 0.06);
 }
 
+// Three points that hardly tell the tangent and one far away: what curvature is expected to add to the radius
+// is 20 pixels, and a circle freed from it would miss them all.
+TEST(GeometricCircleBias, IsNotTakenBackBeyondThePoints) {
+    const std::vector<cv::Point2d> points{
+        {-20, -20}, {816.523682, 1018.54797}, {817.256042, 1019.36676}, {819.32605, 1016.01147}};
+    const orx::TMeasuredCircle circle = orx::fitCircleGeometric(points);
+    ASSERT_TRUE(circle.valid());
+    EXPECT_GT(circle.radiusDeviation, 20);
+    for (const cv::Point2d& p : points) EXPECT_NEAR(circle.signedDistance(p), 0, 3 * circle.noise);
+}
+
 TEST(GeometricCircle, EdgeChainsCountTheNoiseThatNeighboursShare) {
     struct Chain {
         double extent, radius, spacing, sigma;

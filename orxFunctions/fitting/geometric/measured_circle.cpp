@@ -113,9 +113,10 @@ void measure(const TFitOptions& options, const Start<Circle>* known, FitPoints& 
         row = rho > 0.0 ? cv::Vec3d(arm.x / rho, arm.y / rho, 1.0) : cv::Vec3d(1.0, 0.0, 1.0);
         return rho - circle.r;
     };
+    const cv::Matx33d normal = normalMatrix(sums);
     Judgement<3> judgement;
-    const bool told = judge<3>(points, options, sums.distances, fit.loss, fit.scale, normalMatrix(sums),
-                               derivatives, judgement);
+    const bool told =
+        judge<3>(points, options, sums.distances, fit.loss, fit.scale, normal, derivatives, judgement);
     const double relative = told ? std::sqrt(judgement.covariance(2, 2)) / circle.r : 2.0;
     constexpr double kArcTold = 0.5;
     if (relative > kArcTold) result.status = relative > 1.0 ? fsCollinear : fsArcTooShort;
@@ -124,6 +125,7 @@ void measure(const TFitOptions& options, const Start<Circle>* known, FitPoints& 
     const double noise = judgement.figures.noise;
     cv::Vec3d bias = boxBias(sums, circle.r, judgement);
     if (options.noise == pnIndependent) bias[2] += noise * noise / (2.0 * circle.r);
+    bias = withinNoise(bias, normal, sums.distances.w, noise);
     describe(points, fit, bias, result);
     fillReport(points, sums.distances, judgement.figures, result);
     result.covariance = judgement.covariance * (points.scale() * points.scale());

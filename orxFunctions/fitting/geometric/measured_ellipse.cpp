@@ -284,15 +284,17 @@ void measure(const TFitOptions& options, const Start<Ellipse>* known, FitPoints&
 
     const EllipseSums& sums = fit.solution.sums;
     EllipseJudgement judgement;
+    const EllipseMatrix normal = normalMatrix(sums);
     const bool told = judge<kEllipseParameters>(
-        points, options, sums.distances, fit.loss, fit.scale, normalMatrix(sums),
+        points, options, sums.distances, fit.loss, fit.scale, normal,
         [&](cv::Point2d p, EllipseVector& row) { return ellipseRow(fit.solution.ellipse, p, row); },
         judgement);
     const std::vector<unsigned char> used = usedOf(points, fit);
     result.status = verdict(points, fit, used, told, judgement);
     if (result.status != fsOk) return;
-    describe(points, fit.solution.ellipse, biasOf(points, options, fit, judgement), judgement.covariance,
-             used, result);
+    const EllipseVector bias = withinNoise(biasOf(points, options, fit, judgement), normal, sums.distances.w,
+                                           judgement.figures.noise);
+    describe(points, fit.solution.ellipse, bias, judgement.covariance, used, result);
     fillReport(points, sums.distances, judgement.figures, result);
 }
 
