@@ -50,9 +50,10 @@ double takenBack(const orx::TMeasuredCircle& circle) {
     return circle.noise * circle.noise / circle.radius + 0.1 * circle.radiusDeviation;
 }
 double takenBack(const orx::TMeasuredEllipse& ellipse) {
+    const double deviations = ellipse.semiMajorDeviation + ellipse.semiMinorDeviation;
+    const bool nearlyRound = ellipse.semiMajor - ellipse.semiMinor < 10 * deviations;
     return ellipse.noise * ellipse.noise * ellipse.semiMajor / (ellipse.semiMinor * ellipse.semiMinor) +
-           0.01 * ellipse.noise +
-           (ellipse.angleTold ? 0.1 : 1.0) * (ellipse.semiMajorDeviation + ellipse.semiMinorDeviation);
+           0.01 * ellipse.noise + (nearlyRound ? 1.0 : 0.1) * deviations;
 }
 
 // What a report counts and measures, by plain loops.
