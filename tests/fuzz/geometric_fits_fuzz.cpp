@@ -47,7 +47,9 @@ void checkCovariance(const cv::Matx<double, n, n>& c, const std::array<double, n
 // difference.
 double takenBack(const orx::TMeasuredLine&) { return 0; }
 double takenBack(const orx::TMeasuredCircle& circle) {
-    return circle.noise * circle.noise / circle.radius + 0.1 * circle.radiusDeviation;
+    const double x = circle.xDeviation;
+    const double y = circle.yDeviation;
+    return (circle.noise * circle.noise + x * x + y * y) / circle.radius;
 }
 double takenBack(const orx::TMeasuredEllipse& ellipse) {
     const double deviations = ellipse.semiMajorDeviation + ellipse.semiMinorDeviation;
