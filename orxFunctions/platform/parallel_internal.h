@@ -66,6 +66,7 @@ class RowStripes {
     }
 
     int count() const { return count_; }
+    int stripeOf(int row) const { return count_ == 1 ? 0 : row / rowsOfAStripe_; }
     cv::Range rows(int stripe) const {
         if (count_ == 1) return {0, rows_};
         return {stripe * rowsOfAStripe_, std::min(rows_, (stripe + 1) * rowsOfAStripe_)};
