@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/support/plain_thinning.h"
 #include "tests/support/thread_counts.h"
 
 namespace {
@@ -163,6 +164,24 @@ TEST(BinaryThreads, ShortLinesAreThoseOfLabelledComponents) {
             return out;
         }));
     });
+}
+
+TEST(BinaryThreads, ThinningIsThatOfPassesOverTheWholePicture) {
+    std::vector<cv::Mat> pictures;
+    for (const cv::Size& size : kSizes) pictures.push_back(shapes(size, 9));
+    cv::Mat blob = cv::Mat::zeros(769, 797, CV_8UC1);  // whose passes go on when few pixels wait
+    cv::ellipse(blob, {{400, 380}, {90, 730}, 8}, 255, cv::FILLED);
+    pictures.push_back(blob);
+    for (const cv::Mat& img : pictures) {
+        SCOPED_TRACE(testing::Message() << img.size());
+        for (const orx::TThinningMethod method : {orx::tnZhangSuen, orx::tnGuoHall}) {
+            EXPECT_TRUE(madeAlike(orx::test::thinnedPlainly(img, method), [&] {
+                cv::Mat out;
+                EXPECT_TRUE(orx::thinning(img, out, method));
+                return out;
+            }));
+        }
+    }
 }
 
 }  // namespace
