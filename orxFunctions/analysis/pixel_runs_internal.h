@@ -64,6 +64,9 @@ class PixelRuns {
     int rows() const { return rows_; }
     RowRuns row(int y) const;
     std::size_t pieces() const { return joined_.size(); }
+    // The first piece of the connected part that a piece belongs to. Parts are numbered by them in the order
+    // of their first pixels, row by row.
+    std::uint32_t firstOf(std::uint32_t piece) const { return joined_[piece]; }
 
     // Gives every piece the sum of all pieces that are connected with it. Values add by +=.
     template <class Value>
