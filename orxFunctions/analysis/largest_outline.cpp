@@ -107,8 +107,9 @@ Contour largestOutline(const cv::Mat& binary) {
     Contour largest;
     double area = -1;
     std::uint32_t piece = 0;
-    for (std::size_t i = 0; i < objects.size() && objects[i].extent.largestArea() >= area; ++i) {
-        if (i == kMost || isTooLarge(objects[i])) return largestOf(outerOutlines(binary));
+    for (std::size_t i = 0; i < count; ++i) {
+        if (objects[i].extent.largestArea() < area) return largest;
+        if (isTooLarge(objects[i])) return largestOf(outerOutlines(binary));
         Contour outline = outlineOf(objects[i], runs);
         const double own = cv::contourArea(outline);
         if (own < area || (own == area && objects[i].piece < piece)) continue;
@@ -116,7 +117,7 @@ Contour largestOutline(const cv::Mat& binary) {
         area = own;
         piece = objects[i].piece;
     }
-    return largest;
+    return objects.size() == count ? largest : largestOf(outerOutlines(binary));
 }
 
 }  // namespace orx

@@ -12,7 +12,8 @@
 
 namespace orx {
 
-// Pixels of a row from `begin` to before `end`, with as many of the other kind as may be on both sides.
+// Neighbours of one kind in a row, from `begin` to before `end`, as many as there are; and the number of
+// their piece (see PixelRuns).
 struct PixelRun {
     int begin;
     int end;
