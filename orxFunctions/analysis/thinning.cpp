@@ -116,8 +116,8 @@ unsigned around(const uchar* middle, std::size_t stride) {
 using Places = std::vector<std::size_t>;
 
 // Rows of the image with the pixels in them that await a pass. Its steps are for all stripes at once, one
-// after the other: begin, and for each pass `test`, which changes no pixel, and `remove`, which looks at and
-// changes none but the stripe's own.
+// after the other: `find` and `mark`, and for each pass `test` and `remove`. `find` and `test` change no
+// pixel; the others look at and change none but the stripe's own.
 class ThinnedStripe {
   public:
     ThinnedStripe(FramedPixels& pixels, const cv::Range& rows)
@@ -127,7 +127,7 @@ class ThinnedStripe {
           lastRow_(pixels.startOf(rows.end - 1)) {}
 
     // Every pixel that either method removes has background above, below, left or right of it.
-    void begin() {
+    void find() {
         const std::size_t stride = pixels_.stride();
         const std::size_t cols = stride - 2;
         std::vector<uchar> outer(cols + sizeof(std::uint64_t));  // and some that stay 0
@@ -137,8 +137,14 @@ class ThinnedStripe {
             const uchar* below = row + stride;
             for (std::size_t x = 0; x < cols; ++x)
                 outer[x] = row[x] & static_cast<uchar>(~(row[x - 1] & row[x + 1] & above[x] & below[x]));
-            enqueueMarked(outer, pixels_.startOf(y) + 1);
+            appendPlaces(outer, pixels_.startOf(y) + 1, waiting_[0]);
         }
+    }
+
+    // They await both passes.
+    void mark() {
+        waiting_[1] = waiting_[0];
+        for (const std::size_t place : waiting_[0]) pixels_.data()[place] = kWaitsForBoth;
     }
 
     std::size_t waiting() const { return waiting_[0].size() + waiting_[1].size(); }
@@ -201,14 +207,14 @@ class ThinnedStripe {
         }
     }
 
-    // Those of a row, which begins at a place; eight at a time are looked for.
-    void enqueueMarked(const std::vector<uchar>& marks, std::size_t start) {
+    // The marked ones of a row, which begins at a place; eight at a time are looked for.
+    static void appendPlaces(const std::vector<uchar>& marks, std::size_t start, Places& places) {
         for (std::size_t x = 0; x + sizeof(std::uint64_t) <= marks.size(); x += sizeof(std::uint64_t)) {
             std::uint64_t eight = 0;
             std::memcpy(&eight, marks.data() + x, sizeof eight);
             if (eight == 0) continue;
             for (std::size_t i = x; i < x + sizeof eight; ++i) {
-                if (marks[i] != 0) enqueue(pixels_.data(), start + i);
+                if (marks[i] != 0) places.push_back(start + i);
             }
         }
     }
@@ -232,7 +238,8 @@ class Thinner {
 
     void run(const Tables& tables) {
         const std::size_t last = stripes_.size() - 1;
-        platform::forStripes(rows_, [&](int i, const cv::Range&) { stripes_[sizeOf(i)].begin(); });
+        platform::forStripes(rows_, [&](int i, const cv::Range&) { stripes_[sizeOf(i)].find(); });
+        platform::forStripes(rows_, [&](int i, const cv::Range&) { stripes_[sizeOf(i)].mark(); });
         for (std::size_t waiting = waitingPixels(); waiting > 0; waiting = waitingPixels()) {
             for (std::size_t pass = 0; pass < tables.size(); ++pass) {
                 forEach(waiting, [&](std::size_t i) { stripes_[i].test(pass, tables[pass]); });
