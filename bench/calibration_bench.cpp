@@ -26,29 +26,32 @@ struct CalibrationFile {
     std::string name;
 };
 
-void read(benchmark::State& state, const char* extension) {
-    const CalibrationFile file(extension);
+// What a file says.
+struct Calibration {
     cv::Mat intrinsic;
     cv::Mat distortion;
     cv::Size size;
     std::string text;
+};
+
+void read(benchmark::State& state, const char* extension) {
+    const CalibrationFile file(extension);
+    Calibration found;
     bench::steady(state, [&] {
-        benchmark::DoNotOptimize(orx::calibrateDataFromFile(file.name, intrinsic, distortion, size, text));
+        benchmark::DoNotOptimize(
+            orx::calibrateDataFromFile(file.name, found.intrinsic, found.distortion, found.size, found.text));
     });
 }
 
 void readByOpenCv(benchmark::State& state, const char* extension) {
     const CalibrationFile file(extension);
-    cv::Mat intrinsic;
-    cv::Mat distortion;
-    cv::Size size;
-    std::string text;
+    Calibration found;
     bench::steady(state, [&] {
         const cv::FileStorage storage(file.name, cv::FileStorage::READ);
-        storage["imageIntrinsic"] >> intrinsic;
-        storage["imageDistortion"] >> distortion;
-        storage["imageSize"] >> size;
-        storage["description"] >> text;
+        storage["imageIntrinsic"] >> found.intrinsic;
+        storage["imageDistortion"] >> found.distortion;
+        storage["imageSize"] >> found.size;
+        storage["description"] >> found.text;
         int isThere = 0;
         storage["isDistortionConfig"] >> isThere;
         benchmark::DoNotOptimize(isThere);

@@ -8,40 +8,15 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cmath>
-#include <random>
-#include <vector>
 
+#include "bench/form_parts.h"
 #include "orxFunctions/measuring/form.h"
 
 namespace {
 
-using Points = std::vector<cv::Point2d>;
-
-Points roundPart(std::size_t count, double sweep) {
-    std::mt19937 random(1);
-    std::normal_distribution<double> noise(0, 0.05);
-    Points points;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double angle = sweep * static_cast<double>(i) / static_cast<double>(count);
-        const double r = 500 + 0.1 * std::cos(5 * angle) + noise(random);
-        points.emplace_back(1000 + r * std::cos(angle), 800 + r * std::sin(angle));
-    }
-    return points;
-}
-
-Points straightPart(std::size_t count) {
-    std::mt19937 random(1);
-    std::normal_distribution<double> noise(0, 0.05);
-    Points points;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double t = 2.0 * static_cast<double>(i) / static_cast<double>(count) - 1;
-        points.emplace_back(1000 + 500 * t, 800 + 100 * t + 0.2 * t * t + noise(random));
-    }
-    return points;
-}
-
-std::size_t countOf(const benchmark::State& state) { return static_cast<std::size_t>(state.range(0)); }
+using form_parts::Points;
+using form_parts::roundPart;
+using form_parts::straightPart;
 
 template <class Zone>
 void measure(benchmark::State& state, const Points& points, Zone zone) {
@@ -51,36 +26,34 @@ void measure(benchmark::State& state, const Points& points, Zone zone) {
 }
 
 void zone_circle(benchmark::State& state) {
-    measure(state, roundPart(countOf(state), 2 * CV_PI),
-            [](const Points& p) { return orx::minimumZoneCircle(p); });
+    measure(state, roundPart(state.range(0)), [](const Points& p) { return orx::minimumZoneCircle(p); });
 }
 
 void zone_arc(benchmark::State& state) {
-    measure(state, roundPart(countOf(state), CV_PI / 3),
+    measure(state, roundPart(state.range(0), CV_PI / 3),
             [](const Points& p) { return orx::minimumZoneCircle(p); });
 }
 
 void circumscribed_circle(benchmark::State& state) {
-    measure(state, roundPart(countOf(state), 2 * CV_PI),
+    measure(state, roundPart(state.range(0)),
             [](const Points& p) { return orx::minimumCircumscribedCircle(p); });
 }
 
 void inscribed_circle(benchmark::State& state) {
-    measure(state, roundPart(countOf(state), 2 * CV_PI),
-            [](const Points& p) { return orx::maximumInscribedCircle(p); });
+    measure(state, roundPart(state.range(0)), [](const Points& p) { return orx::maximumInscribedCircle(p); });
 }
 
 void zone_line(benchmark::State& state) {
-    measure(state, straightPart(countOf(state)), [](const Points& p) { return orx::minimumZoneLine(p); });
+    measure(state, straightPart(state.range(0)), [](const Points& p) { return orx::minimumZoneLine(p); });
 }
 
 void freed_circle(benchmark::State& state) {
-    measure(state, roundPart(countOf(state), 2 * CV_PI),
+    measure(state, roundPart(state.range(0)),
             [](const Points& p) { return orx::minimumZoneCircle(p, {0.05}); });
 }
 
 void pass(benchmark::State& state) {
-    const Points points = roundPart(countOf(state), 2 * CV_PI);
+    const Points points = roundPart(state.range(0));
     for (auto _ : state) {
         double least = 1e300;
         double most = 0;

@@ -70,6 +70,13 @@ void onThreads(benchmark::State& state, Operator work) {
         ->Unit(benchmark::kMillisecond)
 
 ORX_ON_THREADS(threshold_otsu, benchmark::DoNotOptimize(orx::getThresholdValue(grey(), orx::tmOtsu)));
+ORX_ON_THREADS(threshold_four_parts, cv::Mat out;
+               orx::OTSUfourPartsThreshold(grey(), out, cv::MORPH_OPEN, 5));
+ORX_ON_THREADS(thinning, cv::Mat out; orx::thinning(parts(), out));
+ORX_ON_THREADS(fill_holes, cv::Mat out; orx::fillHoles(parts(), out));
+ORX_ON_THREADS(fill_small_holes, cv::Mat out; orx::fillHoles(parts(), out, {100}));
+ORX_ON_THREADS(remove_small_objects, cv::Mat out; orx::removeSmallObjects(parts(), out, 100));
+ORX_ON_THREADS(remove_short_lines, cv::Mat out; orx::removeShortLines(parts(), out, 20.0));
 ORX_ON_THREADS(auto_canny_median, benchmark::DoNotOptimize(orx::autoCanny(grey(), {orx::cmMedian}).data));
 ORX_ON_THREADS(auto_canny_otsu, benchmark::DoNotOptimize(orx::autoCanny(grey(), {orx::cmOtsu}).data));
 ORX_ON_THREADS(clahe_grey, cv::Mat out; orx::enhanceImage(grey(), out, orx::emEqualize));

@@ -1,9 +1,8 @@
 // Fits, searches and zones over a thousand to a million points; searches of a fixed number of trials.
-#include <cmath>
 #include <cstdlib>
 #include <memory>
-#include <random>
 
+#include "bench/form_parts.h"
 #include "bench/growth/growth.h"
 #include "bench/ransac_scene.h"
 #include "orxFunctions/orxfunctions.h"
@@ -13,33 +12,13 @@ namespace {
 
 const std::vector<std::int64_t> kCounts = {1000, 10000, 100000, 1000000};
 
-using Points = std::vector<cv::Point2d>;
+using form_parts::Points;
+using form_parts::roundPart;
+using form_parts::straightPart;
 
 Points subPixel(const std::vector<cv::Point>& points) { return {points.begin(), points.end()}; }
 
-// Without outliers.
-Points roundPart(std::int64_t count) {
-    std::mt19937 random(1);
-    std::normal_distribution<double> noise(0, 0.05);
-    Points points;
-    for (std::int64_t i = 0; i < count; ++i) {
-        const double angle = 2 * CV_PI * static_cast<double>(i) / static_cast<double>(count);
-        const double r = 500 + 0.1 * std::cos(5 * angle) + noise(random);
-        points.emplace_back(1000 + r * std::cos(angle), 800 + r * std::sin(angle));
-    }
-    return points;
-}
-
-Points straightPart(std::int64_t count) {
-    std::mt19937 random(1);
-    std::normal_distribution<double> noise(0, 0.05);
-    Points points;
-    for (std::int64_t i = 0; i < count; ++i) {
-        const double t = 2.0 * static_cast<double>(i) / static_cast<double>(count) - 1;
-        points.emplace_back(1000 + 500 * t, 800 + 100 * t + 0.2 * t * t + noise(random));
-    }
-    return points;
-}
+Points wholeRound(std::int64_t count) { return roundPart(count); }
 
 Points ovalPart(std::int64_t count) {
     Points points = roundPart(count);
@@ -56,17 +35,17 @@ void addOver(const std::string& name, Points (*make)(std::int64_t), Call call) {
 void addMeasuredFits() {
     addOver("measured_line", straightPart,
             [](const Points& p) { benchmark::DoNotOptimize(orx::fitLineGeometric(p)); });
-    addOver("measured_circle", roundPart,
+    addOver("measured_circle", wholeRound,
             [](const Points& p) { benchmark::DoNotOptimize(orx::fitCircleGeometric(p)); });
     addOver("measured_ellipse", ovalPart,
             [](const Points& p) { benchmark::DoNotOptimize(orx::fitEllipseGeometric(p)); });
-    addOver("zone_circle", roundPart,
+    addOver("zone_circle", wholeRound,
             [](const Points& p) { benchmark::DoNotOptimize(orx::minimumZoneCircle(p)); });
     addOver("zone_line", straightPart,
             [](const Points& p) { benchmark::DoNotOptimize(orx::minimumZoneLine(p)); });
-    addOver("circumscribed_circle", roundPart,
+    addOver("circumscribed_circle", wholeRound,
             [](const Points& p) { benchmark::DoNotOptimize(orx::minimumCircumscribedCircle(p)); });
-    addOver("inscribed_circle", roundPart,
+    addOver("inscribed_circle", wholeRound,
             [](const Points& p) { benchmark::DoNotOptimize(orx::maximumInscribedCircle(p)); });
 }
 

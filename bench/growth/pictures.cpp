@@ -22,6 +22,12 @@ cv::Size sizeOf(std::int64_t pixels) {
     return {};
 }
 
+std::vector<std::int64_t> areas() {
+    std::vector<std::int64_t> pixels;
+    for (const cv::Size& size : kSizes) pixels.push_back(size.area());
+    return pixels;
+}
+
 cv::Mat board(cv::Size size) {
     const int square = size.height / 10;
     cv::Mat img = orx::createCalibrateImage(size, square, square);
@@ -40,9 +46,7 @@ const cv::Mat& kept(cv::Mat (*make)(cv::Size), std::int64_t pixels) {
 // `call` takes a picture made by `make`, and a matrix that is the same at every call.
 template <class Call>
 void add(const std::string& name, cv::Mat (*make)(cv::Size), Call call) {
-    std::vector<std::int64_t> pixels;
-    for (const cv::Size& size : kSizes) pixels.push_back(size.area());
-    growth::add(name, pixels, [make, call](std::int64_t n) {
+    growth::add(name, areas(), [make, call](std::int64_t n) {
         return [&img = kept(make, n), out = cv::Mat(), call]() mutable { call(img, out); };
     });
 }
@@ -105,9 +109,7 @@ void addEdges() {
 
 // Into a window of 800 x 600.
 void addShow() {
-    std::vector<std::int64_t> pixels;
-    for (const cv::Size& size : kSizes) pixels.push_back(size.area());
-    growth::add("show_picture", pixels, [](std::int64_t n) {
+    growth::add("show_picture", areas(), [](std::int64_t n) {
         auto box = std::make_shared<TPictureBox>();
         box->setWindowSize(800, 600);
         return [box, img = kept(colourParts, n)]() mutable {
@@ -119,9 +121,7 @@ void addShow() {
 
 // One part, anywhere and at any angle.
 void addFind() {
-    std::vector<std::int64_t> pixels;
-    for (const cv::Size& size : kSizes) pixels.push_back(size.area());
-    growth::add("find_part", pixels, [](std::int64_t n) {
+    growth::add("find_part", areas(), [](std::int64_t n) {
         static std::map<std::int64_t, cv::Mat> made;
         static const orx::TPartModel model = matching_accuracy::teachAlone(scenes::PartKind::plate, 0, 100);
         if (made[n].empty()) {

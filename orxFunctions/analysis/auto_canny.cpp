@@ -1,10 +1,8 @@
 #include "orxFunctions/analysis/auto_canny.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -76,16 +74,8 @@ Counts magnitudeCountsOf(const Gradient& gradient, const cv::Range& rows) {
 }
 
 Counts magnitudeCounts(const Gradient& gradient) {
-    const platform::RowStripes stripes(gradient.dx.size(), platform::kStripe);
-    std::vector<Counts> parts(static_cast<std::size_t>(stripes.count()));
-    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
-        parts[static_cast<std::size_t>(stripe)] = magnitudeCountsOf(gradient, rows);
-    });
-    Counts counts(kHighestMagnitude + 1);
-    for (const Counts& part : parts) {
-        std::transform(counts.begin(), counts.end(), part.begin(), counts.begin(), std::plus<>());
-    }
-    return counts;
+    const auto ofRows = [&](const cv::Range& rows) { return magnitudeCountsOf(gradient, rows); };
+    return platform::sumOfStripes({gradient.dx.size(), platform::kStripe}, ofRows, platform::addEach);
 }
 
 // The highest level of the lower class, for the largest variance between the classes; 0 with fewer than two

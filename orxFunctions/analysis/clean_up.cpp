@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
 
+#include "orxFunctions/analysis/pixel_runs_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
@@ -12,67 +13,83 @@ namespace {
 
 constexpr double kDiagonal = 1.4142135623730951;
 
-// A value for each label; label 0 is the background.
-using Measures = std::vector<double>;
+// Steps from a pixel to its neighbours, each counted once.
+struct Steps {
+    std::int64_t straight = 0;  // along a row or a column
+    std::int64_t diagonal = 0;  // where no detour along row and column leads the same way
 
-// Counted run by run: pixel by pixel, each count would wait for the one before.
-Measures areasOf(const cv::Mat& labels, int count) {
-    Measures areas(static_cast<std::size_t>(count));
-    for (int y = 0; y < labels.rows; ++y) {
-        const int* label = labels.ptr<int>(y);
-        for (int x = 0; x < labels.cols;) {
-            const int first = x;
-            while (x < labels.cols && label[x] == label[first]) ++x;
-            areas[static_cast<std::size_t>(label[first])] += x - first;
-        }
+    void operator+=(const Steps& more) {
+        straight += more.straight;
+        diagonal += more.diagonal;
     }
-    return areas;
+};
+
+double areaOf(std::int64_t pixels) { return static_cast<double>(pixels); }
+
+double lengthOf(const Steps& steps) {
+    return static_cast<double>(steps.straight) + kDiagonal * static_cast<double>(steps.diagonal);
 }
 
-// Each step is counted where it starts: to the right, and to the three pixels below. A diagonal step counts
-// only where no detour along row and column leads the same way.
-Measures lengthsOf(const cv::Mat& labels, int count) {
-    Measures lengths(static_cast<std::size_t>(count));
-    const std::vector<int> beyond(static_cast<std::size_t>(labels.cols), 0);
-    for (int y = 0; y < labels.rows; ++y) {
-        const int* row = labels.ptr<int>(y);
-        const int* below = y + 1 < labels.rows ? labels.ptr<int>(y + 1) : beyond.data();
-        for (int x = 0; x < labels.cols; ++x) {
-            if (row[x] == 0) continue;
-            const bool left = x > 0 && row[x - 1] != 0;
-            const bool right = x + 1 < labels.cols && row[x + 1] != 0;
-            const bool down = below[x] != 0;
-            const bool diagonalLeft = x > 0 && below[x - 1] != 0 && !left && !down;
-            const bool diagonalRight = x + 1 < labels.cols && below[x + 1] != 0 && !right && !down;
-            lengths[static_cast<std::size_t>(row[x])] +=
-                (right ? 1 : 0) + (down ? 1 : 0) +
-                kDiagonal * ((diagonalLeft ? 1 : 0) + (diagonalRight ? 1 : 0));
+// For each piece the number of pixels of its object.
+std::vector<std::int64_t> pixelsOf(const PixelRuns& objects) {
+    std::vector<std::int64_t> pixels(objects.pieces());
+    platform::forStripes(objects.stripes(), [&](int, const cv::Range& rows) {
+        for (int y = rows.start; y < rows.end; ++y) {
+            for (const PixelRun& run : objects.row(y)) pixels[run.piece] += run.end - run.begin;
         }
-    }
-    return lengths;
+    });
+    objects.join(pixels);
+    return pixels;
 }
 
-bool keepAtLeast(const cv::Mat& src, cv::Mat& dst, double least, const char* function,
-                 Measures (*measure)(const cv::Mat& labels, int count)) {
+// For each piece the steps of its object. A run steps down in each column that it shares with one below, and
+// where they touch at corners only, once diagonally.
+std::vector<Steps> stepsOf(const PixelRuns& objects) {
+    std::vector<Steps> steps(objects.pieces());
+    platform::forStripes(objects.stripes(), [&](int, const cv::Range& rows) {
+        for (int y = rows.start; y < rows.end; ++y) {
+            for (const PixelRun& run : objects.row(y)) steps[run.piece].straight += run.end - run.begin - 1;
+            if (y + 1 == objects.rows()) break;
+            forTouchingRuns(objects.row(y), objects.row(y + 1), 0,
+                            [&](const PixelRun& upper, const PixelRun&, int columns) {
+                                steps[upper.piece] += {columns, columns == 0 ? 1 : 0};
+                            });
+        }
+    });
+    objects.join(steps);
+    return steps;
+}
+
+// A copy in which the runs are 0 whose piece has a measure that `isSmall`.
+template <class Measure, class IsSmall>
+cv::Mat withoutSmall(const cv::Mat& src, const PixelRuns& objects, const std::vector<Measure>& measures,
+                     const IsSmall& isSmall) {
+    cv::Mat kept(src.size(), src.type());
+    platform::forStripes(objects.stripes(), [&](int, const cv::Range& rows) {
+        src.rowRange(rows).copyTo(kept.rowRange(rows));
+        for (int y = rows.start; y < rows.end; ++y) {
+            for (const PixelRun& run : objects.row(y)) {
+                if (isSmall(measures[run.piece]))
+                    std::fill(kept.ptr(y) + run.begin, kept.ptr(y) + run.end, uchar{0});
+            }
+        }
+    });
+    return kept;
+}
+
+// `measure` gives a value for each piece, sizeOf its size.
+template <class Measure, class SizeOf>
+bool keepAtLeast(const cv::Mat& src, cv::Mat& dst, double least, const char* function, Measure measure,
+                 SizeOf sizeOf) {
     if (!takesBytes(src, function)) return false;
     if (std::isnan(least)) return refuse(rcNotFinite, function, "the limit is not a number");
-    cv::Mat labels;
-    const int count = cv::connectedComponents(src, labels, 8, CV_32S);
-    const Measures measures = measure(labels, count);
-    std::vector<uchar> mask(measures.size());  // all bits of what stays
-    std::transform(measures.begin(), measures.end(), mask.begin(),
-                   [=](double value) { return static_cast<uchar>(value < least ? 0 : 255); });
-    cv::Mat kept = src.clone();
-    for (int y = 0; y < kept.rows; ++y) {
-        const int* label = labels.ptr<int>(y);
-        uchar* pixel = kept.ptr(y);
-        for (int x = 0; x < kept.cols; ++x) pixel[x] &= mask[static_cast<std::size_t>(label[x])];
-    }
-    dst = kept;
+    const PixelRuns objects(src, RunsOf::objects, 8);
+    dst = withoutSmall(src, objects, measure(objects),
+                       [&](const auto& value) { return sizeOf(value) < least; });
     return true;
 }
 
-double lengthOf(const cv::Vec4i& segment) {
+double extentOf(const cv::Vec4i& segment) {
     return std::hypot(static_cast<double>(segment[2]) - segment[0],
                       static_cast<double>(segment[3]) - segment[1]);
 }
@@ -80,16 +97,16 @@ double lengthOf(const cv::Vec4i& segment) {
 }  // namespace
 
 bool removeSmallObjects(const cv::Mat& src, cv::Mat& dst, double minArea) {
-    return keepAtLeast(src, dst, minArea, "removeSmallObjects", areasOf);
+    return keepAtLeast(src, dst, minArea, "removeSmallObjects", pixelsOf, areaOf);
 }
 
 bool removeShortLines(const cv::Mat& src, cv::Mat& dst, double minLength) {
-    return keepAtLeast(src, dst, minLength, "removeShortLines", lengthsOf);
+    return keepAtLeast(src, dst, minLength, "removeShortLines", stepsOf, lengthOf);
 }
 
 void removeShortLines(std::vector<cv::Vec4i>& segments, double minLength) {
     segments.erase(std::remove_if(segments.begin(), segments.end(),
-                                  [&](const cv::Vec4i& segment) { return lengthOf(segment) < minLength; }),
+                                  [&](const cv::Vec4i& segment) { return extentOf(segment) < minLength; }),
                    segments.end());
 }
 

@@ -88,8 +88,19 @@ template <class Curve>
 std::vector<ushort> levelTable(const cv::Mat& img, Curve curve) {
     const double top = fullLevel(img);
     std::vector<ushort> table(static_cast<std::size_t>(top) + 1);
-    for (std::size_t level = 0; level < table.size(); ++level) {
-        table[level] = cv::saturate_cast<ushort>(top * curve(static_cast<double>(level) / top));
+    const auto fill = [&](std::size_t from, std::size_t to) {
+        for (std::size_t level = from; level < to; ++level)
+            table[level] = cv::saturate_cast<ushort>(top * curve(static_cast<double>(level) / top));
+    };
+    // A curve of 65536 levels takes as long as mapping a picture by it.
+    constexpr std::size_t kPart = 1 << 13;
+    if (table.size() < kPart) {
+        fill(0, table.size());
+    } else {
+        platform::parallelFor(static_cast<int>(table.size() / kPart), [&](int i) {
+            const std::size_t from = static_cast<std::size_t>(i) * kPart;
+            fill(from, from + kPart);
+        });
     }
     return table;
 }

@@ -23,16 +23,10 @@ double pixelCount(const cv::Mat& img) { return static_cast<double>(img.total());
 double squared(double value) { return value * value; }
 
 // What partOf(rows) gives for stripes of rows, added in their order.
-template <class Part, class PartOf>
-Part sumByStripes(const cv::Mat& grey, const PartOf& partOf) {
-    const orx::platform::RowStripes stripes(grey.size(), orx::platform::kStripe);
-    std::vector<Part> parts(static_cast<std::size_t>(stripes.count()));
-    orx::platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
-        parts[static_cast<std::size_t>(stripe)] = partOf(rows);
-    });
-    Part sum{};
-    for (const Part& part : parts) sum += part;
-    return sum;
+template <class PartOf>
+auto sumByStripes(const cv::Mat& grey, const PartOf& partOf) {
+    return orx::platform::sumOfStripes({grey.size(), orx::platform::kStripe}, partOf,
+                                       orx::platform::addNumbers);
 }
 
 // The norm of the differences between pixels `step` columns apart, and `step` rows apart, added.
@@ -52,7 +46,7 @@ double differences(const cv::Mat& grey, int step, int norm) {
     };
     // Whole numbers are added exactly in any order up to here; larger ones in that of the rows.
     constexpr double kLargestExact = 9007199254740992.0;
-    const double sum = sumByStripes<double>(grey, ofRows);
+    const double sum = sumByStripes(grey, ofRows);
     return sum < kLargestExact ? sum : ofRows(cv::Range(0, grey.rows));
 }
 
@@ -118,7 +112,7 @@ std::int64_t sobelSquaresOfRows(const cv::Mat& grey, const cv::Range& range) {
 
 double sobelSquaresOfBytes(const cv::Mat& grey) {
     const auto ofRows = [&](const cv::Range& rows) { return sobelSquaresOfRows(grey, rows); };
-    return static_cast<double>(sumByStripes<std::int64_t>(grey, ofRows));
+    return static_cast<double>(sumByStripes(grey, ofRows));
 }
 
 struct LaplacianSums {
@@ -159,7 +153,7 @@ LaplacianSums laplacianSumsOfRows(const cv::Mat& grey, const cv::Range& range) {
 
 double laplacianVarianceOfBytes(const cv::Mat& grey) {
     const auto ofRows = [&](const cv::Range& rows) { return laplacianSumsOfRows(grey, rows); };
-    const auto sums = sumByStripes<LaplacianSums>(grey, ofRows);
+    const auto sums = sumByStripes(grey, ofRows);
     // As cv::meanStdDev rounds it.
     const double scale = 1.0 / pixelCount(grey);
     const double mean = static_cast<double>(sums.total) * scale;

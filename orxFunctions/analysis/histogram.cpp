@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstring>
 #include <opencv2/imgproc.hpp>
-#include <vector>
 
 #include "orxFunctions/platform/parallel_internal.h"
 
@@ -86,16 +85,7 @@ Histogram directHistogram(const cv::Mat& img, RowWalk walk) {
         return counter.total();
     };
     const platform::RowStripes stripes(img.size(), platform::kLightStripe);
-    if (stripes.count() == 1) return countRows({0, img.rows});
-    std::vector<Histogram> parts(static_cast<std::size_t>(stripes.count()));
-    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
-        parts[static_cast<std::size_t>(stripe)] = countRows(rows);
-    });
-    Histogram histogram{};
-    for (const Histogram& part : parts) {
-        for (std::size_t i = 0; i < histogram.size(); ++i) histogram[i] += part[i];
-    }
-    return histogram;
+    return platform::sumOfStripes(stripes, countRows, platform::addEach);
 }
 
 Histogram libraryHistogram(const cv::Mat& img) {

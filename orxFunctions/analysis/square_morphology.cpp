@@ -1,8 +1,11 @@
 #include "orxFunctions/analysis/square_morphology_internal.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
 #include <vector>
+
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
@@ -46,36 +49,53 @@ void spread(cv::Mat& binary, uchar level, Reach reach) {
     }
 }
 
-}  // namespace
+// A step by OpenCV, in stripes that are high beside the square: the rows around each are looked at, too.
+void filter(cv::Mat& image, cv::Mat& spare, int operation, const cv::Mat& square) {
+    const std::int64_t fewest = std::int64_t{8} * square.rows * image.cols;
+    const auto step = operation == cv::MORPH_ERODE ? cv::erode : cv::dilate;
+    spare.create(image.size(), image.type());
+    platform::forStripes({image.size(), std::max(platform::kStripe, fewest)},
+                         [&](int, const cv::Range& rows) {
+                             step(image.rowRange(rows), cv::Mat(spare.rowRange(rows)), square, {-1, -1}, 1,
+                                  cv::BORDER_CONSTANT, cv::morphologyDefaultBorderValue());
+                         });
+    cv::swap(image, spare);
+}
 
-void squareMorphology(cv::Mat& binary, int operation, int size) {
-    const bool known = operation >= cv::MORPH_ERODE && operation <= cv::MORPH_HITMISS;
-    if (!known || size <= kSmall) {
-        const int side = std::min(size, kSmall);
-        cv::morphologyEx(binary, binary, operation, cv::getStructuringElement(cv::MORPH_RECT, {side, side}));
-        return;
-    }
-    // A square that covers the image from wherever it stands acts like any larger one.
-    const int longest = std::max(binary.rows, binary.cols);
-    const Reach reach{std::min(size / 2, longest), std::min((size - 1) / 2, longest)};
-    const auto erode = [&](cv::Mat& image) { spread(image, 0, reach); };
-    const auto dilate = [&](cv::Mat& image) { spread(image, 255, reach); };
+// `step` erodes or dilates an image in place.
+template <class Step>
+void compose(cv::Mat& binary, int operation, const Step& step) {
     const cv::Mat original = operation >= cv::MORPH_GRADIENT ? binary.clone() : cv::Mat();
     const bool dilatesFirst =
         operation == cv::MORPH_DILATE || operation == cv::MORPH_CLOSE || operation == cv::MORPH_BLACKHAT;
-    if (dilatesFirst) {
-        dilate(binary);
-    } else {
-        erode(binary);
-    }
-    if (operation == cv::MORPH_OPEN || operation == cv::MORPH_TOPHAT) dilate(binary);
-    if (operation == cv::MORPH_CLOSE || operation == cv::MORPH_BLACKHAT) erode(binary);
+    step(binary, dilatesFirst ? cv::MORPH_DILATE : cv::MORPH_ERODE);
+    if (operation == cv::MORPH_OPEN || operation == cv::MORPH_TOPHAT) step(binary, cv::MORPH_DILATE);
+    if (operation == cv::MORPH_CLOSE || operation == cv::MORPH_BLACKHAT) step(binary, cv::MORPH_ERODE);
     if (operation == cv::MORPH_TOPHAT) cv::subtract(original, binary, binary);
     if (operation == cv::MORPH_BLACKHAT) cv::subtract(binary, original, binary);
     if (operation == cv::MORPH_GRADIENT) {
         cv::Mat dilated = original;
-        dilate(dilated);
+        step(dilated, cv::MORPH_DILATE);
         cv::subtract(dilated, binary, binary);
+    }
+}
+
+}  // namespace
+
+void squareMorphology(cv::Mat& binary, cv::Mat& spare, int operation, int size) {
+    const bool known = operation >= cv::MORPH_ERODE && operation <= cv::MORPH_HITMISS;
+    if (!known || size < 1) {
+        const int side = std::min(size, kSmall);
+        cv::morphologyEx(binary, binary, operation, cv::getStructuringElement(cv::MORPH_RECT, {side, side}));
+    } else if (size <= kSmall) {
+        const cv::Mat square = cv::getStructuringElement(cv::MORPH_RECT, {size, size});
+        compose(binary, operation, [&](cv::Mat& image, int step) { filter(image, spare, step, square); });
+    } else {
+        // A square that covers the image from wherever it stands acts like any larger one.
+        const int longest = std::max(binary.rows, binary.cols);
+        const Reach reach{std::min(size / 2, longest), std::min((size - 1) / 2, longest)};
+        compose(binary, operation,
+                [&](cv::Mat& image, int step) { spread(image, step == cv::MORPH_ERODE ? 0 : 255, reach); });
     }
 }
 

@@ -1,47 +1,109 @@
 #include "orxFunctions/analysis/threshold.h"
 
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <cstddef>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 #include <vector>
 
 #include "orxFunctions/analysis/contour_center.h"
+#include "orxFunctions/analysis/histogram_internal.h"
+#include "orxFunctions/analysis/largest_outline_internal.h"
 #include "orxFunctions/analysis/square_morphology_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx {
 namespace {
 
-using Contour = std::vector<cv::Point>;
+constexpr std::size_t kParts = 4;
+using Parts = std::array<cv::Rect, kParts>;
 
-void binarise(const cv::Mat& src, cv::Mat dst) {
-    // With Otsu the level passed is ignored.
-    cv::threshold(src, dst, 100, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
+// An image cut at a row and a column; parts may be empty.
+Parts partsOf(cv::Size size, cv::Point centre) {
+    const cv::Size rest(size.width - centre.x, size.height - centre.y);
+    return {cv::Rect(0, 0, centre.x, centre.y), cv::Rect(centre.x, 0, rest.width, centre.y),
+            cv::Rect(0, centre.y, centre.x, rest.height), cv::Rect(centre, rest)};
 }
 
-// The contour of largest area; empty when there is none.
-Contour largestContour(const cv::Mat& binary) {
-    // Outer contours are enough: no hole and nothing inside one has a larger area than what surrounds it.
-    std::vector<Contour> contours;
-    cv::findContours(binary, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
-    double largest = -1;
-    Contour result;
-    for (Contour& contour : contours) {
-        const double area = cv::contourArea(contour);
-        if (area > largest) {
-            largest = area;
-            result.swap(contour);
+// Calls body(i, piece) for what each of the parts has in the rows.
+template <class Body>
+void forPartsIn(const Parts& parts, const cv::Range& rows, const Body& body) {
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const cv::Rect& part = parts[i];
+        const int top = std::max(part.y, rows.start);
+        const int bottom = std::min(part.br().y, rows.end);
+        if (part.width > 0 && top < bottom) body(i, cv::Rect(part.x, top, part.width, bottom - top));
+    }
+}
+
+using Histograms = std::array<Histogram, kParts>;
+
+Histograms histogramsOf(const cv::Mat& bytes, const Parts& parts) {
+    const auto ofRows = [&](const cv::Range& rows) {
+        Histograms counts{};
+        forPartsIn(parts, rows,
+                   [&](std::size_t i, const cv::Rect& piece) { counts[i] = directHistogram(bytes(piece)); });
+        return counts;
+    };
+    const auto add = [](Histograms& sum, const Histograms& part) {
+        for (std::size_t i = 0; i < sum.size(); ++i) platform::addEach(sum[i], part[i]);
+    };
+    return platform::sumOfStripes({bytes.size(), platform::kLightStripe}, ofRows, add);
+}
+
+// The level that cv::threshold chooses with THRESH_OTSU, from its sums in its order, so that levels which
+// are equally good are told apart as there. N. Otsu, IEEE Trans. Syst. Man Cybern. 9 (1979).
+int otsuLevelOf(const Histogram& histogram, double pixels) {
+    const double share = 1.0 / pixels;
+    double mean = 0;
+    for (std::size_t i = 0; i < histogram.size(); ++i) mean += static_cast<double>(i) * histogram[i];
+    mean *= share;
+    double lower = 0;  // share of the pixels up to the level
+    double lowerMean = 0;
+    double best = 0;
+    int level = 0;
+    for (int i = 0; i < kLevels; ++i) {
+        const double own = histogram[static_cast<std::size_t>(i)] * share;
+        const double lowerSum = lowerMean * lower;
+        lower += own;
+        const double upper = 1.0 - lower;
+        lowerMean = lowerSum;
+        if (std::min(lower, upper) < FLT_EPSILON || std::max(lower, upper) > 1.0 - FLT_EPSILON) continue;
+        lowerMean = (lowerSum + i * own) / lower;
+        const double upperMean = (mean - lower * lowerMean) / upper;
+        const double variance = lower * upper * (lowerMean - upperMean) * (lowerMean - upperMean);
+        if (variance > best) {
+            best = variance;
+            level = i;
         }
     }
-    return result;
+    return level;
 }
 
-// Where the four quadrants meet; the first pixel when no object shows.
-cv::Point objectCentre(const cv::Mat& img, int morphOp, int kernelSize) {
-    cv::Mat binary(img.size(), img.type());
-    binarise(img, binary);
-    squareMorphology(binary, morphOp, kernelSize);
-    const Contour contour = largestContour(binary);
-    return contour.empty() ? cv::Point(0, 0) : getContourCenterPt(contour, 0);
+// Each part by its own level, 255 above.
+void binariseBytes(const cv::Mat& src, const Parts& parts, cv::Mat& dst) {
+    const Histograms histograms = histogramsOf(src, parts);
+    std::array<int, kParts> levels{};
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        levels[i] = otsuLevelOf(histograms[i], std::max(1.0, static_cast<double>(parts[i].area())));
+    platform::forStripes({src.size(), platform::kStripe}, [&](int, const cv::Range& rows) {
+        forPartsIn(parts, rows, [&](std::size_t i, const cv::Rect& piece) {
+            cv::threshold(src(piece), cv::Mat(dst(piece)), levels[i], 255, cv::THRESH_BINARY);
+        });
+    });
+}
+
+void binarise(const cv::Mat& src, cv::Point centre, cv::Mat& dst) {
+    dst.create(src.size(), src.type());
+    if (src.type() == CV_8UC1 && !src.empty()) {
+        binariseBytes(src, partsOf(src.size(), centre), dst);
+    } else {
+        // Refused here or further on. With Otsu the level passed is ignored.
+        cv::threshold(src, dst, 100, 255, cv::THRESH_BINARY | cv::THRESH_OTSU);
+    }
 }
 
 }  // namespace
@@ -52,16 +114,15 @@ void OTSUfourPartsThreshold(const cv::Mat& src, cv::Mat& dst, int morphOp, int k
                src.dims);
         return;
     }
-    const cv::Mat source = src;  // stays when dst is src
-    const cv::Point centre = objectCentre(source, morphOp, kernelSize);
-    dst = source.clone();
-    const cv::Range rows[] = {{0, centre.y}, {centre.y, source.rows}};
-    const cv::Range cols[] = {{0, centre.x}, {centre.x, source.cols}};
-    for (const cv::Range& row : rows) {
-        for (const cv::Range& col : cols) {
-            if (!row.empty() && !col.empty()) binarise(source(row, col), dst(row, col));
-        }
-    }
+    cv::Mat binary;
+    cv::Mat spare;
+    binarise(src, {0, 0}, binary);
+    squareMorphology(binary, spare, morphOp, kernelSize);
+    const std::vector<cv::Point> outline = largestOutline(binary);
+    // Where the four quadrants meet; the first pixel when no object shows.
+    const cv::Point centre = outline.empty() ? cv::Point(0, 0) : getContourCenterPt(outline, 0);
+    binarise(src, centre, binary);
+    dst = binary;
 }
 
 void OTSUfourPartsThreshold(cv::Mat& src, cv::Mat& dst, int morphOp, int kernelSize) {

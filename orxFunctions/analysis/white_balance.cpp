@@ -4,9 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <numeric>
-#include <utility>
 #include <vector>
 
 #include "orxFunctions/analysis/grey_input_internal.h"
@@ -47,20 +44,11 @@ platform::RowStripes stripesToCount(const cv::Mat& img) {
 
 template <class Pixel>
 ChannelCounts countLevels(const cv::Mat& img) {
-    const platform::RowStripes stripes = stripesToCount(img);
-    std::vector<ChannelCounts> parts(static_cast<std::size_t>(stripes.count()));
-    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
-        parts[static_cast<std::size_t>(stripe)] = countRows<Pixel>(img, rows);
-    });
-    ChannelCounts counts = std::move(parts.front());
-    for (std::size_t part = 1; part < parts.size(); ++part) {
-        for (std::size_t c = 0; c < 3; ++c) {
-            const std::vector<std::uint64_t>& more = parts[part][c];
-            std::transform(counts[c].begin(), counts[c].end(), more.begin(), counts[c].begin(),
-                           std::plus<>());
-        }
-    }
-    return counts;
+    const auto ofRows = [&](const cv::Range& rows) { return countRows<Pixel>(img, rows); };
+    const auto addChannels = [](ChannelCounts& sum, const ChannelCounts& part) {
+        for (std::size_t c = 0; c < sum.size(); ++c) platform::addEach(sum[c], part[c]);
+    };
+    return platform::sumOfStripes(stripesToCount(img), ofRows, addChannels);
 }
 
 cv::Vec3d whiteLevels(const cv::Mat& img, double share) {
@@ -78,13 +66,10 @@ cv::Vec3d whiteLevels(const cv::Mat& img, double share) {
 }
 
 cv::Vec3d meanLevels(const cv::Mat& img) {
-    const platform::RowStripes stripes(img.size(), platform::kStripe);
-    std::vector<cv::Scalar> parts(static_cast<std::size_t>(stripes.count()));
-    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
-        parts[static_cast<std::size_t>(stripe)] = cv::sum(img.rowRange(rows));
-    });
     // Whole numbers, in doubles: exact in any order.
-    const cv::Scalar sum = std::accumulate(parts.begin(), parts.end(), cv::Scalar());
+    const auto ofRows = [&](const cv::Range& rows) { return cv::sum(img.rowRange(rows)); };
+    const cv::Scalar sum =
+        platform::sumOfStripes({img.size(), platform::kStripe}, ofRows, platform::addNumbers);
     const cv::Scalar mean = sum * (1.0 / static_cast<double>(img.total()));
     return {mean[0], mean[1], mean[2]};
 }

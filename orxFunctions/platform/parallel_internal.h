@@ -4,9 +4,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utility.hpp>
+#include <utility>
+#include <vector>
 
 namespace orx::platform {
 
@@ -62,6 +66,7 @@ class RowStripes {
     }
 
     int count() const { return count_; }
+    int stripeOf(int row) const { return count_ == 1 ? 0 : row / rowsOfAStripe_; }
     cv::Range rows(int stripe) const {
         if (count_ == 1) return {0, rows_};
         return {stripe * rowsOfAStripe_, std::min(rows_, (stripe + 1) * rowsOfAStripe_)};
@@ -82,6 +87,26 @@ void forStripes(const RowStripes& stripes, const Body& body) {
         parallelFor(stripes.count(), [&](int stripe) { body(stripe, stripes.rows(stripe)); });
     }
 }
+
+// What partOf(rows) gives for each stripe, added up in their order by add(sum, part), which begins with the
+// first one's part.
+template <typename PartOf, typename Add>
+auto sumOfStripes(const RowStripes& stripes, const PartOf& partOf, const Add& add) {
+    if (stripes.count() == 1) return partOf(stripes.rows(0));
+    std::vector<decltype(partOf(stripes.rows(0)))> parts(static_cast<std::size_t>(stripes.count()));
+    forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+        parts[static_cast<std::size_t>(stripe)] = partOf(rows);
+    });
+    auto sum = std::move(parts.front());
+    for (std::size_t i = 1; i < parts.size(); ++i) add(sum, parts[i]);
+    return sum;
+}
+
+// Ways to add: numbers, and containers of as many numbers each.
+constexpr auto addNumbers = [](auto& sum, const auto& part) { sum += part; };
+constexpr auto addEach = [](auto& sum, const auto& part) {
+    std::transform(sum.begin(), sum.end(), part.begin(), sum.begin(), std::plus<>());
+};
 
 }  // namespace orx::platform
 

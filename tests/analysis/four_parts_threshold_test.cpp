@@ -7,6 +7,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "tests/support/refusal_check.h"
+#include "tests/support/thread_counts.h"
 
 namespace {
 
@@ -126,6 +127,57 @@ TEST(OtsuFourParts, WideSquaresActAsTheyDoInOpenCV) {
         orx::OTSUfourPartsThreshold(img, dst, operation, size);
         ASSERT_TRUE(equal(dst, byOpenCV(img, operation, size)))
             << "operation " << operation << ", square " << size << ", image " << img.size();
+    }
+}
+
+// Squares and so much noise that each part has its own level; all but the last large enough to be cut into
+// stripes.
+std::vector<cv::Mat> noisySquares() {
+    std::vector<cv::Mat> images;
+    cv::RNG random(6);
+    for (const cv::Size& size : {cv::Size(811, 679), cv::Size(1537, 401), cv::Size(66001, 9),
+                                 cv::Size(1, 600001), cv::Size(90, 70)}) {
+        cv::Mat img(size, CV_8UC1, cv::Scalar(20));
+        for (int i = 0; i < 60; ++i) {
+            const cv::Point corner(random.uniform(0, size.width), random.uniform(0, size.height));
+            const int side = random.uniform(1, 90);
+            cv::rectangle(img, {corner, cv::Size(side, side)}, cv::Scalar(100), cv::FILLED);
+        }
+        cv::Mat noise(size, CV_8UC1);
+        random.fill(noise, cv::RNG::UNIFORM, 0, 120);
+        images.push_back(img + noise);
+    }
+    return images;
+}
+
+TEST(OtsuFourParts, LargeImagesAreAsByOpenCVOnAnyNumberOfThreads) {
+    int operation = 0;
+    for (const cv::Mat& img : noisySquares()) {
+        for (const int size : {1, 2, 5, 31}) {
+            operation = (operation + 1) % 8;
+            SCOPED_TRACE(testing::Message()
+                         << "operation " << operation << ", square " << size << ", image " << img.size());
+            EXPECT_TRUE(orx::test::madeAlike(byOpenCV(img, operation, size), [&] {
+                cv::Mat dst;
+                orx::OTSUfourPartsThreshold(img, dst, operation, size);
+                return dst;
+            }));
+        }
+    }
+}
+
+TEST(OtsuFourParts, LevelsAreThoseOfOpenCVForAnyHistogram) {
+    cv::RNG random(12);
+    for (int round = 0; round < 300; ++round) {
+        cv::Mat img(random.uniform(1, 40), random.uniform(1, 40), CV_8UC1);
+        // Up to seven levels, so that many splits are equally good; and all of them.
+        const int levels = random.uniform(1, 8);
+        for (int i = 0; i < static_cast<int>(img.total()); ++i)
+            img.at<uchar>(i / img.cols, i % img.cols) =
+                static_cast<uchar>(round % 3 == 0 ? random.uniform(0, 256) : random.uniform(0, levels) * 36);
+        cv::Mat dst;
+        orx::OTSUfourPartsThreshold(img, dst, cv::MORPH_OPEN, 3);
+        ASSERT_TRUE(equal(dst, byOpenCV(img, cv::MORPH_OPEN, 3))) << round;
     }
 }
 

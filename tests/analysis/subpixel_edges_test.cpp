@@ -10,6 +10,7 @@
 #include "tests/support/edge_reference.h"
 #include "tests/support/edge_scene.h"
 #include "tests/support/refusal_check.h"
+#include "tests/support/thread_counts.h"
 
 namespace {
 
@@ -134,6 +135,30 @@ INSTANTIATE_TEST_SUITE_P(
                     EdgeRun{"sevenColumns", Kind::kNoise, {7, 66}, 0, 4, 0.6},
                     EdgeRun{"seventeenColumns", Kind::kNoise, {17, 65}, 0, 4, 0.6}),
     [](const testing::TestParamInfo<EdgeRun>& run) { return std::string(run.param.name); });
+
+// One outline of low contrast runs up and down, over rows that several threads share; strong it is at one
+// end.
+TEST(EdgesSubPix, AWeakOutlineIsFollowedFromItsStrongEndAcrossAllStripes) {
+    cv::Mat img(400, 640, CV_8UC1, cv::Scalar(100));
+    for (int x = 20; x + 12 < img.cols; x += 24) img(cv::Rect(x, 30 + x % 7, 12, 300)).setTo(112);
+    img(cv::Rect(20, 340, 600, 40)).setTo(112);
+    for (int x = 20; x + 12 < img.cols; x += 24) img(cv::Rect(x, 320, 12, 30)).setTo(112);
+    cv::Mat strong = img.clone();
+    for (int y = 36; y < 179; ++y) strong(cv::Rect(20, y, 12, 1)).setTo(290 - y);  // down to 112
+    const auto found = [](const cv::Mat& gray, int high) {
+        std::vector<ORXEdge::TContour> contours;
+        EXPECT_TRUE(ORXEdge::EdgesSubPix(gray, contours, 4, high, 1.0));
+        std::size_t points = 0;
+        for (const ORXEdge::TContour& contour : contours) points += contour.points.size();
+        return points;
+    };
+    for (const int threads : {1, 2, 5}) {
+        const orx::test::ThreadCount count(threads);
+        EXPECT_EQ(found(img, 40), 0U);
+        EXPECT_GT(found(strong, 40), 15000U);
+        EXPECT_EQ(found(strong, 40), found(strong, 4));
+    }
+}
 
 TEST(EdgesSubPix, DoesNotDependOnTheNumberOfThreads) {
     cv::Mat gray = picture(Kind::kScene, {640, 480}, 3);

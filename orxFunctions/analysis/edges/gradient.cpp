@@ -6,8 +6,6 @@
 #include <limits>
 #include <opencv2/core/utility.hpp>
 
-#include "orxFunctions/platform/parallel_internal.h"
-
 namespace orx::edges {
 namespace {
 
@@ -42,14 +40,6 @@ std::size_t firstGroup(const std::vector<std::int16_t>& coefficients) {
         sum += coefficients[count++];
     }
     return count;
-}
-
-// Runs body(from, to) for stripes of rows.
-template <typename Body>
-void forStripes(int rows, const Body& body) {
-    platform::parallelFor(stripeCount(rows), [&](int stripe) {
-        body(stripe * kStripeRows, std::min(rows, (stripe + 1) * kStripeRows));
-    });
 }
 
 // Filters rows of an image with a derivative kernel.
@@ -128,7 +118,7 @@ std::vector<std::int16_t> derivativeKernel(double sigma) {
 GradientImage derivativeGradient(const cv::Mat& smoothed, const std::vector<std::int16_t>& halfKernel) {
     GradientImage gradient(smoothed.rows, smoothed.cols);
     const Kernels& kernels = edge_kernels::chosen();
-    forStripes(smoothed.rows, [&](int from, int to) {
+    forStripes(smoothed.rows, [&](int, int from, int to) {
         DerivativeFilter filter(smoothed, halfKernel);
         for (int r = from; r < to; ++r) {
             filter.filter(r, kernels, gradient.row(r));
@@ -171,7 +161,7 @@ GradientImage gaussianGradient(const cv::Mat& gray, const std::vector<GaussTap>&
     const Kernels& kernels = edge_kernels::chosen();
     const int radius = static_cast<int>(taps.size()) - 1;
     const std::size_t padded = static_cast<std::size_t>(gray.cols) + 2 * static_cast<std::size_t>(radius);
-    forStripes(gray.rows, [&](int from, int to) {
+    forStripes(gray.rows, [&](int, int from, int to) {
         std::vector<const std::uint8_t*> rows(2 * taps.size() - 1);
         std::vector<std::int16_t> smooth(padded);
         std::vector<std::int16_t> derive(padded);

@@ -2,12 +2,14 @@
 #ifndef ORXFUNCTIONS_ANALYSIS_EDGE_GRADIENT_INTERNAL_H
 #define ORXFUNCTIONS_ANALYSIS_EDGE_GRADIENT_INTERNAL_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "orxFunctions/analysis/edges/kernels.h"
+#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 
@@ -57,6 +59,14 @@ std::vector<edge_kernels::GaussTap> gaussianTaps(double sigma);
 // Rows that a thread takes at a time, and how many such stripes there are.
 constexpr int kStripeRows = 64;
 constexpr int stripeCount(int rows) { return (rows + kStripeRows - 1) / kStripeRows; }
+
+// Calls body(stripe, from, to) for stripes of rows, on several threads.
+template <typename Body>
+void forStripes(int rows, const Body& body) {
+    platform::parallelFor(stripeCount(rows), [&](int stripe) {
+        body(stripe, stripe * kStripeRows, std::min(rows, (stripe + 1) * kStripeRows));
+    });
+}
 
 }  // namespace orx::edges
 

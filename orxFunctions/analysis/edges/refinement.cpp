@@ -1,6 +1,8 @@
 #include "orxFunctions/analysis/edges/refinement.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace orx::edges {
 namespace {
@@ -16,16 +18,27 @@ float directionOf(const FacetBlock& block, std::size_t i) {
     return static_cast<float>(angle < 0 ? angle + kTwoPi : angle);
 }
 
+// Memory for each chain, which takes a good part of the time where chains are short.
+void makeRoom(const std::vector<PixelChain>& chains, std::vector<ORXEdge::TContour>& contours) {
+    contours.resize(chains.size());
+    constexpr std::size_t kChainsOfAStripe = 512;
+    const std::size_t stripes = (chains.size() + kChainsOfAStripe - 1) / kChainsOfAStripe;
+    platform::parallelFor(static_cast<int>(stripes), [&](int stripe) {
+        const std::size_t from = static_cast<std::size_t>(stripe) * kChainsOfAStripe;
+        const std::size_t to = std::min(chains.size(), from + kChainsOfAStripe);
+        for (std::size_t i = from; i < to; ++i) {
+            contours[i].points.resize(chains[i].size());
+            contours[i].direction.resize(chains[i].size());
+            contours[i].response.resize(chains[i].size());
+        }
+    });
+}
+
 }  // namespace
 
 void refineChains(const GradientImage& gradient, const std::vector<PixelChain>& chains,
                   std::vector<ORXEdge::TContour>& contours) {
-    contours.resize(chains.size());
-    for (std::size_t i = 0; i < chains.size(); ++i) {
-        contours[i].points.resize(chains[i].size());
-        contours[i].direction.resize(chains[i].size());
-        contours[i].response.resize(chains[i].size());
-    }
+    makeRoom(chains, contours);
     const edge_kernels::Kernels& kernels = edge_kernels::chosen();
     forBlocks<FacetBlock>(gradient, chains, [&](FacetBlock& block, const ChainBlock& piece) {
         const cv::Point* pixels = chains[piece.chain].data() + piece.from;

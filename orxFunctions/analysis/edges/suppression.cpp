@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "orxFunctions/analysis/edges/kernels.h"
-#include "orxFunctions/platform/parallel_internal.h"
 
 namespace orx::edges {
 namespace {
@@ -54,10 +53,11 @@ class MagnitudeRing {
     std::array<std::vector<std::int32_t>, 3> rows_;
 };
 
-// Positions in the map of the maxima of a stripe of rows.
+// A stripe of rows: positions in the map of its maxima.
 struct Maxima {
     std::vector<std::uint8_t*> strong;
     std::vector<std::uint8_t*> weak;
+    std::vector<std::uint8_t*> atSeams;  // edges in the first and the last row
 };
 
 void addRow(const SuppressedRow& found, std::uint8_t* mapRow, Maxima& maxima) {
@@ -71,6 +71,13 @@ void addRow(const SuppressedRow& found, std::uint8_t* mapRow, Maxima& maxima) {
     }
 }
 
+// Rows of the map are one further down than those of the image, which its frame surrounds.
+void clearRows(cv::Mat& map, int from, int to) {
+    const int first = from == 0 ? 0 : from + 1;
+    const int last = to + 2 == map.rows ? to + 2 : to + 1;
+    map.rowRange(first, last).setTo(kNoEdge);
+}
+
 Maxima suppressRows(const GradientImage& gradient, SquaredThresholds thresholds, int from, int to,
                     cv::Mat& map) {
     const Kernels& kernels = edge_kernels::chosen();
@@ -79,6 +86,7 @@ Maxima suppressRows(const GradientImage& gradient, SquaredThresholds thresholds,
     SuppressedRow found{columns.data(), columns.data() + cols, 0, 0};
     MagnitudeRing ring(gradient, kernels);
     Maxima maxima;
+    clearRows(map, from, to);
     ring.load(from - 1);
     ring.load(from);
     for (int r = from; r < to; ++r) {
@@ -90,47 +98,82 @@ Maxima suppressRows(const GradientImage& gradient, SquaredThresholds thresholds,
     return maxima;
 }
 
-// Spreads edges to the possible edges that touch them. The outcome is the set of connected maxima that hold a
-// strong one, in whatever order pixels are visited.
-void spreadEdges(std::vector<std::uint8_t*>& stack, std::ptrdiff_t step) {
+// Spreads edges to the possible edges that touch them, in the rows from `begin` to before `end`. The outcome
+// is the set of connected maxima that hold a strong one, in whatever order pixels are visited. Calls
+// visit(pixel) for each.
+template <class Visit>
+void spreadEdges(std::vector<std::uint8_t*>& stack, std::ptrdiff_t step, const std::uint8_t* begin,
+                 const std::uint8_t* end, const Visit& visit) {
     const std::ptrdiff_t neighbours[] = {-step - 1, -step, -step + 1, -1, 1, step - 1, step, step + 1};
     while (!stack.empty()) {
         std::uint8_t* pixel = stack.back();
         stack.pop_back();
+        visit(pixel);
         for (const std::ptrdiff_t offset : neighbours) {
-            if (pixel[offset] != kMaybeEdge) continue;
-            pixel[offset] = kEdge;
-            stack.push_back(pixel + offset);
+            std::uint8_t* const next = pixel + offset;
+            if (next < begin || next >= end || *next != kMaybeEdge) continue;
+            *next = kEdge;
+            stack.push_back(next);
         }
     }
+}
+
+// Within the stripe alone.
+void spreadWithin(cv::Mat& map, int from, int to, Maxima& maxima) {
+    std::vector<std::uint8_t*> stack = maxima.strong;
+    const std::uint8_t* const second = map.ptr(from + 2);
+    const std::uint8_t* const last = map.ptr(to);
+    spreadEdges(stack, static_cast<std::ptrdiff_t>(map.step), map.ptr(from + 1), map.ptr(to + 1),
+                [&](std::uint8_t* pixel) {
+                    if (pixel < second || pixel >= last) maxima.atSeams.push_back(pixel);
+                });
+}
+
+// And on from one stripe to the next.
+void spreadOverSeams(cv::Mat& map, const std::vector<Maxima>& stripes) {
+    std::vector<std::uint8_t*> stack;
+    for (const Maxima& stripe : stripes)
+        stack.insert(stack.end(), stripe.atSeams.begin(), stripe.atSeams.end());
+    spreadEdges(stack, static_cast<std::ptrdiff_t>(map.step), map.datastart, map.dataend,
+                [](std::uint8_t*) {});
+}
+
+// Weak maxima that no strong one reaches are none.
+void dropUnreached(Maxima& maxima) {
+    const auto isUnreached = [](std::uint8_t* pixel) {
+        if (*pixel == kEdge) return false;
+        *pixel = kNoEdge;
+        return true;
+    };
+    maxima.weak.erase(std::remove_if(maxima.weak.begin(), maxima.weak.end(), isUnreached), maxima.weak.end());
+}
+
+// All strong ones, then the others.
+std::vector<std::uint8_t*> pixelsOf(const std::vector<Maxima>& stripes) {
+    std::size_t count = 0;
+    for (const Maxima& stripe : stripes) count += stripe.strong.size() + stripe.weak.size();
+    std::vector<std::uint8_t*> pixels;
+    pixels.reserve(count);
+    for (const Maxima& stripe : stripes)
+        pixels.insert(pixels.end(), stripe.strong.begin(), stripe.strong.end());
+    for (const Maxima& stripe : stripes) pixels.insert(pixels.end(), stripe.weak.begin(), stripe.weak.end());
+    return pixels;
 }
 
 }  // namespace
 
 EdgePixels findEdgePixels(const GradientImage& gradient, SquaredThresholds thresholds) {
-    cv::Mat map(gradient.rows() + 2, gradient.cols() + 2, CV_8U, cv::Scalar(kNoEdge));
+    cv::Mat map(gradient.rows() + 2, gradient.cols() + 2, CV_8U);
     std::vector<Maxima> stripes(static_cast<std::size_t>(stripeCount(gradient.rows())));
-    platform::parallelFor(static_cast<int>(stripes.size()), [&](int stripe) {
-        const int from = stripe * kStripeRows;
-        stripes[static_cast<std::size_t>(stripe)] =
-            suppressRows(gradient, thresholds, from, std::min(gradient.rows(), from + kStripeRows), map);
+    forStripes(gradient.rows(), [&](int stripe, int from, int to) {
+        Maxima& maxima = stripes[static_cast<std::size_t>(stripe)];
+        maxima = suppressRows(gradient, thresholds, from, to, map);
+        spreadWithin(map, from, to, maxima);
     });
-    EdgePixels edges;
-    for (Maxima& stripe : stripes) {
-        edges.pixels.insert(edges.pixels.end(), stripe.strong.begin(), stripe.strong.end());
-        spreadEdges(stripe.strong, static_cast<std::ptrdiff_t>(map.step));
-    }
-    for (const Maxima& stripe : stripes) {
-        for (std::uint8_t* pixel : stripe.weak) {
-            if (*pixel == kEdge) {
-                edges.pixels.push_back(pixel);
-            } else {
-                *pixel = kNoEdge;
-            }
-        }
-    }
-    edges.map = map(cv::Rect(1, 1, gradient.cols(), gradient.rows()));
-    return edges;
+    spreadOverSeams(map, stripes);
+    forStripes(gradient.rows(),
+               [&](int stripe, int, int) { dropUnreached(stripes[static_cast<std::size_t>(stripe)]); });
+    return {map(cv::Rect(1, 1, gradient.cols(), gradient.rows())), pixelsOf(stripes)};
 }
 
 }  // namespace orx::edges

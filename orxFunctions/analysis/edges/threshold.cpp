@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <opencv2/imgproc.hpp>
-#include <vector>
 
 #include "orxFunctions/platform/parallel_internal.h"
 
@@ -33,18 +32,12 @@ LevelHistogram levelsOfAnyType(const cv::Mat& gx, const cv::Mat& gy) {
 // Adds up what count(levels, row) counts of every row.
 template <class Count>
 LevelHistogram levelsOfRows(cv::Size size, const Count& count) {
-    const platform::RowStripes stripes(size, platform::kStripe);
-    std::vector<LevelHistogram> parts(static_cast<std::size_t>(stripes.count()));
-    platform::forStripes(stripes, [&](int stripe, const cv::Range& rows) {
+    const auto ofRows = [&](const cv::Range& rows) {
         LevelHistogram levels{};
         for (int r = rows.start; r < rows.end; ++r) count(levels, r);
-        parts[static_cast<std::size_t>(stripe)] = levels;
-    });
-    LevelHistogram levels{};
-    for (const LevelHistogram& part : parts) {
-        for (std::size_t i = 0; i < levels.size(); ++i) levels[i] += part[i];
-    }
-    return levels;
+        return levels;
+    };
+    return platform::sumOfStripes({size, platform::kStripe}, ofRows, platform::addEach);
 }
 
 bool arePlainGradients(const cv::Mat& gx, const cv::Mat& gy) {
