@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/three_points_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
@@ -15,24 +16,18 @@ namespace {
 
 // The offset that centres the points: the middle of their extents, towards zero.
 cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
-    cv::Point low = points.front();
-    cv::Point high = points.front();
-    for (const cv::Point& p : points) {
-        low.x = std::min(low.x, p.x);
-        low.y = std::min(low.y, p.y);
-        high.x = std::max(high.x, p.x);
-        high.y = std::max(high.y, p.y);
-    }
-    return {(Wrap32(low.x) + Wrap32(high.x)).value() / 2, (Wrap32(low.y) + Wrap32(high.y)).value() / 2};
+    const circle_kernels::Extents e = circle_kernels::chosen().extents(spanOf(points));
+    return {(Wrap32(e.lowX) + Wrap32(e.highX)).value() / 2, (Wrap32(e.lowY) + Wrap32(e.highY)).value() / 2};
 }
 
 // Sums of the powers of centred coordinates that the algebraic circle needs.
-struct CircleSums {
-    double x = 0, y = 0, xx = 0, yy = 0, xxx = 0, yyy = 0, xy = 0, xyy = 0, xxy = 0;
-};
-
-CircleSums circleSums(const std::vector<cv::Point>& points, cv::Point offset) {
-    CircleSums sum;
+circle_kernels::PowerSums circleSums(const std::vector<cv::Point>& points, cv::Point offset) {
+    if (points.size() <= circle_kernels::kMostWrapped) {
+        return circle_kernels::chosen().wrappedPowerSums(spanOf(points), offset.x, offset.y);
+    }
+    // Sums of more points may be rounded, so the order of the additions counts.
+    circle_kernels::PowerSums sum = {};
+    sum.w = static_cast<double>(points.size());
     for (const cv::Point& p : points) {
         const Wrap32 x = Wrap32(p.x) - Wrap32(offset.x);
         const Wrap32 y = Wrap32(p.y) - Wrap32(offset.y);
@@ -131,8 +126,8 @@ bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
     if (points.size() < 3)
         return refuse(rcTooFew, "fitCircle", "%zu points; at least 3 are taken", points.size());
     const cv::Point offset = middleOfExtents(points);
-    const CircleSums s = circleSums(points, offset);
-    const auto n = static_cast<double>(points.size());
+    const circle_kernels::PowerSums s = circleSums(points, offset);
+    const double n = s.w;
     const double C = n * s.xx - s.x * s.x;
     const double D = n * s.xy - s.x * s.y;
     const double E = n * s.xxx + n * s.xyy - (s.xx + s.yy) * s.x;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <random>
 
 #include "orxFunctions/orxfunctions.h"
 
@@ -126,6 +128,87 @@ TEST(CalcPolygonArea, TakesTheVerticesInAnyOrder) {
     EXPECT_EQ(orx::calcPolygonArea({{10, 10}, {14, 10}}), 0.0);
     // The cross terms are 0, 65536 * 65536 (0 in 32 bits) and 0.
     EXPECT_EQ(orx::calcPolygonArea({{0, 0}, {65536, 0}, {0, 65536}}), 0.0);
+}
+
+// The algebraic circle as it is stated: sums in the order of the points, products in 32-bit integers.
+cv::Point3d plainCircle(const Points& points) {
+    const auto wrapped = [](std::int64_t a, std::int64_t b) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
+    };
+    const auto middle = [](int low, int high) {
+        return static_cast<std::int32_t>(static_cast<std::uint32_t>(low) + static_cast<std::uint32_t>(high)) /
+               2;
+    };
+    const auto [left, right] =
+        std::minmax_element(points.begin(), points.end(), [](cv::Point a, cv::Point b) { return a.x < b.x; });
+    const auto [top, bottom] =
+        std::minmax_element(points.begin(), points.end(), [](cv::Point a, cv::Point b) { return a.y < b.y; });
+    const std::int32_t ox = middle(left->x, right->x);
+    const std::int32_t oy = middle(top->y, bottom->y);
+    double sx = 0, sy = 0, sxx = 0, syy = 0, sxxx = 0, syyy = 0, sxy = 0, sxyy = 0, sxxy = 0;
+    for (const cv::Point& p : points) {
+        const auto x = static_cast<std::int32_t>(std::int64_t{p.x} - ox);
+        const auto y = static_cast<std::int32_t>(std::int64_t{p.y} - oy);
+        const std::int32_t xx = wrapped(x, x);
+        const std::int32_t yy = wrapped(y, y);
+        sx += x;
+        sy += y;
+        sxx += xx;
+        syy += yy;
+        sxxx += wrapped(xx, x);
+        syyy += wrapped(yy, y);
+        sxy += wrapped(x, y);
+        sxyy += wrapped(x, yy);
+        sxxy += wrapped(xx, y);
+    }
+    const auto n = static_cast<double>(points.size());
+    const double C = n * sxx - sx * sx;
+    const double D = n * sxy - sx * sy;
+    const double E = n * sxxx + n * sxyy - (sxx + syy) * sx;
+    const double G = n * syy - sy * sy;
+    const double H = n * sxxy + n * syyy - (sxx + syy) * sy;
+    const double a = (H * D - E * G) / (C * G - D * D);
+    const double b = (H * C - E * D) / (D * D - G * C);
+    const double c = -(a * sx + b * sy + sxx + syy) / n;
+    return {ox - a / 2, oy - b / 2, std::sqrt(a * a + b * b - 4 * c) / 2};
+}
+
+Points scattered(std::size_t count, int extent, std::mt19937& random) {
+    std::uniform_int_distribution<int> at(-extent, extent);
+    Points points(count);
+    for (cv::Point& p : points) p = {at(random), at(random)};
+    return points;
+}
+
+// On each processor's way through the sums; centred coordinates above 1290 wrap in the third power.
+TEST(FitCircle, HasTheBitsOfThePlainSums) {
+    const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+    std::mt19937 random(11);
+    for (const bool optimized : {true, false}) {
+        for (std::size_t count = 3; count < 60; ++count) {
+            for (const int extent : {2, 500, 1400, 100000, kHighest}) {
+                const Points points = scattered(count, extent, random);
+                cv::Point3d circle;
+                cv::setUseOptimized(optimized);
+                EXPECT_TRUE(orx::fitCircle(points, circle));
+                cv::setUseOptimized(true);
+                const cv::Point3d expected = plainCircle(points);
+                EXPECT_TRUE(same(circle.x, expected.x) && same(circle.y, expected.y) &&
+                            same(circle.z, expected.z))
+                    << count << " points up to " << extent << ": " << circle << ", " << expected;
+            }
+        }
+    }
+}
+
+// Some 5 million points, nearly all with the same odd cube: its sum passes 2^53 and is rounded from there on.
+TEST(FitCircle, AddsInOrderWhereSumsAreRounded) {
+    Points points((std::size_t{1} << 22) + 700001, {-1289, -1289});
+    for (std::size_t i = 0; i < points.size(); i += 50) points[i] = {1289, 1289};
+    for (std::size_t i = 0; i < points.size(); i += 97) points[i] = {1288, -1289};
+    cv::Point3d circle;
+    EXPECT_TRUE(orx::fitCircle(points, circle));
+    EXPECT_EQ(circle, plainCircle(points));
 }
 
 }  // namespace
