@@ -77,7 +77,14 @@ void directionPlain(benchmark::State& state) {
         return angle < 0 ? angle + 360 : angle;
     });
 }
+// The arc tangent that the direction is stated by, alone.
+void directionTangent(benchmark::State& state) {
+    sumOver(state, [](cv::Point p) {
+        return std::atan(static_cast<double>(p.y - kFrom.y) / static_cast<double>(p.x - kFrom.x));
+    });
+}
 BENCHMARK(direction)->ORX_COUNTS;
+BENCHMARK(directionTangent)->Name("limit/direction")->ORX_COUNTS;
 BENCHMARK(directionPlain)->Name("plain/direction")->ORX_COUNTS;
 
 const std::vector<cv::Point> kQuadrilateral = {{300, 200}, {2200, 350}, {2400, 1700}, {250, 1500}};

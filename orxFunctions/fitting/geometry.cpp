@@ -7,6 +7,7 @@
 
 #include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/three_points_internal.h"
+#include "orxFunctions/fitting/vertex_order_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
@@ -63,9 +64,10 @@ double angleToX(cv::Point from, cv::Point to) {
     const double dy = static_cast<double>(to.y) - static_cast<double>(from.y);
     if (dy == 0) return dx >= 0 ? 0.0 : 180.0;
     if (dx == 0) return dy < 0 ? 270.0 : 90.0;
-    const double angle = degrees(std::atan(dy / dx));
-    if (dx < 0) return angle + 180;
-    return dy < 0 ? angle + 360 : angle;
+    // By a table, since no processor guesses the quadrant of the next point. The angle is never 0 here, so
+    // the first 0 changes nothing.
+    constexpr double kTurns[] = {0, 360, 180, 180};
+    return degrees(std::atan(dy / dx)) + kTurns[2 * (dx < 0) + (dy < 0)];
 }
 
 double avoidFloatZero(double v) {
@@ -147,11 +149,7 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
         if (pts[i].y < pts[0].y) std::swap(pts[0], pts[i]);
     }
     const cv::Point base = pts[0];
-    struct Vertex {
-        double angle;
-        cv::Point point;
-    };
-    std::vector<Vertex> others;
+    std::vector<AngledVertex> others;
     others.reserve(pts.size() - 1);
     for (std::size_t i = 1; i < pts.size(); ++i) {
         const double dx = static_cast<double>(pts[i].x) - base.x;
@@ -160,10 +158,10 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
         const bool repeated = dx == 0 && dy == 0;
         others.push_back({repeated ? -1.0 : std::acos(dx / std::sqrt(dx * dx + dy * dy)), pts[i]});
     }
-    // Stable: among equal angles the one met first comes first.
-    std::stable_sort(others.begin(), others.end(),
-                     [](const Vertex& a, const Vertex& b) { return a.angle > b.angle; });
-    std::transform(others.begin(), others.end(), pts.begin() + 1, [](const Vertex& v) { return v.point; });
+    // Among equal angles the one met first comes first.
+    sortByFallingAngle(others);
+    std::transform(others.begin(), others.end(), pts.begin() + 1,
+                   [](const AngledVertex& v) { return v.point; });
     return true;
 }
 

@@ -95,6 +95,33 @@ TEST(IsPointInRect, IsStrictForBothWindings) {
     for (const cv::Point& corner : corners) EXPECT_FALSE(inside(corner));
 }
 
+// The turns as they are stated, on corners so far apart that products and differences wrap.
+TEST(IsPointInRect, WrapsAsTheStatedTurns) {
+    const auto turn = [](cv::Point a, cv::Point b, cv::Point p) {
+        const auto wide = [](int value) { return static_cast<std::uint32_t>(value); };
+        return static_cast<std::int32_t>((wide(b.x) - wide(a.x)) * (wide(p.y) - wide(a.y)) -
+                                         (wide(b.y) - wide(a.y)) * (wide(p.x) - wide(a.x)));
+    };
+    std::mt19937 random(14);
+    int inside = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const int reach = i % 3 == 0 ? 3 : i % 3 == 1 ? 60000 : kHighest;
+        std::uniform_int_distribution<int> at(-reach, reach);
+        cv::Point p[5];
+        for (cv::Point& point : p) point = {at(random), at(random)};
+        int left = 0, right = 0;
+        for (int k = 0; k < 4; ++k) {
+            const std::int32_t t = turn(p[k], p[(k + 1) % 4], p[4]);
+            left += t < 0;
+            right += t > 0;
+        }
+        const bool expected = left == 4 || right == 4;
+        EXPECT_EQ(orx::isPointInRect(p[4], p[0], p[1], p[2], p[3]), expected);
+        inside += expected;
+    }
+    EXPECT_GT(inside, 1000);
+}
+
 TEST(SortPolygonVertexs, StartsAtTheTopAndRunsFromLeftToRight) {
     // Around the base (4, 0): directions 135, 117, 90, 63 and 0 degrees.
     const Points sorted = {{4, 0}, {0, 4}, {2, 4}, {4, 4}, {6, 4}, {9, 0}};
@@ -114,6 +141,43 @@ TEST(SortPolygonVertexs, EarlierPointsWinTies) {
     Points same(4, {7, 7});
     EXPECT_TRUE(orx::sortPolygonVertexs(same));
     EXPECT_EQ(same, Points(4, {7, 7}));
+}
+
+// The order as it is stated: by the angle at the topmost point, equal ones as they come.
+Points plainOrder(Points pts) {
+    for (std::size_t i = 1; i < pts.size(); ++i) {
+        if (pts[i].y < pts[0].y) std::swap(pts[0], pts[i]);
+    }
+    const cv::Point base = pts[0];
+    const auto angleOf = [&](cv::Point p) {
+        const double dx = p.x - base.x;
+        const double dy = p.y - base.y;
+        return p == base ? -1.0 : std::acos(dx / std::sqrt(dx * dx + dy * dy));
+    };
+    std::stable_sort(pts.begin() + 1, pts.end(),
+                     [&](cv::Point a, cv::Point b) { return angleOf(a) > angleOf(b); });
+    return pts;
+}
+
+// All around; on a small grid, with many ties and repeated bases; nearly all in one direction.
+TEST(SortPolygonVertexs, LongListsAreOrderedAsShortOnes) {
+    std::mt19937 random(13);
+    for (const int count : {15, 16, 17, 63, 64, 65, 66, 400, 3000}) {
+        Points round, grid, narrow;
+        for (int i = 0; i < count; ++i) {
+            const double angle = 2 * CV_PI * i / count;
+            round.emplace_back(cvRound(1e6 * std::cos(angle)), cvRound(9e5 * std::sin(angle)));
+            grid.emplace_back(static_cast<int>(random() % 9), static_cast<int>(random() % 5));
+            narrow.emplace_back(static_cast<int>(random() % 100000000), static_cast<int>(random() % 7));
+        }
+        narrow.emplace_back(-5, 900);
+        std::shuffle(round.begin(), round.end(), random);
+        for (const Points& points : {round, grid, narrow}) {
+            Points sorted = points;
+            ASSERT_TRUE(orx::sortPolygonVertexs(sorted));
+            EXPECT_EQ(sorted, plainOrder(points)) << count;
+        }
+    }
 }
 
 TEST(CalcPolygonArea, TakesTheVerticesInAnyOrder) {
