@@ -77,7 +77,14 @@ void directionPlain(benchmark::State& state) {
         return angle < 0 ? angle + 360 : angle;
     });
 }
+// The arc tangent that the direction is stated by, alone.
+void directionTangent(benchmark::State& state) {
+    sumOver(state, [](cv::Point p) {
+        return std::atan(static_cast<double>(p.y - kFrom.y) / static_cast<double>(p.x - kFrom.x));
+    });
+}
 BENCHMARK(direction)->ORX_COUNTS;
+BENCHMARK(directionTangent)->Name("limit/direction")->ORX_COUNTS;
 BENCHMARK(directionPlain)->Name("plain/direction")->ORX_COUNTS;
 
 const std::vector<cv::Point> kQuadrilateral = {{300, 200}, {2200, 350}, {2400, 1700}, {250, 1500}};
@@ -115,7 +122,26 @@ void circleThroughThreeSolved(benchmark::State& state) {
         return std::sqrt((s[0] * s[0] + s[1] * s[1]) / 4 - s[2]);
     });
 }
+// The same closed form, with its std::hypot.
+bool plainThroughThree(cv::Point2d a, cv::Point2d b, cv::Point2d c, cv::Point3d& out) {
+    const double overThird = ((a.y * a.y - c.y * c.y) + (a.x * a.x - c.x * c.x)) / 2;
+    const double overSecond = ((a.y * a.y - b.y * b.y) + (a.x * a.x - b.x * b.x)) / 2;
+    const double det = (a.x - c.x) * (a.y - b.y) - (a.y - c.y) * (a.x - b.x);
+    if (std::abs(det) < 1e-5) return false;
+    const double x = (overThird * (a.y - b.y) - overSecond * (a.y - c.y)) / det;
+    const double y = (overSecond * (a.x - c.x) - overThird * (a.x - b.x)) / det;
+    out = {x, y, std::hypot(a.x - x, a.y - y)};
+    return true;
+}
+void circleThroughThreePlain(benchmark::State& state) {
+    sumOver(state, [](cv::Point p) {
+        cv::Point3d circle;
+        plainThroughThree(kFrom, kTo, p, circle);
+        return circle.z;
+    });
+}
 BENCHMARK(circleThroughThree)->Name("circle_through_three")->ORX_COUNTS;
+BENCHMARK(circleThroughThreePlain)->Name("plain/circle_through_three")->ORX_COUNTS;
 BENCHMARK(circleThroughThreeSolved)->Name("opencv/circle_through_three")->ORX_COUNTS;
 
 void circleFit(benchmark::State& state) {
@@ -214,7 +240,20 @@ void chosenPlain(benchmark::State& state) {
         for (const int i : indices) out.push_back(points[static_cast<std::size_t>(i)]);
     });
 }
+// What every function that takes both lists by value costs its caller before it does anything.
+void chosenCopies(benchmark::State& state) {
+    const Points points = scattered(countOf(state));
+    const std::vector<int> indices = someIndices(points.size());
+    bench::steady(state, [&] {
+        Points copy = points;
+        benchmark::DoNotOptimize(copy.data());
+        std::vector<int> copiedIndices = indices;
+        benchmark::DoNotOptimize(copiedIndices.data());
+        benchmark::ClobberMemory();
+    });
+}
 BENCHMARK(chosen)->Name("points_by_index")->ORX_COUNTS;
+BENCHMARK(chosenCopies)->Name("copies/points_by_index")->ORX_COUNTS;
 BENCHMARK(chosenPlain)->Name("plain/points_by_index")->ORX_COUNTS;
 
 // Both begin with a copy of the list.

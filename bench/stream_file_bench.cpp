@@ -1,6 +1,7 @@
 // Stream files, beside the same bytes through one call of the C runtime.
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <vector>
@@ -39,6 +40,25 @@ void writePlain(benchmark::State& state) {
     finish(state);
 }
 BENCHMARK(writePlain)->Name("runtime/stream_write")->Arg(300000)->Arg(5000000)->Unit(benchmark::kMillisecond);
+
+// The same bytes where a stream file has them: 8 further on, so that no page of the matrix is one of the
+// file.
+void writePlainAfterHeader(benchmark::State& state) {
+    const cv::Mat matrix = matrixOf(state);
+    const std::int32_t header[2] = {};
+    for (auto _ : state) {
+        std::FILE* const file = std::fopen(benchFile().c_str(), "wb");
+        benchmark::DoNotOptimize(std::fwrite(header, sizeof header, 1, file));
+        benchmark::DoNotOptimize(std::fwrite(matrix.data, 8, matrix.total(), file));
+        std::fclose(file);
+    }
+    finish(state);
+}
+BENCHMARK(writePlainAfterHeader)
+    ->Name("runtime/stream_write_after_header")
+    ->Arg(300000)
+    ->Arg(5000000)
+    ->Unit(benchmark::kMillisecond);
 
 void readStream(benchmark::State& state) {
     orx::image2StreamFile(matrixOf(state), {1, 1}, benchFile(), "text");

@@ -134,13 +134,15 @@ class GaussianSlope {
 
     // At every sample.
     std::vector<double> values() const {
-        std::vector<double> kernel(bell_.size());
         const double area = kSqrt2Pi * std::pow(sigma_, 3);
-        for (int k = 0; k <= lead_; ++k) kernel[size(k)] = k * bell_[size(k)] / area;
         std::vector<double> slopes(size(count()));
-        for (std::size_t i = 0; i < slopes.size(); ++i) {
-            const double* middle = profile_.data() + i + lead_;
-            for (int k = 1; k <= lead_; ++k) slopes[i] += kernel[size(k)] * (middle[k] - middle[-k]);
+        // All samples with one pair of levels after the other, so that compilers make vectors of it.
+        const double* const middle = profile_.data() + lead_;
+        for (int k = 1; k <= lead_; ++k) {
+            const double weight = k * bell_[size(k)] / area;
+            const double* const after = middle + k;
+            const double* const before = middle - k;
+            for (std::size_t i = 0; i < slopes.size(); ++i) slopes[i] += weight * (after[i] - before[i]);
         }
         return slopes;
     }
@@ -152,7 +154,9 @@ class GaussianSlope {
         const int centre = static_cast<int>(std::lround(place));
         const double fraction = place - centre;
         const double* middle = profile_.data() + centre + lead_;
-        const double ratio = std::exp(fraction / (sigma_ * sigma_));
+        // Each extremum begins at a sample, where both bells are 1.
+        const bool isSample = fraction == 0;
+        const double ratio = isSample ? 1.0 : std::exp(fraction / (sigma_ * sigma_));
         Slope slope;
         double power = 1;
         for (int k = 1; k <= lead_; ++k) {
@@ -161,7 +165,7 @@ class GaussianSlope {
             slope.add((fraction + k) / sigma_, (middle[-k] - middle[0]) * bell_[size(k)] / power);
         }
         const double t = fraction / sigma_;
-        slope.scale(std::exp(-t * t / 2) / (kSqrt2Pi * sigma_), sigma_);
+        slope.scale((isSample ? 1.0 : std::exp(-t * t / 2)) / (kSqrt2Pi * sigma_), sigma_);
         return slope;
     }
 

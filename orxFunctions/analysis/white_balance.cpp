@@ -42,6 +42,33 @@ platform::RowStripes stripesToCount(const cv::Mat& img) {
     return {img.size(), deep ? std::max(pixels / 4, platform::kStripe) : platform::kStripe};
 }
 
+// Neighbours of equal level would wait for each other's update of one table.
+template <>
+ChannelCounts countRows<uchar>(const cv::Mat& img, const cv::Range& rows) {
+    constexpr std::size_t kTables = 4;
+    std::array<std::array<std::array<std::uint32_t, 256>, 3>, kTables> tables{};
+    ChannelCounts counts = noCounts(img);
+    const auto channels = static_cast<std::size_t>(img.channels());
+    const auto cols = static_cast<std::size_t>(img.cols);
+    const auto count = [&](const uchar* pixel, std::size_t table) {
+        for (std::size_t c = 0; c < 3; ++c) ++tables[table][c][pixel[c]];
+    };
+    for (int y = rows.start; y < rows.end; ++y) {
+        const uchar* pixel = img.ptr(y);
+        std::size_t x = 0;
+        for (; x + kTables <= cols; x += kTables, pixel += kTables * channels) {
+            for (std::size_t table = 0; table < kTables; ++table) count(pixel + table * channels, table);
+        }
+        for (; x < cols; ++x, pixel += channels) count(pixel, 0);
+    }
+    for (const auto& table : tables) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            for (std::size_t i = 0; i < table[c].size(); ++i) counts[c][i] += table[c][i];
+        }
+    }
+    return counts;
+}
+
 template <class Pixel>
 ChannelCounts countLevels(const cv::Mat& img) {
     const auto ofRows = [&](const cv::Range& rows) { return countRows<Pixel>(img, rows); };
@@ -109,6 +136,40 @@ bool takesGains(const cv::Vec3d& gains, TRefusalCode code, const char* function)
                   gains[2]);
 }
 
+// What cv::multiply makes of each level of 8 bits, channel by channel.
+using Products = std::array<std::array<uchar, 256>, 4>;
+
+Products productsOf(const cv::Scalar& factors) {
+    cv::Mat levels(1, 256, CV_8UC4);
+    for (int level = 0; level < levels.cols; ++level) levels.col(level).setTo(cv::Scalar::all(level));
+    cv::multiply(levels, factors, levels);
+    Products products;
+    for (std::size_t i = 0; i < 256; ++i) {
+        for (std::size_t c = 0; c < 4; ++c) products[c][i] = levels.data[4 * i + c];
+    }
+    return products;
+}
+
+template <std::size_t Channels>
+void replaceLevels(const Products& products, const uchar* src, std::size_t pixels, uchar* dst) {
+    for (std::size_t i = 0; i < pixels; ++i, src += Channels, dst += Channels) {
+        uchar replaced[Channels];
+        for (std::size_t c = 0; c < Channels; ++c) replaced[c] = products[c][src[c]];
+        for (std::size_t c = 0; c < Channels; ++c) dst[c] = replaced[c];
+    }
+}
+
+void multiplyRows(const cv::Mat& src, const Products& products, cv::Mat& dst) {
+    const auto cols = static_cast<std::size_t>(src.cols);
+    for (int y = 0; y < src.rows; ++y) {
+        if (src.channels() == 3) {
+            replaceLevels<3>(products, src.ptr(y), cols, dst.ptr(y));
+        } else {
+            replaceLevels<4>(products, src.ptr(y), cols, dst.ptr(y));
+        }
+    }
+}
+
 cv::Mat multiplied(const cv::Mat& src, const cv::Vec3d& gains) {
     cv::Mat result;
     if (lightChannels(src) == 1) {
@@ -116,9 +177,15 @@ cv::Mat multiplied(const cv::Mat& src, const cv::Vec3d& gains) {
     } else {
         result.create(src.size(), src.type());
         const cv::Scalar factors(gains[0], gains[1], gains[2], 1.0);
+        const Products products = productsOf(factors);
         const platform::RowStripes stripes(src.size(), platform::kStripe);
         platform::forStripes(stripes, [&](int, const cv::Range& rows) {
-            cv::multiply(src.rowRange(rows), factors, cv::Mat(result.rowRange(rows)));
+            cv::Mat part(result.rowRange(rows));
+            if (src.depth() == CV_8U) {
+                multiplyRows(src.rowRange(rows), products, part);
+            } else {
+                cv::multiply(src.rowRange(rows), factors, part);
+            }
         });
     }
     return result;

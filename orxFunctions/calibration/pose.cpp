@@ -29,9 +29,11 @@ bool isPermutationOfAxes(const std::string& sequence) {
 }  // namespace
 
 cv::Mat TPoint6DToMatrix::Point6D2Matrix44(zul::TPoint6D pose) {
-    const cv::Mat translation = (cv::Mat_<double>(3, 1) << pose.x, pose.y, pose.z);
-    const cv::Mat eulerAngle = (cv::Mat_<double>(1, 3) << pose.rx, pose.ry, pose.rz);
-    return R_T2HomogeneousMatrix(eulerAngleToRotateMatrix(eulerAngle, "zyx"), translation);
+    // Headers over what is here: a matrix of its own would cost more than its numbers.
+    double translation[] = {pose.x, pose.y, pose.z};
+    double degrees[] = {pose.rx, pose.ry, pose.rz};
+    return R_T2HomogeneousMatrix(eulerAngleToRotateMatrix(cv::Mat(1, 3, CV_64F, degrees), "zyx"),
+                                 cv::Mat(3, 1, CV_64F, translation));
 }
 
 cv::Mat TPoint6DToMatrix::eulerAngleToRotateMatrix(const cv::Mat& eulerAngle, const std::string& sequence) {
@@ -39,16 +41,16 @@ cv::Mat TPoint6DToMatrix::eulerAngleToRotateMatrix(const cv::Mat& eulerAngle, co
         cv::error(cv::Error::StsAssert, "eulerAngle.rows == 1 && eulerAngle.cols == 3",
                   "orx::TPoint6DToMatrix::eulerAngleToRotateMatrix", __FILE__, __LINE__);
     }
-    cv::Mat rotation = cv::Mat::zeros(3, 3, CV_64F);
+    cv::Matx33d product = cv::Matx33d::zeros();
     if (isPermutationOfAxes(sequence)) {
         const cv::Matx13d degrees = eulerAngle;
         // Intended: the letters are read from the last to the first.
-        rotation = cv::Mat(rotationAbout(sequence[2], degrees) * rotationAbout(sequence[1], degrees) *
-                               rotationAbout(sequence[0], degrees),
-                           true);
+        product = rotationAbout(sequence[2], degrees) * rotationAbout(sequence[1], degrees) *
+                  rotationAbout(sequence[0], degrees);
     } else {
         std::cout << "Euler Angle Sequence string is wrong...";
     }
+    cv::Mat rotation(product);
     if (!isRotatedMatrix(rotation)) {
         std::cout << "Euler Angle convert to RotatedMatrix failed..." << std::endl;
         std::exit(-1);  // NOLINT(concurrency-mt-unsafe): stated behaviour, see the header
@@ -62,9 +64,17 @@ bool TPoint6DToMatrix::isRotatedMatrix(cv::Mat& rotation) {
 }
 
 cv::Mat TPoint6DToMatrix::R_T2HomogeneousMatrix(const cv::Mat& rotation, const cv::Mat& translation) {
-    cv::Mat transform = cv::Mat::eye(4, 4, CV_64F);
-    rotation.copyTo(transform(cv::Rect(0, 0, 3, 3)));
-    translation.copyTo(transform(cv::Rect(3, 0, 1, 3)));
+    const cv::Matx33d r = rotation;
+    const cv::Matx31d t = translation;
+    cv::Mat transform(4, 4, CV_64F);
+    for (int i = 0; i < 3; ++i) {
+        double* const row = transform.ptr<double>(i);
+        for (int j = 0; j < 3; ++j) row[j] = r(i, j);
+        row[3] = t(i);
+    }
+    double* const last = transform.ptr<double>(3);
+    std::fill(last, last + 3, 0.0);
+    last[3] = 1;
     return transform;
 }
 

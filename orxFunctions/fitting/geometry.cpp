@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <utility>
 
+#include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/fitting/three_points_internal.h"
+#include "orxFunctions/fitting/vertex_order_internal.h"
 #include "orxFunctions/foundation/angles_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 #include "orxFunctions/foundation/wrapping_internal.h"
@@ -15,24 +17,18 @@ namespace {
 
 // The offset that centres the points: the middle of their extents, towards zero.
 cv::Point middleOfExtents(const std::vector<cv::Point>& points) {
-    cv::Point low = points.front();
-    cv::Point high = points.front();
-    for (const cv::Point& p : points) {
-        low.x = std::min(low.x, p.x);
-        low.y = std::min(low.y, p.y);
-        high.x = std::max(high.x, p.x);
-        high.y = std::max(high.y, p.y);
-    }
-    return {(Wrap32(low.x) + Wrap32(high.x)).value() / 2, (Wrap32(low.y) + Wrap32(high.y)).value() / 2};
+    const circle_kernels::Extents e = circle_kernels::chosen().extents(spanOf(points));
+    return {(Wrap32(e.lowX) + Wrap32(e.highX)).value() / 2, (Wrap32(e.lowY) + Wrap32(e.highY)).value() / 2};
 }
 
 // Sums of the powers of centred coordinates that the algebraic circle needs.
-struct CircleSums {
-    double x = 0, y = 0, xx = 0, yy = 0, xxx = 0, yyy = 0, xy = 0, xyy = 0, xxy = 0;
-};
-
-CircleSums circleSums(const std::vector<cv::Point>& points, cv::Point offset) {
-    CircleSums sum;
+circle_kernels::PowerSums circleSums(const std::vector<cv::Point>& points, cv::Point offset) {
+    if (points.size() <= circle_kernels::kMostWrapped) {
+        return circle_kernels::chosen().wrappedPowerSums(spanOf(points), offset.x, offset.y);
+    }
+    // Sums of more points may be rounded, so the order of the additions counts.
+    circle_kernels::PowerSums sum = {};
+    sum.w = static_cast<double>(points.size());
     for (const cv::Point& p : points) {
         const Wrap32 x = Wrap32(p.x) - Wrap32(offset.x);
         const Wrap32 y = Wrap32(p.y) - Wrap32(offset.y);
@@ -68,9 +64,10 @@ double angleToX(cv::Point from, cv::Point to) {
     const double dy = static_cast<double>(to.y) - static_cast<double>(from.y);
     if (dy == 0) return dx >= 0 ? 0.0 : 180.0;
     if (dx == 0) return dy < 0 ? 270.0 : 90.0;
-    const double angle = degrees(std::atan(dy / dx));
-    if (dx < 0) return angle + 180;
-    return dy < 0 ? angle + 360 : angle;
+    // By a table, since no processor guesses the quadrant of the next point. The angle is never 0 here, so
+    // the first 0 changes nothing.
+    constexpr double kTurns[] = {0, 360, 180, 180};
+    return degrees(std::atan(dy / dx)) + kTurns[2 * (dx < 0) + (dy < 0)];
 }
 
 double avoidFloatZero(double v) {
@@ -131,8 +128,8 @@ bool fitCircle(std::vector<cv::Point> points, cv::Point3d& out) {
     if (points.size() < 3)
         return refuse(rcTooFew, "fitCircle", "%zu points; at least 3 are taken", points.size());
     const cv::Point offset = middleOfExtents(points);
-    const CircleSums s = circleSums(points, offset);
-    const auto n = static_cast<double>(points.size());
+    const circle_kernels::PowerSums s = circleSums(points, offset);
+    const double n = s.w;
     const double C = n * s.xx - s.x * s.x;
     const double D = n * s.xy - s.x * s.y;
     const double E = n * s.xxx + n * s.xyy - (s.xx + s.yy) * s.x;
@@ -152,11 +149,7 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
         if (pts[i].y < pts[0].y) std::swap(pts[0], pts[i]);
     }
     const cv::Point base = pts[0];
-    struct Vertex {
-        double angle;
-        cv::Point point;
-    };
-    std::vector<Vertex> others;
+    std::vector<AngledVertex> others;
     others.reserve(pts.size() - 1);
     for (std::size_t i = 1; i < pts.size(); ++i) {
         const double dx = static_cast<double>(pts[i].x) - base.x;
@@ -165,10 +158,10 @@ bool sortPolygonVertexs(std::vector<cv::Point>& pts) {
         const bool repeated = dx == 0 && dy == 0;
         others.push_back({repeated ? -1.0 : std::acos(dx / std::sqrt(dx * dx + dy * dy)), pts[i]});
     }
-    // Stable: among equal angles the one met first comes first.
-    std::stable_sort(others.begin(), others.end(),
-                     [](const Vertex& a, const Vertex& b) { return a.angle > b.angle; });
-    std::transform(others.begin(), others.end(), pts.begin() + 1, [](const Vertex& v) { return v.point; });
+    // Among equal angles the one met first comes first.
+    sortByFallingAngle(others);
+    std::transform(others.begin(), others.end(), pts.begin() + 1,
+                   [](const AngledVertex& v) { return v.point; });
     return true;
 }
 

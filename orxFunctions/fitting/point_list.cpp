@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "orxFunctions/fitting/inlier_tests_internal.h"
+#include "orxFunctions/fitting/pixel_span_internal.h"
 #include "orxFunctions/foundation/refusal_internal.h"
 
 namespace orx {
@@ -43,16 +45,31 @@ bool removeMarked(std::vector<cv::Point>& pts, const std::vector<int>& idx) {
     return true;
 }
 
+void keepInRing(std::vector<cv::Point>& pts, const inlier_kernels::CircleTest& test) {
+    if (pts.empty()) return;
+    pts.resize(circle_kernels::chosen().keepInRing(&pts.front().x, pts.size(),
+                                                   {test.x, test.y, test.nearest, test.farthest}));
+}
+
+// The same for a radius that is negative or not a number, too.
+void keepNearOutline(std::vector<cv::Point>& pts, const TCircle& circle, int tol) {
+    const auto isFar = [&](const cv::Point& p) {
+        const double dx = p.x - circle.x;
+        const double dy = p.y - circle.y;
+        return !(std::abs(std::sqrt(dx * dx + dy * dy) - circle.r) < tol);
+    };
+    pts.erase(std::remove_if(pts.begin(), pts.end(), isFar), pts.end());
+}
+
 }  // namespace
 
 void getPointOnCircle(std::vector<cv::Point> pts, TCircle circle, std::vector<cv::Point>& out, int tol) {
-    out.clear();
-    out.reserve(pts.size());
-    for (const cv::Point& p : pts) {
-        const double dx = p.x - circle.x;
-        const double dy = p.y - circle.y;
-        if (std::abs(std::sqrt(dx * dx + dy * dy) - circle.r) < tol) out.push_back(p);
+    if (circle.r >= 0) {
+        keepInRing(pts, circleCloserThan(circle.x, circle.y, circle.r, tol));
+    } else {
+        keepNearOutline(pts, circle, tol);
     }
+    out = std::move(pts);
 }
 
 bool getPointListFromIdxList(std::vector<cv::Point> pts, std::vector<int> idx, std::vector<cv::Point>& out) {

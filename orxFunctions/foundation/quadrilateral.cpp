@@ -1,30 +1,29 @@
 #include "orxFunctions/foundation/quadrilateral.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 
 #include "orxFunctions/foundation/wrapping_internal.h"
 
 namespace orx {
 namespace {
 
-// The z component of (b - a) x (p - a).
-std::int32_t turn(cv::Point from, cv::Point to, cv::Point toPoint) {
-    const WrapPoint a(from);
-    const WrapPoint b(to);
-    const WrapPoint p(toPoint);
-    return ((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x)).value();
-}
+// The z component of (b - a) x (p - a), from a and b as seen from p: wrapped integers make it the same.
+std::int32_t turn(const WrapPoint& a, const WrapPoint& b) { return (a.x * b.y - a.y * b.x).value(); }
 
 }  // namespace
 
 bool isPointInRect(cv::Point p, cv::Point a, cv::Point b, cv::Point c, cv::Point d) {
-    const std::int32_t turns[] = {turn(a, b, p), turn(b, c, p), turn(c, d, p), turn(d, a, p)};
-    const auto positive = [](std::int32_t t) { return t > 0; };
-    const auto negative = [](std::int32_t t) { return t < 0; };
-    return std::all_of(std::begin(turns), std::end(turns), positive) ||
-           std::all_of(std::begin(turns), std::end(turns), negative);
+    const WrapPoint origin(p);
+    const auto seen = [&](cv::Point corner) { return WrapPoint(corner) - origin; };
+    const WrapPoint from[] = {seen(a), seen(b), seen(c), seen(d)};
+    // All four without a branch between them: their signs are hard to guess.
+    const std::int32_t first = turn(from[0], from[1]);
+    const std::int32_t second = turn(from[1], from[2]);
+    const std::int32_t third = turn(from[2], from[3]);
+    const std::int32_t fourth = turn(from[3], from[0]);
+    const bool right = (first > 0) & (second > 0) & (third > 0) & (fourth > 0);
+    const bool left = (first & second & third & fourth) < 0;
+    return right | left;
 }
 
 }  // namespace orx

@@ -30,6 +30,9 @@ class Wrap32 {
 // A point whose coordinates calculate in 32-bit integers that wrap.
 struct WrapPoint {
     explicit WrapPoint(cv::Point p) : x(p.x), y(p.y) {}
+    WrapPoint(Wrap32 column, Wrap32 row) : x(column), y(row) {}
+
+    friend WrapPoint operator-(const WrapPoint& a, const WrapPoint& b) { return {a.x - b.x, a.y - b.y}; }
 
     Wrap32 x;
     Wrap32 y;

@@ -1,5 +1,6 @@
 #include "arrays.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <limits>
@@ -133,9 +134,14 @@ void refuseWide(const char* name, const char* expected) {
     throw py::value_error(std::string(name) + ": expected " + expected + " within 32 bits");
 }
 
+// An array of doubles without gaps as it is, which spares asking numpy for a conversion.
+Doubles doublesOf(const py::array& array) {
+    return Doubles::check_(array) ? py::reinterpret_borrow<Doubles>(array) : Doubles(array);
+}
+
 template <typename Point>
 std::vector<Point> pointsAs(const Argument& argument, const char* name) {
-    const Doubles array(rowsOf(argument, name, kPoints, 2, false));
+    const Doubles array = doublesOf(rowsOf(argument, name, kPoints, 2, false));
     const auto* data = array.data();
     std::vector<Point> points(static_cast<std::size_t>(array.shape(0)));
     for (Point& point : points) {
@@ -225,7 +231,21 @@ std::vector<cv::Point2f> pointsOf(const Argument& argument, const char* name) {
 }
 
 std::vector<cv::Point2d> precisePointsOf(const Argument& argument, const char* name) {
-    return pointsAs<cv::Point2d>(argument, name);
+    static_assert(sizeof(cv::Point2d) == 2 * sizeof(double));
+    const Doubles array = doublesOf(rowsOf(argument, name, kPoints, 2, false));
+    const auto* next = reinterpret_cast<const cv::Point2d*>(array.data());
+    const auto* const end = next + array.shape(0);
+    std::vector<cv::Point2d> points;
+    points.reserve(static_cast<std::size_t>(end - next));
+    // In pieces: one long copy may be left to the processor's string move, which takes several times as long
+    // as vectors do for some distances of the two.
+    constexpr std::ptrdiff_t kPiece = 64;
+    while (next != end) {
+        const auto* const piece = next + std::min(kPiece, end - next);
+        points.insert(points.end(), next, piece);
+        next = piece;
+    }
+    return points;
 }
 
 std::vector<cv::Point3d> spacePointsOf(const Argument& argument, const char* name) {
@@ -333,7 +353,10 @@ std::uint64_t seedOf(const Argument& argument, const char* name) {
 
 ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths, std::vector<py::ssize_t> shape) {
     static_assert(sizeof(bool) == 1);
-    return ArrayOf<bool>(arrayFrom(std::move(truths), std::move(shape)).attr("view")(py::dtype::of<bool>()));
+    auto* held = new std::vector<unsigned char>(std::move(truths));
+    const py::capsule owner = ownerOf(held);
+    if (shape.empty()) shape = {static_cast<py::ssize_t>(held->size())};
+    return ArrayOf<bool>(py::array_t<bool>(shape, reinterpret_cast<const bool*>(held->data()), owner));
 }
 
 ArrayOf<int> arrayFrom(std::vector<cv::Point>&& points) { return pairsFrom<int>(std::move(points)); }

@@ -47,6 +47,13 @@ def test_a_line_is_where_it_is_and_uncertain_at_its_ends() -> None:
     assert np.allclose(line.start, row()[0], atol=0.5) and np.allclose(line.end, row()[-1], atol=0.5)
 
 
+@pytest.mark.parametrize("fit", [fitting.fit_line, fitting.fit_circle, fitting.fit_arc, fitting.fit_ellipse])
+def test_shapes_have_every_field(fit: Callable[..., Any]) -> None:
+    shape = fit(noisy(ring(sweep=200.0), 0.05))
+    assert shape is not None and len(shape) == len(shape._fields) and shape == type(shape)(*shape)
+    assert len(shape.report) == len(shape.report._fields) and shape.report is shape[-1]
+
+
 def test_an_upright_line_has_no_slope() -> None:
     line = fitting.fit_line(np.array([[3, 0], [3, 1], [3, 5], [3, 9]]))
     assert line is not None and abs(line.angle) == pytest.approx(90.0)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <opencv2/imgproc.hpp>
@@ -223,6 +224,40 @@ TEST(WhiteBalance, WhitePatchIgnoresTheShareAboveIt) {
         out.convertTo(out, CV_8U, 1.0 / scale);
         EXPECT_EQ(out.at<cv::Vec4b>(3, 3), cv::Vec4b(200, 200, 200, 9));
         EXPECT_EQ(out.at<cv::Vec4b>(0, 0), cv::Vec4b(255, 255, 255, 9));
+    }
+}
+
+// Every level times every kind of gain, in widths that leave a rest behind the last vector.
+TEST(WhiteBalance, GainsAreOpenCvsProducts) {
+    cv::RNG random(15);
+    for (const int type : {CV_8UC3, CV_8UC4, CV_16UC3}) {
+        for (const cv::Vec3d& gains : {cv::Vec3d(1, 2, 3), cv::Vec3d(0, 1e6, 0.5),
+                                       cv::Vec3d(1.37, 0.211, 4.9), cv::Vec3d(0.9999999, 1.0000001, 253.7)}) {
+            cv::Mat whole(40, 53, type);
+            random.fill(whole, cv::RNG::UNIFORM, 0, 65536);
+            const cv::Mat img = whole(cv::Rect(3, 1, 47, 37));
+            orx::TWhiteBalance balance;
+            balance.gains = gains;
+            balance.valid = true;
+            cv::Mat out, expected;
+            ASSERT_TRUE(orx::applyWhiteBalance(img, out, balance));
+            cv::multiply(img, cv::Scalar(gains[0], gains[1], gains[2], 1), expected);
+            EXPECT_EQ(cv::norm(out, expected, cv::NORM_INF), 0) << gains;
+        }
+    }
+}
+
+// Each channel of 0 .. 255 of its own, in rows that do not fill a round of the tables.
+TEST(WhiteBalance, WhitePatchCountsEveryPixel) {
+    cv::Mat img(3, 67, CV_8UC3, cv::Scalar(0, 0, 0));
+    for (int i = 0; i < 201; ++i) img.at<cv::Vec3b>(i / 67, i % 67) = cv::Vec3b(uchar(i), uchar(200 - i), 7);
+    for (const int kept : {1, 66, 67, 133, 200, 201}) {
+        const orx::TWhiteBalance balance = orx::getWhiteBalance(img, {orx::wbWhitePatch, (kept - 0.5) / 201});
+        const double white = kept - 1;
+        const double brightest = std::max(white, 7.0);
+        EXPECT_EQ(balance.gains, cv::Vec3d(white > 0 ? brightest / white : 1,
+                                           white > 0 ? brightest / white : 1, brightest / 7))
+            << kept;
     }
 }
 

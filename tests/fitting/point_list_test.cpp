@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -41,6 +43,42 @@ TEST(GetPointOnCircle, IsStrictAndKeepsTheOrder) {
     EXPECT_EQ(out, (Points{{10, 26}, {13, 24}, {6, 20}}));
     orx::getPointOnCircle({{13, 24}}, circle, out, 0);
     EXPECT_THAT(out, IsEmpty());
+}
+
+// On each processor's way, with radii and tolerances that no list should have, too.
+TEST(GetPointOnCircle, KeepsWhatThePlainTestKeeps) {
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    const double infinite = std::numeric_limits<double>::infinity();
+    std::mt19937 random(12);
+    std::uniform_int_distribution<int> at(-60, 60);
+    for (std::size_t count = 0; count < 40; ++count) {
+        Points points(count);
+        for (cv::Point& p : points) p = {at(random), at(random)};
+        for (const double r : {0.0, 5.0, 42.5, -3.0, none, infinite}) {
+            for (const double x : {0.0, -7.25, none, infinite}) {
+                for (const int tol : {-1, 0, 1, 5, 20, std::numeric_limits<int>::max()}) {
+                    const auto isNear = [&](const cv::Point& p) {
+                        return std::abs(std::sqrt((p.x - x) * (p.x - x) + (p.y - 3.0) * (p.y - 3.0)) - r) <
+                               tol;
+                    };
+                    Points expected;
+                    std::copy_if(points.begin(), points.end(), std::back_inserter(expected), isNear);
+                    orx::TCircle circle;
+                    circle.x = x;
+                    circle.y = 3;
+                    circle.r = r;
+                    for (const bool optimized : {true, false}) {
+                        Points out = {{99, 99}};
+                        cv::setUseOptimized(optimized);
+                        orx::getPointOnCircle(points, circle, out, tol);
+                        cv::setUseOptimized(true);
+                        EXPECT_EQ(out, expected)
+                            << count << " points, x " << x << ", r " << r << ", tol " << tol;
+                    }
+                }
+            }
+        }
+    }
 }
 
 TEST(GetPointListFromIdxList, FollowsTheIndicesAndPassesOverStrangeOnes) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "orxFunctions/fitting/kernels/circle.h"
+#include "orxFunctions/platform/simd/narrow_vectors.h"
 #include "orxFunctions/platform/simd/vectors.h"
 
 namespace orx::circle_kernels::ORX_SIMD {
@@ -129,6 +130,115 @@ inline PowerSums weightedPowerSums(PixelSpan points, const double* weights) {
     return sums;
 }
 
+// Calls visit(x, y) for vectors of points in no order. The last vector, when not full, is filled up with the
+// filler.
+template <class Visit>
+void forEachIntegerVector(PixelSpan points, std::int32_t fillX, std::int32_t fillY, Visit visit) {
+    VecI x;
+    VecI y;
+    std::size_t i = 0;
+    for (; i + VecI::kLanes <= points.count; i += VecI::kLanes) {
+        loadPairsInAnyOrder(points.xy + 2 * i, x, y);
+        visit(x, y);
+    }
+    if (i == points.count) return;
+    std::int32_t rest[2 * VecI::kLanes];
+    for (std::size_t j = 0; j < VecI::kLanes; ++j) {
+        const bool isPoint = i + j < points.count;
+        rest[2 * j] = isPoint ? points.xy[2 * (i + j)] : fillX;
+        rest[2 * j + 1] = isPoint ? points.xy[2 * (i + j) + 1] : fillY;
+    }
+    loadPairsInAnyOrder(rest, x, y);
+    visit(x, y);
+}
+
+inline std::int32_t smallestLane(VecI v) {
+    std::int32_t lanes[VecI::kLanes];
+    v.store(lanes);
+    std::int32_t smallest = lanes[0];
+    for (const std::int32_t lane : lanes) smallest = lane < smallest ? lane : smallest;
+    return smallest;
+}
+
+inline std::int32_t largestLane(VecI v) {
+    std::int32_t lanes[VecI::kLanes];
+    v.store(lanes);
+    std::int32_t largest = lanes[0];
+    for (const std::int32_t lane : lanes) largest = lane > largest ? lane : largest;
+    return largest;
+}
+
+inline Extents extents(PixelSpan points) {
+    const std::int32_t x0 = points.xy[0];
+    const std::int32_t y0 = points.xy[1];
+    VecI lowX = VecI::all(x0), highX = lowX, lowY = VecI::all(y0), highY = lowY;
+    forEachIntegerVector(points, x0, y0, [&](VecI x, VecI y) {
+        lowX = min(lowX, x);
+        lowY = min(lowY, y);
+        highX = max(highX, x);
+        highY = max(highY, y);
+    });
+    return {smallestLane(lowX), smallestLane(lowY), largestLane(highX), largestLane(highY)};
+}
+
+inline PowerSums wrappedPowerSums(PixelSpan points, std::int32_t offsetX, std::int32_t offsetY) {
+    const VecI ox = VecI::all(offsetX);
+    const VecI oy = VecI::all(offsetY);
+    LaneSum x1, y1, xx1, yy1, xxx1, yyy1, xy1, xyy1, xxy1;
+    // Points at the offset, which fill up the last vector, add nothing.
+    forEachIntegerVector(points, offsetX, offsetY, [&](VecI px, VecI py) {
+        const VecI x = px - ox;
+        const VecI y = py - oy;
+        const VecI xx = x * x;
+        const VecI yy = y * y;
+        x1.add(x);
+        y1.add(y);
+        xx1.add(xx);
+        yy1.add(yy);
+        xxx1.add(xx * x);
+        yyy1.add(yy * y);
+        xy1.add(x * y);
+        xyy1.add(x * yy);
+        xxy1.add(xx * y);
+    });
+    const auto total = [](const LaneSum& sum) { return static_cast<double>(sum.total()); };
+    return {static_cast<double>(points.count),
+            total(x1),
+            total(y1),
+            total(xx1),
+            total(yy1),
+            total(xxx1),
+            total(yyy1),
+            total(xy1),
+            total(xyy1),
+            total(xxy1)};
+}
+
+inline std::size_t keepInRing(std::int32_t* xy, std::size_t count, Ring ring) {
+    const VecD nearest = VecD::all(ring.nearest);
+    const VecD farthest = VecD::all(ring.farthest);
+    std::size_t kept = 0;
+    forEachVector({xy, count}, [&](VecD x, VecD y, std::size_t first) {
+        const VecD dx = x - VecD::all(ring.x);
+        const VecD dy = y - VecD::all(ring.y);
+        const VecD squared = dx * dx + dy * dy;
+        const unsigned lanes = ((nearest <= squared) & (squared <= farthest)).lanes();
+        const auto move = [&](std::size_t lane) {
+            // Moved always, kept when the lane is set: no branch to mispredict.
+            xy[2 * kept] = xy[2 * (first + lane)];
+            xy[2 * kept + 1] = xy[2 * (first + lane) + 1];
+            kept += (lanes >> lane) & 1U;
+        };
+        if (count - first >= kLanes) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) move(lane);
+        } else {
+            for (std::size_t lane = 0; lane < count - first; ++lane) move(lane);
+        }
+    });
+    return kept;
+}
+
+// The distance of points from the circle, outside positive;
 // The distance of points from the circle, outside positive; dx and dy run from the points to the centre.
 struct CircleDistance {
     CircleDistance(VecD x, VecD y, Circle circle)
@@ -213,7 +323,8 @@ inline GradientSums circleGradient(PixelSpan points, Circle circle, Loss loss) {
     return sums;
 }
 
-inline constexpr Kernels kKernels = {exactPowerSums, weightedPowerSums, circleResiduals, circleGradient};
+inline constexpr Kernels kKernels = {exactPowerSums, weightedPowerSums, extents,       wrappedPowerSums,
+                                     keepInRing,     circleResiduals,   circleGradient};
 
 }  // namespace orx::circle_kernels::ORX_SIMD
 

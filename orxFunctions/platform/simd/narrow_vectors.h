@@ -68,6 +68,10 @@ struct VecI {
     unsigned lanes() const { return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(v))); }
 };
 inline VecI operator+(VecI a, VecI b) { return {_mm256_add_epi32(a.v, b.v)}; }
+inline VecI operator-(VecI a, VecI b) { return {_mm256_sub_epi32(a.v, b.v)}; }
+inline VecI operator*(VecI a, VecI b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
+inline VecI min(VecI a, VecI b) { return {_mm256_min_epi32(a.v, b.v)}; }
+inline VecI max(VecI a, VecI b) { return {_mm256_max_epi32(a.v, b.v)}; }
 inline VecI operator&(VecI a, VecI b) { return {_mm256_and_si256(a.v, b.v)}; }
 inline VecI operator|(VecI a, VecI b) { return {_mm256_or_si256(a.v, b.v)}; }
 inline VecI operator^(VecI a, VecI b) { return {_mm256_xor_si256(a.v, b.v)}; }
@@ -93,7 +97,33 @@ inline VecI pairMagnitudes(VecI a) {
     return {_mm256_max_epi16(a.v, _mm256_sub_epi16(_mm256_setzero_si256(), a.v))};
 }
 // The low 32 bits of the unsigned products of 16-bit values.
-inline VecI multiply16(VecI a, VecI b) { return {_mm256_mullo_epi32(a.v, b.v)}; }
+inline VecI multiply16(VecI a, VecI b) { return a * b; }
+
+// Reads kLanes points stored as x, y, x, y, ...; their order in the lanes is another one, the same in both.
+inline void loadPairsInAnyOrder(const std::int32_t* xy, VecI& x, VecI& y) {
+    const __m256 low = _mm256_castsi256_ps(VecI::load(xy).v);
+    const __m256 high = _mm256_castsi256_ps(VecI::load(xy + 8).v);
+    x.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)));
+    y.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
+// The sum of all lanes of the vectors added to it, in 64 bits.
+class LaneSum {
+  public:
+    void add(VecI a) {
+        low_ = _mm256_add_epi64(low_, _mm256_cvtepi32_epi64(_mm256_castsi256_si128(a.v)));
+        high_ = _mm256_add_epi64(high_, _mm256_cvtepi32_epi64(_mm256_extracti128_si256(a.v, 1)));
+    }
+    std::int64_t total() const {
+        std::int64_t lanes[4];
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(lanes), _mm256_add_epi64(low_, high_));
+        return lanes[0] + lanes[1] + lanes[2] + lanes[3];
+    }
+
+  private:
+    __m256i low_ = _mm256_setzero_si256();
+    __m256i high_ = _mm256_setzero_si256();
+};
 
 // Sums in 32 bits for each lane of a VecS.
 struct VecSums {
@@ -181,11 +211,20 @@ struct VecI {
     unsigned lanes() const { return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(v))); }
 };
 inline VecI operator+(VecI a, VecI b) { return {_mm_add_epi32(a.v, b.v)}; }
+inline VecI operator-(VecI a, VecI b) { return {_mm_sub_epi32(a.v, b.v)}; }
+inline VecI operator*(VecI a, VecI b) {
+    const __m128i even = _mm_mul_epu32(a.v, b.v);
+    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(a.v, 32), _mm_srli_epi64(b.v, 32));
+    return {_mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(2, 0, 2, 0)),
+                               _mm_shuffle_epi32(odd, _MM_SHUFFLE(2, 0, 2, 0)))};
+}
 inline VecI operator&(VecI a, VecI b) { return {_mm_and_si128(a.v, b.v)}; }
 inline VecI operator|(VecI a, VecI b) { return {_mm_or_si128(a.v, b.v)}; }
 inline VecI operator^(VecI a, VecI b) { return {_mm_xor_si128(a.v, b.v)}; }
 inline VecI andNot(VecI a, VecI b) { return {_mm_andnot_si128(a.v, b.v)}; }
 inline VecI operator>(VecI a, VecI b) { return {_mm_cmpgt_epi32(a.v, b.v)}; }
+inline VecI min(VecI a, VecI b) { return ((a > b) & b) | andNot(a > b, a); }
+inline VecI max(VecI a, VecI b) { return ((a > b) & a) | andNot(a > b, b); }
 template <int Count>
 VecI shiftLeft(VecI a) {
     return {_mm_slli_epi32(a.v, Count)};
@@ -203,6 +242,31 @@ inline VecI pairMagnitudes(VecI a) { return {_mm_max_epi16(a.v, _mm_sub_epi16(_m
 inline VecI multiply16(VecI a, VecI b) {
     return {_mm_or_si128(_mm_mullo_epi16(a.v, b.v), _mm_slli_epi32(_mm_mulhi_epu16(a.v, b.v), 16))};
 }
+
+inline void loadPairsInAnyOrder(const std::int32_t* xy, VecI& x, VecI& y) {
+    const __m128 low = _mm_castsi128_ps(VecI::load(xy).v);
+    const __m128 high = _mm_castsi128_ps(VecI::load(xy + 4).v);
+    x.v = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)));
+    y.v = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
+class LaneSum {
+  public:
+    void add(VecI a) {
+        const __m128i signs = _mm_srai_epi32(a.v, 31);
+        low_ = _mm_add_epi64(low_, _mm_unpacklo_epi32(a.v, signs));
+        high_ = _mm_add_epi64(high_, _mm_unpackhi_epi32(a.v, signs));
+    }
+    std::int64_t total() const {
+        std::int64_t lanes[2];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), _mm_add_epi64(low_, high_));
+        return lanes[0] + lanes[1];
+    }
+
+  private:
+    __m128i low_ = _mm_setzero_si128();
+    __m128i high_ = _mm_setzero_si128();
+};
 
 struct VecSums {
     __m128i low;
@@ -288,6 +352,8 @@ struct VecI {
     std::int32_t high() const { return static_cast<std::int16_t>(v >> 16); }
 };
 inline VecI operator+(VecI a, VecI b) { return {a.v + b.v}; }
+inline VecI operator-(VecI a, VecI b) { return {a.v - b.v}; }
+inline VecI operator*(VecI a, VecI b) { return {a.v * b.v}; }
 inline VecI operator&(VecI a, VecI b) { return {a.v & b.v}; }
 inline VecI operator|(VecI a, VecI b) { return {a.v | b.v}; }
 inline VecI operator^(VecI a, VecI b) { return {a.v ^ b.v}; }
@@ -295,6 +361,8 @@ inline VecI andNot(VecI a, VecI b) { return {~a.v & b.v}; }
 inline VecI operator>(VecI a, VecI b) {
     return VecI::all(static_cast<std::int32_t>(a.v) > static_cast<std::int32_t>(b.v) ? -1 : 0);
 }
+inline VecI min(VecI a, VecI b) { return (a > b).v != 0 ? b : a; }
+inline VecI max(VecI a, VecI b) { return (a > b).v != 0 ? a : b; }
 template <int Count>
 VecI shiftLeft(VecI a) {
     return {a.v << Count};
@@ -315,7 +383,21 @@ inline VecI pairMagnitudes(VecI a) {
     const std::int32_t high = a.high() < 0 ? -a.high() : a.high();
     return {static_cast<std::uint32_t>(low) | (static_cast<std::uint32_t>(high) << 16)};
 }
-inline VecI multiply16(VecI a, VecI b) { return {a.v * b.v}; }
+inline VecI multiply16(VecI a, VecI b) { return a * b; }
+
+inline void loadPairsInAnyOrder(const std::int32_t* xy, VecI& x, VecI& y) {
+    x = VecI::load(xy);
+    y = VecI::load(xy + 1);
+}
+
+class LaneSum {
+  public:
+    void add(VecI a) { total_ += static_cast<std::int32_t>(a.v); }
+    std::int64_t total() const { return total_; }
+
+  private:
+    std::int64_t total_ = 0;
+};
 
 struct VecSums {
     std::int32_t sum;

@@ -3,7 +3,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable
 from math import inf
-from typing import Any, Callable, NamedTuple, Optional, Tuple, TypeVar, Union
+from typing import Any, NamedTuple, Optional, Tuple, Type, TypeVar, Union
 
 import numpy as np
 from numpy.typing import NDArray
@@ -13,7 +13,8 @@ from .._types import Doubles, Points
 
 Pair = Tuple[float, float]
 Values = Union[float, NDArray[Any]]
-Shape = TypeVar("Shape")
+Shape = TypeVar("Shape", bound=Tuple[Any, ...])
+_new = tuple.__new__
 
 
 def _rows(points: Union[Points, Pair]) -> Doubles:
@@ -281,9 +282,12 @@ class MeasuredEllipse(NamedTuple):
                                   ("angle", self.angle, self.angle_deviation, "degrees")], self.report)
 
 
-def measured(shape: Callable[..., Shape], found: Optional[Tuple[Tuple[Any, ...], Tuple[Any, ...]]]) -> Optional[Shape]:
-    """A shape out of the core's fields and report; None for none."""
-    return None if found is None else shape(*found[0], FitReport(*found[1]))
+def measured(shape: Type[Shape], found: Optional[Tuple[Tuple[Any, ...], Tuple[Any, ...]]]) -> Optional[Shape]:
+    """A shape out of the core's fields and report; None for none.
+
+    The core gives as many fields as there are: made without the constructors, which would count them again.
+    """
+    return None if found is None else _new(shape, (*found[0], _new(FitReport, found[1])))
 
 
 def coverage_factor(probability: float, degrees_of_freedom: float) -> float:
