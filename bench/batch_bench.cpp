@@ -3,12 +3,16 @@
 // time of two jobs and of a start means something on an idle machine alone.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "bench/recipe_scene.h"
 #include "inspection/batch/batch_run.h"
@@ -19,6 +23,8 @@ namespace fs = std::filesystem;
 using recipe_scene::Plates;
 
 constexpr int kCopies = 16;  // of each picture
+
+constexpr int kLot = 20;  // pictures of a lot of which one fails
 
 // The folder with the copies.
 std::string copiesOf(const Plates& plates) {
@@ -31,6 +37,25 @@ std::string copiesOf(const Plates& plates) {
                           folder / (std::to_string(i) + "-" + std::to_string(copy) + ".png"));
     }
     return folder.u8string();
+}
+
+// The same, with every twentieth replaced by one that fails: what scripts/demo has.
+std::string lotOf(const Plates& plates) {
+    const fs::path folder = fs::u8path(plates.path("lot"));
+    if (fs::exists(folder)) return folder.u8string();
+    fs::copy(fs::u8path(copiesOf(plates)), folder);
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& file : fs::directory_iterator(folder)) files.push_back(file.path());
+    std::sort(files.begin(), files.end());
+    for (std::size_t i = 0; i < files.size(); i += kLot)
+        fs::copy_file(plates.badFile(), files[i], fs::copy_options::overwrite_existing);
+    return folder.u8string();
+}
+
+std::size_t sheetsIn(const std::string& output) {
+    std::error_code none;
+    const fs::directory_iterator sheets(fs::u8path(output) / "pictures", none);
+    return static_cast<std::size_t>(std::distance(begin(sheets), end(sheets)));
 }
 
 void readThresholdAll(benchmark::State& state, const Plates& (*platesOf)()) {
@@ -49,7 +74,8 @@ void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs,
            inspection::Annotate annotate = inspection::Annotate::kNone, bool jpeg = false) {
     const Plates& plates = platesOf();
     inspection::Options options;
-    options.inputs = {copiesOf(plates)};
+    const bool isLot = annotate == inspection::Annotate::kFailed;
+    options.inputs = {isLot ? lotOf(plates) : copiesOf(plates)};
     options.output = plates.path("out");
     options.batch.recipe = plates.writeRecipe("calipers");
     options.batch.annotate = annotate;
@@ -62,6 +88,9 @@ void batch(benchmark::State& state, const Plates& (*platesOf)(), int jobs,
         std::ostringstream log;
         if (inspection::runBatch(options, out, log) != 0) state.SkipWithError(log.str().c_str());
     }
+    const std::size_t pictures = kCopies * plates.pictures().size();
+    if (isLot && sheetsIn(options.output) != (pictures + kLot - 1) / kLot)
+        state.SkipWithError("not every bad part, or a good one, has a sheet");
     state.counters["pictures"] = static_cast<double>(kCopies) * static_cast<double>(plates.pictures().size());
 }
 
@@ -90,6 +119,9 @@ void sixtyMilliseconds(benchmark::State& state) {
     BENCHMARK_CAPTURE(batch, size##_2_jobs, plates, 2)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()
 
 #define ORX_SHEET_BENCHMARKS(size, plates)                                                       \
+    BENCHMARK_CAPTURE(batch, size##_failed, plates, 1, inspection::Annotate::kFailed)            \
+        ->Unit(benchmark::kMillisecond)                                                          \
+        ->MeasureProcessCPUTime();                                                               \
     BENCHMARK_CAPTURE(batch, size##_annotated, plates, 1, inspection::Annotate::kAll)            \
         ->Unit(benchmark::kMillisecond)                                                          \
         ->MeasureProcessCPUTime();                                                               \

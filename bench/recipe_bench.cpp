@@ -70,6 +70,30 @@ void writeSheet(benchmark::State& state, const Plates& (*platesOf)(), bool ours)
     state.counters["bytes"] = static_cast<double>(bytes.size());
 }
 
+// The same as the batch draws and writes them.
+void drawSheet(benchmark::State& state, const Plates& (*platesOf)()) {
+    const Plates& plates = platesOf();
+    const orx::TRecipe recipe = plates.recipe("calipers", false);
+    const cv::Mat& picture = plates.pictures().front();
+    const orx::TRecipeResult result = recipe.run(picture);
+    std::vector<cv::Vec3b> palette;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(orx::drawIndexedRecipeSheet(picture, recipe, result, palette).data);
+}
+
+void writeIndexedSheet(benchmark::State& state, const Plates& (*platesOf)()) {
+    const Plates& plates = platesOf();
+    const orx::TRecipe recipe = plates.recipe("calipers", false);
+    const cv::Mat& picture = plates.pictures().front();
+    std::vector<cv::Vec3b> palette;
+    const cv::Mat sheet = orx::drawIndexedRecipeSheet(picture, recipe, recipe.run(picture), palette);
+    std::vector<unsigned char> bytes;
+    for (auto _ : state) {
+        if (!orx::encodeIndexedPng(sheet, palette, bytes)) state.SkipWithError("the sheet can't be encoded");
+    }
+    state.counters["bytes"] = static_cast<double>(bytes.size());
+}
+
 void recipeInMemory(benchmark::State& state, const Plates& (*platesOf)(), const char* by, bool form) {
     const Plates& plates = platesOf();
     const orx::TRecipe recipe = plates.recipe(by, form);
@@ -84,6 +108,8 @@ void recipeInMemory(benchmark::State& state, const Plates& (*platesOf)(), const 
     BENCHMARK_CAPTURE(readOpenCv, size, plates)->Unit(benchmark::kMillisecond);                         \
     BENCHMARK_CAPTURE(writeSheet, size, plates, true)->Unit(benchmark::kMillisecond);                   \
     BENCHMARK_CAPTURE(writeSheet, size##_opencv, plates, false)->Unit(benchmark::kMillisecond);         \
+    BENCHMARK_CAPTURE(drawSheet, size, plates)->Unit(benchmark::kMillisecond);                          \
+    BENCHMARK_CAPTURE(writeIndexedSheet, size, plates)->Unit(benchmark::kMillisecond);                  \
     BENCHMARK_CAPTURE(readRecipe, size##_calipers, plates, "calipers", false)                           \
         ->Unit(benchmark::kMillisecond);                                                                \
     BENCHMARK_CAPTURE(readRecipe, size##_edges, plates, "edges", false)->Unit(benchmark::kMillisecond); \

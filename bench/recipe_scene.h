@@ -3,6 +3,7 @@
 #ifndef BENCH_RECIPE_SCENE_H
 #define BENCH_RECIPE_SCENE_H
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <opencv2/core.hpp>
@@ -45,11 +46,13 @@ class Plates {
         settings.count = size.pictures;
         for (const scenes::PlatePart& part : scenes::plateLot(settings))
             add(render(renderer, scenes::plateShape(part.plate, part.pose), kNoise, pictures_.size() + 1));
+        writeBad(renderer);
         writeRecipe("calipers");
     }
 
     const std::vector<cv::Mat>& pictures() const { return pictures_; }
     std::string fileOf(std::size_t i) const { return path("pictures/" + std::to_string(i) + ".png"); }
+    std::string badFile() const { return path("bad.png"); }  // of a part that fails
     std::string path(const std::string& name) const { return folder_ / name; }
 
     // The recipe with all features found one way; `form` adds values of form.
@@ -88,6 +91,16 @@ class Plates {
         scenes::PlaneExposure exposure;
         exposure.seed = seed;
         return scenes::withNoise(renderer.levels(shape, exposure), noise, seed);
+    }
+
+    // The first bad part of a lot, where the first good one lies.
+    void writeBad(const scenes::PlaneRenderer& renderer) const {
+        const std::vector<scenes::PlatePart> lot = scenes::plateLot({});
+        const auto bad =
+            std::find_if(lot.begin(), lot.end(), [](const auto& part) { return !part.fault.empty(); });
+        if (bad == lot.end()) throw std::runtime_error("there is no bad plate");
+        const scenes::PlaneShape shape = scenes::plateShape(bad->plate, lot.front().pose);
+        cv::imwrite(badFile(), render(renderer, shape, kNoise, 98), {cv::IMWRITE_PNG_COMPRESSION, 1});
     }
 
     void add(const cv::Mat& picture) {

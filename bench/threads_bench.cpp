@@ -27,11 +27,7 @@ const cv::Mat& grey() {
 }
 
 const cv::Mat& colour() {
-    static const cv::Mat img = [] {
-        cv::Mat merged;
-        cv::merge(std::vector<cv::Mat>{grey(), grey() / 2 + 30, 255 - grey()}, merged);
-        return merged;
-    }();
+    static const cv::Mat img = bench::colourParts(bench::sizeOfHeight(kHeight));
     return img;
 }
 

@@ -1,24 +1,27 @@
 #include "support/picture_file.h"
 
+#include <cstdint>
 #include <fstream>
-#include <sstream>
-#include <string>
 #include <system_error>
 
 #include "orxFunctions/orxfunctions.h"
 
 namespace host {
+namespace {
+
+constexpr std::uintmax_t kMostBytes = 0x7FFFFFFF;  // that decodePicture takes
+
+}  // namespace
 
 cv::Mat readPicture(const std::filesystem::path& file, int flags) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) return {};
     std::ifstream stream(file, std::ios::binary);
-    std::ostringstream content;
-    content << stream.rdbuf();  // fails, and throws nothing, where the file can't be read to its end
-    if (!content) return {};
-    const std::string bytes = content.str();
-    return bytes.empty() ? cv::Mat()
-                         : orx::decodePicture(std::vector<unsigned char>(bytes.begin(), bytes.end()), flags);
+    const std::uintmax_t size = std::filesystem::file_size(file, error);
+    if (error || size > kMostBytes) return {};
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
+    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+    return stream ? orx::decodePicture(bytes, flags) : cv::Mat();
 }
 
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,

@@ -10,7 +10,7 @@
 namespace host {
 
 // `flags` and `parameters` are those of cv::imread and cv::imwrite. Empty for what is no picture; false for
-// what can't be written. An extension that stands for no format ends in OpenCV's exception.
+// what can't be written, and for an extension that stands for no format.
 cv::Mat readPicture(const std::filesystem::path& file, int flags);
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
                   const std::vector<int>& parameters = {});

@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* kDecode = "decodePicture";
 constexpr const char* kEncode = "encodePicture";
+constexpr const char* kEncodeIndexed = "encodeIndexedPng";
 
 bool isPng(std::string extension) {
     std::transform(extension.begin(), extension.end(), extension.begin(),
@@ -52,6 +53,33 @@ cv::Mat decoded(const std::vector<unsigned char>& bytes, int flags) {
     return {};
 }
 
+bool encodedByCodecs(const char* function, const std::string& extension, const cv::Mat& picture,
+                     std::vector<unsigned char>& bytes, const std::vector<int>& parameters) {
+    const platform::PictureCodecs* const codecs = codecsFor(function);
+    if (codecs == nullptr) return false;
+    try {
+        if (codecs->imencode(extension, picture, bytes, parameters)) return true;
+        refuse(rcFailed, function, "the format %s does not take such a picture", extension.c_str());
+    } catch (const cv::Exception& error) {
+        refuse(rcFailed, function, "the format %s does not take such a picture: %s", extension.c_str(),
+               error.err.c_str());
+    }
+    bytes.clear();
+    return false;
+}
+
+bool takesPalette(const cv::Mat& indices, const std::vector<cv::Vec3b>& palette) {
+    constexpr std::size_t kMost = 256;
+    if (palette.empty() || palette.size() > kMost)
+        return refuse(rcOption, kEncodeIndexed, "the palette has %zu colours; taken are 1 to 256",
+                      palette.size());
+    double most = 0.0;
+    cv::minMaxLoc(indices, nullptr, &most);
+    return most < static_cast<double>(palette.size()) ||
+           refuse(rcOption, kEncodeIndexed, "there is an index of %.0f, the palette has %zu colours", most,
+                  palette.size());
+}
+
 }  // namespace
 
 cv::Mat decodePicture(const std::vector<unsigned char>& bytes, int flags) {
@@ -71,17 +99,18 @@ bool encodePicture(const std::string& extension, const cv::Mat& picture, std::ve
     bytes.clear();
     if (!takesImage(picture, kEncode)) return false;
     if (parameters.empty() && isPng(extension) && platform::encodePlainPng(picture, bytes)) return true;
-    const platform::PictureCodecs* const codecs = codecsFor(kEncode);
-    if (codecs == nullptr) return false;
-    try {
-        if (codecs->imencode(extension, picture, bytes, parameters)) return true;
-        refuse(rcFailed, kEncode, "the format %s does not take such a picture", extension.c_str());
-    } catch (const cv::Exception& error) {
-        refuse(rcFailed, kEncode, "the format %s does not take such a picture: %s", extension.c_str(),
-               error.err.c_str());
-    }
+    return encodedByCodecs(kEncode, extension, picture, bytes, parameters);
+}
+
+bool encodeIndexedPng(const cv::Mat& indices, const std::vector<cv::Vec3b>& palette,
+                      std::vector<unsigned char>& bytes) {
     bytes.clear();
-    return false;
+    if (!takesBytes(indices, kEncodeIndexed) || !takesPalette(indices, palette)) return false;
+    if (platform::encodePalettePng(indices, palette, bytes)) return true;
+    cv::Mat picture(indices.size(), CV_8UC3);
+    std::transform(indices.begin<unsigned char>(), indices.end<unsigned char>(), picture.begin<cv::Vec3b>(),
+                   [&](unsigned char index) { return palette[index]; });
+    return encodedByCodecs(kEncodeIndexed, ".png", picture, bytes, {});
 }
 
 }  // namespace orx

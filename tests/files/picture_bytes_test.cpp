@@ -179,6 +179,41 @@ TEST(PictureBytes, ChunksAreReadAsOpenCvDoes) {
     EXPECT_TRUE(sameAsOpenCv(longer, cv::IMREAD_GRAYSCALE));
 }
 
+TEST(PictureBytes, PalettesAreReadAsOpenCvDoes) {
+    PngFile file;
+    file.colour = 3;
+    Bytes colours(3 * 256);
+    for (std::size_t i = 0; i < colours.size(); ++i) colours[i] = static_cast<unsigned char>(7 * i);
+    const Bytes palette = chunk("PLTE", colours);
+    file.before = {palette};
+    ASSERT_FALSE(decodedByOpenCv(file.bytes(), cv::IMREAD_COLOR).empty());
+    for (const int flags : kFlags) EXPECT_TRUE(sameAsOpenCv(file.bytes(), flags));
+    // Without one, twice, late, of no whole colours, too long, without the colours of some pixels,
+    // transparent; and bits that pack several pixels.
+    const auto of = [&](std::size_t bytes) {
+        Bytes some = colours;
+        some.resize(bytes);
+        return chunk("PLTE", some);
+    };
+    for (const std::vector<Bytes>& before : {std::vector<Bytes>{},
+                                             {palette, palette},
+                                             {of(0)},
+                                             {of(4)},
+                                             {of(3 * 257)},
+                                             {of(3 * 100)},
+                                             {palette, chunk("tRNS", {7})}}) {
+        file.before = before;
+        EXPECT_TRUE(sameAsOpenCv(file.bytes(), cv::IMREAD_COLOR));
+    }
+    file.before = {};
+    file.between = {palette};
+    EXPECT_TRUE(sameAsOpenCv(file.bytes(), cv::IMREAD_COLOR));
+    file.between = {};
+    file.before = {palette};
+    file.depth = 4;
+    EXPECT_TRUE(sameAsOpenCv(file.bytes(), cv::IMREAD_COLOR));
+}
+
 TEST(PictureBytes, DamagedPngFilesAreReadOrRefusedAsByOpenCv) {
     PngFile small;
     small.width = 5;
@@ -256,6 +291,25 @@ TEST(PictureBytes, WhatIsEncodedIsDecodedAgainByAll) {
     }
 }
 
+TEST(PictureBytes, IndexedFilesHaveTheColoursOfTheirPalette) {
+    for (const int count : {1, 3, 256}) {
+        SCOPED_TRACE(count);
+        std::vector<cv::Vec3b> palette;
+        for (int i = 0; i < count; ++i) palette.emplace_back(i, 255 - i, 3 * i);
+        cv::Mat indices(50, 70, CV_8UC1);
+        cv::RNG(3).fill(indices, cv::RNG::UNIFORM, 0, count);
+        const cv::Mat part = indices(cv::Rect(2, 3, 61, 40));
+        Bytes bytes;
+        ASSERT_TRUE(orx::encodeIndexedPng(part, palette, bytes));
+        const cv::Mat decoded = cv::imdecode(bytes, cv::IMREAD_COLOR);
+        ASSERT_EQ(decoded.size(), part.size());
+        for (int y = 0; y < part.rows; ++y)
+            for (int x = 0; x < part.cols; ++x)
+                ASSERT_EQ(decoded.at<cv::Vec3b>(y, x), palette[part.at<unsigned char>(y, x)]);
+        for (const int flags : kFlags) EXPECT_TRUE(sameAsOpenCv(bytes, flags));
+    }
+}
+
 TEST(PictureBytes, OtherFormatsAndParametersAreOpenCvs) {
     const cv::Mat picture = pictureOf({60, 40}, CV_8UC3);
     for (const char* const extension : {".jpg", ".bmp", ".tiff", ".ppm"}) {
@@ -303,6 +357,20 @@ TEST(PictureBytes, WhatIsNoPictureIsRefused) {
         refusedWith(orx::rcFailed, "encodePicture", encode(".unknown", cv::Mat::zeros(2, 2, CV_8UC1))));
     EXPECT_TRUE(refusedWith(orx::rcFailed, "encodePicture", encode("", cv::Mat::zeros(2, 2, CV_8UC1))));
     EXPECT_TRUE(refusedWith(orx::rcFailed, "encodePicture", encode(".png", cv::Mat::zeros(2, 2, CV_8UC2))));
+    const auto refusesIndexed = [](orx::TRefusalCode code, const cv::Mat& indices, std::size_t colours) {
+        Bytes encoded = {1};
+        return refusedWith(code, "encodeIndexedPng", [&] {
+            EXPECT_FALSE(orx::encodeIndexedPng(indices, std::vector<cv::Vec3b>(colours), encoded));
+            EXPECT_TRUE(encoded.empty());
+        });
+    };
+    const cv::Mat threes(2, 2, CV_8UC1, cv::Scalar(3));
+    EXPECT_TRUE(refusesIndexed(orx::rcEmptyImage, {}, 4));
+    EXPECT_TRUE(refusesIndexed(orx::rcImageType, cv::Mat::zeros(2, 2, CV_16UC1), 4));
+    for (const std::size_t colours : {0U, 3U, 257U})
+        EXPECT_TRUE(refusesIndexed(orx::rcOption, threes, colours)) << colours;
+    EXPECT_TRUE(
+        notRefused([&] { EXPECT_TRUE(orx::encodeIndexedPng(threes, std::vector<cv::Vec3b>(4), bytes)); }));
 }
 
 }  // namespace

@@ -73,6 +73,11 @@ void checkRun(const orx::TRecipe& recipe, const cv::Mat& image) {
     cv::setNumThreads(1);
     require(orx::drawRecipeResult(image, recipe, result).type() == CV_8UC3, "a drawing in colour");
     require(orx::drawRecipeSheet(image, recipe, result).type() == CV_8UC3, "a sheet in colour");
+    std::vector<cv::Vec3b> palette;
+    std::vector<unsigned char> png;
+    const cv::Mat indices = orx::drawIndexedRecipeSheet(image, recipe, result, palette);
+    require(indices.empty() == (image.channels() != 1), "indices of one channel");
+    require(indices.empty() || orx::encodeIndexedPng(indices, palette, png), "a file of them");
 }
 
 void checkText(const std::string& text, const cv::Mat& image) {

@@ -137,6 +137,50 @@ TEST(RecipeResult, SheetsAreEnlargedAndHaveATableBesideThePicture) {
     EXPECT_TRUE(orx::drawRecipeSheet(cv::Mat(), recipe, result).empty());
 }
 
+// Pictures to a level, drawn areas exactly, soft edges to a mixture that is near.
+TEST(RecipeResult, IndexedSheetsLookLikeThoseInColour) {
+    const std::string text = kRecipe;
+    const orx::TRecipe bare =
+        orx::parseRecipe(text.substr(0, text.size() - 1) +
+                         R"(, "draw": {"features": false, "values": false, "pose": false}})");
+    const orx::TRecipe recipe = orx::parseRecipe(kRecipe);
+    for (const int type : {CV_8UC1, CV_16UC1}) {
+        cv::Mat img;
+        edge_scene::disk({120, 100}, {60.3, 50.4}, 20, kLook).convertTo(img, type, type == CV_8UC1 ? 1 : 257);
+        const orx::TRecipeResult result = recipe.run(img);
+        const auto expanded = [&](const orx::TRecipe& of) {
+            std::vector<cv::Vec3b> palette;
+            const cv::Mat indices = orx::drawIndexedRecipeSheet(img, of, result, palette);
+            EXPECT_EQ(indices.type(), CV_8UC1);
+            EXPECT_EQ(palette.size(), 256U);
+            cv::Mat colours(indices.size(), CV_8UC3);
+            for (int y = 0; y < indices.rows; ++y)
+                for (int x = 0; x < indices.cols; ++x)
+                    colours.at<cv::Vec3b>(y, x) = palette[indices.at<unsigned char>(y, x)];
+            return colours;
+        };
+        EXPECT_LE(cv::norm(expanded(bare), orx::drawRecipeSheet(img, bare, result), cv::NORM_INF), 1);
+        const cv::Mat sheet = orx::drawRecipeSheet(img, recipe, result);
+        const cv::Mat indexed = expanded(recipe);
+        ASSERT_EQ(indexed.size(), sheet.size());
+        cv::Mat difference;
+        cv::absdiff(indexed, sheet, difference);
+        difference = difference.reshape(1);
+        EXPECT_EQ(cv::countNonZero(difference > 100), 0);
+        EXPECT_LT(cv::countNonZero(difference > 20), 0.003 * static_cast<double>(difference.total()));
+        // Whole strokes and bars have the very colours.
+        for (const cv::Scalar& ink : {cv::Scalar(50, 50, 235), cv::Scalar(24, 35, 200),
+                                      cv::Scalar(226, 219, 212), cv::Scalar(255, 255, 255)}) {
+            cv::Mat of;
+            cv::Mat ofIndexed;
+            cv::inRange(sheet, ink, ink, of);
+            cv::inRange(indexed, ink, ink, ofIndexed);
+            EXPECT_GT(cv::countNonZero(of), 0) << ink;
+            EXPECT_EQ(cv::countNonZero(of & ~ofIndexed), 0) << ink;
+        }
+    }
+}
+
 // Two reasons that differ in their last letter only look the same where that letter is cut off.
 TEST(RecipeResult, TextsOfSheetsAreCutOnlyWhereTheyHaveNoRoom) {
     const cv::Mat img(960, 700, CV_8UC1, cv::Scalar(90));

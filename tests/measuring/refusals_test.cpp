@@ -129,6 +129,11 @@ TEST(MeasuringRefusals, Recipes) {
         {orx::rcImageDimensions, cv::Mat(3, sizes, CV_8U, cv::Scalar(0))}};
     const orx::TRecipe recipe = orx::parseRecipe(R"({"recipe": 1, "features": [], "values": []})");
     ASSERT_TRUE(recipe.valid());
+    std::vector<cv::Vec3b> palette(1);
+    EXPECT_TRUE(refusedWith(orx::rcImageType, "drawIndexedRecipeSheet", [&] {
+        orx::drawIndexedRecipeSheet(cv::Mat::zeros(50, 50, CV_8UC3), recipe, {}, palette);
+    }));
+    EXPECT_TRUE(palette.empty());
     for (const auto& entry : pictures) {
         const cv::Mat& img = entry.second;
         EXPECT_TRUE(refusedWith(entry.first, "run", [&] { recipe.run(img); }));
@@ -136,6 +141,8 @@ TEST(MeasuringRefusals, Recipes) {
             refusedWith(entry.first, "drawRecipeResult", [&] { orx::drawRecipeResult(img, recipe, {}); }));
         EXPECT_TRUE(
             refusedWith(entry.first, "drawRecipeSheet", [&] { orx::drawRecipeSheet(img, recipe, {}); }));
+        EXPECT_TRUE(refusedWith(entry.first, "drawIndexedRecipeSheet",
+                                [&] { orx::drawIndexedRecipeSheet(img, recipe, {}, palette); }));
         EXPECT_TRUE(refusedWith(entry.first, "findPartRegion", [&] { orx::findPartRegion(img); }));
         EXPECT_TRUE(refusedWith(entry.first, "proposeRecipe", [&] { orx::proposeRecipe(img); }));
     }

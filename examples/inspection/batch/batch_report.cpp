@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
@@ -13,6 +11,7 @@
 #include "inspection/batch/truth_report.h"
 #include "inspection/report/data_uri.h"
 #include "inspection/report/utf8.h"
+#include "inspection/run/image_source.h"
 #include "orxFunctions/orxfunctions.h"
 
 namespace inspection {
@@ -161,27 +160,30 @@ std::string linkTo(const std::string& name) {
     return link;
 }
 
+// Halved as long as that goes, which is quicker than all at once.
+cv::Mat reduced(cv::Mat picture) {
+    const double scale = std::min({1.0, std::sqrt(kThumbnailPixels / static_cast<double>(picture.total())),
+                                   kThumbnailSide / std::max(picture.cols, picture.rows)});
+    const cv::Size size(std::max(1, cvRound(picture.cols * scale)),
+                        std::max(1, cvRound(picture.rows * scale)));
+    while (picture.cols >= 2 * size.width && picture.rows >= 2 * size.height)
+        cv::resize(picture, picture, cv::Size(picture.cols / 2, picture.rows / 2), 0, 0, cv::INTER_AREA);
+    cv::resize(picture, picture, size, 0, 0, cv::INTER_AREA);
+    return picture;
+}
+
+// Empty for what is no picture any more.
 std::string thumbnail(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::vector<uchar> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (bytes.empty()) return "";
-    try {
-        const cv::Mat picture = orx::decodePicture(bytes, cv::IMREAD_COLOR);
-        if (picture.empty()) return "";
-        const double scale =
-            std::min({1.0, std::sqrt(kThumbnailPixels / static_cast<double>(picture.total())),
-                      kThumbnailSide / std::max(picture.cols, picture.rows)});
-        const cv::Size size(std::max(1, cvRound(picture.cols * scale)),
-                            std::max(1, cvRound(picture.rows * scale)));
-        cv::Mat small;
-        cv::resize(picture, small, size, 0, 0, cv::INTER_AREA);
-        std::vector<uchar> jpeg;
-        if (!orx::encodePicture(".jpg", small, jpeg, {cv::IMWRITE_JPEG_QUALITY, kThumbnailQuality}))
-            return "";
-        return "data:image/jpeg;base64," + base64(jpeg);
-    } catch (const cv::Exception&) {  // no picture any more, or too large
+    std::string ignored;
+    // A JPEG file is decoded to half its size in half the time.
+    const bool isJpeg = file.extension() == ".jpg";
+    const cv::Mat picture =
+        readPicture(file, isJpeg ? cv::IMREAD_REDUCED_COLOR_2 : cv::IMREAD_COLOR, ignored);
+    if (picture.empty()) return "";
+    std::vector<uchar> jpeg;
+    if (!orx::encodePicture(".jpg", reduced(picture), jpeg, {cv::IMWRITE_JPEG_QUALITY, kThumbnailQuality}))
         return "";
-    }
+    return "data:image/jpeg;base64," + base64(jpeg);
 }
 
 void writeWorst(std::ostream& out, const RunSummary& summary, const fs::path& folder) {

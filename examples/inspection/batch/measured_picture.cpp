@@ -33,14 +33,27 @@ bool isWanted(Annotate annotate, orx::TVerdict verdict) {
     return annotate == Annotate::kAll;
 }
 
+// Of grey pictures with a palette, in a third of the bytes.
+std::vector<unsigned char> sheetOf(const cv::Mat& picture, const orx::TRecipe& recipe,
+                                   const orx::TRecipeResult& result, bool jpeg) {
+    std::vector<unsigned char> bytes;
+    if (jpeg || picture.channels() != 1) {
+        orx::encodePicture(jpeg ? ".jpg" : ".png", orx::drawRecipeSheet(picture, recipe, result), bytes);
+    } else {
+        std::vector<cv::Vec3b> palette;
+        const cv::Mat indices = orx::drawIndexedRecipeSheet(picture, recipe, result, palette);
+        orx::encodeIndexedPng(indices, palette, bytes);
+    }
+    return bytes;
+}
+
 void annotatePicture(const cv::Mat& picture, const PictureFile& file, const orx::TRecipe& recipe,
                      const BatchOptions& options, const fs::path& folder, MeasuredPicture& measured) {
     const orx::TRecipeResult& result = measured.record.result;
     if (picture.empty() || !isWanted(options.annotate, result.verdict)) return;
-    const cv::Mat drawn = orx::drawRecipeSheet(picture, recipe, result);
-    if (drawn.empty()) return;
+    const std::vector<unsigned char> sheet = sheetOf(picture, recipe, result, options.jpeg);
     const std::string name = annotatedName(file, options.jpeg);
-    if (writeWholePicture(folder / fs::u8path(name), drawn))
+    if (!sheet.empty() && writeWholePicture(folder / fs::u8path(name), sheet))
         measured.record.annotated = name;
     else
         measured.problem = displayName(folder / fs::u8path(name)) + " can't be written";

@@ -21,7 +21,7 @@ std::string base64(const std::vector<unsigned char>& bytes) {
 
 std::string pngDataUri(const cv::Mat& picture) {
     std::vector<unsigned char> bytes;
-    if (picture.empty() || !orx::encodePicture(".png", picture, bytes)) return "";
+    if (!orx::encodePicture(".png", picture, bytes)) return "";
     return "data:image/png;base64," + base64(bytes);
 }
 

@@ -157,6 +157,10 @@ cv::Mat readDeepGrey(const fs::path& path, std::string& problem) {
     return read(path, cv::IMREAD_GRAYSCALE | cv::IMREAD_ANYDEPTH, problem);
 }
 
+cv::Mat readPicture(const fs::path& path, int flags, std::string& problem) {
+    return read(path, flags, problem);
+}
+
 std::string displayName(const fs::path& path) { return cleanUtf8(path.u8string()); }
 
 }  // namespace inspection

@@ -25,6 +25,9 @@ cv::Mat readGrey(const std::filesystem::path& path, std::string& problem);
 // The same, with 16 bits where the file has them.
 cv::Mat readDeepGrey(const std::filesystem::path& path, std::string& problem);
 
+// The same, as cv::imread gives it for these flags.
+cv::Mat readPicture(const std::filesystem::path& path, int flags, std::string& problem);
+
 // By its extension.
 bool isPictureName(const std::filesystem::path& path);
 

@@ -29,8 +29,12 @@ fs::path OutputFolder::pictureFor(const fs::path& source, const std::string& suf
 }
 
 bool writeWholePicture(const fs::path& path, const cv::Mat& picture) {
-    std::vector<uchar> bytes;
+    std::vector<unsigned char> bytes;
     if (!orx::encodePicture(path.extension().u8string(), picture, bytes)) return false;
+    return writeWholePicture(path, bytes);
+}
+
+bool writeWholePicture(const fs::path& path, const std::vector<unsigned char>& bytes) {
     return orx::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 

@@ -29,6 +29,7 @@ class OutputFolder {
 
 // Encoded as the file's extension says; as orx::writeWholeFile else.
 bool writeWholePicture(const std::filesystem::path& path, const cv::Mat& picture);
+bool writeWholePicture(const std::filesystem::path& path, const std::vector<unsigned char>& encoded);
 
 }  // namespace inspection
 

@@ -14,23 +14,16 @@ namespace orx {
 namespace recipes {
 namespace {
 
-const cv::Scalar kGreen(60, 200, 60);
-const cv::Scalar kRed(50, 50, 235);
-const cv::Scalar kYellow(0, 210, 245);
-const cv::Scalar kBlue(235, 160, 40);
-const cv::Scalar kGrey(150, 150, 150);
-const cv::Scalar kBlack(0, 0, 0);
-
-cv::Scalar colourOf(TVerdict verdict) {
+Ink colourOf(TVerdict verdict) {
     switch (verdict) {
         case vdPass:
-            return kGreen;
+            return Ink::kGreen;
         case vdFail:
-            return kRed;
+            return Ink::kRed;
         case vdNoLimits:
-            return kBlue;
+            return Ink::kBlue;
         default:
-            return kYellow;
+            return Ink::kYellow;
     }
 }
 
@@ -43,39 +36,21 @@ struct Pen {
     int thickness;
 };
 
-constexpr int kShift = 4;  // binary digits of a pixel
-
-cv::Point fine(cv::Point2d p) {
-    const auto part = [](double x) {
-        return static_cast<int>(std::lround(std::clamp(x, -30000.0, 30000.0) * (1 << kShift)));
-    };
-    return {part(p.x), part(p.y)};
-}
-
-void drawPolyline(cv::Mat& picture, const std::vector<cv::Point2d>& points, const cv::Scalar& colour,
-                  int thickness) {
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        cv::line(picture, fine(points[i - 1]), fine(points[i]), colour, thickness, cv::LINE_AA, kShift);
-    }
-}
-
-void drawCross(cv::Mat& picture, cv::Point2d at, const cv::Scalar& colour, const Pen& pen) {
+void drawCross(Canvas& picture, cv::Point2d at, Ink colour, const Pen& pen) {
     const cv::Point2d across(5.0 * pen.scale, 0.0);
     const cv::Point2d down(0.0, 5.0 * pen.scale);
-    drawPolyline(picture, {at - across, at + across}, colour, pen.thickness);
-    drawPolyline(picture, {at - down, at + down}, colour, pen.thickness);
+    picture.polyline({at - across, at + across}, colour, pen.thickness);
+    picture.polyline({at - down, at + down}, colour, pen.thickness);
 }
 
-void drawText(cv::Mat& picture, const std::string& text, cv::Point2d at, const cv::Scalar& colour,
-              const Pen& pen) {
+void drawText(Canvas& picture, const std::string& text, cv::Point2d at, Ink colour, const Pen& pen) {
     const std::string shown = drawable(text);
-    const cv::Point2d inside(std::clamp(at.x, 0.0, std::max(0.0, picture.cols - 1.0)),
-                             std::clamp(at.y, 0.0, std::max(0.0, picture.rows - 1.0)));
+    const cv::Point2d inside(std::clamp(at.x, 0.0, std::max(0.0, picture.size().width - 1.0)),
+                             std::clamp(at.y, 0.0, std::max(0.0, picture.size().height - 1.0)));
     const double size = 0.5 * pen.scale;
-    cv::putText(picture, shown, cv::Point(inside), cv::FONT_HERSHEY_SIMPLEX, size, kBlack, pen.thickness + 2,
-                cv::LINE_AA);
-    cv::putText(picture, shown, cv::Point(inside), cv::FONT_HERSHEY_SIMPLEX, size, colour, pen.thickness,
-                cv::LINE_AA);
+    const int font = cv::FONT_HERSHEY_SIMPLEX;
+    picture.text(shown, cv::Point(inside), font, size, Ink::kBlack, pen.thickness + 2);
+    picture.text(shown, cv::Point(inside), font, size, colour, pen.thickness);
 }
 
 // The worst verdict of the values that are told of a feature, of those it is part of included.
@@ -104,34 +79,34 @@ cv::Point2d namePlace(const TRecipeFeature& feature) {
     return outline[outline.size() / (isRound ? 8 : 2)];
 }
 
-void drawFeature(cv::Mat& picture, const TRecipeFeature& feature, TVerdict verdict, bool points,
+void drawFeature(Canvas& picture, const TRecipeFeature& feature, TVerdict verdict, bool points,
                  const Pen& pen) {
     if (!feature.measured) {
-        drawPolyline(picture, feature.nominal, kYellow, pen.thickness);
+        picture.polyline(feature.nominal, Ink::kYellow, pen.thickness);
         if (!feature.nominal.empty())
-            drawText(picture, feature.name + "?", feature.nominal.front(), kYellow, pen);
+            drawText(picture, feature.name + "?", feature.nominal.front(), Ink::kYellow, pen);
         return;
     }
-    const cv::Scalar colour = colourOf(verdict);
+    const Ink colour = colourOf(verdict);
     if (feature.outline.size() == 1) drawCross(picture, feature.outline.front(), colour, pen);
-    drawPolyline(picture, feature.outline, colour, pen.thickness);
+    picture.polyline(feature.outline, colour, pen.thickness);
     if (points) {
-        for (const cv::Point2d& p : feature.points) drawPolyline(picture, {p, p}, kGrey, pen.thickness);
+        for (const cv::Point2d& p : feature.points) picture.polyline({p, p}, Ink::kGrey, pen.thickness);
     }
     if (!feature.outline.empty())
         drawText(picture, feature.name, namePlace(feature) + cv::Point2d(4, -4), colour, pen);
 }
 
-void drawPose(cv::Mat& picture, const TPartPose& pose, const Pen& pen) {
+void drawPose(Canvas& picture, const TPartPose& pose, const Pen& pen) {
     const cv::Point2d origin(pose.x, pose.y);
     const double turn = radians(pose.angle);
     const cv::Point2d along = 40.0 * pen.scale * cv::Point2d(std::cos(turn), std::sin(turn));
-    drawPolyline(picture, {origin, origin + along}, kBlue, 2 * pen.thickness);
-    drawPolyline(picture, {origin, origin + cv::Point2d(-along.y, along.x)}, kBlue, pen.thickness);
+    picture.polyline({origin, origin + along}, Ink::kBlue, 2 * pen.thickness);
+    picture.polyline({origin, origin + cv::Point2d(-along.y, along.x)}, Ink::kBlue, pen.thickness);
 }
 
 // Those that did not pass first, as far as there is room.
-void drawValues(cv::Mat& picture, const TRecipeResult& result, const Pen& pen) {
+void drawValues(Canvas& picture, const TRecipeResult& result, const Pen& pen) {
     const double step = 20.0 * pen.scale;
     cv::Point2d at(8.0 * pen.scale, step);
     drawText(picture, result.recipe + ": " + verdictText(result.verdict), at, colourOf(result.verdict), pen);
@@ -140,7 +115,7 @@ void drawValues(cv::Mat& picture, const TRecipeResult& result, const Pen& pen) {
             const bool isGood = value.verdict == vdPass || value.verdict == vdNoLimits;
             if (isGood != good) continue;
             at.y += step;
-            if (at.y > picture.rows - step / 2.0) return;
+            if (at.y > picture.size().height - step / 2.0) return;
             const std::string told = value.measured ? measuredText(value) + "  " : "";
             drawText(picture, value.name + ": " + told + verdictText(value.verdict), at,
                      colourOf(value.verdict), pen);
@@ -150,9 +125,15 @@ void drawValues(cv::Mat& picture, const TRecipeResult& result, const Pen& pen) {
 
 }  // namespace
 
-cv::Mat inColour(const cv::Mat& img) {
+cv::Mat inBytes(const cv::Mat& img) {
+    if (img.depth() == CV_8U) return img;
     cv::Mat bytes;
     img.convertTo(bytes, CV_8U, 1.0 / levelUnit(img));
+    return bytes;
+}
+
+cv::Mat inColour(const cv::Mat& img) {
+    const cv::Mat bytes = inBytes(img);
     cv::Mat colour;
     if (bytes.channels() == 3) return bytes.data == img.data ? bytes.clone() : bytes;
     if (bytes.channels() == 4) {
@@ -173,7 +154,7 @@ std::string drawable(const std::string& text) {
     return shown;
 }
 
-void drawShapes(cv::Mat& picture, const RecipeData& recipe, const TRecipeResult& result, double broader) {
+void drawShapes(Canvas& picture, const RecipeData& recipe, const TRecipeResult& result, double broader) {
     const Pen pen(picture.size(), broader);
     const std::vector<TVerdict> verdicts = verdictsOfFeatures(recipe, result);
     if (recipe.draw.features) {
@@ -190,10 +171,10 @@ void drawShapes(cv::Mat& picture, const RecipeData& recipe, const TRecipeResult&
 cv::Mat drawRecipeResult(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result) {
     using namespace recipes;
     if (!takesPicture(img, "drawRecipeResult")) return {};
-    cv::Mat picture = inColour(img);
+    Canvas picture(inColour(img));
     drawShapes(picture, *recipe.data(), result);
     if (recipe.data()->draw.values) drawValues(picture, result, Pen(picture.size()));
-    return picture;
+    return picture.pixels();
 }
 
 }  // namespace orx

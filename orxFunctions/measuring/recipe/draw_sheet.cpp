@@ -12,14 +12,6 @@ namespace orx {
 namespace recipes {
 namespace {
 
-const cv::Scalar kPaper(255, 255, 255);
-const cv::Scalar kInk(48, 37, 28);
-const cv::Scalar kSoftInk(130, 118, 105);
-const cv::Scalar kTrack(226, 219, 212);
-const cv::Scalar kPassInk(55, 127, 26);
-const cv::Scalar kFailInk(24, 35, 200);
-const cv::Scalar kDoubtInk(0, 110, 175);
-
 constexpr int kSmall = 900;  // pixels of the larger side
 constexpr int kMostEnlarged = 4;
 constexpr double kEnlargedPen = 1.5;
@@ -30,41 +22,39 @@ constexpr double kMargin = 28.0;
 constexpr double kBarWidth = 170.0;
 constexpr double kTolerancePart = 0.6;  // of the bar
 
-cv::Scalar inkOf(TVerdict verdict) {
+Ink inkOf(TVerdict verdict) {
     switch (verdict) {
         case vdPass:
-            return kPassInk;
+            return Ink::kPass;
         case vdFail:
-            return kFailInk;
+            return Ink::kFail;
         case vdNoLimits:
-            return kSoftInk;
+            return Ink::kSoft;
         default:
-            return kDoubtInk;
+            return Ink::kDoubt;
     }
 }
 
 // Letters, lines and dots in the units of the design.
 class Sheet {
   public:
-    Sheet(cv::Mat table, double scale) : table_(std::move(table)), scale_(scale) {}
+    Sheet(Canvas table, double scale) : table_(std::move(table)), scale_(scale) {}
 
-    double height() const { return table_.rows / scale_; }
+    double height() const { return table_.size().height / scale_; }
 
     double widthOf(const std::string& text, double size) const {
         int baseline = 0;
         return cv::getTextSize(drawable(text), kFont, size * scale_, strokes(size), &baseline).width / scale_;
     }
-    void text(const std::string& text, cv::Point2d at, double size, const cv::Scalar& ink) {
-        cv::putText(table_, drawable(text), pixel(at), kFont, size * scale_, ink, strokes(size), cv::LINE_AA);
+    void text(const std::string& text, cv::Point2d at, double size, Ink ink) {
+        table_.text(drawable(text), pixel(at), kFont, size * scale_, ink, strokes(size));
     }
-    void textBefore(const std::string& words, cv::Point2d end, double size, const cv::Scalar& ink) {
+    void textBefore(const std::string& words, cv::Point2d end, double size, Ink ink) {
         text(words, {end.x - widthOf(words, size), end.y}, size, ink);
     }
-    void bar(cv::Point2d from, cv::Point2d to, const cv::Scalar& ink) {
-        cv::rectangle(table_, pixel(from), pixel(to), ink, cv::FILLED);
-    }
-    void dot(cv::Point2d at, double radius, const cv::Scalar& ink) {
-        cv::circle(table_, pixel(at), std::max(1, cvRound(radius * scale_)), ink, cv::FILLED, cv::LINE_AA);
+    void bar(cv::Point2d from, cv::Point2d to, Ink ink) { table_.bar(pixel(from), pixel(to), ink); }
+    void dot(cv::Point2d at, double radius, Ink ink) {
+        table_.dot(pixel(at), std::max(1, cvRound(radius * scale_)), ink);
     }
 
   private:
@@ -73,7 +63,7 @@ class Sheet {
     cv::Point pixel(cv::Point2d p) const { return {cvRound(p.x * scale_), cvRound(p.y * scale_)}; }
     int strokes(double size) const { return std::max(1, cvRound(1.4 * size * scale_)); }
 
-    cv::Mat table_;
+    Canvas table_;
     double scale_;
 };
 
@@ -96,13 +86,13 @@ void drawBar(Sheet& sheet, const TRecipeValue& value, cv::Point2d from) {
     if (!value.measured || !std::isfinite(width) || !(width > 0.0)) return;
     const double middle = from.x + 0.5 * kBarWidth;
     const double half = 0.5 * kTolerancePart * kBarWidth;
-    sheet.bar({from.x, from.y - 1}, {from.x + kBarWidth, from.y + 1}, kTrack);
-    sheet.bar({middle - half, from.y - 5}, {middle + half, from.y + 5}, kTrack);
+    sheet.bar({from.x, from.y - 1}, {from.x + kBarWidth, from.y + 1}, Ink::kTrack);
+    sheet.bar({middle - half, from.y - 5}, {middle + half, from.y + 5}, Ink::kTrack);
     for (const bool upper : {false, true}) {
         const double x = upper ? middle + half : middle - half;
-        sheet.bar({x - 1, from.y - 9}, {x + 1, from.y + 9}, kSoftInk);
+        sheet.bar({x - 1, from.y - 9}, {x + 1, from.y + 9}, Ink::kSoft);
         const std::string limit = shortText(upper ? value.tolerance.upper : value.tolerance.lower);
-        sheet.text(limit, {x - 0.5 * sheet.widthOf(limit, 0.46), from.y + 22}, 0.46, kSoftInk);
+        sheet.text(limit, {x - 0.5 * sheet.widthOf(limit, 0.46), from.y + 22}, 0.46, Ink::kSoft);
     }
     const double share = (value.value - value.tolerance.lower) / width - 0.5;
     const double at = std::clamp(2.0 * half * share, -0.5 * kBarWidth, 0.5 * kBarWidth);
@@ -111,16 +101,16 @@ void drawBar(Sheet& sheet, const TRecipeValue& value, cv::Point2d from) {
 
 void drawRow(Sheet& sheet, const TRecipeValue& value, double top) {
     const double right = kTableWidth - kMargin;
-    const cv::Scalar ink = inkOf(value.verdict);
+    const Ink ink = inkOf(value.verdict);
     const std::string verdict = verdictText(value.verdict);
     sheet.textBefore(verdict, {right, top + 23}, 0.72, ink);
     const double room = right - kMargin - sheet.widthOf(verdict, 0.72) - 20;
-    sheet.text(shortened(sheet, value.name, 0.72, room), {kMargin, top + 24}, 0.72, kInk);
+    sheet.text(shortened(sheet, value.name, 0.72, room), {kMargin, top + 24}, 0.72, Ink::kText);
     const double beside = value.measured ? kBarWidth + 20 : 0.0;
     const std::string told = shortened(sheet, measuredText(value), 0.66, right - kMargin - beside);
-    sheet.text(told, {kMargin, top + 51}, 0.66, value.verdict == vdFail ? ink : kSoftInk);
+    sheet.text(told, {kMargin, top + 51}, 0.66, value.verdict == vdFail ? ink : Ink::kSoft);
     drawBar(sheet, value, {right - kBarWidth, top + 42});
-    sheet.bar({kMargin, top + kRowHeight - 3}, {right, top + kRowHeight - 2}, kTrack);
+    sheet.bar({kMargin, top + kRowHeight - 3}, {right, top + kRowHeight - 2}, Ink::kTrack);
 }
 
 // Those that did not pass first.
@@ -138,12 +128,12 @@ void drawTable(Sheet& sheet, const TRecipeResult& result) {
     const std::string verdict = verdictText(result.verdict);
     sheet.textBefore(verdict, {right, 62}, 1.3, inkOf(result.verdict));
     const double room = right - kMargin - sheet.widthOf(verdict, 1.3) - 20;
-    sheet.text(shortened(sheet, result.recipe, 1.3, room), {kMargin, 62}, 1.3, kInk);
+    sheet.text(shortened(sheet, result.recipe, 1.3, room), {kMargin, 62}, 1.3, Ink::kText);
     sheet.bar({kMargin, 84}, {right, 87}, inkOf(result.verdict));
     double top = 98;
     if (!result.problem.empty()) {
         const std::string problem = shortened(sheet, result.problem, 0.66, right - kMargin);
-        sheet.text(problem, {kMargin, top + 22}, 0.66, kDoubtInk);
+        sheet.text(problem, {kMargin, top + 22}, 0.66, Ink::kDoubt);
         top += 40;
     }
     const std::vector<const TRecipeValue*> values = inOrder(result);
@@ -151,7 +141,7 @@ void drawTable(Sheet& sheet, const TRecipeResult& result) {
         const std::size_t left = values.size() - i;
         const bool isLast = top + 2 * kRowHeight > sheet.height();
         if (top + kRowHeight > sheet.height() || (isLast && left > 1)) {
-            sheet.text("and " + std::to_string(left) + " more", {kMargin, top + 24}, 0.66, kSoftInk);
+            sheet.text("and " + std::to_string(left) + " more", {kMargin, top + 24}, 0.66, Ink::kSoft);
             return;
         }
         drawRow(sheet, *values[i], top);
@@ -179,24 +169,46 @@ TRecipeResult enlarged(TRecipeResult result, int factor) {
     return result;
 }
 
+// On a canvas of the picture's kind. Pixels are enlarged, not smoothed: an outline lies over what was
+// measured, and rows that repeat make small files.
+cv::Mat drawSheet(const cv::Mat& picture, const TRecipe& recipe, const TRecipeResult& result) {
+    const int factor = enlargement(picture.size());
+    const cv::Size size = picture.size() * factor;
+    const double scale = std::max(0.4, size.height / kDesignHeight);
+    const int table = recipe.data()->draw.values ? cvRound(kTableWidth * scale) : 0;
+    Canvas all(cv::Mat(size.height, size.width + table, picture.type()));
+    Canvas left = all.columns(0, size.width);
+    cv::resize(picture, left.pixels(), size, 0, 0, cv::INTER_NEAREST);
+    drawShapes(left, *recipe.data(), enlarged(result, factor), factor > 1 ? kEnlargedPen : 1.0);
+    if (table == 0) return all.pixels();
+    Canvas right = all.columns(size.width, size.width + table);
+    right.bar({0, 0}, {table, size.height}, Ink::kPaper);
+    Sheet sheet(std::move(right), scale);
+    drawTable(sheet, result);
+    return all.pixels();
+}
+
 }  // namespace
 }  // namespace recipes
 
 cv::Mat drawRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result) {
     using namespace recipes;
     if (!takesPicture(img, "drawRecipeSheet")) return {};
-    const int factor = enlargement(img.size());
-    cv::Mat picture = inColour(img);
-    if (factor > 1) cv::resize(picture, picture, cv::Size(), factor, factor, cv::INTER_LINEAR);
-    drawShapes(picture, *recipe.data(), enlarged(result, factor), factor > 1 ? kEnlargedPen : 1.0);
-    if (!recipe.data()->draw.values) return picture;
-    const double scale = std::max(0.4, picture.rows / kDesignHeight);
-    const cv::Size size(picture.cols + cvRound(kTableWidth * scale), picture.rows);
-    cv::Mat all(size, CV_8UC3, kPaper);
-    picture.copyTo(all.colRange(0, picture.cols));
-    Sheet sheet(all.colRange(picture.cols, all.cols), scale);
-    drawTable(sheet, result);
-    return all;
+    return drawSheet(inColour(img), recipe, result);
+}
+
+cv::Mat drawIndexedRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result,
+                               std::vector<cv::Vec3b>& palette) {
+    using namespace recipes;
+    constexpr const char* kFunction = "drawIndexedRecipeSheet";
+    palette.clear();
+    if (!takesPicture(img, kFunction)) return {};
+    if (img.channels() != 1) {
+        refuse(rcImageType, kFunction, "the image has %d channels; one is taken", img.channels());
+        return {};
+    }
+    palette.assign(Canvas::palette().begin(), Canvas::palette().end());
+    return drawSheet(Canvas::indicesOf(inBytes(img)), recipe, result);
 }
 
 }  // namespace orx

@@ -27,10 +27,11 @@ constexpr std::size_t kMostPixels = 1U << 26U;  // larger ones are for imgcodecs
 constexpr std::size_t kMostDeflated = 1032;     // bytes that one byte of deflate can stand for
 constexpr std::size_t kLargestWindow = 1U << 15U;
 constexpr std::size_t kLongestData = 0x7FFFFFFF;  // of a chunk
+constexpr std::size_t kMostColours = 256;         // of a palette
 constexpr int kLevel = 1;  // against what is next: 1.2 to 2 times as fast, files 3 to 15 % larger
 
-// Chunks that say nothing of pixels. All others (a palette, transparency, turned by eXIf, animated, unknown)
-// are for imgcodecs.
+// Chunks that say nothing of pixels. All others (a palette beside pixels in colour, transparency, turned by
+// eXIf, animated, unknown) are for imgcodecs.
 constexpr std::array<const char*, 11> kPassedOver = {"bKGD", "cHRM", "gAMA", "iCCP", "iTXt", "pHYs",
                                                      "sBIT", "sRGB", "tEXt", "tIME", "zTXt"};
 
@@ -83,6 +84,8 @@ struct Header {
     std::uint32_t height = 0;
     int type = 0;           // of the picture
     std::size_t pixel = 0;  // bytes
+    bool hasPalette = false;
+    std::vector<cv::Vec3b> palette;  // BGR
 
     std::size_t rowBytes() const { return width * pixel; }
     std::size_t filteredBytes() const { return (rowBytes() + 1) * height; }
@@ -106,9 +109,22 @@ bool readHeader(const Chunk& chunk, int flags, Header& header) {
         header.type = CV_16UC1;
     else if (colour == 2 && depth == 8 && flags == cv::IMREAD_COLOR)
         header.type = CV_8UC3;
+    else if (colour == 3 && depth == 8 && flags == cv::IMREAD_COLOR)
+        header.hasPalette = true;
     else
         return false;
     header.pixel = static_cast<std::size_t>(CV_ELEM_SIZE(header.type));
+    if (header.hasPalette) header.type = CV_8UC3;
+    return true;
+}
+
+// False for one that is not wanted, or is not whole.
+bool readPalette(const Chunk& chunk, Header& header) {
+    if (!header.hasPalette || !header.palette.empty() || chunk.size == 0 || chunk.size % 3 != 0 ||
+        chunk.size > 3 * kMostColours)
+        return false;
+    for (std::size_t i = 0; i < chunk.size; i += 3)
+        header.palette.emplace_back(chunk.data[i + 2], chunk.data[i + 1], chunk.data[i]);
     return true;
 }
 
@@ -143,8 +159,10 @@ bool readChunks(const Byte* bytes, std::size_t size, int flags, Header& header, 
     bool hasEnded = false;  // the data
     while (chunks.next(chunk)) {
         if (chunk.is("IEND")) return chunk.size == 0 && deflated.begun();
-        if (chunk.is("IDAT")) {
-            if (hasEnded) return false;
+        if (chunk.is("PLTE")) {
+            if (deflated.begun() || !readPalette(chunk, header)) return false;
+        } else if (chunk.is("IDAT")) {
+            if (hasEnded || header.hasPalette == header.palette.empty()) return false;
             deflated.add(chunk);
         } else if (chunk.isPassedOver()) {
             hasEnded = deflated.begun();
@@ -172,9 +190,18 @@ std::unique_ptr<Byte[]> inflated(const Deflated& deflated, std::size_t size) {
     return result == LIBDEFLATE_SUCCESS ? std::move(bytes) : nullptr;
 }
 
+// False where the palette lacks one of them.
+bool storeIndices(const Byte* row, const Header& header, cv::Mat& picture, int y) {
+    if (*std::max_element(row, row + header.width) >= header.palette.size()) return false;
+    std::transform(row, row + header.width, picture.ptr<cv::Vec3b>(y),
+                   [&](Byte index) { return header.palette[index]; });
+    return true;
+}
+
 // The row in the picture's own order of bytes: levels of 16 bits begin with the upper one in the file,
 // colours with red.
-void store(const Byte* row, const Header& header, cv::Mat& picture, int y) {
+bool store(const Byte* row, const Header& header, cv::Mat& picture, int y) {
+    if (header.hasPalette) return storeIndices(row, header, picture, y);
     if (header.pixel == 1) {
         std::memcpy(picture.ptr(y), row, header.width);
     } else if (header.pixel == 2) {
@@ -186,6 +213,7 @@ void store(const Byte* row, const Header& header, cv::Mat& picture, int y) {
         cv::Mat blue = picture.row(y);
         cv::cvtColor(red, blue, cv::COLOR_RGB2BGR);
     }
+    return true;
 }
 
 cv::Mat pictureOf(Byte* filtered, const Header& header) {
@@ -194,8 +222,9 @@ cv::Mat pictureOf(Byte* filtered, const Header& header) {
     const Byte* above = zeros.data();
     for (int y = 0; y < picture.rows; ++y) {
         Byte* const row = filtered + 1;
-        if (!unfilterPngRow(*filtered, row, above, header.rowBytes(), header.pixel)) return {};
-        store(row, header, picture, y);
+        if (!unfilterPngRow(*filtered, row, above, header.rowBytes(), header.pixel) ||
+            !store(row, header, picture, y))
+            return {};
         above = row;
         filtered = row + header.rowBytes();
     }
@@ -262,6 +291,25 @@ bool appendData(std::vector<Byte>& bytes, const std::vector<Byte>& rows) {
     return true;
 }
 
+// `colour` is PNG's number of the kind: 0 grey, 2 colour, 3 a palette.
+bool encode(const cv::Mat& picture, Byte colour, const std::vector<cv::Vec3b>& palette,
+            std::vector<Byte>& encoded) {
+    if (picture.total() > kMostPixels) return false;
+    std::vector<Byte> bytes(kSignature.begin(), kSignature.end());
+    std::vector<Byte> header;
+    append(header, static_cast<std::uint32_t>(picture.cols));
+    append(header, static_cast<std::uint32_t>(picture.rows));
+    header.insert(header.end(), {8, colour, 0, 0, 0});
+    appendChunk(bytes, "IHDR", header);
+    std::vector<Byte> colours;
+    for (const cv::Vec3b& one : palette) colours.insert(colours.end(), {one[2], one[1], one[0]});
+    if (!colours.empty()) appendChunk(bytes, "PLTE", colours);
+    if (!appendData(bytes, unfiltered(picture))) return false;
+    appendChunk(bytes, "IEND", {});
+    encoded.swap(bytes);
+    return true;
+}
+
 }  // namespace
 
 cv::Mat decodePlainPng(const Byte* bytes, std::size_t size, int flags) {
@@ -278,20 +326,17 @@ cv::Mat decodePlainPng(const Byte* bytes, std::size_t size, int flags) {
 }
 
 bool encodePlainPng(const cv::Mat& picture, std::vector<Byte>& encoded) {
-    if (picture.empty() || picture.dims != 2 || (picture.type() != CV_8UC1 && picture.type() != CV_8UC3) ||
-        picture.total() > kMostPixels)
+    if (picture.empty() || picture.dims != 2 || (picture.type() != CV_8UC1 && picture.type() != CV_8UC3))
         return false;
-    std::vector<Byte> bytes(kSignature.begin(), kSignature.end());
-    std::vector<Byte> header;
-    append(header, static_cast<std::uint32_t>(picture.cols));
-    append(header, static_cast<std::uint32_t>(picture.rows));
-    const Byte colour = picture.channels() == 1 ? 0 : 2;
-    header.insert(header.end(), {8, colour, 0, 0, 0});
-    appendChunk(bytes, "IHDR", header);
-    if (!appendData(bytes, unfiltered(picture))) return false;
-    appendChunk(bytes, "IEND", {});
-    encoded.swap(bytes);
-    return true;
+    return encode(picture, picture.channels() == 1 ? 0 : 2, {}, encoded);
+}
+
+bool encodePalettePng(const cv::Mat& indices, const std::vector<cv::Vec3b>& palette,
+                      std::vector<Byte>& encoded) {
+    if (indices.empty() || indices.dims != 2 || indices.type() != CV_8UC1 || palette.empty() ||
+        palette.size() > kMostColours)
+        return false;
+    return encode(indices, 3, palette, encoded);
 }
 
 }  // namespace orx::platform
