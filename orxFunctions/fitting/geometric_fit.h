@@ -30,7 +30,9 @@ namespace orx {
 
 // A straight line, upright ones like all others, and the stretch of it that the used points cover.
 struct ORX_API TMeasuredLine : TFitReport {
-    cv::Point2d point;            // on the line, where its place is known best
+    // On the line, at the middle of the used points by their weights: where its place is known best, or near
+    // there for edge chains whose points lie unevenly.
+    cv::Point2d point;
     cv::Point2d direction{1, 0};  // of length 1; leads from the first points to the last
     double angle = 0.0;           // of the direction, degrees in (-180, 180]
     double from = 0.0;            // the stretch: from point + from * direction

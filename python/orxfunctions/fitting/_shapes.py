@@ -68,7 +68,8 @@ class MeasuredLine(NamedTuple):
     """
 
     point: Pair
-    """On the line, where its place is known best."""
+    """On the line, at the middle of the used points by their weights: where its place is known best, or near there for edge
+    chains whose points lie unevenly."""
     direction: Pair
     """Of length 1; leads from the first points to the last."""
     angle: float
