@@ -133,10 +133,12 @@ class ThinnedStripe {
         std::vector<uchar> outer(cols + sizeof(std::uint64_t));  // and some that stay 0
         for (int y = rows_.start; y < rows_.end; ++y) {
             const uchar* row = pixels_.row(y);
+            const uchar* before = row - 1;
+            const uchar* after = row + 1;
             const uchar* above = row - stride;
             const uchar* below = row + stride;
             for (std::size_t x = 0; x < cols; ++x)
-                outer[x] = row[x] & static_cast<uchar>(~(row[x - 1] & row[x + 1] & above[x] & below[x]));
+                outer[x] = row[x] & static_cast<uchar>(~(before[x] & after[x] & above[x] & below[x]));
             appendPlaces(outer, pixels_.startOf(y) + 1, waiting_[0]);
         }
     }
