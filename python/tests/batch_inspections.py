@@ -1,16 +1,18 @@
 """Inspections and pictures for the tests of `batch`: what a process must be able to import."""
 from __future__ import annotations
 
+import importlib
 import os
 import time
 from pathlib import Path
 from typing import Any
 
-import cv2
 import numpy as np
 from numpy.typing import NDArray
 
 from orxfunctions import analysis
+
+cv2: Any = importlib.import_module("cv2")
 
 ABORTS, HANGS, GREEDY, RAISES, EXITS, NO_RECORD = 201, 202, 203, 204, 205, 206
 
@@ -30,7 +32,8 @@ def level(image: NDArray[np.uint8]) -> dict[str, Any]:
         os._exit(7)
     if trouble == NO_RECORD:
         return None  # type: ignore[return-value]
-    return {"level": analysis.threshold_level(image), "mean": image.mean(), "none": float("nan"), "size": {"rows": len(image)}}
+    return {"level": analysis.threshold_level(image), "mean": image.mean(), "none": float("nan"),
+            "size": {"rows": len(image)}}
 
 
 def slow(image: NDArray[np.uint8]) -> dict[str, Any]:

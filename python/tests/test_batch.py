@@ -117,7 +117,8 @@ def test_sources_give_the_same_pictures_lazily(pictures: Path, tmp_path: Path, m
     listed = tmp_path / "names.txt"
     listed.write_text("\n".join(os.path.relpath(name, tmp_path) for name in expected) + "\n\n", encoding="utf-8")
     monkeypatch.chdir(tmp_path)
-    for source in (pictures, "pictures", f"{pictures}/**/*.png", listed, iter(expected), map(Path, expected)):
+    sources: list[Any] = [pictures, "pictures", f"{pictures}/**/*.png", listed, iter(expected), map(Path, expected)]
+    for source in sources:
         found = list(_pictures.pictures_of(source))
         assert sorted(picture.path for picture in found) == expected
         assert all(picture.size == os.path.getsize(picture.path) and picture.changed > 0 for picture in found)
@@ -221,8 +222,10 @@ def test_what_can_not_be_begun_is_refused(pictures: Path, tmp_path: Path) -> Non
         batch.run(inspections.level, pictures, store, cluster="tcp://127.0.0.1:9", patience=1.0)
 
 
-def test_dask_is_asked_for_by_the_name_of_its_package(pictures: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
-    monkeypatch.setitem(sys.modules, "distributed", None)
+def test_dask_is_asked_for_by_the_name_of_its_package(pictures: Path, tmp_path: Path,
+                                                      monkeypatch: pytest.MonkeyPatch) -> None:
+    modules: dict[str, Any] = sys.modules
+    monkeypatch.setitem(modules, "distributed", None)
     with pytest.raises(ImportError, match="install python3-distributed"):
         batch.run(inspections.level, pictures, tmp_path / "results.sqlite", workers=2)
     assert batch.run(inspections.level, pictures, tmp_path / "results.sqlite", workers=1).measured == 40
@@ -246,9 +249,11 @@ def test_the_program_measures_shows_and_exports(pictures: Path, tmp_path: Path) 
     function = tmp_path / "mine.py"
     function.write_text("HALF = 0.5\ndef rows(image):\n    return {'rows': len(image) * HALF}\n", encoding="utf-8")
     assert subprocess.run(program(f"{function}:rows", pictures / "a", store, "--quiet"), timeout=60).returncode == 0
-    for wrong, words in (([f"{function}:columns", pictures, store], "there is no function 'columns'"),
-                         ([tmp_path / "none.json", pictures, store], "none.json"),
-                         (["export", store, tmp_path / "table.xls"], "ends in .csv or .parquet")):
+    mistakes: list[tuple[list[Any], str]] = [
+        ([f"{function}:columns", pictures, store], "there is no function 'columns'"),
+        ([tmp_path / "none.json", pictures, store], "none.json"),
+        (["export", store, tmp_path / "table.xls"], "ends in .csv or .parquet")]
+    for wrong, words in mistakes:
         refused = subprocess.run(program(*wrong), capture_output=True, text=True, timeout=60)
         assert refused.returncode == 2 and words in refused.stderr and "Traceback" not in refused.stderr
 
