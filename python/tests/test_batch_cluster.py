@@ -16,6 +16,8 @@ from typing import Any, Optional
 
 import pytest
 
+import orxfunctions
+
 pytest.importorskip("cv2")
 pytest.importorskip("distributed")
 inspections = pytest.importorskip("batch_inspections")
@@ -81,7 +83,8 @@ class Programs:
 
     def start(self, machine: str, *arguments: Any, path: str = "") -> subprocess.Popen[str]:
         prefix = ["ip", "netns", "exec", machine] if self.machines else []
-        environment = {**ENVIRONMENT, "PYTHONPATH": os.pathsep.join(filter(None, (path, os.environ.get("PYTHONPATH", ""))))}
+        found = str(Path(orxfunctions.__file__).parent.parent)
+        environment = {**ENVIRONMENT, "PYTHONPATH": os.pathsep.join(filter(None, (path, found)))}
         log = open(self.folder / f"log-{len(self.running)}.txt", "w", encoding="utf-8")
         process = subprocess.Popen([*prefix, sys.executable, *map(str, arguments)], stdout=log, stderr=log, text=True,
                                    env=environment, start_new_session=True)

@@ -114,7 +114,7 @@ class ClusterEngine:
             self._had_workers = now
         elif now - self._had_workers > _PATIENCE_WITHOUT_WORKERS:
             self._tell(f"there are no workers at {self._address}; waiting for some")
-            self._had_workers = now
+            self._had_workers = now + _PATIENCE_WITHOUT_WORKERS * 5  # told again after a minute
 
     def _ask(self, workers: list[str]) -> None:
         answers = self._client.run(_versions_there, workers=workers, on_error="return")

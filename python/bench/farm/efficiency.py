@@ -1,0 +1,141 @@
+"""How well two workers are used, and what measuring in Python costs over C++.
+
+    PYTHONPATH=BUILD/python python3 python/bench/farm/efficiency.py [--pictures N] [--rounds N] [--loop BUILD/bin/farm_loop]
+
+On a machine with other work pictures a second tell nothing. So efficiency is occupancy (the share of the clock that workers
+are within batches, between the first batch and the last) times the share of the workers' processor time that is
+measuring, both inside one run; and Python over C++ is processor time of rounds that take turns with the program farm_loop.
+"""
+from __future__ import annotations
+
+import argparse
+import json
+import statistics
+import subprocess
+import tempfile
+import time
+from collections.abc import Iterator, Sequence
+from contextlib import contextmanager
+from pathlib import Path
+from typing import Any
+
+import scene
+
+from orxfunctions import batch
+from orxfunctions.batch import _inspections, _measure, _window
+from orxfunctions.batch._cluster import ClusterEngine
+
+
+class Watched(ClusterEngine):
+    """Keeps when batches came back, for how long workers were busy, and what processor time they took."""
+
+    def __init__(self, *arguments: Any, **options: Any) -> None:
+        super().__init__(*arguments, **options)
+        self.outcomes: list[tuple[float, float, int]] = []
+
+    def finished(self, seconds: float) -> list[_window.Outcome]:
+        found = super().finished(seconds)
+        self.outcomes += [(time.perf_counter(), outcome.seconds, len(outcome.rows)) for outcome in found]
+        return found
+
+    def processor_seconds(self) -> float:
+        """Of all workers, their threads and what these wait for included."""
+        return sum(self._client.run(time.process_time).values())
+
+    def close(self, *, now: bool) -> None:
+        if not hasattr(self, "used") and self._client is not None and not now:
+            self.used = self.processor_seconds()
+        super().close(now=now)
+
+
+@contextmanager
+def watched(workers: int, inspection: _inspections.Inspection) -> Iterator[Watched]:
+    engine = Watched(_inspections.packed(inspection), inspection.fingerprint, _measure.Bounds(), workers=workers, tell=print)
+    try:
+        yield engine
+    finally:
+        engine.close(now=False)
+
+
+def occupancy(workers: int, pictures: Sequence[str]) -> dict[str, float]:
+    """Shares of the clock and of the processor, from one run."""
+    inspection = _inspections.inspection_of(scene.inspect, version="1")
+    rows: list[batch.Row] = []
+
+    class Pot:
+        def done(self, what: Any, asked: Any, *, failed_too: bool = True) -> set[batch.Picture]:
+            return set()
+
+        def write(self, what: Any, some: Sequence[batch.Row]) -> None:
+            rows.extend(some)
+
+        def export(self, path: str) -> None:
+            raise NotImplementedError
+
+        def close(self) -> None:
+            pass
+
+    with watched(workers, inspection) as engine:
+        # Workers load what they need with a first batch of their own.
+        window = _window.Window(inspection, (batch.Picture(name, 1, 1) for name in pictures), engine, Pot(),
+                                _window.BatchSize(1.0), failed_too=True, stopped=lambda: False, told=lambda counts: None,
+                                judged=lambda row: "")
+        before = engine.processor_seconds()
+        window.run()
+        used = engine.processor_seconds() - before
+    # Only while there was work for all: from the first result to the last that left a full window behind.
+    skip = 2 * workers
+    start, end = engine.outcomes[skip - 1][0], engine.outcomes[-2 * workers][0]
+    busy = sum(seconds for _, seconds, _ in engine.outcomes[skip:len(engine.outcomes) - 2 * workers + 1])
+    measuring = sum(row.seconds for row in rows)
+    return {"occupancy": busy / (workers * (end - start)), "pictures": sum(seconds for _, seconds, _ in engine.outcomes),
+            "measuring": measuring, "processor": used}
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--pictures", type=int, default=2000)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--loop", type=Path, help="the program farm_loop of the build with benchmarks")
+    given = parser.parse_args()
+    with tempfile.TemporaryDirectory() as folder:
+        scene.write_pictures(Path(folder), given.pictures)
+        names = sorted(map(str, Path(folder).glob("*.png")))
+        shares = {}
+        for workers in (1, 2):
+            told = occupancy(workers, names)
+            shares[workers] = told["occupancy"] * told["measuring"] / told["pictures"]
+            print(f"{workers} workers: inside batches {told['occupancy']:.4f} of the clock, of that in pictures "
+                  f"{told['measuring'] / told['pictures']:.4f}; processor time of the worker processes "
+                  f"{1e3 * told['processor'] / len(names):.2f} ms a picture", flush=True)
+        print(f"efficiency 1 to 2 workers: {shares[2] / shares[1]:.4f}; of two workers' clock {shares[2]:.4f} is measuring")
+        compare(names, given.rounds, given.loop)
+
+
+def compare(names: Sequence[str], rounds: int, loop: Path | None) -> None:
+    """Processor time a picture: this loop, the plain call, and C++, in turns."""
+    _measure.prepare_process()
+    inspection = _inspections.inspection_of(scene.inspect, version="1")
+    some = [batch.Picture(name, 1, 1) for name in names[:400]]
+    ratios: dict[str, list[float]] = {"batch over a plain loop in Python": [], "batch over C++": []}
+    for _ in range(rounds):
+        start = time.process_time()
+        for picture in some:
+            scene.inspect(scene.cv2.imread(picture.path, scene.cv2.IMREAD_GRAYSCALE))
+        plain = time.process_time() - start
+        start = time.process_time()
+        for picture in some:
+            _measure.measured(inspection, picture, _measure.Bounds())
+        ours = time.process_time() - start
+        ratios["batch over a plain loop in Python"].append(ours / plain)
+        if loop:
+            text = subprocess.run([loop], input="\n".join(picture.path for picture in some), check=True, text=True,
+                                  capture_output=True).stdout
+            ratios["batch over C++"].append(ours / json.loads(text)["seconds"])
+    for name, values in ratios.items():
+        if values:
+            print(f"{name}: {statistics.median(values):.3f} (least {min(values):.3f}, largest {max(values):.3f})")
+
+
+if __name__ == "__main__":
+    main()
