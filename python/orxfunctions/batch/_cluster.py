@@ -22,6 +22,7 @@ _GATHERED_AT_ONCE = 64
 _QUARANTINES = 10
 _LOOK_SECONDS = 2.0
 _PATIENCE_WITHOUT_WORKERS = 10.0
+_LOGGERS = ("distributed.client", "distributed.core", "distributed.utils")
 
 
 class _Flight(NamedTuple):
@@ -62,6 +63,10 @@ class ClusterEngine:
         self._looked = self._had_workers = time.monotonic()
         self._cluster: Any = None
         self._client: Any = None
+        # Pages of traces on a scheduler that is gone, which is told in a line here.
+        self._loggers = [(logger, logger.level) for logger in map(logging.getLogger, _LOGGERS)]
+        for logger, _ in self._loggers:
+            logger.setLevel(logging.CRITICAL)
         try:
             if not address:
                 self._cluster = self._local_cluster(workers)
@@ -238,6 +243,8 @@ class ClusterEngine:
         if self._cluster is not None:
             self._cluster.close(timeout=1.0 if now else 10.0)
             self._cluster = None
+        for logger, level in self._loggers:
+            logger.setLevel(level)
 
     def _close_client(self) -> None:
         client, self._client = self._client, None

@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import argparse
+import logging
 import os
 import sys
 from collections.abc import Sequence
@@ -37,8 +38,9 @@ def _refused(error: BaseException, code: int) -> int:
 
 def _run(arguments: Sequence[str]) -> int:
     given = _run_parser().parse_args(arguments)
-    if given.workers is None and given.cluster is None:
-        given.workers = 1
+    # Traces on connections that have ended, which are told in a line. A program of others keeps its loggers as they are.
+    for logger in ("asyncio", "tornado.application"):
+        logging.getLogger(logger).setLevel(logging.CRITICAL)
     summary = run(given.inspection, given.pictures, given.store, workers=given.workers, cluster=given.cluster,
                   version=given.version, mode=given.mode, seconds=given.seconds or None,
                   memory=int(given.memory * (1 << 20)) or None, retry_failed=given.retry_failed,
