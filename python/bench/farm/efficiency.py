@@ -4,7 +4,7 @@
 
 On a machine with other work pictures a second tell nothing. So efficiency is occupancy (the share of the clock that workers
 are within batches, between the first batch and the last) times the share of the workers' processor time that is
-measuring, both inside one run; and Python over C++ is processor time of rounds that take turns with the program farm_loop.
+measuring, both inside one run; and Python over C++ is processor time of processes that take turns with farm_loop.
 """
 from __future__ import annotations
 
@@ -12,6 +12,7 @@ import argparse
 import json
 import statistics
 import subprocess
+import sys
 import tempfile
 import time
 from collections.abc import Iterator, Sequence
@@ -97,7 +98,11 @@ def main() -> None:
     parser.add_argument("--pictures", type=int, default=2000)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--loop", type=Path, help="the program farm_loop of the build with benchmarks")
+    parser.add_argument("--measure", choices=("batch", "plain"), help=argparse.SUPPRESS)
     given = parser.parse_args()
+    if given.measure:
+        print(json.dumps(loop_here(sys.stdin.read().splitlines(), given.measure == "plain")))
+        return
     with tempfile.TemporaryDirectory() as folder:
         scene.write_pictures(Path(folder), given.pictures)
         names = sorted(map(str, Path(folder).glob("*.png")))
@@ -109,32 +114,44 @@ def main() -> None:
                   f"{told['measuring'] / told['pictures']:.4f}; processor time of the worker processes "
                   f"{1e3 * told['processor'] / len(names):.2f} ms a picture", flush=True)
         print(f"efficiency 1 to 2 workers: {shares[2] / shares[1]:.4f}; of two workers' clock {shares[2]:.4f} is measuring")
-        compare(names, given.rounds, given.loop)
+        compare(names[:400], given.rounds, given.loop)
+
+
+def loop_here(names: Sequence[str], plain: bool) -> dict[str, float]:
+    """Processor time and the sum of what was measured: of this package's loop, or of the calls alone."""
+    _measure.prepare_process()
+    inspection = _inspections.inspection_of(scene.inspect, version="1")
+    total, bounds = 0.0, _measure.Bounds()
+    start = 0.0
+    for number, name in enumerate([names[0], *names]):
+        if number == 1:  # what is loaded with the first picture belongs to no picture
+            start, total = time.process_time(), 0.0
+        if plain:
+            told = scene.inspect(scene.cv2.imread(name, scene.cv2.IMREAD_GRAYSCALE))
+        else:
+            told = json.loads(_measure.measured(inspection, batch.Picture(name, 1, 1), bounds).record)
+        total += told["level"] + sum(told["radii"])
+    return {"seconds": time.process_time() - start, "sum": total}
 
 
 def compare(names: Sequence[str], rounds: int, loop: Path | None) -> None:
-    """Processor time a picture: this loop, the plain call, and C++, in turns."""
-    _measure.prepare_process()
-    inspection = _inspections.inspection_of(scene.inspect, version="1")
-    some = [batch.Picture(name, 1, 1) for name in names[:400]]
-    ratios: dict[str, list[float]] = {"batch over a plain loop in Python": [], "batch over C++": []}
+    """Processor time a picture of new processes that take turns: this package's loop, the calls alone, and C++."""
+    commands = {"ours": [sys.executable, __file__, "--measure", "batch"], "Python": [sys.executable, __file__, "--measure", "plain"]}
+    if loop:
+        commands["C++"] = [str(loop)]
+    runs: dict[str, list[float]] = {name: [] for name in commands}
     for _ in range(rounds):
-        start = time.process_time()
-        for picture in some:
-            scene.inspect(scene.cv2.imread(picture.path, scene.cv2.IMREAD_GRAYSCALE))
-        plain = time.process_time() - start
-        start = time.process_time()
-        for picture in some:
-            _measure.measured(inspection, picture, _measure.Bounds())
-        ours = time.process_time() - start
-        ratios["batch over a plain loop in Python"].append(ours / plain)
-        if loop:
-            text = subprocess.run([loop], input="\n".join(picture.path for picture in some), check=True, text=True,
-                                  capture_output=True).stdout
-            ratios["batch over C++"].append(ours / json.loads(text)["seconds"])
-    for name, values in ratios.items():
-        if values:
-            print(f"{name}: {statistics.median(values):.3f} (least {min(values):.3f}, largest {max(values):.3f})")
+        sums = []
+        for name, command in commands.items():
+            told = json.loads(subprocess.run(command, input="\n".join(names), check=True, text=True, capture_output=True).stdout)
+            runs[name].append(told["seconds"])
+            sums.append(told["sum"])
+        if max(sums) - min(sums) > 1e-5 * max(sums):  # C++ prints six digits
+            raise SystemExit(f"they do not measure the same: {sums}")
+    for name in list(commands)[1:]:
+        ratios = [ours / theirs for ours, theirs in zip(runs["ours"], runs[name])]
+        print(f"batch over a loop in {name}: {statistics.median(ratios):.3f} by rounds ({min(ratios):.3f} to {max(ratios):.3f}), "
+              f"{min(runs['ours']) / min(runs[name]):.3f} by the shortest; {1e3 * min(runs[name]) / len(names):.2f} ms a picture there")
 
 
 if __name__ == "__main__":

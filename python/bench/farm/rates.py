@@ -2,10 +2,10 @@
 
     PYTHONPATH=BUILD/python python3 python/bench/farm/rates.py [batches | memory | store] [--names N]
 
-`batches`: pictures that cost nothing in batches of one, through two workers of Dask: batches a second, with the processor
-time of the client, which is what limits them where workers have machines of their own.
+`batches`: pictures that cost nothing, through two workers of Dask: batches a second, and the processor time of client and
+scheduler, which is what limits them where workers have machines of their own; the same for a picture in large batches.
 `memory`: resident memory of the client while it hands out names; the largest step after the first tenth.
-`store`: rows a second and bytes a row of SQLite.
+`store`: microseconds and bytes a row of SQLite; microseconds to list a picture in a folder.
 """
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ from pathlib import Path
 from scene import empty
 
 from orxfunctions import batch
-from orxfunctions.batch import _inspections
+from orxfunctions.batch import _inspections, _pictures
 
 
 def names(count: int) -> Iterator[batch.Picture]:
@@ -35,14 +35,18 @@ def resident() -> float:
 
 
 def batches(count: int, folder: str) -> None:
-    for workers in (1, 2):
-        size = 1
+    """Client and scheduler are one process here: its processor time is that of both."""
+    spent = {}
+    for number, (size, batches) in enumerate(((1, 1), (1, count), (1000, count // 10))):
         processor = time.process_time()
-        summary = batch.run(empty, names(count), f"{folder}/{workers}.sqlite", workers=workers, reader=str, version="1",
+        summary = batch.run(empty, names(size * batches), f"{folder}/{number}.sqlite", workers=2, reader=str, version="1",
                             batch_size=size, progress=False, seconds=None, memory=None)
-        processor = time.process_time() - processor
-        print(f"{workers} workers: {summary.batches / summary.seconds:.0f} batches/s with start and end, "
-              f"{summary.batches / processor:.0f} batches per second of the client's processor time")
+        spent[number] = time.process_time() - processor, summary.seconds
+    each = (spent[1][0] - spent[0][0]) / (count - 1)
+    picture = (spent[2][0] - spent[0][0] - count // 10 * each) / (1000 * (count // 10))
+    print(f"start and end of two workers: {spent[0][1]:.1f} s\n"
+          f"batches of one: {(count - 1) / (spent[1][1] - spent[0][1]):.0f}/s on the clock, {1 / each:.0f} per second of the "
+          f"processor time of client and scheduler ({1e3 * each:.2f} ms each); {1e6 * picture:.1f} us a picture in batches of 1,000")
 
 
 def memory(count: int, folder: str) -> None:
@@ -74,6 +78,12 @@ def store(count: int, folder: str) -> None:
     size = Path(f"{folder}/store.sqlite").stat().st_size
     print(f"SQLite: {1e6 * spent / count:.1f} us to write a row, {1e6 * asked / count:.1f} us to ask for it (processor), "
           f"{size / count:.0f} bytes a row")
+    made = min(count, 20_000)
+    for number in range(made):
+        Path(folder, f"{number}.png").touch()
+    begun = time.process_time()
+    assert sum(1 for _ in _pictures.pictures_of(folder)) == made
+    print(f"listing: {1e6 * (time.process_time() - begun) / made:.1f} us a picture (processor, files known to the system)")
 
 
 def main() -> None:
