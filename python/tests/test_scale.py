@@ -15,8 +15,8 @@ simulate: Any = importlib.import_module("simulate")
 
 
 def run(pictures: int, workers: int, batch: int, **changes: float) -> Any:
-    costs = {"picture": 0.01, "picture_client": 0.0, "batch_client": 0.0, "batch_worker": 0.0, "row_bytes": 1.0, "start": 0.0,
-             "core_hour": 1.0, **changes}
+    costs = {"picture": 0.01, "picture_client": 0.0, "batch_client": 0.0, "batch_worker": 0.0, "row_bytes": 1.0,
+             "start": 0.0, "core_hour": 1.0, **changes}
     return simulate.simulate(pictures, workers, batch, simulate.Costs(**costs))
 
 

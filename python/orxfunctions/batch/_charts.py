@@ -22,7 +22,8 @@ def histogram(counts: RunHistogram, lower: float, upper: float) -> str:
 
     def bar(start: float, end: float, count: int) -> str:
         height = (_BOTTOM - _TOP) * count / most
-        return f'<rect x="{start:.1f}" y="{_BOTTOM - height:.1f}" width="{max(end - start - 0.5, 0.5):.1f}" height="{height:.1f}"/>'
+        width = max(end - start - 0.5, 0.5)
+        return f'<rect x="{start:.1f}" y="{_BOTTOM - height:.1f}" width="{width:.1f}" height="{height:.1f}"/>'
 
     bars = "".join(bar(x(counts.start + index * counts.width), x(counts.start + (index + 1) * counts.width), count)
                    for index, count in enumerate(counts.counts) if count)
@@ -36,7 +37,8 @@ def histogram(counts: RunHistogram, lower: float, upper: float) -> str:
 def run_chart(points: Sequence[RunChartPoint], parts: int, lower: float, upper: float) -> str:
     """The means along the run, and the band between the least and the largest, with the limits as lines."""
     bounds = [bound for bound in (lower, upper) if math.isfinite(bound)]
-    least, largest = _widened(min([point.least for point in points] + bounds), max([point.largest for point in points] + bounds))
+    least, largest = _widened(min([*(point.least for point in points), *bounds]),
+                              max([*(point.largest for point in points), *bounds]))
 
     def x(part: float) -> float:
         return _LEFT + (_RIGHT - _LEFT) * part / max(parts - 1, 1)

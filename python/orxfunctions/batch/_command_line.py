@@ -59,21 +59,23 @@ def _run_parser() -> argparse.ArgumentParser:
         epilog=f"{_PROGRAM} show STORE [-o PAGE.html]    a page of the results\n"
                f"{_PROGRAM} export STORE TABLE.csv       the results as a table (.parquet where pyarrow is installed)",
         formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("inspection", metavar="RECIPE|FILE.py", help="a recipe, or a Python file with a function inspect(image) "
-                        "that gives a dict (FILE.py:NAME: another function)")
-    parser.add_argument("pictures", metavar="PICTURES", help="a folder, a pattern in quotes, a text file with a name a line, or - "
-                        "for names on standard input")
+    parser.add_argument("inspection", metavar="RECIPE|FILE.py", help="a recipe, or a Python file with a function "
+                        "inspect(image) that gives a dict (FILE.py:NAME: another function)")
+    parser.add_argument("pictures", metavar="PICTURES", help="a folder, a pattern in quotes, a text file with a name a line, "
+                        "or - for names on standard input")
     parser.add_argument("store", metavar="STORE", help="a file of SQLite, or postgresql://...")
     where = parser.add_mutually_exclusive_group()
     where.add_argument("--workers", type=int, metavar="N", help="processes on this machine (1); more than 1 need Dask")
     where.add_argument("--cluster", metavar="ADDRESS", help="of a scheduler of Dask, tcp://host:8786")
     parser.add_argument("--version", default="", help="of the function: another one measures again")
-    parser.add_argument("--mode", choices=("grey", "colour", "unchanged"), default="grey", help="how pictures are read (grey)")
+    parser.add_argument("--mode", choices=("grey", "colour", "unchanged"), default="grey",
+                        help="how pictures are read (grey)")
     parser.add_argument("--seconds", type=float, default=60.0, metavar="S", help="that a picture may take (60; 0: any)")
     parser.add_argument("--memory", type=float, default=2048.0, metavar="MIB", help="that a picture may take (2048; 0: any)")
     parser.add_argument("--retry-failed", action="store_true", help="measure pictures again that failed")
     parser.add_argument("--batch-seconds", type=float, default=2.0, metavar="S", help="how long a batch lasts (2)")
-    parser.add_argument("--patience", type=float, default=600.0, metavar="S", help="to wait for a scheduler that is gone (600)")
+    parser.add_argument("--patience", type=float, default=600.0, metavar="S",
+                        help="to wait for a scheduler that is gone (600)")
     parser.add_argument("--quiet", action="store_true", help="no progress, no summary")
     return parser
 

@@ -8,6 +8,7 @@ import json
 import math
 import os
 import pickle
+import sys
 from collections.abc import Callable, Mapping
 from types import ModuleType
 from typing import Any, Optional, Union
@@ -66,8 +67,9 @@ class FileFunction:
 
     def __init__(self, text: str, path: str, name: str) -> None:
         self._state = text, path, name
-        module = ModuleType("inspection")
+        module = ModuleType(f"orx_inspection_{hashlib.sha256(text.encode()).hexdigest()[:16]}")
         module.__file__ = path
+        sys.modules[module.__name__] = module  # as dataclasses want it
         exec(compile(text, path, "exec"), module.__dict__)
         try:
             self._function = getattr(module, name)
@@ -126,8 +128,8 @@ def packed(inspection: Inspection) -> bytes:
     except Exception as error:  # whatever the user's function holds
         raise TypeError(f"inspect: {inspection.name} can't be handed to other processes: {error}") from error
     if pickler is pickle and b"__main__" in data:
-        raise TypeError(f"inspect: {inspection.name} is a function of the program itself: put it into a module of its own, or "
-                        "install python3-cloudpickle")
+        raise TypeError(f"inspect: {inspection.name} is a function of the program itself: put it into a module of its own, "
+                        "or install python3-cloudpickle")
     return data
 
 

@@ -9,8 +9,8 @@ import warnings
 from collections.abc import Iterable, Iterator
 from typing import NamedTuple, Union
 
-EXTENSIONS = frozenset({".bmp", ".dib", ".jp2", ".jpe", ".jpeg", ".jpg", ".pbm", ".pgm", ".png", ".pnm", ".ppm", ".tif", ".tiff",
-                        ".webp"})
+EXTENSIONS = frozenset({".bmp", ".dib", ".jp2", ".jpe", ".jpeg", ".jpg", ".pbm", ".pgm", ".png", ".pnm", ".ppm", ".tif",
+                        ".tiff", ".webp"})
 """Of files that are taken for pictures where a folder is given."""
 _LISTS = frozenset({".csv", ".list", ".lst", ".txt"})
 _MAGIC = re.compile(r"[*?[]")

@@ -39,7 +39,7 @@ Watcher = Union[bool, Callable[[Progress], None]]
 
 
 class Teller:
-    """Tells of a run: a line on standard error that changes (one every 10 s where that is a file), or a function of the user."""
+    """Tells of a run: a line on standard error that changes (a line every 10 s where that is a file), or a user's function."""
 
     def __init__(self, watcher: Optional[Watcher], source: Source) -> None:
         terminal = sys.stderr.isatty()

@@ -46,6 +46,8 @@ class Quarantine:
         """
         left, attempts = list(pictures), 0
         while left:
+            if self._stopped:
+                raise BatchError("the measuring was stopped")
             try:
                 process = self._started()
                 send(process.stdin, left)  # type: ignore[arg-type]
@@ -62,7 +64,7 @@ class Quarantine:
             if isinstance(answer, Refused):
                 raise BatchError(f"the inspection can't be loaded in another process: {answer.reason}")
             if self._stopped:
-                raise BatchError("the measuring was stopped")
+                continue
             code, attempts = answer.code, attempts + 1
             if -code not in _FROM_OUTSIDE or attempts == _ATTEMPTS:
                 yield failed(left.pop(0), self._bounds.too_long() if code == -signal.SIGALRM else told(code))

@@ -41,11 +41,11 @@ def read_picture(path: str, mode: Mode = "grey") -> Image:
         raise DamagedPicture("an empty file")
     if data.startswith(b"\xff\xd8") and not jpeg_is_whole(data):
         raise DamagedPicture("a JPEG that is cut off: its end marker is missing")
-    if data.startswith(b"\x89PNG") and b"IEND\xaeB`\x82" not in data[-4096:]:
+    if data.startswith(b"\x89PNG") and data.rfind(b"IEND\xaeB`\x82") < 0:
         raise DamagedPicture("a PNG that is cut off: its end chunk is missing")
     image = cv2.imdecode(np.frombuffer(data, np.uint8), getattr(cv2, _FLAGS[mode]))
     if image is None:
-        raise DamagedPicture(f"no picture that OpenCV reads, or a damaged one ({os.path.splitext(path)[1] or 'no extension'})")
+        raise DamagedPicture(f"no picture that OpenCV reads, or a damaged one ({os.path.splitext(path)[1]})")
     return image  # type: ignore[no-any-return]
 
 

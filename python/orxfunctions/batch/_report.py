@@ -46,7 +46,8 @@ svg { width: 100%; fill: var(--bar); } svg text { font-size: 13px; fill: var(--f
 .axis { stroke: var(--line); } .limit { stroke: var(--bad); stroke-dasharray: 4 3; } .out { fill: var(--bad); }
 .band { opacity: .3; } polyline { fill: none; stroke: var(--bar); stroke-width: 1.5; }
 """
-_CLASSES = {"pass": "good", "ok": "good", "fail": "bad", "could not be measured": "bad", "undecided": "unsure", "not measured": "unsure"}
+_CLASSES = {"pass": "good", "ok": "good", "fail": "bad", "could not be measured": "bad", "undecided": "unsure",
+            "not measured": "unsure"}
 
 
 def write_page(store: Store, path: str, *, thumbnails: bool = True) -> None:
@@ -142,7 +143,8 @@ def _thumbnails(paths: Iterable[str], room: int) -> Iterator[str]:
         cv2_module()
     except ImportError:
         room = 0
-    with Quarantine(packed(Inspection(_thumbnail, "thumbnail", "", b"", mode="colour")), Bounds(10.0, 2 << 30)) as quarantine:
+    small = Inspection(_thumbnail, "thumbnail", "", b"", mode="colour")
+    with Quarantine(packed(small), Bounds(10.0, 2 << 30)) as quarantine:
         for path in paths:
             if room <= 0 or not os.path.isfile(path):
                 yield ""

@@ -84,7 +84,7 @@ class Value(NamedTuple):
 
 
 def values_of(record: Mapping[str, Any], limits: Mapping[str, tuple[float, float]]) -> Iterator[Value]:
-    """The numbers of a record: those that a recipe measured with its limits, or those of a function with the limits given."""
+    """The numbers of a record: those of a recipe with its limits, or those of a function with the limits given."""
     measured = record.get("values")
     if isinstance(measured, list) and all(isinstance(value, Mapping) and "name" in value for value in measured):
         for value in measured:

@@ -44,7 +44,8 @@ class Summary(NamedTuple):
         verdicts = "".join(f", {count:,} {verdict}" for verdict, count in sorted(self.verdicts.items()))
         before = f", {self.skipped:,} had results before" if self.skipped else ""
         stopped = "; interrupted: the same call goes on from here" if self.interrupted else ""
-        return f"{self.measured:,} measured{verdicts}, {self.failed:,} failed{before}; {self.seconds:.1f} s, {rate:,.0f}/s{stopped}"
+        return (f"{self.measured:,} measured{verdicts}, {self.failed:,} failed{before}; {self.seconds:.1f} s, "
+                f"{rate:,.0f}/s{stopped}")
 
 
 def run(inspect: Inspect, pictures: Source, store: Union[str, os.PathLike[str], Store], *, workers: Optional[int] = None,
@@ -137,7 +138,8 @@ def run(inspect: Inspect, pictures: Source, store: Union[str, os.PathLike[str], 
     start = time.monotonic()
     try:
         with _interruptible(teller.tell) as stopped:
-            engine = _engine(inspection, 1 if workers is None else workers, cluster, Bounds(seconds, memory), patience, teller.tell)
+            engine = _engine(inspection, 1 if workers is None else workers, cluster, Bounds(seconds, memory), patience,
+                             teller.tell)
             window = Window(inspection, pictures_of(pictures), engine, opened, BatchSize(batch_seconds, batch_size),
                             failed_too=not retry_failed, stopped=stopped.is_set, told=teller.update,
                             judged=lambda row: _verdict(row, inspection))

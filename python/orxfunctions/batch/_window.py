@@ -105,7 +105,8 @@ class Window:
                  failed_too: bool, stopped: Callable[[], bool], told: Callable[[Counts], None],
                  judged: Callable[[Row], str]) -> None:
         self._inspection, self._engine, self._store, self._size = inspection, engine, store, size
-        self._pictures, self._failed_too, self._stopped, self._told, self._judged = pictures, failed_too, stopped, told, judged
+        self._pictures, self._failed_too = pictures, failed_too
+        self._stopped, self._told, self._judged = stopped, told, judged
         self._waiting: deque[Picture] = deque()
         self._flying: dict[int, Batch] = {}
         self._paths: set[str] = set()
