@@ -238,7 +238,8 @@ def test_pictures_that_another_machine_does_not_see_are_no_results(pictures: Pat
     machines.scheduler(port)
     # A machine whose folder of pictures is empty: something else is mounted there.
     mount = ["mount", "-t", "tmpfs", "none", str(pictures)]
-    (tmp_path / "hide.py").write_text(f"import subprocess, sys\nsubprocess.run({mount}, check=True)\nfrom distributed.cli.dask_worker import main\nsys.exit(main())\n")
+    (tmp_path / "hide.py").write_text(f"import subprocess, sys\nsubprocess.run({mount}, check=True)\n"
+                                      "from distributed.cli.dask_worker import main\nsys.exit(main())\n")
     if subprocess.run(["unshare", "-m", *mount], capture_output=True).returncode:
         pytest.skip("nothing can be mounted here")
     worker = machines.start("orx-worker1", "-c", "import os, sys; os.execvp('unshare', ['unshare', '-m', sys.executable] + "

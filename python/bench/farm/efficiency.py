@@ -1,6 +1,7 @@
 """How well two workers are used, and what measuring in Python costs over C++.
 
-    PYTHONPATH=BUILD/python python3 python/bench/farm/efficiency.py [--pictures N] [--rounds N] [--loop BUILD/bin/farm_loop]
+    PYTHONPATH=BUILD/python python3 python/bench/farm/efficiency.py [workers | loops] [--pictures N] [--rounds N]
+        [--loop BUILD/bin/farm_loop]
 
 On a machine with other work pictures a second tell nothing. So efficiency is occupancy (the share of the clock that workers
 are within batches, between the first batch and the last) times the share of the workers' processor time that is
@@ -95,6 +96,7 @@ def occupancy(workers: int, pictures: Sequence[str]) -> dict[str, float]:
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("what", nargs="?", choices=("workers", "loops"), help="only this")
     parser.add_argument("--pictures", type=int, default=2000)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--loop", type=Path, help="the program farm_loop of the build with benchmarks")
@@ -107,14 +109,16 @@ def main() -> None:
         scene.write_pictures(Path(folder), given.pictures)
         names = sorted(map(str, Path(folder).glob("*.png")))
         shares = {}
-        for workers in (1, 2):
+        for workers in (1, 2) if given.what != "loops" else ():
             told = occupancy(workers, names)
             shares[workers] = told["occupancy"] * told["measuring"] / told["pictures"]
             print(f"{workers} workers: inside batches {told['occupancy']:.4f} of the clock, of that in pictures "
                   f"{told['measuring'] / told['pictures']:.4f}; processor time of the worker processes "
                   f"{1e3 * told['processor'] / len(names):.2f} ms a picture", flush=True)
-        print(f"efficiency 1 to 2 workers: {shares[2] / shares[1]:.4f}; of two workers' clock {shares[2]:.4f} is measuring")
-        compare(names[:400], given.rounds, given.loop)
+        if shares:
+            print(f"efficiency 1 to 2 workers: {shares[2] / shares[1]:.4f}; of two workers' clock {shares[2]:.4f} is measuring")
+        if given.what != "workers":
+            compare(names[:400], given.rounds, given.loop)
 
 
 def loop_here(names: Sequence[str], plain: bool) -> dict[str, float]:
@@ -136,22 +140,25 @@ def loop_here(names: Sequence[str], plain: bool) -> dict[str, float]:
 
 def compare(names: Sequence[str], rounds: int, loop: Path | None) -> None:
     """Processor time a picture of new processes that take turns: this package's loop, the calls alone, and C++."""
-    commands = {"ours": [sys.executable, __file__, "--measure", "batch"], "Python": [sys.executable, __file__, "--measure", "plain"]}
+    commands = {"ours": [sys.executable, __file__, "--measure", "batch"],
+                "Python": [sys.executable, __file__, "--measure", "plain"]}
     if loop:
         commands["C++"] = [str(loop)]
     runs: dict[str, list[float]] = {name: [] for name in commands}
     for _ in range(rounds):
         sums = []
         for name, command in commands.items():
-            told = json.loads(subprocess.run(command, input="\n".join(names), check=True, text=True, capture_output=True).stdout)
+            told = json.loads(subprocess.run(command, input="\n".join(names), check=True, text=True,
+                                             capture_output=True).stdout)
             runs[name].append(told["seconds"])
             sums.append(told["sum"])
         if max(sums) - min(sums) > 1e-5 * max(sums):  # C++ prints six digits
             raise SystemExit(f"they do not measure the same: {sums}")
     for name in list(commands)[1:]:
         ratios = [ours / theirs for ours, theirs in zip(runs["ours"], runs[name])]
-        print(f"batch over a loop in {name}: {statistics.median(ratios):.3f} by rounds ({min(ratios):.3f} to {max(ratios):.3f}), "
-              f"{min(runs['ours']) / min(runs[name]):.3f} by the shortest; {1e3 * min(runs[name]) / len(names):.2f} ms a picture there")
+        print(f"batch over a loop in {name}: {statistics.median(ratios):.3f} by rounds ({min(ratios):.3f} to "
+              f"{max(ratios):.3f}), {min(runs['ours']) / min(runs[name]):.3f} by the shortest; "
+              f"{1e3 * min(runs[name]) / len(names):.2f} ms a picture there")
 
 
 if __name__ == "__main__":

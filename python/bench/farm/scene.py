@@ -21,8 +21,9 @@ def disks(number: int, rows: int = 480, columns: int = 640) -> NDArray[np.uint8]
     for row in range(2):
         for column in range(3):
             radius = 0.11 * rows + random.uniform(0, 0.06 * rows)
-            center = (columns * (2 * column + 1) / 6 + random.uniform(-3, 3), rows * (2 * row + 1) / 4 + random.uniform(-3, 3))
-            image += 80.0 * (1.0 + np.tanh(1.2 * (radius - np.hypot(x - center[0], y - center[1]))))
+            across = columns * (2 * column + 1) / 6 + random.uniform(-3, 3)
+            down = rows * (2 * row + 1) / 4 + random.uniform(-3, 3)
+            image += 80.0 * (1.0 + np.tanh(1.2 * (radius - np.hypot(x - across, y - down))))
     return np.asarray(np.clip(np.rint(image + random.normal(0, 2, image.shape)), 0, 255), np.uint8)
 
 

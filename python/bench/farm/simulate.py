@@ -107,17 +107,18 @@ def amount(count: float) -> str:
 
 
 def tables(costs: Costs) -> str:
-    lines = ["| pictures | cores | clients (shards) | batch | store | time | workers measure | client busy | core hours | cost |",
-             "|---|---|---|---|---|---|---|---|---|---|"]
+    lines = ["| pictures | cores | clients (shards) | batch | store | time | workers measure | client busy | core hours "
+             "| cost |", "|---|---|---|---|---|---|---|---|---|---|"]
     for exponent, cores, shards in ((6, 2, 1), (6, 100, 1), (7, 100, 1), (8, 100, 1), (8, 500, 1), (9, 100, 10), (9, 1000, 10)):
         pictures = 10**exponent
         batch = best_batch(cores // shards, costs)
         run = simulate(pictures // shards, cores // shards, batch, costs)
         hours = run.seconds * cores / 3600
-        lines.append(f"| 10^{exponent} | {cores:,} | {shards} | {batch} | {amount(costs.row_bytes * pictures)} | {told(run.seconds)} | "
-                     f"{100 * run.occupancy:.0f} % | {100 * run.client:.0f} % | {hours:,.0f} | {costs.core_hour * hours:,.0f} |")
-    lines += ["", "How many cores one client keeps busy, by the time that a batch takes (10^7 pictures; share of the workers' "
-              "time that is measuring):", "", "| cores | 0.05 s | 0.2 s | 1 s | 2 s | 5 s |", "|---|---|---|---|---|---|"]
+        lines.append(f"| 10^{exponent} | {cores:,} | {shards} | {batch} | {amount(costs.row_bytes * pictures)} "
+                     f"| {told(run.seconds)} | {100 * run.occupancy:.0f} % | {100 * run.client:.0f} % | {hours:,.0f} "
+                     f"| {costs.core_hour * hours:,.0f} |")
+    lines += ["", "How many cores one client keeps busy, by the time that a batch takes (10^7 pictures; share of the workers' time",
+              "that is measuring):", "", "| cores | 0.05 s | 0.2 s | 1 s | 2 s | 5 s |", "|---|---|---|---|---|---|"]
     for cores in (2, 10, 50, 100, 200, 500, 1000):
         shares = [simulate(10**7, cores, max(1, round(seconds / costs.picture)), costs).occupancy
                   for seconds in (0.05, 0.2, 1.0, 2.0, 5.0)]

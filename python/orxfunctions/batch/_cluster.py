@@ -7,8 +7,10 @@ import logging
 import os
 import pickle
 import queue
+import signal
 import time
 from collections.abc import Callable, Sequence
+from contextlib import suppress
 from typing import Any, NamedTuple, Optional
 
 from ._errors import BatchError
@@ -239,10 +241,18 @@ class ClusterEngine:
 
     def close(self, *, now: bool) -> None:
         self._flying = {}
+        cluster, self._cluster = self._cluster, None
+        if now and cluster is not None:
+            for nanny in cluster.workers.values():
+                with suppress(ProcessLookupError):
+                    if nanny.pid:
+                        os.kill(nanny.pid, signal.SIGKILL)
         self._close_client()
-        if self._cluster is not None:
-            self._cluster.close(timeout=1.0 if now else 10.0)
-            self._cluster = None
+        if cluster is not None:
+            try:
+                cluster.close(timeout=1.0 if now else 10.0)
+            except Exception as error:  # its processes end with this one at the latest
+                logging.getLogger(__name__).debug("closing: %s", error)
         for logger, level in self._loggers:
             logger.setLevel(level)
 
