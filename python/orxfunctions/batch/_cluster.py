@@ -73,7 +73,7 @@ class ClusterEngine:
             if not address:
                 self._cluster = self._local_cluster(workers)
             self._address = address or self._cluster.scheduler_address
-            self._connect(timeout=min(30.0, patience))
+            self._connect(timeout=min(30.0, patience), workers=workers)
         except BaseException:
             self.close(now=True)
             raise
@@ -82,16 +82,22 @@ class ClusterEngine:
         config = _dask("dask").config
         config.set({"distributed.scheduler.allowed-failures": 0, "distributed.worker.profile.enabled": False})
         # Its words on workers that end are for who mends Dask: here such a worker is no event, and a run tells what is one.
-        return self._distributed.LocalCluster(n_workers=workers, threads_per_worker=1, processes=True,
-                                              dashboard_address="127.0.0.1:0", silence_logs=logging.CRITICAL)
+        cluster = self._distributed.LocalCluster(n_workers=0, threads_per_worker=1, processes=True,
+                                                 dashboard_address="127.0.0.1:0", silence_logs=logging.CRITICAL)
+        # Apart from the start, which never ends where a worker is killed meanwhile.
+        cluster.scale(workers)
+        return cluster
 
-    def _connect(self, timeout: float) -> None:
+    def _connect(self, timeout: float, workers: int = 0) -> None:
         try:
             self._client = self._distributed.Client(self._cluster or self._address, timeout=timeout, set_as_default=False)
         except (OSError, TimeoutError) as error:
             raise BatchError(f"there is no scheduler at {self._address}: {error}") from error
         # Functions of two lines go as they are: the scheduler's machine need not have this package.
         self._client.run_on_scheduler(lambda dask_scheduler: setattr(dask_scheduler, "allowed_failures", 0))
+        with suppress(TimeoutError):  # those that come later are welcome, too
+            if workers:
+                self._client.wait_for_workers(workers, timeout=timeout)
         self._workers = {}
         self._look(at_once=True)
         self._client.register_worker_plugin(self._plugin, name=self._plugin.name)
