@@ -59,7 +59,7 @@ else()
     set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
     set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
       "${library_package} (= ${PROJECT_VERSION}), ${python_range}, python3-numpy")
-    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-opencv, python3-ipywidgets, orxfunctions-doc")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-opencv, python3-ipywidgets, python3-distributed, python3-psycopg2, orxfunctions-doc")
     set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${PROJECT_DESCRIPTION} (Python package)")
     # They compile the package for Python, and remove what that made.
     set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA

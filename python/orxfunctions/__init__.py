@@ -17,11 +17,12 @@ from ._core import __version__
 from ._threads import set_threads, threads
 
 if TYPE_CHECKING:
-    from . import analysis, calibration, camera, drawing, errors, files, fitting, matching, measuring, segmentation
+    from . import analysis, batch, calibration, camera, drawing, errors, files, fitting, matching, measuring, segmentation
 
 __all__ = [
     "__version__",
     "analysis",
+    "batch",
     "calibration",
     "camera",
     "drawing",

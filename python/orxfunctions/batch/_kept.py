@@ -1,0 +1,28 @@
+"""What stores of tables have in common: names as texts that every database takes, and inspections as they were kept."""
+from __future__ import annotations
+
+import json
+import math
+from typing import NamedTuple
+
+
+class KeptInspection(NamedTuple):
+    """An inspection whose results are in a store."""
+
+    number: int
+    name: str
+    version: str
+    fingerprint: str
+    limits: dict[str, tuple[float, float]]
+
+
+def kept(number: int, name: str, version: str, fingerprint: str, described: str) -> KeptInspection:
+    """An inspection as a table tells it."""
+    limits = {name: (-math.inf if low is None else float(low), math.inf if high is None else float(high))
+              for name, (low, high) in json.loads(described).get("limits", {}).items()}
+    return KeptInspection(number, name, version, fingerprint, limits)
+
+
+def text_of(name: str) -> str:
+    """A file's name as databases take it: bytes that are no UTF-8, and null characters, as escapes."""
+    return name.encode("utf-8", "surrogateescape").decode("utf-8", "backslashreplace").replace("\0", "\\x00")

@@ -1,0 +1,97 @@
+"""One picture, within limits of time and memory."""
+from __future__ import annotations
+
+import importlib
+import os
+import resource
+import signal
+import socket
+import time
+from collections.abc import Iterator
+from contextlib import contextmanager
+from typing import NamedTuple, Optional
+
+from .._threads import set_threads
+from ._inspections import Inspection
+from ._pictures import Picture
+from ._reading import DamagedPicture
+from ._rows import NotARecord, Row, failed
+
+
+class Bounds(NamedTuple):
+    """What a picture may take."""
+
+    seconds: Optional[float] = 60.0
+    bytes: Optional[int] = 2 << 30
+    """Of memory beyond what the process had before."""
+
+    def too_long(self) -> str:
+        return f"took longer than {self.seconds:g} s"
+
+    def too_much(self) -> str:
+        return f"needed more than {self.bytes:,} bytes of memory"
+
+
+def prepare_process() -> None:
+    """Keeps this process to one processor."""
+    set_threads(1)
+    try:
+        importlib.import_module("cv2").setNumThreads(1)
+    except ImportError:
+        pass  # not needed by who reads pictures otherwise
+
+
+def measured(inspection: Inspection, picture: Picture, bounds: Bounds) -> Row:
+    """The row of a picture, whatever happens, but for what ends the process: a crash, and running out of time."""
+    start = time.perf_counter()
+    try:
+        with _timer(bounds.seconds), _memory(bounds.bytes):
+            record = inspection.record(picture.path)
+        return Row(picture, "ok", time.perf_counter() - start, "", record)
+    except (DamagedPicture, NotARecord) as error:
+        reason = str(error)
+    except MemoryError:
+        reason = bounds.too_much()
+    except SystemExit as error:
+        reason = f"the inspection asked to end the program ({error.code})"
+    except Exception as error:  # whatever the user's function raises
+        if isinstance(error, FileNotFoundError) and error.filename == picture.path:
+            return failed(picture, "there is no such file")._replace(here=socket.gethostname())
+        # OpenCV's own word for memory that is refused.
+        reason = bounds.too_much() if getattr(error, "code", None) == -4 else _told(error)
+    return failed(picture, reason, time.perf_counter() - start)
+
+
+def _told(error: Exception) -> str:
+    return f"{type(error).__name__}: {error}"
+
+
+@contextmanager
+def _timer(seconds: Optional[float]) -> Iterator[None]:
+    """The system ends the process when time is up: nothing else stops a call of compiled code, and nobody need watch."""
+    if seconds is None:
+        yield
+        return
+    signal.setitimer(signal.ITIMER_REAL, seconds)
+    try:
+        yield
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0.0)
+
+
+@contextmanager
+def _memory(more: Optional[int]) -> Iterator[None]:
+    """Lets the process take so many bytes more; beyond them the system refuses, and Python raises MemoryError."""
+    if more is None:
+        yield
+        return
+    soft, hard = resource.getrlimit(resource.RLIMIT_DATA)
+    with open("/proc/self/statm", "rb") as file:
+        held = int(file.read().split()[5]) * os.sysconf("SC_PAGE_SIZE")
+    wanted = held + more
+    if hard == resource.RLIM_INFINITY or wanted < hard:
+        resource.setrlimit(resource.RLIMIT_DATA, (wanted, hard))
+    try:
+        yield
+    finally:
+        resource.setrlimit(resource.RLIMIT_DATA, (soft, hard))
