@@ -69,8 +69,9 @@ VD_EXPORT bool VDGetImage(VDImage* image, int index) {
     std::vector<unsigned char>& buffer = buffers[static_cast<std::size_t>(index)];
     // As large as it claims, as long as that is a picture that a camera could send; beyond, there is none.
     const auto area = std::max<std::int64_t>(0, image->width) * std::max<std::int64_t>(0, image->height);
-    const std::int64_t bytes = area * std::max(1, image->channels);
-    const bool hasData = bytes > 0 && bytes <= 1 << 20;
+    constexpr std::int64_t kMost = 1 << 20;
+    const std::int64_t bytes = area > kMost ? 0 : area * std::max(1, image->channels);
+    const bool hasData = bytes > 0 && bytes <= kMost;
     if (hasData) buffer.assign(static_cast<std::size_t>(bytes), static_cast<unsigned char>(byteAnswer()));
     image->data = hasData ? buffer.data() : nullptr;
     return true;
