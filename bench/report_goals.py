@@ -35,15 +35,6 @@ def print_rows(judged):
             print(f"    limit: {goal['limit']}")
 
 
-def print_totals(judged, runs):
-    measured = [row for row in judged if row.ratios]
-    missed = sum(row.verdict == "MISSED" for row in measured)
-    with_best = [row for row in measured if "excellent" in row.goal]
-    best = sum(row.reached <= row.goal["excellent"] for row in with_best)
-    print(f"{len(measured)} of {len(judged)} goals measured" + (f", median of {runs} runs" if runs > 1 else "")
-          + f": {len(measured) - missed} reached, {missed} missed; {best} of {len(with_best)} best values reached")
-
-
 def main():
     if len(sys.argv) < 3:
         sys.exit(__doc__)
@@ -54,7 +45,7 @@ def main():
         sys.exit(f"report_goals.py: no folder '{missing[0]}'")
     judged = figures.judge(goals, [results.shortest_times(folder) for folder in folders])
     print_rows(judged)
-    print_totals(judged, len(folders))
+    print(figures.totals(judged, len(folders)))
 
 
 if __name__ == "__main__":

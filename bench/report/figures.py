@@ -64,6 +64,16 @@ def judge(goals, runs):
     return judged
 
 
+def totals(judged, runs):
+    """How many goals were measured, reached and missed, in a sentence."""
+    measured = [row for row in judged if row.ratios]
+    missed = sum(row.verdict == "MISSED" for row in measured)
+    with_best = [row for row in measured if "excellent" in row.goal]
+    best = sum(row.reached <= row.goal["excellent"] for row in with_best)
+    return (f"{len(measured)} of {len(judged)} goals measured" + (f", median of {runs} runs" if runs > 1 else "")
+            + f": {len(measured) - missed} reached, {missed} missed; {best} of {len(with_best)} best values reached")
+
+
 def growths(times, program="growth_bench", prefix="growth/"):
     """Maps each operator of rows PREFIX OPERATOR/SIZE to its {size: processor time in ns}."""
     families = {}

@@ -4,7 +4,7 @@ import html
 import itertools
 
 from report import svg
-from report.figures import count_text, time_text
+from report.figures import count_text, time_text, totals
 
 STYLE = """
 body { background: var(--ground); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; margin: 0 auto;
@@ -90,14 +90,10 @@ def _heap(rows):
 
 def text_of(judged, growth_rows, machine, runs):
     """The whole page; `machine` says in one line what was measured on and when."""
-    measured = [row for row in judged if row.ratios]
-    missed = sum(row.verdict == "MISSED" for row in measured)
-    median = f", median of {runs} runs" if runs > 1 else ""
     parts = ['<!DOCTYPE html><html lang="en"><head><meta charset="utf-8">',
              '<meta name="viewport" content="width=device-width, initial-scale=1"><title>Benchmarks</title>',
              f"<style>{svg.COLOURS}{svg.CLASSES}{STYLE}</style></head><body>",
-             f'<h1>Benchmarks</h1><p class="faint">{_escaped(machine)}{median}</p>',
-             f"<p>{len(measured)} of {len(judged)} goals measured: {len(measured) - missed} reached, {missed} missed.</p>"]
+             f'<h1>Benchmarks</h1><p class="faint">{_escaped(machine)}</p><p>{totals(judged, runs)}.</p>']
     parts += _goals(judged)
     if growth_rows:
         parts += _growth(growth_rows)
