@@ -125,7 +125,7 @@ void measure(const TFitOptions& options, const Start<Circle>* known, FitPoints& 
     const double noise = judgement.figures.noise;
     cv::Vec3d bias = boxBias(sums, circle.r, judgement);
     if (options.noise == pnIndependent) bias[2] += noise * noise / (2.0 * circle.r);
-    bias = withinNoise(bias, normal, sums.distances.w, noise);
+    bias = withinNoise(bias, normal, sums.distances.used, noise);
     describe(points, fit, bias, result);
     fillReport(points, sums.distances, judgement.figures, result);
     result.covariance = judgement.covariance * (points.scale() * points.scale());

@@ -216,30 +216,48 @@ double freedLength(double length, double along, double sideways) {
     return std::sqrt(std::max(0.0, length * length - std::min(sideways, most)));
 }
 
-void describe(const FitPoints& points, const Ellipse& e, const EllipseVector& bias,
-              const EllipseMatrix& covariance, const std::vector<unsigned char>& used,
-              TMeasuredEllipse& result) {
-    const cv::Point2d center(e.x - (e.cosine * bias[0] - e.sine * bias[1]),
-                             e.y - (e.sine * bias[0] + e.cosine * bias[1]));
+// The direction of (p, q), and what else is taken back of it than bias.
+struct Elongation {
+    cv::Point2d along{1.0, 0.0};
+    double length = 0.0;  // before it is freed
+    bool isTold = false;  // so that the axes have a direction
+    cv::Point2d freed;
+};
+
+Elongation elongationOf(const Ellipse& e, const EllipseVector& bias, const EllipseMatrix& covariance) {
+    Elongation result;
     const double mean = (e.a + e.b) / 2.0 - bias[2];
     const cv::Point2d pq((e.a - e.b) / 2.0 - bias[3], -bias[4]);
-    const double length = std::hypot(pq.x, pq.y);
-    const cv::Point2d to = length > 0.0 ? pq / length : cv::Point2d(1.0, 0.0);
+    result.length = std::hypot(pq.x, pq.y);
+    if (result.length > 0.0) result.along = pq / result.length;
     const auto of = [&](cv::Point2d u, cv::Point2d v) {
         return u.x * (covariance(3, 3) * v.x + covariance(3, 4) * v.y) +
                u.y * (covariance(3, 4) * v.x + covariance(4, 4) * v.y);
     };
-    const cv::Point2d across(-to.y, to.x);
-    const double along2 = of(to, to);
+    const cv::Point2d across(-result.along.y, result.along.x);
+    const double along2 = of(result.along, result.along);
     const double across2 = of(across, across);
-    const double half = std::min(freedLength(length, along2, across2), (1.0 - 1e-9) * mean);
-
+    const double half = std::min(freedLength(result.length, along2, across2), (1.0 - 1e-9) * mean);
+    const double length2 = result.length * result.length;
     // Twice 30 degrees.
     constexpr double kTurnTold = kPi / 3.0;
-    result.angleTold = length * length > 4.0 * along2 && across2 < kTurnTold * kTurnTold * length * length;
-    double twice = std::atan2(pq.y, pq.x);
-    if (result.angleTold) twice += of(to, across) / (length * length);
-    result.angle = degrees(std::atan2(e.sine, e.cosine) + twice / 2.0);
+    result.isTold = length2 > 4.0 * along2 && across2 < kTurnTold * kTurnTold * length2;
+    const double turn = result.isTold ? of(result.along, across) / length2 : 0.0;
+    result.freed = half * (std::cos(turn) * result.along + std::sin(turn) * across);
+    return result;
+}
+
+void describe(const FitPoints& points, const Ellipse& e, const Elongation& elongation,
+              const EllipseVector& taken, const EllipseMatrix& covariance,
+              const std::vector<unsigned char>& used, TMeasuredEllipse& result) {
+    const cv::Point2d center(e.x - (e.cosine * taken[0] - e.sine * taken[1]),
+                             e.y - (e.sine * taken[0] + e.cosine * taken[1]));
+    const double mean = (e.a + e.b) / 2.0 - taken[2];
+    const cv::Point2d pq((e.a - e.b) / 2.0 - taken[3], -taken[4]);
+    const double half = std::min(std::hypot(pq.x, pq.y), (1.0 - 1e-9) * mean);
+    const cv::Point2d direction = half > 0.0 ? pq : elongation.along;
+    result.angleTold = elongation.isTold;
+    result.angle = degrees(std::atan2(e.sine, e.cosine) + std::atan2(direction.y, direction.x) / 2.0);
     result.angle -= 180.0 * std::floor(result.angle / 180.0);
     if (!(result.angle < 180.0)) result.angle = 0.0;
 
@@ -248,6 +266,7 @@ void describe(const FitPoints& points, const Ellipse& e, const EllipseVector& bi
     result.semiMajor = (mean + half) * scale;
     result.semiMinor = (mean - half) * scale;
     // Of the result with the parameters in the ellipse's own frame.
+    const cv::Point2d to = elongation.along;
     EllipseMatrix j = EllipseMatrix::zeros();
     j(0, 0) = j(1, 1) = e.cosine * scale;
     j(1, 0) = e.sine * scale;
@@ -258,8 +277,8 @@ void describe(const FitPoints& points, const Ellipse& e, const EllipseVector& bi
     j(3, 3) = -j(2, 3);
     j(3, 4) = -j(2, 4);
     if (result.angleTold) {
-        j(4, 3) = degrees(across.x / (2.0 * length));
-        j(4, 4) = degrees(across.y / (2.0 * length));
+        j(4, 3) = degrees(-to.y / (2.0 * elongation.length));
+        j(4, 4) = degrees(to.x / (2.0 * elongation.length));
     }
     result.covariance = j * covariance * j.t();
     if (!result.angleTold) result.covariance(4, 4) = 180.0 * 180.0 / 12.0;
@@ -292,9 +311,13 @@ void measure(const TFitOptions& options, const Start<Ellipse>* known, FitPoints&
     const std::vector<unsigned char> used = usedOf(points, fit);
     result.status = verdict(points, fit, used, told, judgement);
     if (result.status != fsOk) return;
-    const EllipseVector bias = withinNoise(biasOf(points, options, fit, judgement), normal, sums.distances.w,
-                                           judgement.figures.noise);
-    describe(points, fit.solution.ellipse, bias, judgement.covariance, used, result);
+    const Ellipse& ellipse = fit.solution.ellipse;
+    const EllipseVector bias = biasOf(points, options, fit, judgement);
+    const Elongation elongation = elongationOf(ellipse, bias, judgement.covariance);
+    const EllipseVector all(bias[0], bias[1], bias[2], (ellipse.a - ellipse.b) / 2.0 - elongation.freed.x,
+                            -elongation.freed.y);
+    const EllipseVector taken = withinNoise(all, normal, sums.distances.used, judgement.figures.noise);
+    describe(points, ellipse, elongation, taken, judgement.covariance, used, result);
     fillReport(points, sums.distances, judgement.figures, result);
 }
 

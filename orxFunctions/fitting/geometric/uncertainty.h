@@ -71,15 +71,16 @@ struct NoiseFigures {
 // which a robust loss judged. P. J. Huber, "Robust Statistics" (1981), section 7.6.
 NoiseFigures independentNoise(const DistanceSums& sums, const Loss& loss, double scale, int parameters);
 
-// What curvature adds to the parameters on average, as far as it moves the outline away from its points by no
-// more than their noise: beyond, the expansion that it comes from has ended, and a shape would miss all of
-// its points.
+// What is taken back of the parameters since the noise adds to them on average, as far as it moves the
+// outline away from its points by no more than their noise, both as root mean squares: beyond, the expansion
+// that it comes from has ended, and a shape would miss all of its points. `normal` is the normal matrix of so
+// many used points.
 template <int kParameters>
-cv::Vec<double, kParameters> withinNoise(const cv::Vec<double, kParameters>& bias,
+cv::Vec<double, kParameters> withinNoise(const cv::Vec<double, kParameters>& taken,
                                          const cv::Matx<double, kParameters, kParameters>& normal,
-                                         double weights, double noise) {
-    const double moved = std::sqrt(std::max(0.0, bias.dot(normal * bias)) / weights);
-    return moved > noise ? noise / moved * bias : bias;
+                                         double used, double noise) {
+    const double moved = std::sqrt(std::max(0.0, taken.dot(normal * taken)) / used);
+    return moved > noise ? noise / moved * taken : taken;
 }
 
 // What neighbours share along an edge chain: sums over all pairs of points, each weighted by the correlation

@@ -238,7 +238,6 @@ inline std::size_t keepInRing(std::int32_t* xy, std::size_t count, Ring ring) {
     return kept;
 }
 
-// The distance of points from the circle, outside positive;
 // The distance of points from the circle, outside positive; dx and dy run from the points to the centre.
 struct CircleDistance {
     CircleDistance(VecD x, VecD y, Circle circle)
