@@ -38,6 +38,12 @@ std::vector<Gap> gapsOf(const PixelRuns& background, cv::Size size) {
     return gaps;
 }
 
+// Whether stripes of one can be written while others are read: they share all pixels, or none.
+bool areApart(const cv::Mat& src, const cv::Mat& dst) {
+    return (src.data == dst.data && src.step == dst.step) || src.dataend <= dst.datastart ||
+           dst.dataend <= src.datastart;
+}
+
 }  // namespace
 
 bool fillHoles(const cv::Mat& src, cv::Mat& dst, const TFillHolesOptions& options) {
@@ -48,18 +54,20 @@ bool fillHoles(const cv::Mat& src, cv::Mat& dst, const TFillHolesOptions& option
                       static_cast<int>(options.objects));
     const PixelRuns background(src, RunsOf::background, options.objects == cnEight ? 4 : 8);
     const std::vector<Gap> gaps = gapsOf(background, src.size());
-    const cv::Mat source = src;  // stays when dst is src
-    dst.create(src.size(), src.type());
+    const bool apart = areApart(src, dst);
+    if (apart) dst.create(src.size(), src.type());
+    cv::Mat filled = apart ? dst : cv::Mat(src.size(), src.type());
     platform::forStripes(background.stripes(), [&](int, const cv::Range& rows) {
-        source.rowRange(rows).copyTo(dst.rowRange(rows));
+        src.rowRange(rows).copyTo(filled.rowRange(rows));
         for (int y = rows.start; y < rows.end; ++y) {
             for (const PixelRun& run : background.row(y)) {
                 const Gap& gap = gaps[run.piece];
                 const bool isHole = !gap.isOutside && !(static_cast<double>(gap.area) > options.maxArea);
-                if (isHole) std::fill(dst.ptr(y) + run.begin, dst.ptr(y) + run.end, uchar{255});
+                if (isHole) std::fill(filled.ptr(y) + run.begin, filled.ptr(y) + run.end, uchar{255});
             }
         }
     });
+    if (!apart) filled.copyTo(dst);
     return true;
 }
 

@@ -38,7 +38,8 @@ void appendRuns(const uchar* row, int cols, RunsOf kind, std::vector<PixelRun>& 
     const std::uint64_t flip = kind == RunsOf::background ? ~std::uint64_t{0} : 0;
     std::uint64_t last = 0;  // whether the pixel before belongs to a run
     int begin = 0;
-    for (int x = 0; x < cols; x += kWord) {
+    for (std::int64_t word = 0; word < cols; word += kWord) {  // which may pass the largest int
+        const int x = static_cast<int>(word);
         const int count = std::min(kWord, cols - x);
         const std::uint64_t here = count == kWord ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
         const std::uint64_t bits = (objectBits(row + x, count) ^ flip) & here;

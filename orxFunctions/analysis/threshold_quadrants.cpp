@@ -87,8 +87,10 @@ int otsuLevelOf(const Histogram& histogram, double pixels) {
 void binariseBytes(const cv::Mat& src, const Parts& parts, cv::Mat& dst) {
     const Histograms histograms = histogramsOf(src, parts);
     std::array<int, kParts> levels{};
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        levels[i] = otsuLevelOf(histograms[i], std::max(1.0, static_cast<double>(parts[i].area())));
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const double pixels = static_cast<double>(parts[i].width) * parts[i].height;
+        levels[i] = otsuLevelOf(histograms[i], std::max(1.0, pixels));
+    }
     platform::forStripes({src.size(), platform::kStripe}, [&](int, const cv::Range& rows) {
         forPartsIn(parts, rows, [&](std::size_t i, const cv::Rect& piece) {
             cv::threshold(src(piece), cv::Mat(dst(piece)), levels[i], 255, cv::THRESH_BINARY);

@@ -35,13 +35,6 @@ ChannelCounts countRows(const cv::Mat& img, const cv::Range& rows) {
     return counts;
 }
 
-// The counters of 16 bits take as much memory as a million pixels: no more than a few sets of them.
-platform::RowStripes stripesToCount(const cv::Mat& img) {
-    const auto pixels = static_cast<std::int64_t>(img.total());
-    const bool deep = img.depth() == CV_16U;
-    return {img.size(), deep ? std::max(pixels / 4, platform::kStripe) : platform::kStripe};
-}
-
 // Neighbours of equal level would wait for each other's update of one table.
 template <>
 ChannelCounts countRows<uchar>(const cv::Mat& img, const cv::Range& rows) {
@@ -67,6 +60,12 @@ ChannelCounts countRows<uchar>(const cv::Mat& img, const cv::Range& rows) {
         }
     }
     return counts;
+}
+
+// The counters of 16 bits take as much memory as a million pixels: one set of them, on one thread.
+platform::RowStripes stripesToCount(const cv::Mat& img) {
+    const bool deep = img.depth() == CV_16U;
+    return {img.size(), deep ? static_cast<std::int64_t>(img.total()) : platform::kStripe};
 }
 
 template <class Pixel>

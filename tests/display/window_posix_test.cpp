@@ -59,7 +59,6 @@ class PictureBoxWindow : public test::HeadlessBox {
         box.showImageLast();
     }
 
-    // An image of 400 x 200 with a colour in each corner.
     // All over the host's window of 400 x 300.
     static void showIn(const HostWindow& host, TPictureBox& box, cv::Mat& image) {
         box.setHandle(host.handle(), 400, 300);
@@ -67,6 +66,7 @@ class PictureBoxWindow : public test::HeadlessBox {
         box.showImage();
     }
 
+    // An image of 400 x 200 with a colour in each corner.
     static cv::Mat corners() {
         cv::Mat image = colour(400, 200, {});
         image(cv::Rect(0, 0, 40, 40)).setTo(cv::Scalar(255, 0, 0));
