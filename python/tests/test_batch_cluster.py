@@ -17,6 +17,7 @@ from typing import Any
 import pytest
 
 import orxfunctions
+from orxfunctions.batch import _local
 
 pytest.importorskip("cv2")
 pytest.importorskip("distributed")
@@ -72,7 +73,7 @@ def workers_below(process: int) -> list[int]:
     while todo:
         todo += children.get(todo[0], [])
         below.append(todo.pop(0))
-    return [pid for pid in below[1:] if "spawn_main" in lines.get(pid, "")]
+    return [pid for pid in below[1:] if "_local_worker" in lines.get(pid, "")]
 
 
 class Programs:
@@ -191,6 +192,37 @@ def test_killed_workers_and_a_killed_client_lose_nothing(pictures: Path, tmp_pat
     assert set(statuses_of(store)) == {"ok"}
 
 
+def test_workers_that_are_killed_as_they_start_are_started_again(pictures: Path, tmp_path: Path, programs: Programs) -> None:
+    store = tmp_path / "results.sqlite"
+    client = programs.start("", "-m", "orxfunctions.batch", INSPECTION, pictures, store, "--workers", 2, "--batch-seconds", "0.1")
+    killed: set[int] = set()
+    for pause in (0.0, 0.3, 0.6):  # before anything is loaded, and on the way
+        wait_for(lambda: client.poll() is not None or set(workers_below(client.pid)) - killed)
+        time.sleep(pause)
+        for pid in set(workers_below(client.pid)) - killed:
+            os.kill(pid, signal.SIGKILL)
+            killed.add(pid)
+    assert count_of(store) == 0 and len(killed) >= 3
+    assert client.wait(timeout=40) == 0, programs.log(client)
+    assert statuses_of(store) == ["ok"] * PICTURES and "Traceback" not in programs.log(client)
+
+
+def test_workers_that_never_start_end_the_run(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(_local, "_PROGRAM", "import sys; sys.exit(3)")
+    monkeypatch.setattr(_local, "_PAUSE_SECONDS", 0.01)
+    workers = _local.LocalWorkers("tcp://127.0.0.1:9", 2)
+
+    def tended() -> None:
+        until = time.monotonic() + 20
+        while time.monotonic() < until:
+            workers.tend([])
+            time.sleep(0.01)
+
+    with pytest.raises(orxfunctions.batch.BatchError, match=r"before they can measure: 8 in a row, .* \(exit code 3\)"):
+        tended()
+    workers.close(now=True)
+
+
 def other_version(folder: Path) -> str:
     """A folder for PYTHONPATH that makes the package say that it is of another version."""
     folder.mkdir()
@@ -202,10 +234,12 @@ def test_a_scheduler_comes_back_and_a_worker_of_another_version_is_left_out(
         pictures: Path, tmp_path: Path, programs: Programs) -> None:
     store, port = tmp_path / "results.sqlite", next(_ports)
     scheduler = programs.scheduler(port)
-    programs.worker("", port, other_version(tmp_path / "other"))
+    other = other_version(tmp_path / "other")
+    wrong = programs.worker("", port, other)
     workers = [programs.worker("", port)]
     client = programs.client(pictures, store, port)
     wait_for(lambda: count_of(store) > 50 or client.poll() is not None)
+    programs.worker("", port, other)
     for process in (scheduler, *workers):
         programs.end(process)
     wait_for(lambda: "is gone; waiting" in programs.log(client))
@@ -214,8 +248,10 @@ def test_a_scheduler_comes_back_and_a_worker_of_another_version_is_left_out(
     programs.worker("", port)
     assert client.wait(timeout=90) == 0, programs.log(client)
     told = programs.log(client)
-    assert "is left out: orxfunctions 0.0.1 there, " in told and "is back" in told and "Traceback" not in told
+    assert told.count("is left out: orxfunctions 0.0.1 there, ") == 1 and "is back" in told and "Traceback" not in told
     assert statuses_of(store) == ["ok"] * PICTURES
+    # Sent away for good: it ends, and no nanny starts it again.
+    assert wrong.wait(timeout=20) == 0 and programs.log(wrong).count("Registered to") == 1
 
 
 def test_machines_measure_together_and_one_that_is_cut_off_is_done_without(pictures: Path, tmp_path: Path,

@@ -7,13 +7,12 @@ import logging
 import os
 import pickle
 import queue
-import signal
 import time
 from collections.abc import Callable, Sequence
-from contextlib import suppress
 from typing import Any, NamedTuple, Optional
 
 from ._errors import BatchError
+from ._local import LocalWorkers
 from ._measure import Bounds
 from ._versions import difference, versions
 from ._window import Batch, Outcome
@@ -23,7 +22,10 @@ _BATCHES_A_WORKER = 3
 _GATHERED_AT_ONCE = 64
 _QUARANTINES = 10
 _LOOK_SECONDS = 2.0
+_LOOK_SECONDS_HERE = 0.5
 _PATIENCE_WITHOUT_WORKERS = 10.0
+_START_SECONDS = 30.0
+_ATTEMPTS = 5
 _LOGGERS = ("distributed.client", "distributed.core", "distributed.utils")
 
 
@@ -62,45 +64,61 @@ class ClusterEngine:
         self._keys = itertools.count()
         self._name = f"orx-{os.getpid()}-{time.time_ns():x}"
         self._workers: dict[str, bool] = {}
+        self._told: set[tuple[str, str]] = set()
         self._looked = self._had_workers = time.monotonic()
         self._cluster: Any = None
         self._client: Any = None
+        self._local: Optional[LocalWorkers] = None
         # Pages of traces on a scheduler that is gone, which is told in a line here.
         self._loggers = [(logger, logger.level) for logger in map(logging.getLogger, _LOGGERS)]
         for logger, _ in self._loggers:
             logger.setLevel(logging.CRITICAL)
         try:
             if not address:
-                self._cluster = self._local_cluster(workers)
+                self._cluster = self._scheduler_here()
             self._address = address or self._cluster.scheduler_address
-            self._connect(timeout=min(30.0, patience), workers=workers)
+            self._connect(timeout=min(30.0, patience))
+            if not address:
+                self._start_workers(workers)
         except BaseException:
             self.close(now=True)
             raise
 
-    def _local_cluster(self, workers: int) -> Any:
-        config = _dask("dask").config
-        config.set({"distributed.scheduler.allowed-failures": 0, "distributed.worker.profile.enabled": False})
+    def _scheduler_here(self) -> Any:
+        _dask("dask").config.set({"distributed.scheduler.allowed-failures": 0})
         # Its words on workers that end are for who mends Dask: here such a worker is no event, and a run tells what is one.
-        cluster = self._distributed.LocalCluster(n_workers=0, threads_per_worker=1, processes=True,
-                                                 dashboard_address="127.0.0.1:0", silence_logs=logging.CRITICAL)
-        # Apart from the start, which never ends where a worker is killed meanwhile.
-        cluster.scale(workers)
-        return cluster
+        return self._distributed.LocalCluster(n_workers=0, threads_per_worker=1, processes=True,
+                                              dashboard_address="127.0.0.1:0", silence_logs=logging.CRITICAL)
 
-    def _connect(self, timeout: float, workers: int = 0) -> None:
+    def _connect(self, timeout: float) -> None:
         try:
             self._client = self._distributed.Client(self._cluster or self._address, timeout=timeout, set_as_default=False)
         except (OSError, TimeoutError) as error:
             raise BatchError(f"there is no scheduler at {self._address}: {error}") from error
         # Functions of two lines go as they are: the scheduler's machine need not have this package.
         self._client.run_on_scheduler(lambda dask_scheduler: setattr(dask_scheduler, "allowed_failures", 0))
-        with suppress(TimeoutError):  # those that come later are welcome, too
-            if workers:
-                self._client.wait_for_workers(workers, timeout=timeout)
         self._workers = {}
         self._look(at_once=True)
-        self._client.register_worker_plugin(self._plugin, name=self._plugin.name)
+        self._bring_inspection()
+
+    def _bring_inspection(self) -> None:
+        """To the workers there are, and by the scheduler to those that will join."""
+        for attempts_left in reversed(range(_ATTEMPTS)):
+            try:
+                self._client.register_worker_plugin(self._plugin, name=self._plugin.name)
+                return
+            except OSError as error:  # a worker has gone meanwhile; the others may not have it
+                if not attempts_left:
+                    raise BatchError(f"the inspection can't be brought to the workers: {error}") from error
+            time.sleep(0.2)
+
+    def _start_workers(self, count: int) -> None:
+        """Goes on with those that are there after a while; the others are welcome when they come."""
+        self._local = LocalWorkers(self._address, count)
+        until = time.monotonic() + _START_SECONDS
+        while sum(self._workers.values()) < count and time.monotonic() < until:
+            self._look(at_once=True)
+            time.sleep(0.05)
 
     # Workers
 
@@ -112,11 +130,14 @@ class ClusterEngine:
     def _look(self, *, at_once: bool = False) -> None:
         """Which workers there are; those that have joined are asked for their versions."""
         now = time.monotonic()
-        if not at_once and now - self._looked < _LOOK_SECONDS:
+        if not at_once and now - self._looked < (_LOOK_SECONDS if self._local is None else _LOOK_SECONDS_HERE):
             return
         self._looked = now
         try:
-            there = list(self._client.scheduler_info()["workers"])
+            known = self._client.scheduler_info()["workers"]
+            if self._local is not None:
+                self._local.tend([worker["name"] for worker in known.values()])
+            there = list(known)
             new = [worker for worker in there if worker not in self._workers]
             self._workers = {worker: self._workers[worker] for worker in there if worker in self._workers}
             if new:
@@ -137,10 +158,19 @@ class ClusterEngine:
             differs = difference(theirs, self._versions) if isinstance(theirs, dict) else str(theirs)
             self._workers[worker] = not differs
             if differs:
-                self._tell(f"worker {worker} is left out: {differs}")
+                self._tell_once(worker, differs)
         wrong = [worker for worker in workers if self._workers.get(worker) is False]
         if wrong:
+            # Their nannies first: one that is not told starts a worker again, however it ends.
+            self._client.run(_not_again, workers=wrong, nanny=True, on_error="ignore")
             self._client.retire_workers(wrong, close_workers=True, remove=True)
+
+    def _tell_once(self, worker: str, differs: str) -> None:
+        """Of each machine: who starts its workers may do so for as long as they are sent away."""
+        machine = worker.rpartition(":")[0]
+        if (machine, differs) not in self._told:
+            self._told.add((machine, differs))
+            self._tell(f"worker {worker} is left out: {differs}")
 
     # Batches
 
@@ -248,17 +278,17 @@ class ClusterEngine:
     def close(self, *, now: bool) -> None:
         self._flying = {}
         cluster, self._cluster = self._cluster, None
-        if now and cluster is not None:
-            for nanny in cluster.workers.values():
-                with suppress(ProcessLookupError):
-                    if nanny.pid:
-                        os.kill(nanny.pid, signal.SIGKILL)
+        local, self._local = self._local, None
+        if now and local is not None:
+            local.close(now=True)
         self._close_client()
         if cluster is not None:
             try:
                 cluster.close(timeout=1.0 if now else 10.0)
             except Exception as error:  # its processes end with this one at the latest
                 logging.getLogger(__name__).debug("closing: %s", error)
+        if local is not None:
+            local.close(now=now)
         for logger, level in self._loggers:
             logger.setLevel(level)
 
@@ -279,5 +309,6 @@ def _dask(name: str) -> Any:
             from None
 
 
-# A lambda: it goes as code, and a worker without this package can answer it.
+# Lambdas: they go as code, and a worker without this package can answer them.
 _versions_there = lambda: __import__("orxfunctions.batch._versions", fromlist=["versions"]).versions()  # noqa: E731
+_not_again = lambda dask_worker: dask_worker.close_gracefully("another version")  # noqa: E731

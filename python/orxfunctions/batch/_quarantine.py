@@ -92,11 +92,9 @@ class Quarantine:
 
     def _started(self) -> subprocess.Popen[bytes]:
         if self._process is None:
-            # What can be imported here can be imported there.
-            environment = {**os.environ, "PYTHONPATH": os.pathsep.join(path or os.getcwd() for path in sys.path)}
             # A session of its own: both processes are ended together.
             self._process = subprocess.Popen([sys.executable, "-c", _PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                             env=environment, start_new_session=True)
+                                             env=environment_for_children(), start_new_session=True)
             send(self._process.stdin, (self._packed, self._bounds))  # type: ignore[arg-type]
         return self._process
 
@@ -112,6 +110,11 @@ class Quarantine:
             except BrokenPipeError:
                 pass
         return process.wait()
+
+
+def environment_for_children() -> dict[str, str]:
+    """What can be imported here can be imported there."""
+    return {**os.environ, "PYTHONPATH": os.pathsep.join(path or os.getcwd() for path in sys.path)}
 
 
 def _kill(process: subprocess.Popen[bytes]) -> None:
