@@ -1,19 +1,23 @@
-"""Matrices in raw files, more training pictures from few, pictures saved in the background.
-
-Pictures are read and written by cv2, Pillow or what else reads them into arrays.
-"""
+"""Pictures decoded, matrices in raw files, more training pictures from few, pictures saved in the background."""
 from __future__ import annotations
 
 import atexit
 import os
 from collections.abc import Callable
-from typing import Any, NamedTuple, Optional, Tuple
+from typing import Any, Literal, NamedTuple, Optional, Tuple, Union
+
+import numpy as np
+from numpy.typing import NDArray
 
 from . import _core
 from ._paths import Path, path_bytes
 from ._types import Doubles, Image
 
-__all__ = ["AugmentationReport", "StreamFile", "augment", "flush", "read_stream", "save_image", "write_stream"]
+__all__ = ["AugmentationReport", "Mode", "StreamFile", "augment", "decode_picture", "flush", "read_stream", "save_image", "write_stream"]
+
+Mode = Literal["grey", "colour", "unchanged"]
+"""What a picture is read as: 8 bits of grey, 8 bits of colour (BGR), or as it is."""
+_FLAGS = {"grey": 0, "colour": 1, "unchanged": -1}  # IMREAD_GRAYSCALE, IMREAD_COLOR, IMREAD_UNCHANGED of cv2
 
 _TEXT_BYTES = 254  # the 255th is the NUL that ends it
 
@@ -51,6 +55,36 @@ def _path(name: bytes) -> str:
         except UnicodeDecodeError:
             return name.decode("gbk", "replace")
     return os.fsdecode(name)
+
+
+def decode_picture(data: Union[bytes, bytearray, memoryview, NDArray[np.uint8]], mode: Mode = "grey") -> Image:
+    """The pixels of a picture file that was read into memory, as `cv2.imdecode` gives them for the same flags.
+
+    To be preferred to it where a program should start quickly or reads many pictures: a plain PNG file (grey of 8 or 16 bits
+    for ``"grey"``; colour of 8 bits, also by a palette, for ``"colour"``) takes a third to a half of the time, and OpenCV's
+    formats, with the many libraries that they bring, are loaded when the first other file comes. Thread-safe.
+
+    Parameters
+    ----------
+    data : bytes-like
+        PNG, JPEG, TIFF, BMP and what else OpenCV reads; also a view with gaps.
+    mode : str
+        ``"grey"``: 8 bits, (rows, columns); ``"colour"``: 8 bits, (rows, columns, 3), BGR; ``"unchanged"``: as it is, with
+        its depth and its channels.
+
+    Raises
+    ------
+    ValueError
+        No bytes, no picture, a damaged one that the decoder gives up, or one larger than it takes. A JPEG that is cut off or
+        damaged within gives a picture: see `batch.read_picture`.
+    MemoryError
+        No memory for it.
+
+    C++: orx::decodePicture
+    """
+    if mode not in _FLAGS:
+        raise ValueError(f"mode: expected one of {', '.join(map(repr, _FLAGS))}, got {mode!r}")
+    return _core.decode_picture(data, _FLAGS[mode])
 
 
 def write_stream(path: Path, matrix: Doubles, *, size: Optional[Tuple[int, int]] = None, text: str = "") -> None:

@@ -351,6 +351,31 @@ std::uint64_t seedOf(const Argument& argument, const char* name) {
     return PyLong_AsUnsignedLongLongMask(number.ptr());
 }
 
+namespace {
+
+py::dtype typeOf(int depth) {
+    switch (depth) {
+        case CV_8U:
+            return py::dtype::of<std::uint8_t>();
+        case CV_8S:
+            return py::dtype::of<std::int8_t>();
+        case CV_16U:
+            return py::dtype::of<std::uint16_t>();
+        case CV_16S:
+            return py::dtype::of<std::int16_t>();
+        case CV_32S:
+            return py::dtype::of<std::int32_t>();
+        case CV_32F:
+            return py::dtype::of<float>();
+        case CV_64F:
+            return py::dtype::of<double>();
+        default:
+            throw py::type_error("a matrix of a depth that no array is made of");
+    }
+}
+
+}  // namespace
+
 ArrayOf<bool> truthsFrom(std::vector<unsigned char>&& truths, std::vector<py::ssize_t> shape) {
     static_assert(sizeof(bool) == 1);
     auto* held = new std::vector<unsigned char>(std::move(truths));
@@ -364,16 +389,9 @@ ArrayOf<float> arrayFrom(std::vector<cv::Point2f>&& points) { return pairsFrom<f
 ArrayOf<double> arrayFrom(std::vector<cv::Point2d>&& points) { return pairsFrom<double>(std::move(points)); }
 
 AnyArray arrayFrom(cv::Mat mat) {
+    const py::dtype type = typeOf(mat.depth());
     auto* held = new cv::Mat(std::move(mat));
     const py::capsule owner = ownerOf(held);
-    const py::dtype type = held->depth() == CV_8U    ? py::dtype::of<std::uint8_t>()
-                           : held->depth() == CV_16U ? py::dtype::of<std::uint16_t>()
-                           : held->depth() == CV_32F ? py::dtype::of<float>()
-                                                     : py::dtype::of<double>();
-    if (held->depth() != CV_8U && held->depth() != CV_16U && held->depth() != CV_32F &&
-        held->depth() != CV_64F) {
-        throw py::type_error("a matrix of a depth that no array is made of");
-    }
     std::vector<py::ssize_t> shape = {held->rows, held->cols};
     std::vector<py::ssize_t> strides = {static_cast<py::ssize_t>(held->step[0]),
                                         static_cast<py::ssize_t>(held->elemSize())};

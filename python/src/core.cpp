@@ -2,6 +2,7 @@
 #include <pybind11/pybind11.h>
 
 #include <opencv2/core.hpp>
+#include <opencv2/core/utility.hpp>
 
 #include "bindings.h"
 #include "orxFunctions/api.h"
@@ -14,6 +15,7 @@ PYBIND11_MODULE(_core, core) {
         "What OpenCV reports, in its own words.";
     core.attr("__version__") =
         ORX_TEXT(ORX_VERSION_MAJOR) "." ORX_TEXT(ORX_VERSION_MINOR) "." ORX_TEXT(ORX_VERSION_PATCH);
+    core.def("opencv_version", &cv::getVersionString);
     core.def("threads", &cv::getNumThreads);
     core.def(
         "set_threads",

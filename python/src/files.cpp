@@ -1,10 +1,12 @@
-// Matrices in files, more training pictures from few, pictures saved in the background: files/*.h.
+// Pictures in memory, matrices in files, more training pictures from few, pictures saved in the background:
+// files/*.h.
 //
 // Names of files are bytes, which the typed layer makes and reads.
 #include <pybind11/functional.h>
 #include <pybind11/pybind11.h>
 
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -18,6 +20,7 @@
 #include "arrays.h"
 #include "bindings.h"
 #include "orxFunctions/files/image_data_augmentation.h"
+#include "orxFunctions/files/picture_bytes.h"
 #include "orxFunctions/files/save_image.h"
 #include "orxFunctions/files/stream_file.h"
 #include "refusals.h"
@@ -157,6 +160,36 @@ py::bytes saveImage(const Argument& image, const py::bytes& folder, const py::by
     return path;
 }
 
+// What an object of Python holds in memory, as one row of bytes.
+class Buffer {
+  public:
+    Buffer(const Argument& argument, const char* name) {
+        if (PyObject_GetBuffer(argument.ptr(), &view_, PyBUF_FULL_RO) == 0) return;
+        PyErr_Clear();
+        refuseType(name, "bytes, or what gives access to some", argument);
+    }
+    ~Buffer() { PyBuffer_Release(&view_); }
+    Buffer(const Buffer&) = delete;
+    Buffer& operator=(const Buffer&) = delete;
+    Buffer(Buffer&&) = delete;
+    Buffer& operator=(Buffer&&) = delete;
+    std::vector<unsigned char> bytes() {
+        std::vector<unsigned char> found(static_cast<std::size_t>(view_.len));
+        if (PyBuffer_ToContiguous(found.data(), &view_, view_.len, 'C') != 0) throw py::error_already_set();
+        return found;
+    }
+
+  private:
+    Py_buffer view_{};
+};
+
+AnyArray decodePicture(const Argument& data, int flags) {
+    const std::vector<unsigned char> bytes = Buffer(data, "data").bytes();
+    cv::Mat picture = unlocked([&] { return orx::decodePicture(bytes, flags); });
+    if (picture.empty()) raiseRefusal();
+    return arrayFrom(std::move(picture));
+}
+
 bool flushImages(int milliseconds) {
     const bool done = unlocked([&] { return FileOperator::flush(milliseconds); });
     if (!done && orx::lastRefusal().code != orx::rcTimeout) raiseRefusal();
@@ -173,6 +206,7 @@ void bindFiles(py::module_& core) {
              py::arg("flips"), py::arg("counts"), py::arg("amounts"), py::arg("progress"));
     core.def("save_image", &saveImage, py::arg("image"), py::arg("folder"), py::arg("prefix"),
              py::arg("extension"));
+    core.def("decode_picture", &decodePicture, py::arg("data"), py::arg("flags"));
     core.def("flush_images", &flushImages, py::arg("milliseconds"));
 }
 

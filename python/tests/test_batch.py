@@ -1,6 +1,7 @@
 """Many pictures: each is measured once, whatever happens to it or to its neighbours."""
 from __future__ import annotations
 
+import importlib.util
 import json
 import os
 import signal
@@ -54,7 +55,7 @@ def troubled(pictures: Path) -> dict[str, str]:
         (pictures / name).write_bytes(content)
     return {"ABORTS.png": "SIGABRT", "HANGS.png": "took longer than 2 s", "GREEDY.png": "needed more than 104,857,600 bytes",
             "RAISES.png": "KeyError: 'no such part'", "EXITS.png": "exit code 7", "NO_RECORD.png": "gave NoneType",
-            "empty.png": "an empty file", "text.png": "no picture", "cut.jpg": "end marker is missing",
+            "empty.png": "an empty file", "text.png": "not a picture", "cut.jpg": "end marker is missing",
             "cut.png": "end chunk is missing"}
 
 
@@ -221,6 +222,18 @@ def test_what_can_not_be_begun_is_refused(pictures: Path, tmp_path: Path) -> Non
     pytest.importorskip("distributed")
     with pytest.raises(batch.BatchError, match="no scheduler at tcp://127.0.0.1:9"):
         batch.run(inspections.level, pictures, store, cluster="tcp://127.0.0.1:9", patience=1.0)
+
+
+def test_pictures_are_measured_without_cv2(pictures: Path, tmp_path: Path) -> None:
+    (tmp_path / "rows.py").write_text("def inspect(image):\n    import sys\n    return {'cv2': 'cv2' in sys.modules}\n")
+    program = ("import sys\nfrom orxfunctions import batch\n"
+               "print(batch.run(*sys.argv[1:4], workers=int(sys.argv[4])).measured, 'cv2' in sys.modules)")
+    for workers in (1, 2) if importlib.util.find_spec("distributed") else (1,):
+        store = tmp_path / f"{workers}.sqlite"
+        done = subprocess.run([sys.executable, "-c", program, tmp_path / "rows.py", pictures, store, str(workers)],
+                              capture_output=True, text=True, timeout=60)
+        assert done.stdout == "40 False\n", done.stderr
+        assert {record for _, _, record in rows_of(store).values()} == {'{"cv2": false}'}
 
 
 def test_dask_is_asked_for_by_the_name_of_its_package(pictures: Path, tmp_path: Path,

@@ -1,6 +1,8 @@
 """Files that the package writes and reads."""
 from __future__ import annotations
 
+import array
+import importlib.util
 import json
 import struct
 from pathlib import Path
@@ -11,6 +13,8 @@ import pytest
 
 from orxfunctions import drawing, files
 from orxfunctions._png import png_of
+
+cv2: Any = importlib.import_module("cv2") if importlib.util.find_spec("cv2") else None
 
 
 def test_a_matrix_comes_back_as_it_was_written(tmp_path: Path) -> None:
@@ -49,6 +53,64 @@ def test_streams_refuse_what_they_can_not_hold(tmp_path: Path) -> None:
     path.write_bytes(struct.pack("<ii", -1, 7))
     with pytest.raises(ValueError, match="-1 rows of 7 numbers"):
         files.read_stream(path)
+
+
+def _kinds() -> dict[str, bytes]:
+    """Files of every kind that is decoded by the library itself, and of some that are not."""
+    random = np.random.default_rng(3)
+    grey, deep = random.integers(0, 255, (37, 53), np.uint8), random.integers(0, 65535, (37, 53), np.uint16)
+    colour = random.integers(0, 255, (37, 53, 3), np.uint8)
+    pictures = {"grey": grey, "deep": deep, "colour": colour, "deep colour": np.dstack([deep] * 3),
+                "clear": np.dstack([colour, grey])}
+    kinds = {f"{name} {end}": cv2.imencode(end, picture)[1].tobytes()
+             for name, picture in pictures.items() for end in (".png", ".tiff")}
+    kinds.update({f"{name} {end}": cv2.imencode(end, pictures[name])[1].tobytes()
+                  for name in ("grey", "colour") for end in (".jpg", ".bmp", ".webp")})
+    kinds["float .tiff"] = cv2.imencode(".tiff", grey.astype(np.float32))[1].tobytes()
+    kinds["written without OpenCV"] = png_of(grey)
+    return kinds
+
+
+@pytest.mark.skipif(cv2 is None, reason="compares with cv2")
+def test_pictures_are_decoded_as_by_cv2() -> None:
+    modes: dict[files.Mode, int] = {"grey": cv2.IMREAD_GRAYSCALE, "colour": cv2.IMREAD_COLOR,
+                                    "unchanged": cv2.IMREAD_UNCHANGED}
+    random, compared, refused = np.random.default_rng(4), 0, 0
+    for kind, whole in _kinds().items():
+        damaged = bytearray(whole)
+        for place in random.integers(len(whole) // 3, len(whole), 5):
+            damaged[place] ^= 0x55
+        for data in (whole, bytes(damaged), whole[: len(whole) // 2], whole + b"behind it"):
+            for mode, flag in modes.items():
+                expected = cv2.imdecode(np.frombuffer(data, np.uint8), flag)
+                if expected is None:
+                    refused += 1
+                    with pytest.raises(ValueError):
+                        files.decode_picture(data, mode)
+                    continue
+                found = files.decode_picture(data, mode)
+                compared += 1
+                assert found.dtype == expected.dtype and np.array_equal(found, expected), (kind, mode)
+    assert compared > 100 and refused > 10
+
+
+def test_pictures_are_decoded_from_all_that_holds_bytes() -> None:
+    picture = np.arange(48, dtype=np.uint8).reshape(6, 8)
+    data = png_of(picture)
+    apart = np.repeat(np.frombuffer(data, np.uint8), 3)
+    folded = np.frombuffer(data + b"\0" * (-len(data) % 4), np.uint8).reshape(-1, 4)
+    for held in (bytearray(data), memoryview(data), array.array("B", data), apart[::3], memoryview(apart)[::3], folded,
+                 np.asfortranarray(folded)):
+        found = files.decode_picture(held)  # type: ignore[arg-type]
+        assert np.array_equal(found, picture) and found.flags.writeable
+    for wrong in (None, 3, "text", [1, 2]):
+        with pytest.raises(TypeError, match="data: expected bytes, or what gives access to some, got "):
+            files.decode_picture(wrong)  # type: ignore[arg-type]
+    for nothing, words in ((b"", "no bytes"), (b"text", "not a picture")):
+        with pytest.raises(ValueError, match=words):
+            files.decode_picture(nothing)
+    with pytest.raises(ValueError, match="mode: expected one of 'grey', 'colour', 'unchanged', got 'gray'"):
+        files.decode_picture(data, "gray")  # type: ignore[arg-type]
 
 
 @pytest.fixture

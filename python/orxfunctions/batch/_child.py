@@ -61,7 +61,6 @@ def main() -> None:
             data, bounds = receive(_Whole(asked))  # type: ignore[arg-type]
         except EOFError:
             return
-        prepare_process()
         while True:
             process = os.fork()
             if process == 0:
@@ -94,6 +93,7 @@ def _measure(data: bytes, bounds: Bounds, commands: Any, rows: BinaryIO) -> None
     try:
         try:
             inspection = unpacked(data)
+            prepare_process()
         except Exception as error:  # told where the inspection was given
             send(rows, Refused(f"{type(error).__name__}: {error}"))
             receive(commands)

@@ -7,6 +7,7 @@ import logging
 import os
 import pickle
 import queue
+import sys
 import time
 from collections.abc import Callable, Sequence
 from typing import Any, NamedTuple, Optional
@@ -58,7 +59,8 @@ class ClusterEngine:
         self._distributed = _dask("distributed")
         self._plugin = InspectionPlugin(fingerprint, packed)
         self._fingerprint, self._bounds, self._patience, self._tell = fingerprint, bounds, patience, tell
-        self._versions = versions()
+        # cv2 counts where this program uses it: pictures are read without.
+        self._versions = versions("cv2" in sys.modules)
         self._flying: dict[str, _Flight] = {}
         self._finished: queue.SimpleQueue[Any] = queue.SimpleQueue()
         self._keys = itertools.count()
@@ -151,7 +153,7 @@ class ClusterEngine:
             self._had_workers = now + _PATIENCE_WITHOUT_WORKERS * 5  # told again after a minute
 
     def _ask(self, workers: list[str]) -> None:
-        answers = self._client.run(_versions_there, workers=workers, on_error="return")
+        answers = self._client.run(_versions_there, "cv2" in self._versions, workers=workers, on_error="return")
         for worker, theirs in answers.items():
             if isinstance(theirs, OSError):
                 continue  # it has gone meanwhile
@@ -310,5 +312,5 @@ def _dask(name: str) -> Any:
 
 
 # Lambdas: they go as code, and a worker without this package can answer them.
-_versions_there = lambda: __import__("orxfunctions.batch._versions", fromlist=["versions"]).versions()  # noqa: E731
+_versions_there = lambda cv2: __import__("orxfunctions.batch._versions", fromlist=["_"]).versions(cv2)  # noqa: E731
 _not_again = lambda dask_worker: dask_worker.close_gracefully("another version")  # noqa: E731

@@ -1,11 +1,11 @@
 """One picture, within limits of time and memory."""
 from __future__ import annotations
 
-import importlib
 import os
 import resource
 import signal
 import socket
+import sys
 import time
 from collections.abc import Iterator
 from contextlib import contextmanager
@@ -33,12 +33,11 @@ class Bounds(NamedTuple):
 
 
 def prepare_process() -> None:
-    """Keeps this process to one processor."""
+    """Keeps this process to one processor, cv2 included where the inspection has brought that: it may have an OpenCV of its
+    own."""
     set_threads(1)
-    try:
-        importlib.import_module("cv2").setNumThreads(1)
-    except ImportError:
-        pass  # not needed by who reads pictures otherwise
+    if "cv2" in sys.modules:
+        sys.modules["cv2"].setNumThreads(1)
 
 
 def measured(inspection: Inspection, picture: Picture, bounds: Bounds) -> Row:

@@ -1,17 +1,12 @@
 """Pictures from files, with a reason where there is none in them."""
 from __future__ import annotations
 
-import importlib
 import os
 import re
-from typing import Any, Literal
-
-import numpy as np
 
 from .._types import Image
+from ..files import Mode, decode_picture
 
-Mode = Literal["grey", "colour", "unchanged"]
-_FLAGS = {"grey": "IMREAD_GRAYSCALE", "colour": "IMREAD_COLOR", "unchanged": "IMREAD_UNCHANGED"}
 # Within the coded pixels of a JPEG 0xFF is followed by 0, by a restart mark or by another 0xFF; else a marker begins.
 _MARKER = re.compile(rb"\xff([^\x00\xd0-\xd7\xff])", re.DOTALL)
 
@@ -20,21 +15,13 @@ class DamagedPicture(ValueError):
     """A file that holds no picture, or not all of one."""
 
 
-def cv2_module() -> Any:
-    """OpenCV's module; an error that names the package where it is missing."""
-    try:
-        return importlib.import_module("cv2")
-    except ImportError:
-        raise ImportError("pictures are read by cv2: install python3-opencv, or pass a reader of your own") from None
-
-
 def read_picture(path: str, mode: Mode = "grey") -> Image:
     """The picture in a file.
 
-    Raises `DamagedPicture` for an empty file, one that OpenCV does not read, and a JPEG or PNG that is cut off: OpenCV gives
-    pictures of JPEGs that are cut off, grey where nothing is left. A JPEG damaged within is not told from a whole one.
+    Raises `DamagedPicture` for an empty file, one that `files.decode_picture` does not read, and a JPEG or PNG that is cut
+    off: OpenCV gives pictures of JPEGs that are cut off, grey where nothing is left. A JPEG damaged within is not told from a
+    whole one.
     """
-    cv2 = cv2_module()
     with open(path, "rb") as file:
         data = file.read()
     if not data:
@@ -43,10 +30,10 @@ def read_picture(path: str, mode: Mode = "grey") -> Image:
         raise DamagedPicture("a JPEG that is cut off: its end marker is missing")
     if data.startswith(b"\x89PNG") and data.rfind(b"IEND\xaeB`\x82") < 0:
         raise DamagedPicture("a PNG that is cut off: its end chunk is missing")
-    image = cv2.imdecode(np.frombuffer(data, np.uint8), getattr(cv2, _FLAGS[mode]))
-    if image is None:
-        raise DamagedPicture(f"no picture that OpenCV reads, or a damaged one ({os.path.splitext(path)[1]})")
-    return image  # type: ignore[no-any-return]
+    try:
+        return decode_picture(data, mode)
+    except ValueError as error:
+        raise DamagedPicture(f"{error} ({os.path.splitext(path)[1]})") from error
 
 
 def jpeg_is_whole(data: bytes) -> bool:

@@ -2,6 +2,8 @@
 from __future__ import annotations
 
 import base64
+import importlib
+import importlib.util
 import itertools
 import json
 import math
@@ -16,7 +18,6 @@ from ._inspections import Inspection, packed
 from ._measure import Bounds
 from ._pictures import Picture
 from ._quarantine import Quarantine
-from ._reading import cv2_module
 from ._results import BadPart, Results, ValueRun
 from ._store import Kept, ReadableStore, Store
 
@@ -139,9 +140,7 @@ def _figures(heading: str, parts: list[BadPart], room: int) -> Iterator[str]:
 
 def _thumbnails(paths: Iterable[str], room: int) -> Iterator[str]:
     """Small JPEGs in base64, read in a process of its own: these pictures have done harm before."""
-    try:
-        cv2_module()
-    except ImportError:
+    if importlib.util.find_spec("cv2") is None:
         room = 0
     small = Inspection(_thumbnail, "thumbnail", "", b"", mode="colour")
     with Quarantine(packed(small), Bounds(10.0, 2 << 30)) as quarantine:
@@ -156,7 +155,7 @@ def _thumbnails(paths: Iterable[str], room: int) -> Iterator[str]:
 
 
 def _thumbnail(image: Any) -> dict[str, str]:
-    cv2 = cv2_module()
+    cv2: Any = importlib.import_module("cv2")
     rows, columns = image.shape[:2]
     scale = min(1.0, _THUMBNAIL_WIDTH / max(rows, columns))
     small = cv2.resize(image, (max(1, round(columns * scale)), max(1, round(rows * scale))), interpolation=cv2.INTER_AREA)

@@ -16,7 +16,7 @@ from ._inspections import Inspect, Inspection, Limits, inspection_of, packed
 from ._measure import Bounds
 from ._pictures import Source, check_source, pictures_of
 from ._progress import Teller, Watcher
-from ._reading import Mode, cv2_module
+from ._reading import Mode
 from ._rows import Row, verdict_of
 from ._store import Store, open_store
 from ._window import BatchSize, Engine, Window
@@ -131,8 +131,6 @@ def run(inspect: Inspect, pictures: Source, store: Union[str, os.PathLike[str], 
     _check("memory", 1 << 20 if memory is None else memory, 1 << 20, 1 << 50)
     check_source(pictures)
     inspection = inspection_of(inspect, version=version, mode=mode, reader=reader, limits=limits)
-    if reader is None:
-        cv2_module()
     opened = open_store(store)
     teller = Teller(progress, pictures)
     start = time.monotonic()

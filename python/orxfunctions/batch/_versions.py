@@ -4,12 +4,16 @@ from __future__ import annotations
 import importlib
 import platform
 
-from .._core import __version__
+from .. import _core
 
 
-def versions() -> dict[str, str]:
-    """Versions of the library, of Python and of OpenCV for Python."""
-    told = {"orxfunctions": __version__, "Python": ".".join(platform.python_version_tuple()[:2])}
+def versions(cv2: bool) -> dict[str, str]:
+    """Versions of the library, of its OpenCV and of Python; where asked, of OpenCV for Python, which takes longer to load than
+    all the rest."""
+    told = {"orxfunctions": _core.__version__, "OpenCV": _core.opencv_version(),
+            "Python": ".".join(platform.python_version_tuple()[:2])}
+    if not cv2:
+        return told
     try:
         return {**told, "cv2": importlib.import_module("cv2").__version__}
     except ImportError:

@@ -40,13 +40,13 @@ class InspectionPlugin:
 
 def _inspection(fingerprint: str, expected: dict[str, str]) -> Inspection:
     if fingerprint not in _known:
-        differs = difference(versions(), expected)
+        differs = difference(versions("cv2" in expected), expected)
         if differs:
             raise WrongWorker(differs)
         if fingerprint not in _packed:
             raise WrongWorker("it has no inspection")
-        prepare_process()
         _known[fingerprint] = unpacked(_packed[fingerprint])
+        prepare_process()
     return _known[fingerprint]
 
 
