@@ -99,7 +99,7 @@ def test_pictures_are_decoded_from_all_that_holds_bytes() -> None:
     data = png_of(picture)
     apart = np.repeat(np.frombuffer(data, np.uint8), 3)
     folded = np.frombuffer(data + b"\0" * (-len(data) % 4), np.uint8).reshape(-1, 4)
-    for held in (bytearray(data), memoryview(data), array.array("B", data), apart[::3], memoryview(apart)[::3], folded,
+    for held in (bytearray(data), memoryview(data), array.array("B", data), apart[::3], memoryview(apart.tobytes())[::3], folded,
                  np.asfortranarray(folded)):
         found = files.decode_picture(held)  # type: ignore[arg-type]
         assert np.array_equal(found, picture) and found.flags.writeable

@@ -23,7 +23,7 @@ from typing import Any
 
 import scene
 
-from orxfunctions import batch
+from orxfunctions import batch, files
 from orxfunctions.batch import _inspections, _measure, _window
 from orxfunctions.batch._cluster import ClusterEngine
 
@@ -131,7 +131,8 @@ def loop_here(names: Sequence[str], plain: bool) -> dict[str, float]:
         if number == 1:  # what is loaded with the first picture belongs to no picture
             start, total = time.process_time(), 0.0
         if plain:
-            told = scene.inspect(scene.cv2.imread(name, scene.cv2.IMREAD_GRAYSCALE))
+            with open(name, "rb") as file:
+                told = scene.inspect(files.decode_picture(file.read()))
         else:
             told = json.loads(_measure.measured(inspection, batch.Picture(name, 1, 1), bounds).record)
         total += told["level"] + sum(told["radii"])

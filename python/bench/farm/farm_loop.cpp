@@ -1,6 +1,9 @@
 // The inspection of scene.py in C++: names of pictures on standard input, the processor time that all of them
 // took on standard output. What the loops of the Python package are measured against.
+#include <algorithm>
+#include <cstddef>
 #include <ctime>
+#include <fstream>
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -9,6 +12,7 @@
 
 #include "orxFunctions/analysis/subpixel_edges_metric.h"
 #include "orxFunctions/analysis/threshold.h"
+#include "orxFunctions/files/picture_bytes.h"
 #include "orxFunctions/fitting/geometric_fit.h"
 
 namespace {
@@ -19,9 +23,17 @@ double secondsNow() {
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
+cv::Mat read(const std::string& name) {
+    std::ifstream file(name, std::ios::binary | std::ios::ate);
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(std::max<std::streamoff>(0, file.tellg())));
+    file.seekg(0);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    return orx::decodePicture(bytes, cv::IMREAD_GRAYSCALE);
+}
+
 // The sum of all that was measured, so that nothing can be left out.
 double inspect(const std::string& name) {
-    const cv::Mat image = cv::imread(name, cv::IMREAD_GRAYSCALE);
+    const cv::Mat image = read(name);
     double sum = orx::getThresholdValue(image, orx::tmOtsu);
     ORXEdge::TMetricOptions finder;
     finder.minPoints = 60;

@@ -13,8 +13,9 @@ from collections.abc import Callable, Mapping
 from types import ModuleType
 from typing import Any, Optional, Union
 
+from ..files import Mode
 from ..measuring import Recipe
-from ._reading import Mode, read_picture
+from ._reading import read_picture
 from ._rows import record_text
 
 Inspect = Union[Callable[[Any], Any], Recipe, str, "os.PathLike[str]"]

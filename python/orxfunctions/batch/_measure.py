@@ -1,6 +1,7 @@
 """One picture, within limits of time and memory."""
 from __future__ import annotations
 
+import ctypes
 import os
 import resource
 import signal
@@ -18,6 +19,9 @@ from ._reading import DamagedPicture
 from ._rows import NotARecord, Row, failed
 
 
+_M_TRIM_THRESHOLD, _M_MMAP_THRESHOLD = -1, -3  # of malloc.h
+
+
 class Bounds(NamedTuple):
     """What a picture may take."""
 
@@ -33,11 +37,21 @@ class Bounds(NamedTuple):
 
 
 def prepare_process() -> None:
-    """Keeps this process to one processor, cv2 included where the inspection has brought that: it may have an OpenCV of its
-    own."""
+    """Keeps this process to one processor, cv2 included where the inspection has brought that (it may have an OpenCV of its
+    own), and the memory of one picture for the next one."""
     set_threads(1)
     if "cv2" in sys.modules:
         sys.modules["cv2"].setNumThreads(1)
+    _keep_freed_memory()
+
+
+def _keep_freed_memory() -> None:
+    """To give it back to the system after each picture and to take it again costs hundreds of page faults, which is as much
+    time as to read it: with the GNU library, whether it happens hangs on what lies on top of the heap."""
+    set_option = getattr(ctypes.CDLL(None), "mallopt", None)
+    if set_option is not None:
+        for option, size in ((_M_MMAP_THRESHOLD, 32 << 20), (_M_TRIM_THRESHOLD, 256 << 20)):
+            set_option(option, size)
 
 
 def measured(inspection: Inspection, picture: Picture, bounds: Bounds) -> Row:

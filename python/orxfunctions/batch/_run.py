@@ -11,12 +11,12 @@ from contextlib import contextmanager
 from types import FrameType
 from typing import Any, NamedTuple, Optional, Union
 
+from ..files import Mode
 from ._engines import HereEngine, LoopEngine
 from ._inspections import Inspect, Inspection, Limits, inspection_of, packed
 from ._measure import Bounds
 from ._pictures import Source, check_source, pictures_of
 from ._progress import Teller, Watcher
-from ._reading import Mode
 from ._rows import Row, verdict_of
 from ._store import Store, open_store
 from ._window import BatchSize, Engine, Window
@@ -70,8 +70,8 @@ def run(inspect: Inspect, pictures: Source, store: Union[str, os.PathLike[str], 
     store : path, address or store
         A file of SQLite, made where it is missing; ``postgresql://...``; or what has the methods of `Store`.
     workers : int
-        1, the default: a loop in one process that this one watches. More: so many processes, by Dask; a program then keeps
-        its call behind ``if __name__ == "__main__":``. 0: in this very process, for a debugger; bounds don't hold there.
+        1, the default: a loop in one process that this one watches. More: so many processes, by Dask. 0: in this very
+        process, for a debugger; bounds don't hold there.
     cluster : str
         Address of a scheduler of Dask (``"tcp://host:8786"``) in place of workers here. All machines must see the pictures
         under the same names.
