@@ -174,6 +174,10 @@ class Buffer {
     Buffer(Buffer&&) = delete;
     Buffer& operator=(Buffer&&) = delete;
     std::vector<unsigned char> bytes() {
+        if (PyBuffer_IsContiguous(&view_, 'C') != 0) {
+            const auto* const first = static_cast<const unsigned char*>(view_.buf);
+            return {first, first + view_.len};
+        }
         std::vector<unsigned char> found(static_cast<std::size_t>(view_.len));
         if (PyBuffer_ToContiguous(found.data(), &view_, view_.len, 'C') != 0) throw py::error_already_set();
         return found;

@@ -4,6 +4,7 @@ from __future__ import annotations
 import importlib.util
 import json
 import os
+import platform
 import signal
 import sqlite3
 import subprocess
@@ -234,6 +235,16 @@ def test_pictures_are_measured_without_cv2(pictures: Path, tmp_path: Path) -> No
                               capture_output=True, text=True, timeout=60)
         assert done.stdout == "40 False\n", done.stderr
         assert {record for _, _, record in rows_of(store).values()} == {'{"cv2": false}'}
+
+
+@pytest.mark.skipif(platform.libc_ver()[0] != "glibc", reason="of the GNU library")
+def test_memory_of_a_picture_is_kept_for_the_next_one(pictures: Path, tmp_path: Path) -> None:
+    (tmp_path / "faults.py").write_text("import resource\nimport numpy as np\ndef inspect(image):\n"
+                                        "    held = [np.ones(1 << 20, np.uint8) for _ in range(8)]\n"
+                                        "    return {'faults': resource.getrusage(resource.RUSAGE_SELF).ru_minflt}\n")
+    assert batch.run(tmp_path / "faults.py", pictures, tmp_path / "results.sqlite", workers=1).measured == 40
+    faults = sorted(json.loads(record)["faults"] for _, _, record in rows_of(tmp_path / "results.sqlite").values())
+    assert faults[39] - faults[9] < 30 * 200  # 30 * 2048 where it is given back and taken again
 
 
 def test_dask_is_asked_for_by_the_name_of_its_package(pictures: Path, tmp_path: Path,

@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ctypes
+import functools
 import os
 import resource
 import signal
@@ -18,7 +19,7 @@ from ._pictures import Picture
 from ._reading import DamagedPicture
 from ._rows import NotARecord, Row, failed
 
-
+_PAGE = os.sysconf("SC_PAGE_SIZE")
 _M_TRIM_THRESHOLD, _M_MMAP_THRESHOLD = -1, -3  # of malloc.h
 
 
@@ -92,6 +93,12 @@ def _timer(seconds: Optional[float]) -> Iterator[None]:
         signal.setitimer(signal.ITIMER_REAL, 0.0)
 
 
+@functools.lru_cache(maxsize=1)
+def _statm_of(process: int) -> int:
+    """A file on this process, open: to open it takes longer than to read it. What a forked one inherits is not its own."""
+    return os.open("/proc/self/statm", os.O_RDONLY | os.O_CLOEXEC)
+
+
 @contextmanager
 def _memory(more: Optional[int]) -> Iterator[None]:
     """Lets the process take so many bytes more; beyond them the system refuses, and Python raises MemoryError."""
@@ -99,8 +106,7 @@ def _memory(more: Optional[int]) -> Iterator[None]:
         yield
         return
     soft, hard = resource.getrlimit(resource.RLIMIT_DATA)
-    with open("/proc/self/statm", "rb") as file:
-        held = int(file.read().split()[5]) * os.sysconf("SC_PAGE_SIZE")
+    held = int(os.pread(_statm_of(os.getpid()), 100, 0).split()[5]) * _PAGE
     wanted = held + more
     if hard == resource.RLIM_INFINITY or wanted < hard:
         resource.setrlimit(resource.RLIMIT_DATA, (wanted, hard))
