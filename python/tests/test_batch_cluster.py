@@ -207,6 +207,17 @@ def test_workers_that_are_killed_as_they_start_are_started_again(pictures: Path,
     assert statuses_of(store) == ["ok"] * PICTURES and "Traceback" not in programs.log(client)
 
 
+def test_workers_that_end_when_all_is_handed_out_are_started_again(pictures: Path, tmp_path: Path, programs: Programs) -> None:
+    (tmp_path / "once.py").write_text(
+        "import os, signal\ndef inspect(image):\n    for number in range(2):\n        try:\n"
+        f"            os.close(os.open(f'{tmp_path}/{{number}}', os.O_CREAT | os.O_EXCL))\n        except FileExistsError:\n"
+        "            continue\n        os.kill(os.getpid(), signal.SIGKILL)\n    return {}\n", encoding="utf-8")
+    store = tmp_path / "results.sqlite"
+    client = programs.start("", "-m", "orxfunctions.batch", tmp_path / "once.py", f"{pictures}/1*.png", store, "--workers", 2)
+    assert client.wait(timeout=40) == 0, programs.log(client)
+    assert "111 measured" in programs.log(client) and (tmp_path / "1").exists()
+
+
 def test_workers_that_never_start_end_the_run(monkeypatch: pytest.MonkeyPatch) -> None:
     monkeypatch.setattr(_local, "_PROGRAM", "import sys; sys.exit(3)")
     monkeypatch.setattr(_local, "_PAUSE_SECONDS", 0.01)

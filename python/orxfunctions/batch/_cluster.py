@@ -193,6 +193,7 @@ class ClusterEngine:
     def finished(self, seconds: float) -> list[Outcome]:
         if self._client.status != "running":
             self._wait_for_scheduler()
+        self._look()  # also when all is handed out: workers end then, too
         return self._settle([future for future in self._taken(seconds) if future.key in self._flying])
 
     def _taken(self, seconds: float) -> list[Any]:
