@@ -13,7 +13,8 @@ from . import _core
 from ._paths import Path, path_bytes
 from ._types import Doubles, Image
 
-__all__ = ["AugmentationReport", "Mode", "StreamFile", "augment", "decode_picture", "flush", "read_stream", "save_image", "write_stream"]
+__all__ = ["AugmentationReport", "Mode", "StreamFile", "augment", "decode_picture", "flush", "read_stream", "save_image",
+           "write_stream"]
 
 Mode = Literal["grey", "colour", "unchanged"]
 """What a picture is read as: 8 bits of grey, 8 bits of colour (BGR), or as it is."""
