@@ -237,7 +237,8 @@ def test_pictures_are_measured_without_cv2(pictures: Path, tmp_path: Path) -> No
         assert {record for _, _, record in rows_of(store).values()} == {'{"cv2": false}'}
 
 
-@pytest.mark.skipif(platform.libc_ver()[0] != "glibc", reason="of the GNU library")
+@pytest.mark.skipif(platform.libc_ver()[0] != "glibc" or "libasan" in os.environ.get("LD_PRELOAD", ""),
+                    reason="the GNU library's, where no sanitizer stands in front of it")
 def test_memory_of_a_picture_is_kept_for_the_next_one(pictures: Path, tmp_path: Path) -> None:
     (tmp_path / "faults.py").write_text("import resource\nimport numpy as np\ndef inspect(image):\n"
                                         "    held = [np.ones(1 << 20, np.uint8) for _ in range(8)]\n"
