@@ -10,6 +10,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from . import _core
+from ._choices import choice
 from ._paths import Path, path_bytes
 from ._types import Doubles, Image
 
@@ -83,9 +84,7 @@ def decode_picture(data: Union[bytes, bytearray, memoryview, NDArray[np.uint8]],
 
     C++: orx::decodePicture
     """
-    if mode not in _FLAGS:
-        raise ValueError(f"mode: expected one of {', '.join(map(repr, _FLAGS))}, got {mode!r}")
-    return _core.decode_picture(data, _FLAGS[mode])
+    return _core.decode_picture(data, choice("mode", mode, _FLAGS))
 
 
 def write_stream(path: Path, matrix: Doubles, *, size: Optional[Tuple[int, int]] = None, text: str = "") -> None:

@@ -6,7 +6,7 @@ import importlib
 import json
 import os
 from collections.abc import Iterator
-from typing import IO, TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any
 
 from ._rows import Row, columns_of
 
@@ -54,15 +54,11 @@ def _head(inspection: Kept, row: Row) -> tuple[Any, ...]:
 
 def _write_csv(store: ReadableStore, names: list[str], path: str) -> None:
     with open(path, "w", newline="", encoding="utf-8") as file:
-        _write_csv_rows(store, names, file)
-
-
-def _write_csv_rows(store: ReadableStore, names: list[str], file: IO[str]) -> None:
-    table = csv.writer(file)
-    table.writerow([*_FIRST, *names])
-    for inspection, row in _all_rows(store):
-        cells = dict(_columns(row))
-        table.writerow([*_head(inspection, row), *(cells.get(name) for name in names)])
+        table = csv.writer(file)
+        table.writerow([*_FIRST, *names])
+        for inspection, row in _all_rows(store):
+            cells = dict(_columns(row))
+            table.writerow([*_head(inspection, row), *(cells.get(name) for name in names)])
 
 
 def _write_parquet(store: ReadableStore, names: list[str], path: str) -> None:

@@ -1,9 +1,16 @@
-"""What stores of tables have in common: names as texts that every database takes, and inspections as they were kept."""
+"""What stores of tables have in common: names as texts that every database takes, inspections and rows as they were kept."""
 from __future__ import annotations
 
 import json
 import math
-from typing import NamedTuple
+from collections.abc import Iterable, Mapping
+from typing import Any, NamedTuple
+
+from ._pictures import Picture
+from ._rows import Row
+
+ROW_COLUMNS = "path, size, changed, status, seconds, reason, record"
+"""What `row_of` takes."""
 
 
 class KeptInspection(NamedTuple):
@@ -26,3 +33,13 @@ def kept(number: int, name: str, version: str, fingerprint: str, described: str)
 def text_of(name: str) -> str:
     """A file's name as databases take it: bytes that are no UTF-8, and null characters, as escapes."""
     return name.encode("utf-8", "surrogateescape").decode("utf-8", "backslashreplace").replace("\0", "\\x00")
+
+
+def row_of(path: str, size: int, changed: int, status: Any, seconds: float, reason: str, record: str) -> Row:
+    """A row as a table tells it."""
+    return Row(Picture(path, size, changed), status, seconds, reason, record)
+
+
+def unchanged(pictures: Mapping[str, Picture], told: Iterable[Any]) -> set[Picture]:
+    """Which of the pictures, by their texts, a table tells with the size and the time of change that they have."""
+    return {pictures[path] for path, *file in told if tuple(file) == pictures[path][1:]}

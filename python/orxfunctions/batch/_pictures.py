@@ -59,10 +59,9 @@ def names_of(source: Source) -> Iterator[Union[str, Picture]]:
             return
         with open(name, encoding="utf-8", errors="surrogateescape") as lines:
             yield from _listed(lines)
-    elif _MAGIC.search(name):
-        yield from _matching(os.path.abspath(name))
     else:
-        raise FileNotFoundError(f"pictures: there is no folder, list or picture {name!r}")
+        check_source(name)
+        yield from _matching(os.path.abspath(name))
 
 
 def check_source(source: Source) -> None:

@@ -9,7 +9,7 @@ from typing import Any
 from ._errors import StoreError
 from ._export import export_rows
 from ._inspections import Inspection
-from ._kept import kept, text_of
+from ._kept import ROW_COLUMNS, kept, row_of, text_of, unchanged
 from ._pictures import Picture
 from ._rows import Row
 from ._store import Kept
@@ -66,7 +66,7 @@ class PostgresStore:
         with self._told(), self._base, self._base.cursor() as cursor:
             cursor.execute(f"SELECT path, size, changed FROM {_SCHEMA}.results WHERE inspection = %s AND path = ANY(%s)" +
                            ("" if failed_too else " AND status = 'ok'"), (self._number(inspection), list(names)))
-            return {names[path] for path, *file in cursor if tuple(file) == names[path][1:]}
+            return unchanged(names, cursor)
 
     def write(self, inspection: Inspection, rows: Sequence[Row]) -> None:
         # A command that names a row twice is refused.
@@ -106,11 +106,11 @@ class PostgresStore:
     def rows(self, inspection: Kept) -> Iterator[Row]:
         """All rows of an inspection by their paths."""
         with self._told(), self._base, self._base.cursor("rows") as cursor:  # named: the server hands over a few at a time
-            cursor.execute(f"SELECT path, size, changed, status, seconds, reason, record FROM {_SCHEMA}.results WHERE "
+            cursor.execute(f"SELECT {ROW_COLUMNS} FROM {_SCHEMA}.results WHERE "
                            f"inspection = (SELECT id FROM {_SCHEMA}.inspections WHERE fingerprint = %s) ORDER BY path",
                            (inspection.fingerprint,))
-            for path, size, changed, status, seconds, reason, record in cursor:
-                yield Row(Picture(path, size, changed), status, seconds, reason, record)
+            for cells in cursor:
+                yield row_of(*cells)
 
     def export(self, path: str) -> None:
         """Writes all rows into PATH.csv or PATH.parquet."""

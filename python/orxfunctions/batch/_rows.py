@@ -83,10 +83,17 @@ class Value(NamedTuple):
     upper: float = math.inf
 
 
+def _recipe_values(record: Mapping[str, Any]) -> list[Any] | None:
+    """The values of a recipe's result; None where the record is that of a function."""
+    measured = record.get("values")
+    of_recipe = isinstance(measured, list) and all(isinstance(value, Mapping) and "name" in value for value in measured)
+    return measured if of_recipe else None
+
+
 def values_of(record: Mapping[str, Any], limits: Mapping[str, tuple[float, float]]) -> Iterator[Value]:
     """The numbers of a record: those of a recipe with its limits, or those of a function with the limits given."""
-    measured = record.get("values")
-    if isinstance(measured, list) and all(isinstance(value, Mapping) and "name" in value for value in measured):
+    measured = _recipe_values(record)
+    if measured is not None:
         for value in measured:
             lower, upper = value.get("lower"), value.get("upper")
             yield Value(str(value["name"]), value.get("value"), str(value.get("unit") or ""),
@@ -105,8 +112,8 @@ def values_of(record: Mapping[str, Any], limits: Mapping[str, tuple[float, float
 
 def columns_of(record: Mapping[str, Any]) -> Iterator[tuple[str, Any]]:
     """A record as the cells of a table: names and plain values."""
-    measured = record.get("values")
-    if isinstance(measured, list) and all(isinstance(value, Mapping) and "name" in value for value in measured):
+    measured = _recipe_values(record)
+    if measured is not None:
         yield "verdict", record.get("verdict")
         yield "problem", record.get("problem")
         for value in measured:

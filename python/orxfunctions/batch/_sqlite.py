@@ -11,7 +11,7 @@ from typing import IO, Optional
 from ._errors import StoreError
 from ._export import export_rows
 from ._inspections import Inspection
-from ._kept import kept, text_of
+from ._kept import ROW_COLUMNS, kept, row_of, text_of, unchanged
 from ._pictures import Picture
 from ._rows import Row
 from ._store import Kept
@@ -98,7 +98,7 @@ class SQLiteStore:
                     "SELECT path, size, changed FROM results WHERE inspection = ? "
                     f"AND path IN ({','.join('?' * len(names))})" + ("" if failed_too else " AND status = 'ok'"),
                     (number, *names))
-                found |= {names[path] for path, *file in rows if tuple(file) == names[path][1:]}
+                found |= unchanged(names, rows)
         return found
 
     def write(self, inspection: Inspection, rows: Sequence[Row]) -> None:
@@ -132,11 +132,11 @@ class SQLiteStore:
         """All rows of an inspection by their paths."""
         with self._told():
             cursor = self._base.execute(
-                "SELECT path, size, changed, status, seconds, reason, record FROM results "
+                f"SELECT {ROW_COLUMNS} FROM results "
                 "WHERE inspection = (SELECT id FROM inspections WHERE fingerprint = ?) ORDER BY path",
                 (inspection.fingerprint,))
-            for path, size, changed, status, seconds, reason, record in cursor:
-                yield Row(Picture(path, size, changed), status, seconds, reason, record)
+            for cells in cursor:
+                yield row_of(*cells)
 
     def export(self, path: str) -> None:
         """Writes all rows into PATH.csv or PATH.parquet."""
