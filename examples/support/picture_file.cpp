@@ -1,5 +1,6 @@
 #include "support/picture_file.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <system_error>
@@ -18,10 +19,9 @@ cv::Mat readPicture(const std::filesystem::path& file, int flags) {
     if (!std::filesystem::is_regular_file(file, error)) return {};
     std::ifstream stream(file, std::ios::binary);
     const std::uintmax_t size = std::filesystem::file_size(file, error);
-    if (error || size > kMostBytes) return {};
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
-    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    return stream ? orx::decodePicture(bytes, flags) : cv::Mat();
+    if (!stream || error || size > kMostBytes) return {};
+    const std::vector<unsigned char> bytes = bytesOf(stream, size);
+    return stream.bad() || bytes.size() > kMostBytes ? cv::Mat() : orx::decodePicture(bytes, flags);
 }
 
 bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
@@ -38,6 +38,20 @@ bool writePicture(const std::filesystem::path& file, const cv::Mat& picture,
     if (!stream.fail()) return true;
     std::filesystem::remove(file, ignored);  // half a picture helps nobody
     return false;
+}
+
+std::vector<unsigned char> bytesOf(std::istream& stream, std::uintmax_t expected) {
+    constexpr std::size_t kAtOnce = std::size_t{1} << 20U;
+    std::vector<unsigned char> bytes;
+    std::size_t more = static_cast<std::size_t>(std::min<std::uintmax_t>(expected, 64 * kAtOnce)) + 1;
+    do {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + more);
+        stream.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(more));
+        bytes.resize(before + static_cast<std::size_t>(stream.gcount()));
+        more = kAtOnce;
+    } while (stream);
+    return bytes;
 }
 
 }  // namespace host

@@ -100,8 +100,8 @@ ORX_API int getThresholdValueByRequiredNumber(cv::Mat img, int required);
 // operation `morphOp` (cv::MorphTypes) and a square of kernelSize pixels: the centre of gravity of its
 // contour of largest area (the first found among equals) cuts the image. The pixel in the centre belongs to
 // the lower right quadrant. A centre in the first row or column leaves no quadrant above or left of it;
-// without any contour the whole image is one quadrant. `dst` may be `src`. The time and the memory do not
-// grow with the square.
+// without any contour the whole image is one quadrant. `dst` may be `src`. Large images are worked on by
+// several threads; neither time nor memory grows with the square.
 //
 // Images are 8-bit, one channel. One of more than two dimensions is refused (rcImageDimensions). Whatever
 // else, such as an empty image, an unknown operation or kernelSize < 1, is answered by the cv::Exception of

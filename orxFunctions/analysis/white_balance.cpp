@@ -158,7 +158,7 @@ void replaceLevels(const Products& products, const uchar* src, std::size_t pixel
     }
 }
 
-void multiplyRows(const cv::Mat& src, const Products& products, cv::Mat& dst) {
+void replaceRows(const cv::Mat& src, const Products& products, cv::Mat& dst) {
     const auto cols = static_cast<std::size_t>(src.cols);
     for (int y = 0; y < src.rows; ++y) {
         if (src.channels() == 3) {
@@ -176,16 +176,19 @@ cv::Mat multiplied(const cv::Mat& src, const cv::Vec3d& gains) {
     } else {
         result.create(src.size(), src.type());
         const cv::Scalar factors(gains[0], gains[1], gains[2], 1.0);
-        const Products products = productsOf(factors);
-        const platform::RowStripes stripes(src.size(), platform::kStripe);
-        platform::forStripes(stripes, [&](int, const cv::Range& rows) {
-            cv::Mat part(result.rowRange(rows));
-            if (src.depth() == CV_8U) {
-                multiplyRows(src.rowRange(rows), products, part);
-            } else {
-                cv::multiply(src.rowRange(rows), factors, part);
-            }
-        });
+        const auto multiplyEach = [&](const auto& multiplyRows) {
+            platform::forStripes({src.size(), platform::kStripe}, [&](int, const cv::Range& rows) {
+                cv::Mat part(result.rowRange(rows));
+                multiplyRows(src.rowRange(rows), part);
+            });
+        };
+        if (src.depth() == CV_8U) {
+            multiplyEach([products = productsOf(factors)](const cv::Mat& rows, cv::Mat& part) {
+                replaceRows(rows, products, part);
+            });
+        } else {
+            multiplyEach([&](const cv::Mat& rows, cv::Mat& part) { cv::multiply(rows, factors, part); });
+        }
     }
     return result;
 }

@@ -117,7 +117,7 @@ ORX_API cv::Mat drawRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const
 
 // The same sheet of a picture of one channel as indices (8 bits) into `palette` (256 colours, BGR), for
 // encodeIndexedPng: drawn and encoded together in a third of the time of a sheet in colour. The picture's
-// levels are rounded to 151 ones (by 0.9 of 255 at the most), soft edges of lines and letters to a few
+// levels are rounded to 151 ones (by 1 of 255 at the most), soft edges of lines and letters to a few
 // mixtures. Empty, with an empty palette, for what is no picture, as above, and for one of several channels
 // (rcImageType). Reentrant.
 ORX_API cv::Mat drawIndexedRecipeSheet(const cv::Mat& img, const TRecipe& recipe, const TRecipeResult& result,

@@ -6,12 +6,12 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <istream>
 #include <opencv2/imgcodecs.hpp>
 #include <system_error>
 
 #include "inspection/report/utf8.h"
 #include "orxFunctions/orxfunctions.h"
+#include "support/picture_file.h"
 
 namespace inspection {
 namespace {
@@ -85,21 +85,6 @@ cv::Mat decode(const std::vector<uchar>& bytes, int flags, std::string& problem)
     return {};
 }
 
-// To its end: `expected` bytes, or more or fewer when it has just changed.
-std::vector<uchar> bytesOf(std::istream& file, std::uintmax_t expected) {
-    constexpr std::size_t kAtOnce = std::size_t{1} << 20U;
-    std::vector<uchar> bytes;
-    std::size_t more = static_cast<std::size_t>(std::min<std::uintmax_t>(expected, 64 * kAtOnce)) + 1;
-    do {
-        const std::size_t before = bytes.size();
-        bytes.resize(before + more);
-        file.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(more));
-        bytes.resize(before + static_cast<std::size_t>(file.gcount()));
-        more = kAtOnce;
-    } while (file);
-    return bytes;
-}
-
 cv::Mat read(const fs::path& path, int flags, std::string& problem) {
     problem = problemOf(path);
     if (!problem.empty()) return {};
@@ -111,7 +96,7 @@ cv::Mat read(const fs::path& path, int flags, std::string& problem) {
     }
     std::error_code ignored;
     const std::uintmax_t size = fs::file_size(path, ignored);
-    const std::vector<uchar> bytes = bytesOf(file, ignored ? 0 : size);
+    const std::vector<uchar> bytes = host::bytesOf(file, ignored ? 0 : size);
     if (file.bad()) {
         problem = "can't be read to its end";
         return {};
