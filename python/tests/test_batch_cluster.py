@@ -17,7 +17,7 @@ from typing import Any
 import pytest
 
 import orxfunctions
-from orxfunctions.batch import _local
+from orxfunctions.batch import _cluster, _local
 
 pytest.importorskip("cv2")
 pytest.importorskip("distributed")
@@ -249,8 +249,9 @@ def test_a_scheduler_comes_back_and_a_worker_of_another_version_is_left_out(
     scheduler = programs.scheduler(port)
     other = other_version(tmp_path / "other")
     wrong = programs.worker("", port, other)
-    workers = [programs.worker("", port)]
     client = programs.client(pictures, store, port)
+    wait_for(lambda: "is left out" in programs.log(client) or client.poll() is not None)
+    workers = [programs.worker("", port)]
     wait_for(lambda: count_of(store) > 50 or client.poll() is not None)
     programs.worker("", port, other)
     for process in (scheduler, *workers):
@@ -265,6 +266,19 @@ def test_a_scheduler_comes_back_and_a_worker_of_another_version_is_left_out(
     assert statuses_of(store) == ["ok"] * PICTURES
     # Sent away for good: it ends, and no nanny starts it again.
     assert wrong.wait(timeout=20) == 0 and programs.log(wrong).count("Registered to") == 1
+
+
+def test_a_cluster_of_another_version_alone_ends_the_run(pictures: Path, tmp_path: Path, programs: Programs,
+                                                         monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(_cluster, "_PATIENCE_WITHOUT_WORKERS", 1.0)
+    port = next(_ports)
+    programs.scheduler(port)
+    programs.worker("", port, other_version(tmp_path / "other"))
+    wait_for(lambda: "Register worker" in programs.log(programs.running[0]))
+    with pytest.raises(orxfunctions.batch.BatchError, match="no worker at .* can measure: orxfunctions 0.0.1 there, "):
+        orxfunctions.batch.run(inspections.slow, pictures, tmp_path / "results.sqlite", cluster=f"tcp://127.0.0.1:{port}",
+                               progress=False)
+    assert count_of(tmp_path / "results.sqlite") == 0
 
 
 def test_machines_measure_together_and_one_that_is_cut_off_is_done_without(pictures: Path, tmp_path: Path,

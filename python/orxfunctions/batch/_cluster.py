@@ -67,6 +67,8 @@ class ClusterEngine:
         self._name = f"orx-{os.getpid()}-{time.time_ns():x}"
         self._workers: dict[str, bool] = {}
         self._told: set[tuple[str, str]] = set()
+        # How workers differ, as long as there was none that can measure.
+        self._differs: Optional[str] = ""
         self._looked = self._had_workers = time.monotonic()
         self._cluster: Any = None
         self._client: Any = None
@@ -147,8 +149,10 @@ class ClusterEngine:
         except (OSError, TimeoutError, ValueError) as error:  # the scheduler or a worker is going away: seen soon
             logging.getLogger(__name__).debug("workers can't be asked: %s", error)
         if any(self._workers.values()):
-            self._had_workers = now
+            self._had_workers, self._differs = now, None
         elif now - self._had_workers > _PATIENCE_WITHOUT_WORKERS:
+            if self._differs:  # others may join at any time, but nobody should wait for what was never there
+                raise BatchError(f"no worker at {self._address} can measure: {self._differs}")
             self._tell(f"there are no workers at {self._address}; waiting for some")
             self._had_workers = now + _PATIENCE_WITHOUT_WORKERS * 5  # told again after a minute
 
@@ -160,6 +164,7 @@ class ClusterEngine:
             differs = difference(theirs, self._versions) if isinstance(theirs, dict) else str(theirs)
             self._workers[worker] = not differs
             if differs:
+                self._differs = None if self._differs is None else differs
                 self._tell_once(worker, differs)
         wrong = [worker for worker in workers if self._workers.get(worker) is False]
         if wrong:
@@ -246,8 +251,6 @@ class ClusterEngine:
             if error is not None:
                 self._workers = {}
                 self._look(at_once=True)
-                if not any(self._workers.values()):
-                    raise BatchError(f"no worker at {self._address} can measure: {error}") from error
             function = measure_quarantined if flight.quarantines else measure_batch
             self._send(function, [(flight.batch, flight.quarantines)])
         elif isinstance(error, BatchError):
