@@ -80,8 +80,7 @@ def occupancy(workers: int, pictures: Sequence[str]) -> dict[str, float]:
     with watched(workers, inspection) as engine:
         # Workers load what they need with a first batch of their own.
         window = _window.Window(inspection, (batch.Picture(name, 1, 1) for name in pictures), engine, Pot(),
-                                _window.BatchSize(1.0), failed_too=True, stopped=lambda: False, told=lambda counts: None,
-                                judged=lambda row: "")
+                                _window.BatchSize(1.0), failed_too=True, stopped=lambda: False, told=lambda counts: None)
         before = engine.processor_seconds()
         window.run()
         used = engine.processor_seconds() - before

@@ -16,7 +16,7 @@ from typing import Any, Optional, Union
 from ..files import Mode
 from ..measuring import Recipe
 from ._reading import read_picture
-from ._rows import record_text
+from ._rows import record_text, verdict_of
 
 Inspect = Union[Callable[[Any], Any], Recipe, str, "os.PathLike[str]"]
 Limits = Mapping[str, tuple[float, float]]
@@ -43,6 +43,12 @@ class Inspection:
         """What is measured in the picture of this path, as JSON."""
         image = read_picture(path, self._mode) if self._reader is None else self._reader(path)
         return record_text(self._measure(image))
+
+    def verdict(self, record: str) -> str:
+        """Of what was measured, by a recipe's own limits or those given; empty without any."""
+        if '"verdict"' not in record and not self.limits:
+            return ""
+        return verdict_of(json.loads(record), self.limits)
 
     def described(self) -> str:
         """Limits as JSON, for who shows the results."""

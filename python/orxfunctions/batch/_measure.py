@@ -61,7 +61,8 @@ def measured(inspection: Inspection, picture: Picture, bounds: Bounds) -> Row:
     try:
         with _timer(bounds.seconds), _memory(bounds.bytes):
             record = inspection.record(picture.path)
-        return Row(picture, "ok", time.perf_counter() - start, "", record)
+        seconds = time.perf_counter() - start
+        return Row(picture, "ok", seconds, "", record, verdict=inspection.verdict(record))
     except (DamagedPicture, NotARecord) as error:
         reason = str(error)
     except MemoryError:

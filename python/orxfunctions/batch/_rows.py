@@ -26,6 +26,8 @@ class Row(NamedTuple):
     """What was measured, JSON; empty where it failed."""
     here: str = ""
     """The machine on which a file that exists elsewhere was not found; else empty. Never stored."""
+    verdict: str = ""
+    """Of what was measured; empty where there are no limits. Stored within the record, by a recipe, or not at all."""
 
 
 class NotARecord(TypeError):

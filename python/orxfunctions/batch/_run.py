@@ -1,7 +1,6 @@
 """A run: an inspection on many pictures, into a store."""
 from __future__ import annotations
 
-import json
 import os
 import signal
 import threading
@@ -17,7 +16,6 @@ from ._inspections import Inspect, Inspection, Limits, inspection_of, packed
 from ._measure import Bounds
 from ._pictures import Source, check_source, pictures_of
 from ._progress import Teller, Watcher
-from ._rows import Row, verdict_of
 from ._store import Store, open_store
 from ._window import BatchSize, Engine, Window
 
@@ -139,8 +137,7 @@ def run(inspect: Inspect, pictures: Source, store: Union[str, os.PathLike[str], 
             engine = _engine(inspection, 1 if workers is None else workers, cluster, Bounds(seconds, memory), patience,
                              teller.tell)
             window = Window(inspection, pictures_of(pictures), engine, opened, BatchSize(batch_seconds, batch_size),
-                            failed_too=not retry_failed, stopped=stopped.is_set, told=teller.update,
-                            judged=lambda row: _verdict(row, inspection))
+                            failed_too=not retry_failed, stopped=stopped.is_set, told=teller.update)
             now = True
             try:
                 window.run()
@@ -171,12 +168,6 @@ def _engine(inspection: Inspection, workers: int, cluster: Optional[str], bounds
     from ._cluster import ClusterEngine
     return ClusterEngine(data, inspection.fingerprint, bounds, workers=workers, address=cluster or "", patience=patience,
                          tell=tell)
-
-
-def _verdict(row: Row, inspection: Inspection) -> str:
-    if '"verdict"' not in row.record and not inspection.limits:
-        return ""
-    return verdict_of(json.loads(row.record), inspection.limits)
 
 
 @contextmanager

@@ -102,11 +102,10 @@ class Window:
     """
 
     def __init__(self, inspection: Inspection, pictures: Iterator[Picture], engine: Engine, store: Store, size: BatchSize, *,
-                 failed_too: bool, stopped: Callable[[], bool], told: Callable[[Counts], None],
-                 judged: Callable[[Row], str]) -> None:
+                 failed_too: bool, stopped: Callable[[], bool], told: Callable[[Counts], None]) -> None:
         self._inspection, self._engine, self._store, self._size = inspection, engine, store, size
         self._pictures, self._failed_too = pictures, failed_too
-        self._stopped, self._told, self._judged = stopped, told, judged
+        self._stopped, self._told = stopped, told
         self._waiting: deque[Picture] = deque()
         self._flying: dict[int, Batch] = {}
         self._paths: set[str] = set()
@@ -180,9 +179,8 @@ class Window:
                                  "pictures under the same names")
             if row.status == "ok":
                 self.counts.measured += 1
-                verdict = self._judged(row)
-                if verdict:
-                    self.counts.verdicts[verdict] = self.counts.verdicts.get(verdict, 0) + 1
+                if row.verdict:
+                    self.counts.verdicts[row.verdict] = self.counts.verdicts.get(row.verdict, 0) + 1
             else:
                 self.counts.failed += 1
         self._rows.extend(outcome.rows)
