@@ -215,7 +215,7 @@ TEST(RecipeShapes, AxesPointsAndEdgesAreDrawnWhereTheyAre) {
     expectNear(result, "x", 46.25, 0.05);
     const cv::Mat drawn = orx::drawRecipeResult(img, recipe, result);
     const auto isColoured = [&](int x, int y) {
-        const cv::Vec3b c = drawn.at<cv::Vec3b>(y, x);
+        const cv::Vec3b& c = drawn.at<cv::Vec3b>(y, x);
         return std::max({c[0], c[1], c[2]}) - std::min({c[0], c[1], c[2]}) > 60;
     };
     EXPECT_TRUE(isColoured(42, 5));                         // along the x axis
