@@ -78,8 +78,9 @@ void Enlarged::text(const std::string& words, cv::Point2d at, const cv::Scalar& 
 }
 
 cv::Mat captioned(const cv::Mat& picture, const std::string& caption, const cv::Scalar& colour) {
-    cv::Mat panel;
-    cv::copyMakeBorder(inColour(picture), panel, 22, 0, 0, 0, cv::BORDER_CONSTANT, cv::Scalar::all(255));
+    cv::Mat panel = inColour(picture);
+    cv::rectangle(panel, {{}, panel.size()}, cv::Scalar::all(190));
+    cv::copyMakeBorder(panel, panel, 22, 0, 0, 0, cv::BORDER_CONSTANT, cv::Scalar::all(255));
     write(panel, caption, {2, 15}, colour);
     return panel;
 }
@@ -136,7 +137,7 @@ Plot::Plot(cv::Size size, Axis x, Axis y)
 
 cv::Point Plot::at(double x, double y) const {
     return {cvRound(frame_.x + share(x_, x) * frame_.width),
-            cvRound(frame_.br().y - std::min(1.0, share(y_, y)) * frame_.height)};
+            cvRound(frame_.br().y - std::clamp(share(y_, y), 0.0, 1.0) * frame_.height)};
 }
 
 void Plot::line(const std::vector<cv::Point2d>& points, const cv::Scalar& colour) {
