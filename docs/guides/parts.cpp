@@ -126,7 +126,7 @@ void tellPlate() {
     cv::Mat ideal(200, 260, CV_32F, cv::Scalar(60.0));
     scenes::paint(ideal, scenes::Bar{middle, angle, 80 * pixelsPerUnit, 40 * pixelsPerUnit}, 180.0);
     scenes::paint(ideal, scenes::Disk{middle + 22 * pixelsPerUnit * along, 10 * pixelsPerUnit}, 60.0);
-    const cv::Mat grey = scenes::expose(ideal, {0.2, 0.8, 3, 7});
+    const cv::Mat grey = scenes::expose(ideal, {0.2, 0.8, 3, 2});
     const orx::TPartModel plate = fromDrawing();
     const auto found = findAll(grey, plate, 0.6);
     guide::expect(found.size() == 1, "the plate is found from its drawing");
