@@ -106,6 +106,8 @@ void tellCurves() {
     const orx::TPolynomial sixth(samples, 6);
     double sse = 0, rmse = 0, r2 = 0;
     sixth.getError(sse, rmse, r2);
+    guide::expectAbout(sixth.getExtremeValue(15, 27, 1).y, 3.8, 0.1, "a sixth order is too low at the top");
+    guide::expectAbout(rmse, 0.13, 0.02, "and looks good by its residuals");
     std::printf("order 6: rms %.3f, r2 %.4f\n", rmse, r2);
     orx::TSplineCurve spline;
     spline.fit(samples, 3);
