@@ -17,11 +17,12 @@ orx::TPlaneCalibration calibrate(const std::vector<cv::Mat>& pictures) {
     target.rows = 8;
     target.pitch = 10;  // millimetres
     std::vector<orx::TTargetView> views;
+    views.reserve(pictures.size());
     for (const cv::Mat& picture : pictures) views.push_back(orx::findTarget(picture, target));
 
     orx::TPlaneOptions options;
     options.planeView = 0;  // the first picture shows the target where parts will lie
-    const orx::TPlaneCalibration calibration = orx::calibratePlane(views, options);
+    orx::TPlaneCalibration calibration = orx::calibratePlane(views, options);
     if (!calibration.valid())
         std::printf("no calibration: %s (%s)\n", orx::planeStatusText(calibration.status),
                     calibration.problem.c_str());

@@ -142,6 +142,7 @@ cv::Point Plot::at(double x, double y) const {
 
 void Plot::line(const std::vector<cv::Point2d>& points, const cv::Scalar& colour) {
     std::vector<cv::Point> corners;
+    corners.reserve(points.size());
     for (const cv::Point2d& p : points) corners.push_back(at(p.x, p.y));
     cv::polylines(canvas_, corners, false, colour, 2, cv::LINE_AA);
 }

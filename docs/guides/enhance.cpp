@@ -95,7 +95,7 @@ void tellColour() {
     guide::save("enhance-colour", guide::sheet({guide::captioned(seen, "under a warm lamp"),
                                                 guide::captioned(balanced, "balanced")},
                                                2));
-    const cv::Vec3b ground = balanced.at<cv::Vec3b>(5, 5);
+    const cv::Vec3b& ground = balanced.at<cv::Vec3b>(5, 5);
     std::printf("ground %d %d %d, before %d %d %d\n", ground[0], ground[1], ground[2],
                 seen.at<cv::Vec3b>(5, 5)[0], seen.at<cv::Vec3b>(5, 5)[1], seen.at<cv::Vec3b>(5, 5)[2]);
     guide::expect(ground[0] == ground[1] && ground[1] == ground[2], "the ground is grey again");

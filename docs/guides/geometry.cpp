@@ -27,8 +27,8 @@ void tellPoints() {
     guide::expect(orx::lastRefusal().code == orx::rcDegenerate, "and it says why");
 
     // [lists]
-    std::vector<cv::Point> points;
-    for (int x = 0; x < 100; ++x) points.emplace_back(x, 20 + x / 50);
+    std::vector<cv::Point> points(100);
+    for (int x = 0; x < 100; ++x) points[static_cast<std::size_t>(x)] = {x, 20 + x / 50};
     orx::deleteImageSidePoints(points, {100, 60}, 5);  // edges at the border are no edges of the part
     std::vector<cv::Point> chosen;
     orx::getPointListFromIdxList(points, {0, 10, 20}, chosen);

@@ -15,7 +15,7 @@ orx::TPartModel teach(const cv::Mat& lesson, const cv::Rect& around, cv::Point2d
     orx::TTeachOptions options;
     options.hasReference = true;
     options.reference = reference;  // what is told is where this point lies
-    const orx::TPartModel model = orx::teachPart(lesson, around, options);
+    orx::TPartModel model = orx::teachPart(lesson, around, options);
     if (!model.valid()) std::printf("no model: %s\n", orx::matchStatusText(model.report().status));
     for (const std::string& warning : model.report().warnings) std::printf("warning: %s\n", warning.c_str());
     return model;
