@@ -2,7 +2,8 @@
 // the covariance of its parameters.
 //
 // Prefer these to the estimators of fit_factories.h wherever a result is measured: those take whole pixels
-// and tell no uncertainty. They need no start value. A robust loss (TFitOptions) bears up to 40 % outliers.
+// and tell no uncertainty. They need no start value. A robust loss (TFitOptions) bears up to 40 %
+// outliers strewn about, and up to a third where they lie together on another smooth outline, such as a dent.
 //
 // Method: an algebraic start (total least squares; the moments of G. Taubin, IEEE Trans. PAMI 13 (1991)), or
 // with a robust loss the least median of squares (P. J. Rousseeuw, J. Am. Stat. Assoc. 79 (1984)) over
