@@ -32,6 +32,7 @@ void run(double seconds) {
     g_signal_connect(window, "destroy", G_CALLBACK(gtk_main_quit), nullptr);
     GtkWidget* const all = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
     GtkWidget* const label = gtk_label_new("move over the picture");
+    // [picture]
     TGtkPicture picture;
     picture.onCursor([label](const TPicturePlace& place) {
         if (!place.isInside) return;
@@ -44,6 +45,7 @@ void run(double seconds) {
     gtk_container_add(GTK_CONTAINER(window), all);
     gtk_widget_show_all(window);
     showParts(picture.box());
+    // [picture end]
     if (seconds > 0.0) g_timeout_add(static_cast<guint>(1000.0 * seconds), &endMain, nullptr);
     gtk_main();
 }

@@ -33,11 +33,13 @@ class MainWindow : public QWidget {
         all->addLayout(buttons);
         QObject::connect(next, &QPushButton::clicked, this, [this] { showParts(++seed_); });
         QObject::connect(select, &QPushButton::toggled, this, [this](bool on) { setSelecting(on); });
+        // [picture]
         picture_->setMinimumSize(320, 240);
         picture_->onSelectionChanged([this](const TSelectionChange& change) { tellSelection(change); });
         picture_->onCursor([this](const TPicturePlace& place) { tellPlace(place); });
         picture_->box().selectRect = true;
         showParts(seed_);
+        // [picture end]
     }
 
   private:

@@ -53,10 +53,12 @@ class Win32HostWindow final : public HostWindow {
                                 CW_USEDEFAULT, rect.right - rect.left, rect.bottom - rect.top, nullptr,
                                 nullptr, nullptr, nullptr);
         if (window_ == nullptr) return false;
+        // [pane]
         for (int i = 0; i < panes; ++i) {
             panes_.push_back(CreateWindowW(kPaneClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, paneSize.width,
                                            paneSize.height, window_, nullptr, nullptr, nullptr));
         }
+        // [pane end]
         // From here on the procedure knows this object, and its messages change the sizes.
         SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
         ShowWindow(window_, SW_SHOW);
@@ -67,6 +69,7 @@ class Win32HostWindow final : public HostWindow {
     void* pane(int index) const override { return panes_.at(static_cast<std::size_t>(index)); }
     cv::Size paneSize() const override { return paneSize_; }
 
+    // [events]
     bool handleEvents(int milliseconds) override {
         MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(milliseconds), QS_ALLINPUT);
         MSG message;
@@ -76,6 +79,7 @@ class Win32HostWindow final : public HostWindow {
         }
         return !isClosed_;
     }
+    // [events end]
 
     bool isDisplayLost() const override { return false; }
 

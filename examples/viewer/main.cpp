@@ -22,11 +22,13 @@ bool isOver(const viewer::Options& options, std::chrono::steady_clock::time_poin
     return options.seconds > 0.0 && time.count() > options.seconds;
 }
 
+// [prepare]
 void prepare(TPictureBox& box, const host::HostWindow& window, int pane, int framesPerSecond) {
     box.setHandle(window.pane(pane), window.paneSize().width, window.paneSize().height);
     box.setShowFrame(framesPerSecond);
     box.start();
 }
+// [prepare end]
 
 int run(const viewer::Options& options) {
     const auto window = host::openHostWindow("orxFunctions viewer", 2, kPaneSize);
@@ -49,10 +51,12 @@ int run(const viewer::Options& options) {
     const viewer::Feed leftFeed(belt, left, viewer::showParts);
     const viewer::Feed rightFeed(belt, right, viewer::showLevel);
     const auto start = std::chrono::steady_clock::now();
+    // [loop]
     while (window->handleEvents(20) && !isOver(options, start)) {
         left.setWindowSize(window->paneSize().width, window->paneSize().height);
         right.setWindowSize(window->paneSize().width, window->paneSize().height);
     }
+    // [loop end]
     if (window->isDisplayLost()) {
         std::cerr << "orx_viewer: the display was lost\n";
         return 1;
