@@ -1,4 +1,8 @@
-# Every piece of C++ that PAGE shows stands to the letter in SOURCE, which is compiled with the tests.
+# Every piece of C++ that PAGE shows, three at least or LEAST, stands to the letter in SOURCE, which is compiled with the
+# tests.
+if(NOT DEFINED LEAST)
+  set(LEAST 3)
+endif()
 file(READ "${PAGE}" page)
 file(READ "${SOURCE}" source)
 set(fence "```cpp\n")
@@ -18,6 +22,6 @@ while(NOT at EQUAL -1)
   string(SUBSTRING "${page}" ${end} -1 page)
   string(FIND "${page}" "${fence}" at)
 endwhile()
-if(pieces LESS 3)
+if(pieces LESS LEAST)
   message(FATAL_ERROR "${PAGE} shows ${pieces} pieces of C++: is this the right page?")
 endif()

@@ -1,5 +1,5 @@
 # Installs into a fresh prefix, then configures, builds and runs a stranger's project against it: once through the CMake
-# package and once through pkg-config. The project is the one that the README shows.
+# package and once through pkg-config. The project is the one that the guides show.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT result EQUAL 0)
@@ -8,13 +8,13 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# The README shows the consumer's files to the letter.
-function(expect_in_readme file)
-  file(READ "${README}" readme)
-  file(READ "${file}" text)
-  string(FIND "${readme}" "${text}" at)
+# A page shows one of the consumer's files to the letter.
+function(expect_in page file)
+  file(READ "${GUIDES}/${page}.md" shown)
+  file(READ "${CONSUMER_DIR}/${file}" text)
+  string(FIND "${shown}" "${text}" at)
   if(at EQUAL -1)
-    message(FATAL_ERROR "the README does not show ${file} as it is")
+    message(FATAL_ERROR "docs/guides/${page}.md does not show ${file} as it is")
   endif()
 endfunction()
 
@@ -152,10 +152,10 @@ function(expect_parts output)
   endif()
 endfunction()
 
-expect_in_readme("${CONSUMER_DIR}/consumer.cpp")
-expect_in_readme("${CONSUMER_DIR}/find.cpp")
-expect_in_readme("${CONSUMER_DIR}/grab.cpp")
-expect_in_readme("${CONSUMER_DIR}/CMakeLists.txt")
+expect_in(install consumer.cpp)
+expect_in(install find.cpp)
+expect_in(cameras grab.cpp)
+expect_in(install CMakeLists.txt)
 
 file(REMOVE_RECURSE "${WORK_DIR}")
 set(prefix "${WORK_DIR}/prefix")
