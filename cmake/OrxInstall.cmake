@@ -1,5 +1,6 @@
 # Installation in components: runtime (the libraries and modules), development (headers, the CMake package, the pkg-config
-# file), tools (the programs), documentation (guides, and the examples as sources) and, where it is built, python.
+# file), tools (the programs), documentation (guides, the site where it is built, and the examples as sources) and, where it
+# is built, python.
 include(CMakePackageConfigHelpers)
 
 set_target_properties(ZULLib PROPERTIES INSTALL_RPATH "$ORIGIN")
@@ -53,9 +54,16 @@ endif()
 install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.png" PATTERN "*.jpg" PATTERN "*.svg" PATTERN tools EXCLUDE)
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.png" PATTERN "*.jpg" PATTERN "*.svg"
+  PATTERN tools EXCLUDE PATTERN site EXCLUDE)
 install(DIRECTORY docs/guides DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation
   PATTERN __pycache__ EXCLUDE)
+# The site and the pictures of the guides, where scripts/docs has made them.
+set(ORX_BUILT_DOCS "${PROJECT_SOURCE_DIR}/build/docs" CACHE PATH "Where scripts/docs has built the site, which is installed if it is there")
+install(DIRECTORY "${ORX_BUILT_DOCS}/site/" DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL
+  PATTERN .buildinfo EXCLUDE PATTERN objects.inv EXCLUDE)
+install(DIRECTORY "${ORX_BUILT_DOCS}/source/guides/pictures" DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs/guides
+  COMPONENT documentation OPTIONAL FILES_MATCHING PATTERN "*.png")
 install(FILES drivers/README.md drivers/vision_driver.h
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/drivers COMPONENT documentation)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
