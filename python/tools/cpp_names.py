@@ -16,7 +16,7 @@ _FUNCTION = re.compile(r"([A-Za-z_]\w*)\s*\(")
 _OBJECT = re.compile(r"([A-Za-z_]\w*)\s*(?:\[[^\]]*\]\s*)?(?:=|$)")
 
 
-def _without_comments(text: str) -> str:
+def without_comments(text: str) -> str:
     text = re.sub(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', lambda match: '""' if match[0][0] == '"' else " ", text,
                   flags=re.DOTALL)
     text = re.sub(r"'(?:\\.|[^'\\\n])+'", "0", text)
@@ -56,9 +56,9 @@ def _statements(text: str) -> list[tuple[str, str]]:
 def names_in(text: str) -> set[str]:
     """The public names that a header declares, with their namespaces."""
     names = set()
-    parts = re.split(r"([{;])", _without_comments(text))
+    parts = re.split(r"([{;])", without_comments(text))
     defined = {" ".join(part.split()) for part, end in zip(parts[::2], parts[1::2]) if end == "{"}
-    for space, statement in _statements(_without_comments(text)):
+    for space, statement in _statements(without_comments(text)):
         front = f"{space}::" if space else ""
         kind = _TYPE.match(statement)
         if kind and "(" not in statement.split(":")[0]:
@@ -90,4 +90,4 @@ def public_names() -> dict[str, str]:
 def words_of_headers() -> set[str]:
     """Every word of them: what a class has inside is found here."""
     text = "".join((TREE / header).read_text(encoding="utf-8") for header in public_headers())
-    return set(re.findall(r"[A-Za-z_]\w*", _without_comments(text)))
+    return set(re.findall(r"[A-Za-z_]\w*", without_comments(text)))
