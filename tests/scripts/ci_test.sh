@@ -3,7 +3,7 @@ source "$(dirname "$0")/support.sh"
 make_tree .ci/run
 make_program bin id 'echo 0'
 export PATH=$work/bin:$PATH CCACHE_DIR=$work/compilations
-for script in check-format check-headers check-kernels test-windows; do make_program scripts "$script" 'exit 0'; done
+for script in check-format check-headers check-kernels test-windows docs check-site; do make_program scripts "$script" 'exit 0'; done
 make_program scripts test 'echo "tested $*"'
 make_program scripts try-fresh 'echo "tried $*"'
 

@@ -1,0 +1,183 @@
+"""Looks at every page of the site in a browser, from a server of its own on this machine.
+
+    check_site.py SITE_FOLDER SCREENSHOTS_FOLDER
+
+Ends with 1 and a line for each thing that is wrong: an error in the console, a picture that does not load, a link or an anchor
+that leads nowhere, a word that the search does not find, a page wider than a telephone, text that is hard to read in dark mode.
+"""
+from __future__ import annotations
+
+import functools
+import http.server
+import shutil
+import sys
+import threading
+from pathlib import Path
+from typing import Any
+from urllib.parse import unquote, urldefrag, urlsplit
+
+from selenium import webdriver
+from selenium.webdriver.chrome.options import Options
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.support.ui import WebDriverWait
+
+# What a visitor may look for, and a page that must be among the results.
+WORDS = {
+    "fitCircleGeometric": "reference/fitting-geometric_fit", "uncertainty": "measuring", "edgesSubPixMetric": "measuring",
+    "calibration": "calibration", "roundness": "reference/measuring-form", "verdict": "recipes", "TPictureBox": "picture-box",
+    "lastRefusal": "reference/foundation-refusal", "frames": "cameras", "threshold": "reference/analysis-threshold",
+}
+# A page, the width it is shown in, whether dark.
+SCREENSHOTS = [("index", 1200, False), ("gallery", 1200, False), ("accuracy-edges", 1200, True),
+               ("reference/fitting-geometric_fit", 390, False), ("numbers/thread-safety", 390, True)]
+TELEPHONE = 390
+LEAST_CONTRAST = 3.0  # of the WCAG, for large text; what most text reaches is far above
+
+_LOOK = """
+const done = arguments[arguments.length - 1];
+document.querySelectorAll('img').forEach(img => { img.loading = 'eager'; });
+Promise.all(Array.from(document.images, img => img.complete ? null : new Promise(r => { img.onload = img.onerror = r; }))).then(() =>
+  done({
+    pictures: Array.from(document.images).filter(img => img.naturalWidth === 0).map(img => img.src),
+    links: Array.from(document.querySelectorAll('a[href]'), a => a.href),
+    anchors: Array.from(document.querySelectorAll('[id], a[name]'), e => e.id || e.name),
+  }));
+"""
+
+_TOO_WIDE = """
+const width = document.scrollingElement.scrollWidth;
+if (width <= arguments[0] + 1) return null;
+const scrolls = e => { for (; e; e = e.parentElement) if (/auto|scroll|hidden/.test(getComputedStyle(e).overflowX)) return true; return false; };
+const wide = Array.from(document.querySelectorAll('article *, pre, table')).filter(e => e.getBoundingClientRect().right > arguments[0] + 1 && !scrolls(e));
+return width + ' pixels: ' + wide.slice(0, 2).map(e => e.tagName + ' ' + e.textContent.trim().slice(0, 40)).join('; ');
+"""
+
+_FAINT = """
+const rgb = text => { const m = text.match(/[\\d.]+/g).map(Number); return m.length < 4 ? [...m, 1] : m; };
+const light = c => { const l = c.slice(0, 3).map(v => { v /= 255; return v <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4; });
+                     return 0.2126 * l[0] + 0.7152 * l[1] + 0.0722 * l[2]; };
+const ground = e => { for (; e; e = e.parentElement) { const c = rgb(getComputedStyle(e).backgroundColor); if (c[3] > 0.5) return c; } return [255, 255, 255, 1]; };
+const faint = [];
+const walker = document.createTreeWalker(document.querySelector('article') || document.body, NodeFilter.SHOW_TEXT);
+while (walker.nextNode()) {
+  const e = walker.currentNode.parentElement;
+  if (!walker.currentNode.textContent.trim() || !e.checkVisibility() || e.closest('.headerlink, svg, script, style, button')) continue;
+  const a = light(rgb(getComputedStyle(e).color)), b = light(ground(e));
+  const contrast = (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05);
+  if (contrast < arguments[0]) faint.push(contrast.toFixed(1) + ' ' + e.className + ': ' + e.textContent.trim().slice(0, 40));
+}
+return faint.slice(0, 3);
+"""
+
+
+class _Quiet(http.server.SimpleHTTPRequestHandler):
+    def log_message(self, *arguments: Any) -> None:
+        pass
+
+
+class Check:
+    def __init__(self, site: Path, address: str) -> None:
+        self.site, self.address = site, address
+        self.wrong: list[str] = []
+        self.links: dict[str, set[str]] = {}
+        self.anchors: dict[str, set[str]] = {}
+        options = Options()
+        for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--hide-scrollbars"):
+            options.add_argument(argument)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        options.binary_location = shutil.which("chromium") or ""
+        self.browser = webdriver.Chrome(service=Service(shutil.which("chromedriver") or ""), options=options)
+        self.browser.set_page_load_timeout(60)
+
+    def _command(self, name: str, **parameters: Any) -> Any:
+        return self.browser.execute_cdp_cmd(name, parameters)
+
+    def show(self, width: int, dark: bool) -> None:
+        self._command("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=width < 600)
+        self._command("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": "dark" if dark else "light"}])
+
+    def say(self, page: str, what: str) -> None:
+        self.wrong.append(f"{page}: {what}")
+
+    def look_at(self, page: str) -> None:
+        self.show(1200, False)
+        self.browser.get(self.address + page)
+        seen = self.browser.execute_async_script(_LOOK)
+        for picture in seen["pictures"]:
+            self.say(page, f"a picture does not load: {picture}")
+        self.links[page] = set(seen["links"])
+        self.anchors[page] = set(seen["anchors"])
+        self.show(TELEPHONE, True)
+        wide = self.browser.execute_script(_TOO_WIDE, TELEPHONE)
+        if wide:
+            self.say(page, f"wider than a telephone: {wide}")
+        for faint in self.browser.execute_script(_FAINT, LEAST_CONTRAST):
+            self.say(page, f"hard to read in dark mode: contrast {faint}")
+        for entry in self.browser.get_log("browser"):
+            if entry["level"] in ("SEVERE", "WARNING") and "/favicon.ico " not in entry["message"]:  # asked for unasked
+                self.say(page, f"the console says: {entry['message']}")
+
+    def follow_links(self) -> None:
+        for page, links in self.links.items():
+            for link in sorted(links):
+                where, anchor = urldefrag(link)
+                if not where.startswith(self.address):
+                    continue
+                name = unquote(urlsplit(where).path).lstrip("/") or "index.html"
+                if not (self.site / name).is_file():
+                    self.say(page, f"a link leads nowhere: {link}")
+                elif anchor and name in self.anchors and unquote(anchor) not in self.anchors[name]:
+                    self.say(page, f"no such place: {name}#{anchor}")
+
+    def search(self) -> None:
+        self.show(1200, False)
+        for word, page in WORDS.items():
+            self.browser.get(f"{self.address}search.html?q={word}")
+            try:
+                WebDriverWait(self.browser, 20).until(lambda b: b.execute_script(
+                    "const s = document.querySelector('#search-results .search-summary'); return s && /\\d/.test(s.textContent)"))
+            except Exception:
+                self.say("search.html", f"'{word}': no answer")
+                continue
+            found = self.browser.execute_script("return Array.from(document.querySelectorAll('#search-results ul.search a'), a => a.href)")
+            if not any(page in address for address in found):
+                self.say("search.html", f"'{word}' is not found in {page}, among {len(found)} results")
+
+    def screenshots(self, folder: Path) -> None:
+        folder.mkdir(parents=True, exist_ok=True)
+        for page, width, dark in SCREENSHOTS:
+            self.show(width, dark)
+            self.browser.get(f"{self.address}{page}.html")
+            name = f"{page.replace('/', '-')}-{width}{'-dark' if dark else ''}.png"
+            if not self.browser.save_screenshot(str(folder / name)):
+                self.say(page, "no screenshot can be written")
+
+
+def main() -> int:
+    if len(sys.argv) != 3:
+        raise SystemExit(__doc__)
+    site, folder = Path(sys.argv[1]), Path(sys.argv[2])
+    handler = functools.partial(_Quiet, directory=str(site))
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    pages = sorted(str(file.relative_to(site)) for file in site.rglob("*.html") if "_static" not in file.parts)
+    check = Check(site, f"http://127.0.0.1:{server.server_port}/")
+    try:
+        for i, page in enumerate(pages, 1):
+            check.look_at(page)
+            print(f"[{i}/{len(pages)}] {page}", flush=True)
+        check.follow_links()
+        check.search()
+        check.screenshots(folder)
+    finally:
+        check.browser.quit()
+        server.shutdown()
+    for line in check.wrong:
+        print(line)
+    links = sum(len(links) for links in check.links.values())
+    print(f"{len(pages)} pages, {links} links, {len(WORDS)} words: {len(check.wrong)} things wrong")
+    return 1 if check.wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
