@@ -1,9 +1,11 @@
 """Configuration of the site: `scripts/docs` runs Sphinx with it on the pages that docs/site/assemble.py put together."""
 import re
+import sys
 from pathlib import Path
 
 TREE = Path(__file__).resolve().parent.parent
 BUILT = TREE / "build" / "docs"
+sys.path.insert(0, str(TREE / "docs" / "site"))
 
 _numbers = dict(re.findall(r"define ORX_VERSION_(MAJOR|MINOR|PATCH) (\d+)", (TREE / "orxFunctions" / "api.h").read_text()))
 
@@ -12,11 +14,12 @@ author = "the orxFunctions developers"
 copyright = author
 release = version = f"{_numbers['MAJOR']}.{_numbers['MINOR']}.{_numbers['PATCH']}"
 
-extensions = ["myst_parser", "breathe", "sphinx.ext.autodoc", "sphinx.ext.napoleon"]
+extensions = ["myst_parser", "breathe", "sphinx.ext.autodoc", "sphinx.ext.napoleon", "cpp_namespaces"]
 highlight_language = "none"
 pygments_style = "friendly"
 pygments_dark_style = "native"
 
+exclude_patterns = ["included/**"]
 myst_heading_anchors = 4
 myst_enable_extensions = ["colon_fence"]
 # HTML pages that are copied beside the site: the notebooks.
@@ -39,7 +42,8 @@ napoleon_preprocess_types = False
 
 html_theme = "furo"
 html_title = f"orxFunctions {release}"
-html_static_path = [str(TREE / "docs" / "site" / "static")]
+html_static_path = [str(TREE / "docs" / "site" / "static"), str(BUILT / "static")]
+html_favicon = str(TREE / "docs" / "site" / "static" / "favicon.svg")
 html_css_files = ["site.css"]
 html_copy_source = False
 html_show_sphinx = False

@@ -139,7 +139,7 @@ def with_plots(text: str, page: str) -> str:
             while end < len(lines) and lines[end].startswith("|"):
                 end += 1
             rows = [_cells(row) for row in lines[i + 2:end]]
-            plot = PLOTS.get((page, heading))
+            plot = PLOTS.get((page, heading)) if heading not in drawn else None  # of the first table below a heading
             if heading == "Beside other libraries":
                 plot = _peers_plot(header)
             if plot:

@@ -4,17 +4,33 @@
 """
 from __future__ import annotations
 
+import re
 import shutil
 import sys
 from pathlib import Path
 
 import accuracy
+import flowcharts
 import gallery
 import guides
 import numbers_pages
 import reference
+import theme
 from links import OUTSIDE, rewrite, site_name
 from tree import SOURCE, TREE, write
+
+
+def with_charts(text: str, page: str) -> str:
+    """The page with pictures for its flow charts."""
+    titles: list[str] = []
+
+    def drawn(match: re.Match[str]) -> str:
+        titles.append(re.findall(r"^#+ (.*)", text[:match.start()], flags=re.MULTILINE)[-1])
+        name = f"plots/{page}-{len(titles)}.svg"
+        write(name, flowcharts.svg_of(match[1]))
+        return f"![Flow chart: {titles[-1]}]({name})\n"
+
+    return re.sub(r"^```mermaid\n(.*?)^```\n", drawn, text, flags=re.MULTILINE | re.DOTALL)
 
 
 def copy_pages() -> None:
@@ -26,7 +42,7 @@ def copy_pages() -> None:
         text = rewrite(file.read_text(encoding="utf-8"), name, page)
         if file.name.startswith("accuracy-"):
             text = accuracy.with_plots(text, file.stem)
-        write(page, text)
+        write(page, with_charts(text, file.stem))
 
 
 def copy_beside_pages(pictures: Path) -> None:
@@ -51,6 +67,7 @@ def main() -> None:
     numbers_pages.write_pages()
     reference.write_cpp_pages()
     reference.write_python_pages()
+    theme.write_static()
 
 
 if __name__ == "__main__":

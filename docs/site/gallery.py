@@ -90,6 +90,8 @@ def write_page() -> None:
             parts += ["", f"## {title}", "", '<div class="gallery">', *figures, "</div>"]
     # Sphinx copies what its own directives name; these are named by HTML.
     for picture in seen:
+        if not (SOURCE / picture).is_file():
+            raise SystemExit(f"a page shows {picture}, which no program made")
         target = BUILT / "extra" / "_pictures" / picture
         target.parent.mkdir(parents=True, exist_ok=True)
         target.write_bytes((SOURCE / picture).read_bytes())

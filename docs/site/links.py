@@ -3,10 +3,11 @@ from __future__ import annotations
 
 import os
 import re
+import shutil
 from pathlib import Path
 from typing import Callable, Optional
 
-from tree import TREE, write
+from tree import SOURCE, TREE, write
 
 # Pages that lie outside docs/, and where they are on the site.
 OUTSIDE = {"README.md": "README.md", "CHANGELOG.md": "CHANGELOG.md", "CONTRIBUTING.md": "CONTRIBUTING.md",
@@ -81,7 +82,21 @@ def _with_links(text: str, change: Callable[[str], str]) -> str:
                                                                                  flags=re.DOTALL)))
 
 
+def _included(match: re.Match[str], file: str) -> str:
+    """A directive that shows a part of a file: what lies outside docs/ is brought along."""
+    target = os.path.normpath(os.path.join(os.path.dirname(file), match[2]))
+    if target.startswith("docs/"):
+        return match[0]
+    if not (TREE / target).is_file():
+        raise SystemExit(f"{file}: there is no {target} to show code of")
+    (SOURCE / "included" / target).parent.mkdir(parents=True, exist_ok=True)
+    shutil.copy(TREE / target, SOURCE / "included" / target)
+    return f"{match[1]}/included/{target}"
+
+
 def rewrite(text: str, file: str, page: str) -> str:
+    text = re.sub(r"^( *`{3,}\{literalinclude\} +)(\S+)", lambda match: _included(match, file), text, flags=re.MULTILINE)
+
     def change(match: re.Match[str]) -> str:
         shown, link = match[1], match[2]
         if re.match(r"[a-z]+:|#", link):

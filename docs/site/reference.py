@@ -9,6 +9,11 @@ from tree import ROOMS, TREE, documented_headers, room_of, write
 MODULES = ["analysis", "fitting", "segmentation", "matching", "measuring", "calibration", "camera", "drawing", "files", "batch",
            "errors"]
 
+# What a page shows. In C a structure and its typedef are one name, which C++ has once.
+_SECTIONS = ["briefdescription", "detaileddescription", "innerclass", "innernamespace", "define", "enum", "typedef", "func", "var",
+             "public-type", "public-func", "public-attrib", "public-static-func", "public-static-attrib", "friend",
+             "protected-func", "protected-attrib", "user-defined"]
+
 
 def page_of(header: str) -> str:
     return "reference/" + re.sub(r"\W", "-", header.removeprefix("orxFunctions/").removesuffix(".h"))
@@ -50,11 +55,9 @@ def write_cpp_pages() -> None:
         index += ".. toctree::\n   :hidden:\n\n" + "".join(f"   /{page_of(header)}\n" for header in own) + "\n"
     write("reference/index.rst", index)
     for header in headers:
-        name = header.rpartition("/")[2]
-        write(page_of(header) + ".rst", _titled(name) + f"``#include \"{header}\"``\n\n.. doxygenfile:: {header}\n"
-              "   :sections: briefdescription detaileddescription innerclass innernamespace define enum typedef func var"
-              " public-type public-func public-attrib public-static-func public-static-attrib friend"
-              " protected-func protected-attrib user-defined\n")
+        sections = _SECTIONS if not header.startswith("drivers/") else [kind for kind in _SECTIONS if kind != "typedef"]
+        write(page_of(header) + ".rst", _titled(header.rpartition("/")[2]) + f"``#include \"{header}\"``\n\n"
+              f".. doxygenfile:: {header}\n   :sections: {' '.join(sections)}\n")
 
 
 def write_python_pages() -> None:

@@ -1,0 +1,40 @@
+"""The theme's script and style as a browser takes them: Debian keeps them in pieces, of which two lie where only a server
+that is configured for it finds them."""
+from __future__ import annotations
+
+import re
+from pathlib import Path
+
+import furo
+
+from tree import BUILT
+
+_STATIC = Path(furo.__file__).parent / "theme" / "furo" / "static"
+_SHARED = Path("/usr/share")
+
+
+def _script() -> str:
+    """Without the import, which plain scripts can't do; what it brings stands in front."""
+
+    def imported(match: re.Match[str]) -> str:
+        return (_STATIC / "scripts" / match[1]).read_text(encoding="utf-8")
+
+    return re.sub(r'^import \w+ from "\./([\w.-]+)";$', imported, (_STATIC / "scripts" / "furo.js").read_text(encoding="utf-8"),
+                  flags=re.MULTILINE)
+
+
+def _style() -> str:
+    """With the style that it takes from the machine's folder of shared ones."""
+
+    def imported(match: re.Match[str]) -> str:
+        return (_SHARED / match[1]).read_text(encoding="utf-8")
+
+    return re.sub(r"^@import url\(/(javascript/[\w./-]+)\);$", imported, (_STATIC / "styles" / "furo.css").read_text(encoding="utf-8"),
+                  flags=re.MULTILINE)
+
+
+def write_static() -> None:
+    for name, text in (("scripts/furo.js", _script()), ("styles/furo.css", _style())):
+        file = BUILT / "static" / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text, encoding="utf-8")
