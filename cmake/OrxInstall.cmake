@@ -56,7 +56,6 @@ install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.png" PATTERN "*.jpg" PATTERN "*.svg"
   PATTERN tools EXCLUDE PATTERN site EXCLUDE)
-# Guides lead to the programs whose code they show.
 install(DIRECTORY docs/guides DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation
   PATTERN __pycache__ EXCLUDE)
 # The site and the pictures of the guides, where scripts/docs has made them.

@@ -76,9 +76,9 @@ _VERDICT = Beside("stated over true uncertainty", (0,), {"stated / true": 5}, li
 # By page and heading: the plot and what is seen in it. Tables of goals, of counts and of rounding have none.
 PLOTS: dict[tuple[str, str], tuple[Plot, str]] = {
     ("accuracy-edges", ""): (
-        Over("rms error, pixels", lambda row: f"blur {row[1]}" if row[0] == "disk, radius 20" else None,
-             {", EdgesSubPix": 5, ", edgesSubPixMetric": 8, ", bound": 10}, x=2, x_label="noise, grey levels", log="y"),
-        "Error of edge points on a disk of radius 20 over the noise, for each blur"),
+        Over("rms error, pixels", lambda row: row[0] if row[0] in ("disk, radius 20", "line, any angle") and row[2] == "2" else None,
+             {": EdgesSubPix": 5, ": edgesSubPixMetric": 8, ": bound": 10}, x=1, x_label="blur, pixels", log="y"),
+        "Error of edge points on disks and lines over the blur, noise 2"),
     ("accuracy-ellipse", ""): (
         Over("error of the centre, pixels", lambda row: row[0] if row[2] == "0.50" and row[3] == "0 %" else None, {"": 5}, x=1,
              x_label="arc that is seen, degrees", log="xy"),

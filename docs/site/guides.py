@@ -7,8 +7,8 @@ import re
 from tree import TREE, write
 
 # A guide that fits none stands at the end.
-_ORDER = ["first-*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "*calibration*", "*part*", "*recipe*",
-          "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*", "*opencv*"]
+_ORDER = ["install*", "first-*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "*calibration*", "*part*", "*recipe*",
+          "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*", "*opencv*", "overview*"]
 
 
 def _place(name: str) -> tuple[int, str]:

@@ -1,5 +1,5 @@
-"""The theme's script and style as a browser takes them: Debian keeps them in pieces, of which two lie where only a server
-that is configured for it finds them."""
+"""The theme's script and style as a browser takes them. Debian keeps them in pieces, of which two lie where only a server that
+is configured for it finds them, and its compiler of styles has lost the dark mode of who prefers it."""
 from __future__ import annotations
 
 import re
@@ -29,8 +29,19 @@ def _style() -> str:
     def imported(match: re.Match[str]) -> str:
         return (_SHARED / match[1]).read_text(encoding="utf-8")
 
-    return re.sub(r"^@import url\(/(javascript/[\w./-]+)\);$", imported, (_STATIC / "styles" / "furo.css").read_text(encoding="utf-8"),
+    style = re.sub(r"^@import url\(/(javascript/[\w./-]+)\);$", imported, (_STATIC / "styles" / "furo.css").read_text(encoding="utf-8"),
                   flags=re.MULTILINE)
+    return style if "prefers-color-scheme" in style else style + _dark(style)
+
+
+def _dark(style: str) -> str:
+    """The dark mode that can be chosen, for those who have chosen nothing but prefer it."""
+    chosen = re.search(r'body\[data-theme="dark"\] \{([^}]*)\}', style)
+    if not chosen:
+        raise SystemExit("the theme has no dark mode")
+    body = 'body:not([data-theme="light"])'
+    return (f"@media screen and (prefers-color-scheme: dark) {{\n{body} {{{chosen[1]}}}\n"
+            f"html {body} .only-light {{ display: none !important; }}\n{body} .only-dark {{ display: block !important; }}\n}}\n")
 
 
 def write_static() -> None:
