@@ -67,16 +67,18 @@ class Beside:
 
 Plot = Union[Over, Beside]
 _FIT = Beside("spread over the bound", (0, 1, 2), {"spread / bound": 4}, line=1.0)
-_ESTIMATORS = Over("spread", lambda row: row[0] if row[1] == "0.5" else None, x_label="outliers, %", columns=(2, 9), part=1, log="y")
-_ZONE = Beside("in noises", (0, 1), {"plain, independent": 2, "freed, independent": 3, "plain, chain": 6, "freed, chain": 7}, line=0.0)
+_ESTIMATORS = Over("spread", lambda row: row[0] if row[1] == "0.5" else None, x_label="outliers, %", columns=(2, 9), part=1,
+                   log="y")
+_ZONE = Beside("in noises", (0, 1), {"plain, independent": 2, "freed, independent": 3, "plain, chain": 6, "freed, chain": 7},
+               line=0.0)
 _FOUND = Beside("error of the place, rms, pixels", (0,), {"error": 4}, log="x")
-_PEERS = Beside("spread over the bound", (0,), {}, line=1.0, log="x")
 _VERDICT = Beside("stated over true uncertainty", (0,), {"stated / true": 5}, line=1.0)
 
 # By page and heading: the plot and what is seen in it. Tables of goals, of counts and of rounding have none.
 PLOTS: dict[tuple[str, str], tuple[Plot, str]] = {
     ("accuracy-edges", ""): (
-        Over("rms error, pixels", lambda row: row[0] if row[0] in ("disk, radius 20", "line, any angle") and row[2] == "2" else None,
+        Over("rms error, pixels",
+             lambda row: row[0] if row[0] in ("disk, radius 20", "line, any angle") and row[2] == "2" else None,
              {": EdgesSubPix": 5, ": edgesSubPixMetric": 8, ": bound": 10}, x=1, x_label="blur, pixels", log="y"),
         "Error of edge points on disks and lines over the blur, noise 2"),
     ("accuracy-ellipse", ""): (
@@ -86,7 +88,8 @@ PLOTS: dict[tuple[str, str], tuple[Plot, str]] = {
     ("accuracy-fits", "Circles: centre column"): (_ESTIMATORS, "Spread of the centre over the share of outliers, noise 0.5"),
     ("accuracy-fits", "Circles: radius"): (_ESTIMATORS, "Spread of the radius over the share of outliers, noise 0.5"),
     ("accuracy-fits", "Lines: angle"): (_ESTIMATORS, "Spread of the angle over the share of outliers, noise 0.5"),
-    ("accuracy-fits", "Lines: distance at the middle"): (_ESTIMATORS, "Spread of the place over the share of outliers, noise 0.5"),
+    ("accuracy-fits", "Lines: distance at the middle"): (
+        _ESTIMATORS, "Spread of the place over the share of outliers, noise 0.5"),
     ("accuracy-calibration", "Points of targets"): (
         Over("error, pixels", lambda row: row[0] if row[1] == "40 px" and row[2] == "0.7" else None,
              {", findTarget": 4, ", OpenCV": 6, ", OpenCV with cornerSubPix": 7}, x=3, x_label="noise, grey levels", log="y"),
@@ -102,14 +105,16 @@ PLOTS: dict[tuple[str, str], tuple[Plot, str]] = {
         Beside("stated over true uncertainty", (0,), {"noise 0.02": 3, "noise 0.1": 5, "noise 0.3": 7}, line=1.0),
         "Stated over true uncertainty of each relation"),
     ("accuracy-form", "Edges across an outline"): (
-        Over("rms error, pixels", lambda row: row[0] if row[1] == "1" else None, x_label="noise, grey levels", columns=(2, 7), part=1),
+        Over("rms error, pixels", lambda row: row[0] if row[1] == "1" else None, x_label="noise, grey levels", columns=(2, 7),
+             part=1),
         "Error of points across an outline over the noise, blur 1"),
     ("accuracy-matching", "Scenes with goals"): (_FOUND, "Error of the place in each scene"),
     ("accuracy-matching", "Further scenes"): (_FOUND, "Error of the place in each scene"),
     ("accuracy-measuring", "Edges found in pictures"): (
         Beside("stated over true uncertainty", (0, 1, 2, 3), {"stated / spread": 6}, line=1.0),
         "Stated over true uncertainty of shapes fitted to edges"),
-    ("accuracy-verdict", "By a plane calibrated from rendered targets"): (_VERDICT, "Stated over true uncertainty of each value"),
+    ("accuracy-verdict", "By a plane calibrated from rendered targets"): (
+        _VERDICT, "Stated over true uncertainty of each value"),
     ("accuracy-verdict", "By the plane as it is"): (_VERDICT, "Stated over true uncertainty of each value"),
 }
 for _shape in ("Circles and arcs", "Lines", "Ellipses"):
@@ -123,7 +128,8 @@ def _cells(line: str) -> Row:
 
 def _peers_plot(header: Row) -> tuple[Plot, str]:
     columns: dict[str, Union[int, tuple[int, int]]] = {name: i for i, name in enumerate(header) if i > 0}
-    return (Beside(_PEERS.x, (0,), columns, line=1.0, log="x"), f"Spread over the least possible beside other libraries: {header[0]}")
+    return (Beside("spread over the bound", (0,), columns, line=1.0, log="x"),
+            f"Spread over the least possible beside other libraries: {header[0]}")
 
 
 def with_plots(text: str, page: str) -> str:

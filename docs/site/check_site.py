@@ -17,6 +17,7 @@ from typing import Any
 from urllib.parse import unquote, urldefrag, urlsplit
 
 from selenium import webdriver
+from selenium.common.exceptions import TimeoutException
 from selenium.webdriver.chrome.options import Options
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.support.ui import WebDriverWait
@@ -33,43 +34,7 @@ SCREENSHOTS = [("index", 1200, False), ("gallery", 1200, False), ("accuracy-edge
 TELEPHONE = 390
 LEAST_CONTRAST = 3.0  # of the WCAG, for large text; what most text reaches is far above
 
-_LOOK = """
-const done = arguments[arguments.length - 1];
-document.querySelectorAll('img').forEach(img => { img.loading = 'eager'; });
-Promise.all(Array.from(document.images, img => img.complete ? null : new Promise(r => { img.onload = img.onerror = r; }))).then(() =>
-  done({
-    pictures: Array.from(document.images).filter(img => img.naturalWidth === 0).map(img => img.src),
-    links: Array.from(document.querySelectorAll('a[href]'), a => a.href),
-    anchors: Array.from(document.querySelectorAll('[id], a[name]'), e => e.id || e.name),
-  }));
-"""
-
-_TOO_WIDE = """
-const width = document.scrollingElement.scrollWidth;
-if (width <= arguments[0] + 1) return null;
-const scrolls = e => { for (; e; e = e.parentElement) if (/auto|scroll|hidden/.test(getComputedStyle(e).overflowX)) return true; return false; };
-const wide = Array.from(document.querySelectorAll('article *, pre, table')).filter(e => e.getBoundingClientRect().right > arguments[0] + 1 && !scrolls(e));
-return width + ' pixels: ' + wide.slice(0, 2).map(e => e.tagName + ' ' + e.textContent.trim().slice(0, 40)).join('; ');
-"""
-
-_FAINT = """
-const rgb = text => { const m = text.match(/[\\d.]+/g).map(Number); return m.length < 4 ? [...m, 1] : m; };
-const light = c => { const l = c.slice(0, 3).map(v => { v /= 255; return v <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4; });
-                     return 0.2126 * l[0] + 0.7152 * l[1] + 0.0722 * l[2]; };
-const ground = e => { for (; e; e = e.parentElement) { const c = rgb(getComputedStyle(e).backgroundColor); if (c[3] > 0.5) return c; } return [255, 255, 255, 1]; };
-const faint = [];
-const walker = document.createTreeWalker(document.querySelector('article') || document.body, NodeFilter.SHOW_TEXT);
-while (walker.nextNode()) {
-  const e = walker.currentNode.parentElement;
-  if (!walker.currentNode.textContent.trim() || !e.checkVisibility() || e.closest('.headerlink, svg, script, style, button')) continue;
-  const below = ground(e), c = rgb(getComputedStyle(e).color);
-  const a = light(c.slice(0, 3).map((v, i) => v * c[3] + below[i] * (1 - c[3]))), b = light(below);
-  const contrast = (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05);
-  if (contrast < arguments[0]) faint.push('contrast ' + contrast.toFixed(1) + ', ' + e.className + ': ' + e.textContent.trim().slice(0, 40));
-}
-if (arguments[1] && light(ground(document.querySelector('article'))) > 0.2) faint.unshift('the ground is not dark');
-return faint.slice(0, 3);
-"""
+_SCRIPT = (Path(__file__).parent / "check_site.js").read_text(encoding="utf-8")
 
 
 class _Quiet(http.server.SimpleHTTPRequestHandler):
@@ -91,12 +56,17 @@ class Check:
         self.browser = webdriver.Chrome(service=Service(shutil.which("chromedriver") or ""), options=options)
         self.browser.set_page_load_timeout(60)
 
+    def _ask(self, call: str, *arguments: Any) -> Any:
+        """What a function of check_site.js answers."""
+        return self.browser.execute_script(f"{_SCRIPT}\nreturn {call}(...arguments);", *arguments)
+
     def _command(self, name: str, **parameters: Any) -> Any:
         return self.browser.execute_cdp_cmd(name, parameters)
 
     def show(self, width: int, dark: bool) -> None:
         self._command("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=width < 600)
-        self._command("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": "dark" if dark else "light"}])
+        scheme = {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}
+        self._command("Emulation.setEmulatedMedia", features=[scheme])
 
     def say(self, page: str, what: str) -> None:
         self.wrong.append(f"{page}: {what}")
@@ -104,16 +74,16 @@ class Check:
     def look_at(self, page: str) -> None:
         self.show(1200, False)
         self.browser.get(self.address + page)
-        seen = self.browser.execute_async_script(_LOOK)
+        seen = self.browser.execute_async_script(f"{_SCRIPT}\nlook(arguments[0]);")
         for picture in seen["pictures"]:
             self.say(page, f"a picture does not load: {picture}")
         self.links[page] = set(seen["links"])
         self.anchors[page] = set(seen["anchors"])
         self.show(TELEPHONE, True)
-        wide = self.browser.execute_script(_TOO_WIDE, TELEPHONE)
+        wide = self._ask("tooWide", TELEPHONE)
         if wide:
             self.say(page, f"wider than a telephone: {wide}")
-        for faint in self.browser.execute_script(_FAINT, LEAST_CONTRAST, not page.startswith("notebooks/")):
+        for faint in self._ask("faint", LEAST_CONTRAST, not page.startswith("notebooks/")):
             self.say(page, f"hard to read in dark mode: {faint}")
         for entry in self.browser.get_log("browser"):
             if entry["level"] in ("SEVERE", "WARNING") and "/favicon.ico " not in entry["message"]:  # asked for unasked
@@ -136,12 +106,10 @@ class Check:
         for word, page in WORDS.items():
             self.browser.get(f"{self.address}search.html?q={word}")
             try:
-                WebDriverWait(self.browser, 20).until(lambda b: b.execute_script(
-                    "const s = document.querySelector('#search-results .search-summary'); return s && /\\d/.test(s.textContent)"))
-            except Exception:
-                self.say("search.html", f"'{word}': no answer")
+                found = WebDriverWait(self.browser, 20).until(lambda _: self._ask("found") or False)
+            except TimeoutException:
+                self.say("search.html", f"'{word}': nothing found")
                 continue
-            found = self.browser.execute_script("return Array.from(document.querySelectorAll('#search-results ul.search a'), a => a.href)")
             if not any(page in address for address in found):
                 self.say("search.html", f"'{word}' is not found in {page}, among {len(found)} results")
 

@@ -14,7 +14,8 @@ class Namespace(sphinxrenderer.CPPTypeObject):
         parser = DefinitionParser(sig, location=signode, config=self.env.config)
         name = parser.parse_namespace_object()
         parser.assert_end()
-        self.env.temp_data["cpp:last_symbol"] = self.env.temp_data["cpp:parent_symbol"].add_name(name.nestedName, name.templatePrefix)
+        around = self.env.temp_data["cpp:parent_symbol"]
+        self.env.temp_data["cpp:last_symbol"] = around.add_name(name.nestedName, name.templatePrefix)
         signode += [addnodes.desc_sig_keyword("", "namespace"), addnodes.desc_sig_space(), addnodes.desc_name("", sig)]
         return name
 

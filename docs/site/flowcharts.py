@@ -49,7 +49,8 @@ class _Chart:
                 raise SystemExit(f"a flow chart has a line that is not understood: {line}")
             name, rest = match[1], rest[match.end():]
             if match[2]:
-                shape, text = next((shape, found[1]) for pattern, shape in _SHAPES if (found := re.fullmatch(pattern, match[2])))
+                shape, text = next((shape, found[1]) for pattern, shape in _SHAPES
+                                   if (found := re.fullmatch(pattern, match[2])))
                 self.shaped[name] = shape, _text(text)
                 self.lines.append(f"{name};")
             if before:
@@ -68,7 +69,8 @@ class _Chart:
                 if name in members and (found := re.search(r"fill:(#\w+)", self.styles.get(style, ""))):
                     fill = found[1]
             nodes.append(f'{name} [shape={shape}, label="{text}", fillcolor="{fill}"];')
-        return ('digraph { graph [bgcolor="transparent", fontname="sans-serif", fontcolor="#7a828b", color="#7a828b", fontsize=11];'
+        return ('digraph { graph [bgcolor="transparent", fontname="sans-serif", fontcolor="#7a828b", color="#7a828b",'
+                ' fontsize=11];'
                 ' node [style=filled, fontname="sans-serif", fontsize=11, color="#7a828b", fontcolor="#112233"];'
                 ' edge [fontname="sans-serif", fontsize=10, color="#7a828b", fontcolor="#7a828b"];\n'
                 + "\n".join([*self.lines, *nodes]) + "\n}\n")

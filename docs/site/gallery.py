@@ -76,13 +76,15 @@ def _notebook_figures() -> list[str]:
             figures.append(_figure(f"_pictures/notebooks/{page.stem}.png", f"Notebook: {name}",
                                    [("the notebook, as it ran", f"notebooks/{page.stem}.html")]))
         else:
-            figures.append(f'<figure><figcaption><a href="notebooks/{page.stem}.html">Notebook: {html.escape(name)}</a></figcaption></figure>')
+            link = f'<a href="notebooks/{page.stem}.html">Notebook: {html.escape(name)}</a>'
+            figures.append(f"<figure><figcaption>{link}</figcaption></figure>")
     return figures
 
 
 def write_page() -> None:
     seen: set[str] = set()
-    parts = ["# Gallery", "", "Every picture of the guides and pages. A picture leads to its page, below it is the code that made it."]
+    parts = ["# Gallery", "",
+             "Every picture of the guides and pages. A picture leads to its page, below it is the code that made it."]
     groups = [("Guides", _figures_of([SOURCE / "guides" / f"{name}.md" for name in guides.names()], seen)),
               ("Pages", _figures_of(sorted(SOURCE.glob("*.md")), seen)), ("Python notebooks", _notebook_figures())]
     for title, figures in groups:

@@ -7,8 +7,8 @@ import re
 from tree import TREE, write
 
 # A guide that fits none stands at the end.
-_ORDER = ["install*", "first-*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "*calibration*", "*part*", "*recipe*",
-          "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*", "*opencv*", "overview*"]
+_ORDER = ["install*", "first-*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "*calibration*", "*part*",
+          "*recipe*", "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*", "*opencv*", "overview*"]
 
 
 def _place(name: str) -> tuple[int, str]:
@@ -29,7 +29,8 @@ def title_of(text: str) -> str:
 
 
 def write_index() -> None:
-    lines = ["# Guides", "", "Concepts first, then code, then what comes out and what goes wrong. The code of each page is compiled and",
+    lines = ["# Guides", "",
+             "Concepts first, then code, then what comes out and what goes wrong. The code of each page is compiled and",
              "run with the tests, its pictures are made while the site is built, and its figures are checked.", ""]
     for name in names():
         text = (TREE / "docs" / "guides" / f"{name}.md").read_text(encoding="utf-8")

@@ -71,7 +71,8 @@ def lines(series: dict[str, list[tuple[float, float]]], x: str, y: str, log: str
     for i, (name, points) in enumerate(series.items()):
         shown = [point for point in sorted(points) if "y" not in log or point[1] > 0]
         axes.plot([point[0] for point in shown], [point[1] for point in shown], label=name, color=_COLOURS[i % len(_COLOURS)],
-                  marker=_SIGNS[i % len(_SIGNS)], linestyle=_DASHES[i // len(_COLOURS) % len(_DASHES)], markersize=4.5, linewidth=1.4)
+                  marker=_SIGNS[i % len(_SIGNS)], linestyle=_DASHES[i // len(_COLOURS) % len(_DASHES)], markersize=4.5,
+                  linewidth=1.4)
     axes.set_xlabel(x)
     axes.set_ylabel(y)
     return _finished(figure, axes, log, len(series))

@@ -10,8 +10,8 @@ MODULES = ["analysis", "fitting", "segmentation", "matching", "measuring", "cali
            "errors"]
 
 # What a page shows. In C a structure and its typedef are one name, which C++ has once.
-_SECTIONS = ["briefdescription", "detaileddescription", "innerclass", "innernamespace", "define", "enum", "typedef", "func", "var",
-             "public-type", "public-func", "public-attrib", "public-static-func", "public-static-attrib", "friend",
+_SECTIONS = ["briefdescription", "detaileddescription", "innerclass", "innernamespace", "define", "enum", "typedef", "func",
+             "var", "public-type", "public-func", "public-attrib", "public-static-func", "public-static-attrib", "friend",
              "protected-func", "protected-attrib", "user-defined"]
 
 

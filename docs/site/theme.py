@@ -29,8 +29,8 @@ def _style() -> str:
     def imported(match: re.Match[str]) -> str:
         return (_SHARED / match[1]).read_text(encoding="utf-8")
 
-    style = re.sub(r"^@import url\(/(javascript/[\w./-]+)\);$", imported, (_STATIC / "styles" / "furo.css").read_text(encoding="utf-8"),
-                  flags=re.MULTILINE)
+    pieces = (_STATIC / "styles" / "furo.css").read_text(encoding="utf-8")
+    style = re.sub(r"^@import url\(/(javascript/[\w./-]+)\);$", imported, pieces, flags=re.MULTILINE)
     return style if "prefers-color-scheme" in style else style + _dark(style)
 
 

@@ -10,8 +10,8 @@ from dataclasses import dataclass
 from tree import ROOMS, TREE, documented_headers, room_of
 
 _WORDS = ["reentrant", "thread-safe", "one thread at a time"]
-_SAYS = re.compile(r"\b(reentrant|thread-safe|one thread at a time|(?:any|one|several|other|every|its own|grab|display|same) threads?)\b",
-                   re.IGNORECASE)
+_SAYS = re.compile(r"\b(reentrant|thread-safe|one thread at a time|"
+                   r"(?:any|one|several|other|every|its own|grab|display|same) threads?)\b", re.IGNORECASE)
 _TYPE = re.compile(r"^(?:template <[^>]*>\n)?(class|struct) (?:ORX_API |ZUL_API )?([A-Za-z_]\w*)[^;{]*\{", re.MULTILINE)
 _FUNCTION = re.compile(r"^(?:ORX_API|ZUL_API|VD_EXPORT|inline|template)[^;{]*\(", re.MULTILINE)
 
@@ -88,8 +88,9 @@ def all_statements() -> list[Statement]:
 def page() -> str:
     lines = ["# Which class on which thread", "",
              "Out of the headers, which use three words. **Reentrant**: may run on several threads at once on different data.",
-             "**Thread-safe**: may run on several threads at once on the same object. **One thread at a time**: the caller serialises.",
-             "A class without a statement of its own has that of its header. [Threads](../threads.md) shows a host with two cameras.", ""]
+             "**Thread-safe**: may run on several threads at once on the same object. **One thread at a time**: the caller",
+             "serialises. A class without a statement of its own has that of its header. [Threads](../threads.md) shows a host with",
+             "two cameras.", ""]
     statements = all_statements()
     for room, title in ROOMS.items():
         own = [s for s in statements if room_of(s.header) == room and s.kind != "record"]
@@ -102,7 +103,8 @@ def page() -> str:
             lines.append(f"| {name} | {', '.join(s.words)} | {said} |")
         lines.append("")
     records = sorted(f"`{s.name}`" for s in statements if s.kind == "record")
-    lines += ["## Records", "", "Data without functions, for which nothing is stated: each thread uses its own, or the caller serialises.", "",
+    lines += ["## Records", "",
+              "Data without functions, for which nothing is stated: each thread uses its own, or the caller serialises.", "",
               ", ".join(records) + ".", ""]
     return "\n".join(lines)
 

@@ -44,7 +44,8 @@ def shown_text() -> str:
     for file in sorted([*docs.rglob("*.md"), TREE / "README.md"]):
         if file.name not in _LISTS:
             pieces.append(code_of_page(file.read_text(encoding="utf-8")))
-    programs = [file for folder in (docs / "guides", TREE / "examples") for file in folder.rglob("*") if file.suffix in {".cpp", ".h"}]
+    programs = [file for folder in (docs / "guides", TREE / "examples") for file in folder.rglob("*")
+                if file.suffix in {".cpp", ".h"}]
     programs += [file for file in (docs / "tools").glob("*.cpp") if _SHOWN_PROGRAMS.search(file.name)]
     pieces += [without_comments(file.read_text(encoding="utf-8")) for file in sorted(programs)]
     pieces += [_code_of_notebook(file.read_text(encoding="utf-8")) for file in sorted(TREE.glob("python/examples/**/*.ipynb"))]
