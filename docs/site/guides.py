@@ -7,8 +7,9 @@ import re
 from tree import TREE, write
 
 # A guide that fits none stands at the end.
-_ORDER = ["install*", "first-*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "*calibration*", "*part*",
-          "*recipe*", "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*", "*opencv*", "overview*"]
+_ORDER = ["install*", "first-*", "enhance*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "geometry*",
+          "*calibration*", "*part*", "*recipe*", "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*",
+          "*opencv*", "overview*"]
 
 
 def _place(name: str) -> tuple[int, str]:
