@@ -10,6 +10,7 @@ import sys
 from pathlib import Path
 
 import accuracy
+import doxygen_text
 import flowcharts
 import gallery
 import guides
@@ -67,6 +68,7 @@ def main() -> None:
     numbers_pages.write_pages()
     reference.write_cpp_pages()
     reference.write_python_pages()
+    doxygen_text.join_lines()
     theme.write_static()
 
 
