@@ -21,7 +21,7 @@
 
 namespace orx {
 
-// An ellipse, and the part of it that the used points cover.
+// An ellipse, and the part of it that the used points cover. A plain value: its const members are reentrant.
 struct ORX_API TMeasuredEllipse : TFitReport {
     cv::Point2d center;
     double semiMajor = 0.0;  // half axes, semiMajor >= semiMinor > 0

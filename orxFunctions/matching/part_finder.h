@@ -89,6 +89,7 @@ struct TFoundPart {
     std::vector<unsigned char> seen;  // for each point of TPartModel::outline() 1 where it is seen
 };
 
+// A plain value: its const members are reentrant.
 struct TFindResult {
     TMatchStatus status = msBadModel;
     std::vector<TFoundPart> parts;  // best first; empty where the part is not there

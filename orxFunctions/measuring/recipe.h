@@ -24,7 +24,7 @@ namespace recipes {
 struct RecipeData;
 }
 
-// What is wrong with a recipe, and where.
+// What is wrong with a recipe, and where. A plain value: its const members are reentrant.
 struct TRecipeProblem {
     int line = 0;       // of the text, from 1; 0 where it is of no line: a file that can't be read
     std::string field;  // its path in the text: features[2].radius; empty for the text as a whole

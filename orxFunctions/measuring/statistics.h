@@ -121,7 +121,7 @@ struct TGaugeResult {
     double variationShare = std::numeric_limits<double>::quiet_NaN();
 };
 
-// One of the parts.
+// One of the parts. A plain value: its const members are reentrant.
 struct TGaugePart {
     std::int64_t count = 0;
     double mean = 0.0;

@@ -16,7 +16,7 @@
 namespace orx {
 
 // What a value may be, in its unit; both limits belong to it. Either may be infinite; with both there is
-// nothing to judge.
+// nothing to judge. A plain value: its const members are reentrant.
 struct TTolerance {
     double lower = -std::numeric_limits<double>::infinity();
     double upper = std::numeric_limits<double>::infinity();
