@@ -1,4 +1,4 @@
-"""Writes the page of a benchmark run, and on request the picture of it that the README shows.
+"""Writes the page of a benchmark run, and on request the picture of it that the documentation shows.
 
 Usage: report_page.py [--picture FILE.svg] PAGE.html RESULTS_FOLDER...
 

@@ -60,6 +60,9 @@ install(DIRECTORY docs/guides DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT
   PATTERN __pycache__ EXCLUDE)
 # The site and the pictures of the guides, where scripts/docs has made them.
 set(ORX_BUILT_DOCS "${PROJECT_SOURCE_DIR}/build/docs" CACHE PATH "Where scripts/docs has built the site, which is installed if it is there")
+if(EXISTS "${ORX_BUILT_DOCS}/site/index.html")
+  message(STATUS "Installed with the documentation: the site in ${ORX_BUILT_DOCS}, as scripts/docs last made it")
+endif()
 install(DIRECTORY "${ORX_BUILT_DOCS}/site/" DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL
   PATTERN .buildinfo EXCLUDE PATTERN objects.inv EXCLUDE)
 install(DIRECTORY "${ORX_BUILT_DOCS}/source/guides/pictures" DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs/guides

@@ -24,9 +24,10 @@ from selenium.webdriver.support.ui import WebDriverWait
 
 # What a visitor may look for, and a page that must be among the results.
 WORDS = {
-    "fitCircleGeometric": "reference/fitting-geometric_fit", "uncertainty": "measuring", "edgesSubPixMetric": "measuring",
-    "calibration": "calibration", "roundness": "reference/measuring-form", "verdict": "recipes", "TPictureBox": "picture-box",
-    "lastRefusal": "reference/foundation-refusal", "frames": "cameras", "threshold": "reference/analysis-threshold",
+    "fitCircleGeometric": "reference/fitting-geometric_fit", "uncertainty": "guides/fits", "edgesSubPixMetric": "guides/edges",
+    "calibration": "guides/calibration", "roundness": "reference/measuring-form", "verdict": "guides/recipes",
+    "TPictureBox": "picture-box", "lastRefusal": "reference/foundation-refusal", "frames": "guides/cameras",
+    "threshold": "guides/thresholds",
 }
 # A page, the width it is shown in, whether dark.
 SCREENSHOTS = [("index", 1200, False), ("gallery", 1200, False), ("accuracy-edges", 1200, True),
@@ -55,6 +56,7 @@ class Check:
         options.binary_location = shutil.which("chromium") or ""
         self.browser = webdriver.Chrome(service=Service(shutil.which("chromedriver") or ""), options=options)
         self.browser.set_page_load_timeout(60)
+        self.browser.set_script_timeout(60)
 
     def _ask(self, call: str, *arguments: Any) -> Any:
         """What a function of check_site.js answers."""
@@ -73,8 +75,12 @@ class Check:
 
     def look_at(self, page: str) -> None:
         self.show(1200, False)
-        self.browser.get(self.address + page)
-        seen = self.browser.execute_async_script(f"{_SCRIPT}\nlook(arguments[0]);")
+        try:
+            self.browser.get(self.address + page)
+            seen = self.browser.execute_async_script(f"{_SCRIPT}\nlook(arguments[0]);")
+        except TimeoutException:
+            self.say(page, "it, or a picture on it, is not there after a minute")
+            return
         for picture in seen["pictures"]:
             self.say(page, f"a picture does not load: {picture}")
         self.links[page] = set(seen["links"])
@@ -110,7 +116,7 @@ class Check:
             except TimeoutException:
                 self.say("search.html", f"'{word}': nothing found")
                 continue
-            if not any(page in address for address in found):
+            if not any(urlsplit(address).path == f"/{page}.html" for address in found):
                 self.say("search.html", f"'{word}' is not found in {page}, among {len(found)} results")
 
     def screenshots(self, folder: Path) -> None:

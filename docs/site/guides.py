@@ -32,11 +32,11 @@ def title_of(text: str) -> str:
 def write_index() -> None:
     lines = ["# Guides", "",
              "Concepts first, then code, then what comes out and what goes wrong. The code of each page is compiled and",
-             "run with the tests, its pictures are made while the site is built, and its figures are checked.", ""]
+             "run with the tests, which check what the page says of it; its pictures are made while the site is built.", ""]
     for name in names():
         text = (TREE / "docs" / "guides" / f"{name}.md").read_text(encoding="utf-8")
         paragraph = " ".join(text.split("\n\n")[1].split())
         first = re.split(r"(?<=[.:]) ", re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", paragraph))[0].rstrip(":")
-        lines.append(f"- [{title_of(text)}]({name}.md): {first[0]}{first[1:]}{'' if first.endswith('.') else '.'}")
+        lines.append(f"- [{title_of(text)}]({name}.md): {first}{'' if first.endswith('.') else '.'}")
     lines += ["", "```{toctree}", ":hidden:", "", *names(), "```", ""]
     write("guides/index.md", "\n".join(lines))

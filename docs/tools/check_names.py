@@ -29,7 +29,8 @@ def code_of_page(text: str) -> str:
     """What a page sets as code: in blocks, and in a line."""
     fenced = re.findall(r"^ *```[^\n]*\n(.*?)^ *```", text, flags=re.MULTILINE | re.DOTALL)
     rest = re.sub(r"^ *```[^\n]*\n.*?^ *```", "", text, flags=re.MULTILINE | re.DOTALL)
-    indented = re.findall(r"^ {4}[^\n]*", rest, flags=re.MULTILINE)
+    # After an empty line: else it goes on with a list.
+    indented = re.findall(r"\n[ \t]*\n((?: {4}[^\n]*\n)+)", rest)
     return "\n".join([*fenced, *indented, *re.findall(r"`([^`]+)`", rest)])
 
 

@@ -83,8 +83,8 @@ class Names(unittest.TestCase):
             self.assertFalse(check_names.is_shown("orx::fit", text), text)
 
     def test_of_a_page_code_counts_alone(self):
-        code = check_names.code_of_page("a word `inline` and\n```cpp\nblock();\n```\n\n    rows();\n")
-        for word, there in (("inline", True), ("block", True), ("rows", True), ("word", False)):
+        code = check_names.code_of_page("a word `inline` and\n```cpp\nblock();\n```\n- an item\n    goes on\n\n    rows();\n")
+        for word, there in (("inline", True), ("block", True), ("rows", True), ("word", False), ("goes", False)):
             self.assertEqual(word in code, there, word)
 
 
