@@ -25,17 +25,18 @@ struct Brighter {
     cv::Mat gamma, log, softened, local, detail;
 };
 
+// All empty where one is refused: orx::lastRefusal() says why.
 Brighter brighter(const cv::Mat& grey) {
     Brighter made;
-    orx::correctGamma(grey, made.gamma, 0.5);      // below 1 brightens dark regions
-    orx::stretchLog(grey, made.log, 50);           // lifts them more
-    orx::suppressHighlights(grey, made.softened);  // from 0.7 of full scale on
     orx::TEnhanceOptions options;
     options.clipLimit = 3;
-    orx::enhanceImage(grey, made.local, orx::emEqualize, options);
     options.gain = 2;
-    orx::enhanceImage(grey, made.detail, orx::emDetailGain, options);
-    return made;
+    const bool done = orx::correctGamma(grey, made.gamma, 0.5) &&      // below 1 brightens dark regions
+                      orx::stretchLog(grey, made.log, 50) &&           // lifts them more
+                      orx::suppressHighlights(grey, made.softened) &&  // from 0.7 of full scale on
+                      orx::enhanceImage(grey, made.local, orx::emEqualize, options) &&
+                      orx::enhanceImage(grey, made.detail, orx::emDetailGain, options);
+    return done ? made : Brighter();
 }
 // [brightness end]
 
@@ -44,20 +45,22 @@ struct Cleaned {
     cv::Mat objects, filled, lines;
 };
 
+// All empty where the picture is refused: orx::lastRefusal() says why.
 Cleaned cleaned(const cv::Mat& binary) {
     Cleaned steps;
-    orx::removeSmallObjects(binary, steps.objects, 40);  // pixels
     orx::TFillHolesOptions holes;
     holes.maxArea = 60;  // larger ones belong to the part
-    orx::fillHoles(steps.objects, steps.filled, holes);
-    orx::thinning(steps.filled, steps.lines, orx::tnGuoHall);
-    orx::removeShortLines(steps.lines, steps.lines, 20);
-    return steps;
+
+    const bool done = orx::removeSmallObjects(binary, steps.objects, 40) &&  // pixels
+                      orx::fillHoles(steps.objects, steps.filled, holes) &&
+                      orx::thinning(steps.filled, steps.lines, orx::tnGuoHall) &&
+                      orx::removeShortLines(steps.lines, steps.lines, 20);
+    return done ? steps : Cleaned();
 }
 // [clean end]
 
 // [focus]
-// The sharpest of pictures of one scene, by the part of them that matters.
+// The sharpest of pictures of one scene, one at the least, by the part of them that matters; it lies in all.
 std::size_t sharpestOf(const std::vector<cv::Mat>& pictures, const cv::Rect& part) {
     std::size_t best = 0;
     double highest = -1;
@@ -132,6 +135,9 @@ void tellClean() {
                    cv::FILLED);
     }
     const Cleaned steps = cleaned(binary);
+    guide::expect(cleaned(cv::Mat(8, 8, CV_16UC1, cv::Scalar(0))).lines.empty() &&
+                      orx::lastRefusal().code == orx::rcImageType,
+                  "16 bits are refused where binary pictures are wanted");
     guide::save("enhance-clean", guide::sheet({guide::captioned(binary, "thresholded"),
                                                guide::captioned(steps.objects, "removeSmallObjects"),
                                                guide::captioned(steps.filled, "fillHoles"),
@@ -139,8 +145,9 @@ void tellClean() {
                                               4));
     const auto objects = orx::getContours(steps.filled, orx::ctExternal);
     const auto holes = orx::getContours(steps.filled, orx::ctHoles);
-    std::printf("%zu objects before, %zu after; %zu holes\n",
-                orx::getContours(binary, orx::ctExternal).size(), objects.size(), holes.size());
+    const std::size_t before = orx::getContours(binary, orx::ctExternal).size();
+    std::printf("%zu objects before, %zu after; %zu holes\n", before, objects.size(), holes.size());
+    guide::expectAbout(static_cast<double>(before), 89, 3, "objects before");
     guide::expect(objects.size() == 4 && holes.empty(), "four objects without holes are left");
 }
 
