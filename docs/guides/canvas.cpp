@@ -11,15 +11,6 @@ namespace {
 constexpr int kShift = 4;  // fraction bits of what OpenCV draws
 constexpr int kGap = 10;
 
-cv::Mat inColour(const cv::Mat& picture) {
-    cv::Mat colour;
-    if (picture.channels() == 1)
-        cv::cvtColor(picture, colour, cv::COLOR_GRAY2BGR);
-    else
-        colour = picture.clone();
-    return colour;
-}
-
 double share(const Plot::Axis& axis, double value) {
     if (axis.logarithmic) return std::log(value / axis.lowest) / std::log(axis.highest / axis.lowest);
     return (value - axis.lowest) / (axis.highest - axis.lowest);
@@ -34,6 +25,15 @@ void expectAbout(double value, double stated, double within, const std::string& 
 
 void write(cv::Mat& canvas, const std::string& text, cv::Point at, const cv::Scalar& colour, double size) {
     cv::putText(canvas, text, at, cv::FONT_HERSHEY_SIMPLEX, size, colour, 1, cv::LINE_AA);
+}
+
+cv::Mat inColour(const cv::Mat& picture) {
+    cv::Mat colour;
+    if (picture.channels() == 1)
+        cv::cvtColor(picture, colour, cv::COLOR_GRAY2BGR);
+    else
+        colour = picture.clone();
+    return colour;
 }
 
 std::string formatted(const char* format, double value) {

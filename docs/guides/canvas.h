@@ -26,6 +26,9 @@ void write(cv::Mat& canvas, const std::string& text, cv::Point at, const cv::Sca
 // printf's format for one number.
 std::string formatted(const char* format, double value);
 
+// A copy in colour, to draw on.
+cv::Mat inColour(const cv::Mat& picture);
+
 // Part of a picture, each of its pixels `scale` wide, to draw on in the picture's coordinates.
 class Enlarged {
   public:

@@ -53,7 +53,8 @@ orx::TMeasuredCircle holeOf(const cv::Mat& grey, const orx::TFoundPart& part) {
     const double pixelsPerUnit = 4.0 / 3.0;
     orx::TCircleCaliperOptions calipers;
     calipers.searchLength = 12;
-    calipers.width = 2;                                        // 36 of them have room side by side
+    calipers.count = 36;
+    calipers.width = 2;                                        // so many have room side by side
     calipers = orx::applyPoseToCalipers(part.pose, calipers);  // they turn along
     const cv::Point2d center = orx::applyPose(part.pose, pixelsPerUnit * cv::Point2d(22, 0));
     return orx::fitCircleGeometric(
@@ -82,12 +83,6 @@ double errorOf(const orx::TFoundPart& part, const scenes::PartScene& scene) {
     return nearest;
 }
 
-cv::Mat inColour(const cv::Mat& grey) {
-    cv::Mat colour;
-    cv::cvtColor(grey, colour, cv::COLOR_GRAY2BGR);
-    return colour;
-}
-
 struct Row {
     double hidden;
     double lowest, highest;  // scores
@@ -109,7 +104,7 @@ void tellKeys(const orx::TPartModel& model) {
         guide::expectAbout(parts[2].score, row.lowest, 0.015, "worst score");
         guide::expect(worst < row.error, "errors of the place");
         if (row.hidden != 0.2) continue;
-        cv::Mat picture = inColour(scene.image);
+        cv::Mat picture = guide::inColour(scene.image);
         orx::drawFoundParts(picture, model, parts);
         guide::save("parts-found", picture);
     }
@@ -142,7 +137,7 @@ void tellPlate() {
                 2 * hole.radiusDeviation);
     guide::expectAbout(2 * hole.radius, 20 * pixelsPerUnit, 3 * 2 * hole.radiusDeviation,
                        "hole off the truth");
-    cv::Mat picture = inColour(grey);
+    cv::Mat picture = guide::inColour(grey);
     orx::drawFoundParts(picture, plate, found);
     guide::save("parts-drawing", guide::Enlarged(picture, 2).canvas());
 }
@@ -152,7 +147,7 @@ void make() {
     const orx::TPartModel model =
         teach(lesson.image, {{2, 2}, lesson.image.size() - cv::Size(4, 4)}, {lesson.pose.x, lesson.pose.y});
     guide::expect(model.valid(), "the key is taught");
-    cv::Mat picture = inColour(lesson.image);
+    cv::Mat picture = guide::inColour(lesson.image);
     orx::drawPartModel(picture, model, model.taughtPose());
     guide::save("parts-lesson", guide::Enlarged(picture, 2).canvas());
     tellKeys(model);
