@@ -30,11 +30,13 @@ void tellPoints() {
     std::vector<cv::Point> points(100);
     for (int x = 0; x < 100; ++x) points[static_cast<std::size_t>(x)] = {x, 20 + x / 50};
     orx::deleteImageSidePoints(points, {100, 60}, 5);  // edges at the border are no edges of the part
+    const std::size_t inner = points.size();           // 90
     std::vector<cv::Point> chosen;
     orx::getPointListFromIdxList(points, {0, 10, 20}, chosen);
     orx::deletePointsInList(points, {0, 1});  // the order of the others changes
     // [lists end]
-    guide::expect(points.size() == 88 && chosen.size() == 3, "points are left out at the border");
+    guide::expect(inner == 90 && points.size() == 88 && chosen.size() == 3,
+                  "points are left out at the border");
 
     // [polygon]
     std::vector<cv::Point> corners{{10, 60}, {70, 10}, {10, 10}, {70, 60}};  // as they were clicked
@@ -67,9 +69,15 @@ void tellMotion() {
     }
     const cv::Mat motion = cameraToRobot(camera, robot);
     guide::expect(!motion.empty() && cv::norm(motion - truth, cv::NORM_INF) < 0.1, "the motion is found");
-    if (!motion.empty())
-        std::printf("translation (%.2f, %.2f, %.2f)\n", motion.at<double>(0, 3), motion.at<double>(1, 3),
-                    motion.at<double>(2, 3));
+    if (motion.empty()) return;
+    std::printf("translation (%.2f, %.2f, %.2f)\n", motion.at<double>(0, 3), motion.at<double>(1, 3),
+                motion.at<double>(2, 3));
+    cv::Vec4d middle(0, 0, 0, 1);
+    for (const cv::Point3d& p : camera)
+        middle += cv::Vec4d(p.x, p.y, p.z, 0) / static_cast<double>(camera.size());
+    const double off = cv::norm((motion - truth) * cv::Mat(middle), cv::NORM_INF);
+    std::printf("off by %.4f where the marks lie\n", off);
+    guide::expect(off < 0.01, "the translation is right to 0.01 where the marks lie");
 }
 
 // [curves]
@@ -100,7 +108,7 @@ void tellCurves() {
     const cv::Point2d top = topOf(near, 15, 27);
     std::printf("top at %.2f, height %.2f; height at 10: %.2f of %.2f\n", top.x, top.y, heightAt(samples, 10),
                 bead(10));
-    guide::expectAbout(top.x, 21.3, 0.3, "place of the top");
+    guide::expectAbout(top.x, 21.23, 0.02, "place of the top");
     guide::expectAbout(heightAt(samples, 10), bead(10), 0.1, "height between the samples");
 
     const orx::TPolynomial sixth(samples, 6);
@@ -108,6 +116,7 @@ void tellCurves() {
     sixth.getError(sse, rmse, r2);
     guide::expectAbout(sixth.getExtremeValue(15, 27, 1).y, 3.8, 0.1, "a sixth order is too low at the top");
     guide::expectAbout(rmse, 0.13, 0.02, "and looks good by its residuals");
+    guide::expectAbout(r2, 0.992, 0.002, "both of them");
     std::printf("order 6: rms %.3f, r2 %.4f\n", rmse, r2);
     orx::TSplineCurve spline;
     spline.fit(samples, 3);
