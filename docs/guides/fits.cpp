@@ -155,8 +155,8 @@ void tellCoverage() {
         held68 += likely.from <= kRadius && kRadius <= likely.to;
         held95 += sure.from <= kRadius && kRadius <= sure.to;
     }
-    guide::expectAbout(100.0 * held68 / kTrials, 67.5, 0.5, "intervals of 68.3 %");
-    guide::expectAbout(100.0 * held95 / kTrials, 94.2, 0.5, "intervals of 95 %");
+    guide::expectAbout(100.0 * held68 / kTrials, 67.5, 1, "intervals of 68.3 %");
+    guide::expectAbout(100.0 * held95 / kTrials, 94.2, 1, "intervals of 95 %");
     std::printf("coverage %.1f and %.1f %%\n", 100.0 * held68 / kTrials, 100.0 * held95 / kTrials);
 }
 
