@@ -8,7 +8,7 @@ from tree import TREE, write
 
 # A guide that fits none stands at the end.
 _ORDER = ["install*", "first-*", "enhance*", "*threshold*", "*edge*", "*caliper*", "*fit*", "*contour*", "geometry*",
-          "*calibration*", "*part*", "*recipe*", "*camera*", "*picture-box*", "*driver*", "*windows*", "*python*", "*many*",
+          "*calibration*", "*part*", "*recipe*", "*camera*", "*picture-box*", "*driver*", "host*", "*windows*", "*python*", "*many*",
           "*opencv*", "overview*"]
 
 
