@@ -225,6 +225,82 @@ void tellLines() {
     guide::expect(lines.size() == 4, "four sides are found among 100 other points");
 }
 
+// Points from one place to another that err across the way.
+Points edgePoints(cv::RNG& random, cv::Point2d from, cv::Point2d to) {
+    const cv::Point2d along = (to - from) / cv::norm(to - from);
+    Points points;
+    for (int i = 0; i <= 60; ++i)
+        points.push_back(from + i / 60.0 * (to - from) +
+                         random.gaussian(kNoise) * cv::Point2d(-along.y, along.x));
+    return points;
+}
+
+orx::TMeasuredLine lineBy(const Points& points) {
+    orx::TFitOptions options;
+    options.noise = orx::pnNormal;
+    return orx::fitLineGeometric(points, options);
+}
+
+void tellRelations() {
+    cv::RNG random(5);
+    const orx::TMeasuredCircle hole = circleBy(arcPoints(random, 120, 360), orx::flLeastSquares);
+    const orx::TMeasuredLine edge = lineBy(edgePoints(random, {0, 30}, {120, 30}));
+    const orx::TMeasuredLine opposite = lineBy(edgePoints(random, {0, 80}, {120, 80}));
+    const orx::TMeasuredLine chamfer = lineBy(edgePoints(random, {120, 30}, {146, 45}));
+    // [relations]
+    const orx::TMeasuredPoint center = orx::centerOf(hole);
+    const orx::TMeasuredValue off = orx::distance(center, edge);       // 25
+    const orx::TMeasuredValue turn = orx::signedAngle(edge, chamfer);  // 30, clockwise on the screen
+    const orx::TLineDistance width = orx::distance(edge, opposite);    // 50: middle, least, largest
+    const orx::TMeasuredPoint corner = orx::pointOn(edge, edge.to);    // the end that was measured
+    const orx::TIntersections cuts = orx::intersections(edge, hole);   // two points, or why there are none
+    orx::TMeasuredValue chord;
+    if (cuts.valid()) chord = orx::distance(cuts.points[0], cuts.points[1]);  // 62.4
+    // [relations end]
+    std::printf("off %.3f +- %.3f, turn %.2f +- %.2f, width %.3f +- %.3f, chord %.3f +- %.3f\n", off.value,
+                off.deviation, turn.value, turn.deviation, width.middle.value, width.middle.deviation,
+                chord.value, chord.deviation);
+    guide::expectAbout(off.value, 25, 4 * off.deviation, "the hole's centre from the edge");
+    guide::expectAbout(turn.value, std::atan2(15, 26) * 180 / CV_PI, 4 * turn.deviation, "the chamfer");
+    guide::expectAbout(width.middle.value, 50, 4 * width.middle.deviation, "the width in the middle");
+    guide::expect(width.least.value <= width.middle.value && width.middle.value <= width.largest.value,
+                  "the width at the ends");
+    guide::expectAbout(corner.position.x, 120, 1, "the end of the edge");
+    guide::expectAbout(chord.value, 2 * std::sqrt(1600 - 625.0), 4 * chord.deviation, "the chord");
+    const orx::TRelationStatus none = orx::intersections(chamfer, hole).status;
+    guide::expect(none == orx::rsApart, "the chamfer passes by the hole");
+}
+
+void tellForm() {
+    cv::RNG random(6);
+    const Points outline = arcPoints(random, 200, 360), edge = edgePoints(random, {0, 30}, {120, 30});
+    // [form]
+    orx::TFormOptions options;
+    options.noise = 0.2;  // of a point; else the noise counts as form
+    options.pointNoise = orx::pnNormal;
+    const orx::TRoundness ring = orx::minimumZoneCircle(outline, options);
+    const orx::TRoundness around =
+        orx::minimumCircumscribedCircle(outline, options);                         // what a hole must have
+    const orx::TRoundness within = orx::maximumInscribedCircle(outline, options);  // what a shaft must have
+    const orx::TStraightness strip = orx::minimumZoneLine(edge, options);
+    // [form end]
+    std::printf(
+        "ring %.3f, freed %.3f; around %.3f, freed %.3f; within %.3f, freed %.3f; strip %.3f, freed %.3f\n",
+        ring.value, ring.freed, around.outerRadius, around.freedOuter, within.innerRadius, within.freedInner,
+        strip.value, strip.freed);
+    guide::expect(ring.valid() && around.valid() && within.valid() && strip.valid(), "each has a zone");
+    guide::expectAbout(ring.value, 1.02, 0.01, "the ring, with the noise");
+    guide::expectAbout(ring.freed, 0, 0.01, "the ring, without");
+    guide::expectAbout(around.outerRadius, 40.55, 0.01, "the circle around, with the noise");
+    guide::expectAbout(around.freedOuter, 40.08, 0.01, "the circle around, without");
+    guide::expectAbout(within.innerRadius, 39.58, 0.01, "the circle within, with the noise");
+    guide::expectAbout(within.freedInner, 40.07, 0.01, "the circle within, without");
+    guide::expectAbout(strip.value, 1.02, 0.01, "the strip, with the noise");
+    guide::expectAbout(strip.freed, 0.13, 0.01, "the strip, without");
+    guide::expect(ring.value <= around.value + 1e-9 && ring.value <= within.value + 1e-9,
+                  "no ring is narrower");
+}
+
 void make() {
     drawLosses();
     tellLosses();
@@ -232,6 +308,8 @@ void make() {
     tellCoverage();
     tellArcs();
     tellLines();
+    tellRelations();
+    tellForm();
 }
 
 }  // namespace
