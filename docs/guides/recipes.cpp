@@ -73,6 +73,13 @@ void runRecipe() {
     for (std::size_t i = 0; i < 5; ++i)
         guide::expect(result.values[i].verdict == verdicts[i], result.values[i].name + " has its verdict");
     guide::expect(result.verdict == orx::vdFail, "the part fails: the worst verdict counts");
+    orx::TVerdict worst = orx::vdNoLimits;
+    for (const orx::TRecipeValue& value : result.values) worst = orx::worseVerdict(worst, value.verdict);
+    guide::expect(worst == result.verdict, "that of the whole is the worst of its values'");
+    const orx::TFeatureKind kind = result.features.front().kind;
+    guide::expect(orx::featureKindText(kind) == std::string("circle"), "a feature's kind has a name");
+    const orx::TRecipePose& pose = result.pose;
+    guide::expect(pose.found && pose.problem.empty() && pose.deviationX < 0.05, "the part is found");
     guide::expect(std::abs(result.values[1].value - 44.6) < 0.05, "the wide hole is measured as 44.6");
     guide::expect(!result.values[4].problem.empty(), "what was not measured says why");
     guide::expect(
@@ -107,6 +114,9 @@ void propose() {
     std::printf("proposed: %d features, %d values\n", proposal.features, proposal.values);
     guide::expect(proposal.valid && proposal.features >= 6, "four sides and two holes are proposed");
     guide::save("recipes-proposal", proposal.picture);
+    const orx::TPartRegion region = orx::findPartRegion(linkPicture(44.0));
+    guide::expect(region.found && region.others == 0 && region.box.contains(cv::Point(198, 112)),
+                  "the link is the one thing in the picture");
 }
 
 // The verdict on each value from 43.8 to 44.2, for three uncertainties.
