@@ -49,6 +49,11 @@ void show() {
     box.setPicture(scene.image, marksOf(scene));
     // [box end]
     const cv::Mat whole = shownBy(box);
+    const TOverlay marks = marksOf(scene);
+    guide::expect(marks.shapes().size() == 2 * scene.disks.size() &&
+                      marks.shapes().back().kind == TShapeKind::kText &&
+                      marks.shapes().back().group == "sizes",
+                  "an overlay lists its shapes");
 
     const cv::Point2d centre = scene.disks.front().center;
     box.mouseEvent(cv::EVENT_MOUSEWHEEL, cvRound(centre.x), cvRound(centre.y), (8 * 120) << 16);
@@ -71,6 +76,16 @@ void show() {
     cv::Mat both;
     cv::hconcat(std::vector<cv::Mat>{whole, cv::Mat(360, 8, CV_8UC3, cv::Scalar::all(255)), zoomed}, both);
     guide::save("picture-box-zoom", both);
+
+    const cv::Point at = corner;
+    // [simple]
+    box.setDrawRect({at.x, at.y, 30, 20, 2, {0, 0, 255}});  // x, y, width, height, thickness, colour
+    box.setDrawCircle({at.x + 15, at.y + 10, 4.0, -1, {0, 255, 0}});  // centre, radius; below 0: filled
+    box.setCursor(CURSOR_HAND);
+    // [simple end]
+    guide::expect(cv::norm(shownBy(box), zoomed, cv::NORM_INF) > 0, "rectangles and circles are seen");
+    box.clearDraw();
+    guide::expect(cv::norm(shownBy(box), zoomed, cv::NORM_INF) == 0, "and removed again");
 
     // [refused]
     if (!box.setPicture(cv::Mat(), {})) std::printf("%s\n", orx::lastRefusal().text.c_str());
