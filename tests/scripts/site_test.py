@@ -82,6 +82,9 @@ class Names(unittest.TestCase):
         for text in ("zul::fit(a)", "box.fit(a)", "box->fit(a)", "fitted(a)", "refit(a)"):
             self.assertFalse(check_names.is_shown("orx::fit", text), text)
 
+    def test_no_name_wants_an_example_any_more(self):
+        self.assertEqual(check_names.listed(), [])
+
     def test_of_a_page_code_counts_alone(self):
         code = check_names.code_of_page("a word `inline` and\n```cpp\nblock();\n```\n- an item\n    goes on\n\n    rows();\n")
         for word, there in (("inline", True), ("block", True), ("rows", True), ("word", False), ("goes", False)):
