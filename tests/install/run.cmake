@@ -8,6 +8,14 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+# A program that is given what it can't work on says why and fails.
+function(expect_refusal why)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 1 OR NOT output MATCHES "${why}")
+    message(FATAL_ERROR "ended with ${result} and without \"${why}\": ${ARGN}\n${output}")
+  endif()
+endfunction()
+
 # A page shows one of the consumer's files to the letter.
 function(expect_in page file)
   file(READ "${GUIDES}/${page}.md" shown)
@@ -178,11 +186,15 @@ if(TOOLCHAIN)
 endif()
 run(${EMULATOR} "${WORK_DIR}/build/consumer${SUFFIX}" "${picture}")
 expect_disk("${output}")
+expect_refusal("edgesSubPixMetric: the image is empty" ${EMULATOR} "${WORK_DIR}/build/consumer${SUFFIX}"
+  "${WORK_DIR}/missing.pgm")
 write_boxes("${WORK_DIR}/lesson.pgm" 64 64 "12,12,26,52;12,38,52,52")
 # Turned clockwise about the middle: the arm that stood at the left lies at the top.
 write_boxes("${WORK_DIR}/parts.pgm" 160 120 "92,44,106,84;92,70,132,84;20,20,60,34;20,20,34,60")
 run(${EMULATOR} "${WORK_DIR}/build/find${SUFFIX}" "${WORK_DIR}/lesson.pgm" "${WORK_DIR}/parts.pgm")
 expect_parts("${output}")
+expect_refusal("teachPart: the image is empty" ${EMULATOR} "${WORK_DIR}/build/find${SUFFIX}" "${WORK_DIR}/missing.pgm"
+  "${WORK_DIR}/parts.pgm")
 if(EXISTS "${PHOTOGRAPH}")
   run(${EMULATOR} "${WORK_DIR}/build/consumer${SUFFIX}" "${PHOTOGRAPH}")
   read_circles("${output}" check_coin count)

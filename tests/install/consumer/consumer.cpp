@@ -11,15 +11,24 @@ void report(const orx::TMeasuredCircle& circle) {
                 circle.center.x, circle.center.y, diameter, uncertainty, diameter - half, diameter + half);
 }
 
-void measure(const cv::Mat& image) {
+bool measure(const cv::Mat& image) {
     ORXEdge::TMetricOptions finder;
     finder.automaticThresholds = true;
     std::vector<ORXEdge::TMetricContour> edges;
-    ORXEdge::edgesSubPixMetric(image, edges, finder);
+    if (!ORXEdge::edgesSubPixMetric(image, edges, finder)) return false;  // orx::lastRefusal() says why
     orx::TFitOptions fit;
     fit.loss = orx::flTukey;  // dents and dirt get no say
     for (const ORXEdge::TMetricContour& edge : edges)
         report(orx::fitCircleGeometric(edge, finder.sigma, fit));
+    return true;
 }
 
-int main(int, char** arguments) { measure(cv::imread(arguments[1], cv::IMREAD_GRAYSCALE)); }
+int main(int count, char** arguments) {
+    if (count != 2) {
+        std::fprintf(stderr, "usage: consumer PICTURE\n");
+        return 2;
+    }
+    if (measure(cv::imread(arguments[1], cv::IMREAD_GRAYSCALE))) return 0;
+    std::fprintf(stderr, "%s: %s\n", arguments[1], orx::lastRefusal().text.c_str());
+    return 1;
+}
