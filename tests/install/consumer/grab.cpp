@@ -3,16 +3,17 @@
 #include <thread>
 
 #include "orxFunctions/orxfunctions.h"
+#include "orxFunctions/vision_driver.h"
 
 void onPicture(cv::Mat& image, int camera) {  // on the grab thread of that camera
     std::printf("camera %d: %d x %d\n", camera + 1, image.cols, image.rows);
 }
 
 int main() {
-    orx::TMultiCamera cameras;                                     // loads the driver module
-    if (!cameras.InitCamera(12, nullptr, false, false)) return 1;  // 12: any brand
+    orx::TMultiCamera cameras;  // loads the driver module
+    if (!cameras.InitCamera(VD_TYPE_ANY, nullptr, false, false)) return 1;
     cameras.setCameraNumber(1);
-    if (!cameras.open(0, 12)) return 1;
+    if (!cameras.open(0, VD_TYPE_ANY)) return 1;
 
     orx::TCameraConfig config;
     config.frameRate = 20;
