@@ -1,5 +1,6 @@
 // A driver module, small and whole: one camera that sends a bright bar moving over a ramp of grey. It needs
 // no device and no thread; which picture is the newest follows from the clock. See driver-module.md.
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstring>
@@ -21,8 +22,8 @@ constexpr int kHeight = 200;
 // [state]
 using Clock = std::chrono::steady_clock;
 
-// What the module knows of its one camera. VDStart and VDStop come without the library's lock: hence this
-// one.
+// What the module knows of its one camera. VDStart and VDStop may come without the library's lock: hence
+// this one.
 struct Camera {
     std::mutex mutex;
     bool found = false;
@@ -50,7 +51,6 @@ Camera& camera() {
 bool isOurs(int index) { return index == 0; }
 // [state end]
 
-// [expose]
 void expose(Camera& own) {
     own.picture.resize(static_cast<std::size_t>(kWidth) * kHeight);
     const int bar = static_cast<int>(own.number * 3 % kWidth);
@@ -61,7 +61,6 @@ void expose(Camera& own) {
     }
     for (int y = 1; y < kHeight; ++y) std::memcpy(&own.picture[y * kWidth], own.picture.data(), kWidth);
 }
-// [expose end]
 
 }  // namespace
 
