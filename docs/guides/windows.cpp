@@ -13,16 +13,15 @@ void passTexts() {
     // [texts]
     orx::APPshowMessage(zul::toAnsi("零件合格: 44.01 mm"), 0);  // our sources are UTF-8
     std::string text;
+    std::string utf8;
     int colour = 0;
     while (orx::APPgetMessage(text, colour)) {
-        const std::string utf8 = zul::toUtf8(text);  // what crosses the interface is code page 936
+        utf8 = zul::toUtf8(text);  // what crosses the interface is code page 936
         std::printf("%s\n", utf8.c_str());
-        // [texts end]
-        guide::expect(utf8 == "零件合格: 44.01 mm", "a message comes back as it was");
-        guide::expect(text.size() == 18, "a Chinese character is two bytes of code page 936");
-        // [texts on]
     }
-    // [texts on end]
+    // [texts end]
+    guide::expect(utf8 == "零件合格: 44.01 mm", "a message comes back as it was");
+    guide::expect(text.size() == 18, "a Chinese character is two bytes of code page 936");
     guide::expect(zul::toUtf8(zul::toAnsi("Ø 44 ± 0.1")) == "? 44 ± 0.1",
                   "what code page 936 lacks becomes a question mark");
 }
@@ -30,7 +29,7 @@ void passTexts() {
 void saveBesideOthers(const std::filesystem::path& folder) {
     const cv::Mat image(48, 64, CV_8UC1, cv::Scalar(77));
     // [names]
-    const std::string name = folder.u8string() + "/次品 2";  // UTF-8, or code page 936: both are understood
+    const std::string name = folder.u8string() + "/次品 2";  // on Windows in UTF-8 or code page 936
     std::string file;
     if (!FileOperator::saveImage(image, name, "part-", ".png", &file))
         std::printf("%s\n", orx::lastRefusal().text.c_str());
@@ -41,13 +40,10 @@ void saveBesideOthers(const std::filesystem::path& folder) {
 }
 
 void refuse() {
-    // [refused]
-    if (!FileOperator::createFolder("")) {
-        const orx::TRefusal refusal = orx::lastRefusal();
-        std::printf("%d: %s\n", refusal.code, refusal.text.c_str());
-    }
-    // [refused end]
-    guide::expect(orx::lastRefusal().code == orx::rcFileName, "a name that is none is refused");
+    guide::expect(!FileOperator::createFolder("") && orx::lastRefusal().code == orx::rcFileName,
+                  "a name that is none is refused");
+    guide::expect(orx::lastRefusal().text == "createFolder: \"\" is empty, a root, or ends in . or ..",
+                  "and the refusal says so");
 }
 
 void work() {
