@@ -27,6 +27,11 @@ def save(name: str, picture: Any) -> None:
     expect(cv2.imwrite(str(_folder / f"{name}.png"), picture), f"{name}.png can be written")
 
 
+def expect_about(value: float, stated: float, within: float, what: str) -> None:
+    """A figure that the page states. Platforms round differently: a unit of the last digit stated is a good `within`."""
+    expect(abs(value - stated) <= within, f"{what}: {stated:.6g} is stated, and here it is {value:.6g}")
+
+
 def expect(holds: bool, what: str) -> None:
     """Something that the page says. Where it is not so, the program tells it and fails."""
     global _failed

@@ -4,6 +4,7 @@ from __future__ import annotations
 import runpy
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from typing import Any
 
 import cv2
 import numpy as np
@@ -13,6 +14,10 @@ from orxfunctions import analysis, drawing, fitting, measuring
 
 TREE = Path(__file__).resolve().parent.parent.parent
 EXAMPLE = runpy.run_path(str(TREE / "python" / "examples" / "parts_picture.py"))
+
+
+def nearest_to(circles: Any, x: float, y: float) -> Any:
+    return min(circles, key=lambda circle: float(np.hypot(circle.center[0] - x, circle.center[1] - y)))
 
 
 def measure() -> None:
@@ -29,10 +34,15 @@ def measure() -> None:
         judged = measuring.judge(diameter, deviation, circle.report.degrees_of_freedom, lower=58.7, upper=81.7)
         print(f"diameter {diameter:.3f} +- {deviation:.3f}: {judged.verdict}")
     # [judge end]
+    stated = ((81.604, 0.004), (104.900, 0.004), (64.354, 0.005), (70.201, 0.004), (58.804, 0.004))
+    for part, (diameter, deviation) in zip(EXAMPLE["PARTS"], stated):
+        nearest = nearest_to(circles, part.x, part.y)
+        guide.expect_about(2 * nearest.radius, diameter, 0.002, "the diameter that the page prints")
+        guide.expect_about(2 * nearest.radius_deviation, deviation, 0.001, "its uncertainty")
     guide.expect(level is not None and 50 < level < 200, "the level lies between ground and parts")
     guide.expect(len(circles) == len(EXAMPLE["PARTS"]), "five parts are round")
     for part in EXAMPLE["PARTS"]:
-        nearest = min(circles, key=lambda circle: float(np.hypot(circle.center[0] - part.x, circle.center[1] - part.y)))
+        nearest = nearest_to(circles, part.x, part.y)
         guide.expect(abs(2 * nearest.radius - part.diameter) < 0.1, "each diameter is right to a tenth of a pixel")
         judged = measuring.judge(2 * nearest.radius, 2 * nearest.radius_deviation, nearest.report.degrees_of_freedom,
                                  lower=58.7, upper=81.7)
@@ -53,7 +63,9 @@ def refuse() -> None:
             messages.append(f"{type(problem).__name__}: {problem}")
     # [refused end]
     print("\n".join(messages))
-    guide.expect(len(messages) == 2 and messages[0].startswith("TypeError") and messages[1].startswith("ValueError"),
+    guide.expect(messages == ["TypeError: image: expected a grey image: uint8 array of shape (rows, columns), "
+                              "got float32 array of shape (48, 64)",
+                              "ValueError: sigma is 0.1; 0.5 to 20 are taken"],
                  "another type is a TypeError, an option out of range a ValueError")
     guide.expect(len(analysis.edges(image)) == 0, "a picture with nothing in it is no mistake")
 
