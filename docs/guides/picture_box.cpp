@@ -90,7 +90,7 @@ void show() {
     // [refused]
     if (!box.setPicture(cv::Mat(), {})) std::printf("%s\n", orx::lastRefusal().text.c_str());
     // [refused end]
-    guide::expect(orx::lastRefusal().code == orx::rcEmptyImage, "an empty picture is refused");
+    guide::expect(orx::lastRefusal().text == "setPicture: the image is empty", "an empty picture is refused");
     guide::expect(cv::norm(shownBy(box), zoomed, cv::NORM_INF) == 0, "and the one before stays");
 }
 
