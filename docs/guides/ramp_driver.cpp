@@ -1,12 +1,12 @@
 // A driver module, small and whole: one camera that sends a bright bar moving over a ramp of grey. It needs
 // no device and no thread; which picture is the newest follows from the clock. See driver-module.md.
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <mutex>
-#include <vector>
 
 #ifdef ORX_IN_TREE
 #include "drivers/vision_driver.h"
@@ -33,7 +33,7 @@ struct Camera {
     long rate = 50;        // pictures a second
     long exposure = 5000;  // microseconds
     unsigned long long number = 0;
-    std::vector<unsigned char> picture;  // what VDGetImage gave last
+    std::array<unsigned char, std::size_t{kWidth} * kHeight> picture{};  // what VDGetImage gave last
 
     unsigned long long newest() const {
         const std::chrono::duration<double> time = Clock::now() - start;
@@ -41,10 +41,11 @@ struct Camera {
     }
 };
 
-// Never destroyed: procedures may be called while the process ends.
+// Nothing in it needs an end: procedures may be called while the process ends, and the module may be
+// unloaded.
 Camera& camera() {
-    static auto* const only = new Camera;
-    return *only;
+    static Camera only;
+    return only;
 }
 
 // Slots and types that we do not know are answered with false, whoever asks.
@@ -52,7 +53,6 @@ bool isOurs(int index) { return index == 0; }
 // [state end]
 
 void expose(Camera& own) {
-    own.picture.resize(static_cast<std::size_t>(kWidth) * kHeight);
     const int bar = static_cast<int>(own.number * 3 % kWidth);
     for (int x = 0; x < kWidth; ++x) {
         const double light = std::abs(x - bar) < 12 ? 230.0 : 30.0 + 100.0 * x / kWidth;
