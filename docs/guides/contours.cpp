@@ -111,9 +111,9 @@ void make() {
         const double off = std::remainder(side.angle - kAngle, 90);
         guide::expectAbout(off, 0, 3 * side.angleDeviation, "angle of a side off the truth");
     }
-    orx::TSegemetLine stub = pieces.lines[0];
-    stub.endPoint = stub.startPoint;
-    guide::expect(!measured(grey, stub).valid(), "a side without length is not measured");
+    orx::TSegemetLine point = pieces.lines[0];
+    point.endPoint = point.startPoint;
+    guide::expect(!measured(grey, point).valid(), "a side without length is not measured");
     const orx::TSegemetCircle& arc = pieces.arcs[0];
     orx::TSegemetCircle tip = arc;
     tip.endAngle = tip.startAngle + 5;

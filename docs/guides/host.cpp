@@ -62,11 +62,11 @@ void tellMessages() {
     for (int i = 0; i < 20; ++i) orx::APPshowMessage("no part in the picture", 1);
     guide::expect(zul::repeatedMessageCount() - repeated == 4, "sixteen of twenty equal messages wait");
     for (int i = 0; i < 1000; ++i)
-        orx::APPshowMessage("part " + zul::intToStr(i), orx::G_appshowMsg_defaultColor);
+        orx::APPshowMessage("item " + zul::intToStr(i), orx::G_appshowMsg_defaultColor);
     guide::expect(zul::droppedMessageCount() - dropped == 16, "beyond 1,000 the oldest are dropped");
     std::string text;
     int colour = -1;
-    guide::expect(orx::APPgetMessage(text, colour) && text == "part 0", "and the others wait in order");
+    guide::expect(orx::APPgetMessage(text, colour) && text == "item 0", "and the others wait in order");
     while (orx::APPgetMessage(text, colour)) {
     }
 }

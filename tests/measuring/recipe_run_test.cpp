@@ -8,6 +8,7 @@
 
 #include "orxFunctions/orxfunctions.h"
 #include "support/part_scene.h"
+#include "tests/measuring/recipe_answers.h"
 #include "tests/measuring/tilted_plate.h"
 #include "tests/support/edge_scene.h"
 #include "tests/support/flat_plane.h"
@@ -15,20 +16,9 @@
 
 namespace {
 
+using recipe_answers::parsed;
+using recipe_answers::valueOf;
 using testing::HasSubstr;
-
-orx::TRecipe parsed(const std::string& text, const std::string& folder = ".") {
-    orx::TRecipe recipe = orx::parseRecipe(text, folder);
-    for (const orx::TRecipeProblem& problem : recipe.problems()) ADD_FAILURE() << problem.sentence();
-    return recipe;
-}
-
-const orx::TRecipeValue& valueOf(const orx::TRecipeResult& result, const std::string& name) {
-    const auto found = std::find_if(result.values.begin(), result.values.end(),
-                                    [&](const orx::TRecipeValue& value) { return value.name == name; });
-    EXPECT_NE(found, result.values.end()) << name;
-    return *found;
-}
 
 // How far values are off, beside what is stated.
 struct Spread {

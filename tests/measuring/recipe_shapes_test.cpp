@@ -7,29 +7,19 @@
 #include <cmath>
 
 #include "orxFunctions/orxfunctions.h"
+#include "tests/measuring/recipe_answers.h"
 #include "tests/support/edge_scene.h"
 #include "tests/support/flat_plane.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
 
+using recipe_answers::parsed;
+using recipe_answers::valueOf;
 using testing::HasSubstr;
 
 // Sharp: edges of these scenes have the profile of straight ones, which hardly shows then.
 const edge_scene::Look kLook{40, 200, 0.4, 2, 5};
-
-orx::TRecipe parsed(const std::string& text, const std::string& folder = ".") {
-    orx::TRecipe recipe = orx::parseRecipe(text, folder);
-    for (const orx::TRecipeProblem& problem : recipe.problems()) ADD_FAILURE() << problem.sentence();
-    return recipe;
-}
-
-const orx::TRecipeValue& valueOf(const orx::TRecipeResult& result, const std::string& name) {
-    const auto found = std::find_if(result.values.begin(), result.values.end(),
-                                    [&](const orx::TRecipeValue& value) { return value.name == name; });
-    EXPECT_NE(found, result.values.end()) << name;
-    return *found;
-}
 
 void expectNear(const orx::TRecipeResult& result, const char* name, double truth, double atMost) {
     const orx::TRecipeValue& value = valueOf(result, name);
