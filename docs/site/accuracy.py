@@ -1,11 +1,13 @@
 """Plots of the tables in docs/accuracy-*.md; each stands above the table that it is drawn from."""
 from __future__ import annotations
 
+import itertools
 import re
 from dataclasses import dataclass, field
 from typing import Callable, Optional, Union
 
 import plots
+from tree import write
 
 Row = list[str]
 
@@ -136,7 +138,7 @@ def with_plots(text: str, page: str) -> str:
     """The page with a plot above each table that has one."""
     heading, out = "", []
     drawn: set[str] = set()
-    lines = text.splitlines()
+    lines, numbers = text.splitlines(), itertools.count(1)
     for i, line in enumerate(lines):
         if line.startswith("##"):
             heading = line.lstrip("# ")
@@ -150,8 +152,8 @@ def with_plots(text: str, page: str) -> str:
                 plot = _peers_plot(header)
             if plot:
                 drawn.add(heading)
-                name = f"plots/{page}-{plots.count(page)}.svg"
-                plots.save(name, plot[0].draw(header, rows))
+                name = f"plots/{page}-{next(numbers)}.svg"
+                write(name, plot[0].draw(header, rows))
                 out += [f"![{plot[1]}]({name})", ""]
         out.append(line)
     missing = [there for where, there in PLOTS if where == page and there not in drawn]

@@ -2,7 +2,6 @@
 from __future__ import annotations
 
 import io
-from collections import Counter
 from typing import Any, Optional
 
 import matplotlib
@@ -13,25 +12,10 @@ matplotlib.rcParams["svg.hashsalt"] = "orxFunctions"  # equal data give equal fi
 import matplotlib.pyplot as pyplot  # noqa: E402
 from matplotlib.figure import Figure  # noqa: E402
 
-from tree import SOURCE  # noqa: E402
-
 _GREY = "#7a828b"
 _COLOURS = ["#3b82f6", "#e0791a", "#2e9e5b", "#a866d6", "#d9486e", "#1a9ba8", "#9a8420", "#7a828b"]
 _SIGNS = ["o", "s", "^", "D", "v", "P", "X", "*"]
 _DASHES = ["-", "--", ":", "-."]
-_counts: Counter[str] = Counter()
-
-
-def count(page: str) -> int:
-    """The number of the next plot of a page."""
-    _counts[page] += 1
-    return _counts[page]
-
-
-def save(name: str, svg: str) -> None:
-    file = SOURCE / name
-    file.parent.mkdir(parents=True, exist_ok=True)
-    file.write_text(svg, encoding="utf-8")
 
 
 def _figure(height: float) -> tuple[Figure, Any]:

@@ -50,7 +50,7 @@ def room_of(header: str) -> str:
 
 
 def write(name: str, text: str) -> None:
-    """A page or picture of the site's source, which only changes when its text does."""
+    """A page or picture of the site's source."""
     file = SOURCE / name
     file.parent.mkdir(parents=True, exist_ok=True)
     file.write_text(text, encoding="utf-8")
